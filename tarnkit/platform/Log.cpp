@@ -1,0 +1,31 @@
+#include "tarnkit/platform/Log.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <utility>
+
+namespace tarnkit {
+
+namespace {
+Log::Sink& currentSink() {
+  static Log::Sink sink;
+  return sink;
+}
+}  // namespace
+
+void Log::line(std::string_view text) {
+  if (const auto& sink = currentSink()) {
+    sink(text);
+  } else {
+    fmt::print(stderr, "{}\n", text);
+  }
+}
+
+void Log::warning(std::string_view className, std::string_view message) {
+  line(fmt::format("WARNING: [{}] {}", className, message));
+}
+
+Log::Sink Log::setSink(Sink sink) { return std::exchange(currentSink(), std::move(sink)); }
+
+}  // namespace tarnkit

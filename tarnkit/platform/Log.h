@@ -1,0 +1,21 @@
+#pragma once
+
+#include <functional>
+#include <string_view>
+
+namespace tarnkit {
+
+/// The process's log: one line a call, given to one replaceable sink (standard error by default).
+/// For one thread.
+class Log {
+ public:
+  using Sink = std::function<void(std::string_view line)>;
+
+  static void line(std::string_view text);
+  /// "WARNING: [CLASS] MESSAGE": how every failure that is not raised is told.
+  static void warning(std::string_view className, std::string_view message);
+  /// Replaces the sink and returns the earlier one; an empty function restores standard error.
+  static Sink setSink(Sink sink);
+};
+
+}  // namespace tarnkit

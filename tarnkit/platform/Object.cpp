@@ -1,0 +1,117 @@
+#include "tarnkit/platform/Object.h"
+
+#include <fmt/format.h>
+
+#include <cstdlib>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "tarnkit/platform/String.h"
+
+namespace tarnkit {
+
+const Class Object::kClass{"NSObject", nullptr};
+
+namespace {
+
+std::int64_t liveObjects = 0;
+
+void countLiveObjects(std::int64_t change) noexcept {
+  if (__libc_single_threaded) {
+    liveObjects += change;
+  } else {
+    __atomic_fetch_add(&liveObjects, change, __ATOMIC_RELAXED);
+  }
+}
+
+// Owners nested deeper than this are taken down from a list instead of by recursion.
+constexpr int kMaximumDestructionDepth = 32;
+
+struct Destruction {
+  int depth = 0;
+  std::vector<const Object*> postponed;
+};
+thread_local Destruction destruction;
+
+std::unordered_map<std::string_view, const Class*>& registeredClasses() {
+  static std::unordered_map<std::string_view, const Class*> classes;
+  return classes;
+}
+
+}  // namespace
+
+Object::~Object() = default;
+
+void* Object::allocate(std::size_t size, std::size_t extra) {
+  void* memory = std::malloc(sizeof(Counts) + size + extra);
+  if (!memory) throw std::bad_alloc();
+  auto* counts = ::new (memory) Counts{1, 1};
+  countLiveObjects(1);
+  return counts + 1;
+}
+
+// With an owner left, a constructor has thrown; otherwise the last weak reference let go.
+void Object::deallocate(void* object) noexcept {
+  auto* counts = static_cast<Counts*>(object) - 1;
+  if (counts->strong != 0) countLiveObjects(-1);
+  std::free(counts);
+}
+
+void Object::destroy(const Object* object) noexcept {
+  const_cast<Object*>(object)->~Object();
+  countLiveObjects(-1);
+  detail::releaseWeakly(object);
+}
+
+void Object::lastOwnerLeft() const noexcept {
+  if (destruction.depth >= kMaximumDestructionDepth) {
+    destruction.postponed.push_back(this);
+    return;
+  }
+  ++destruction.depth;
+  destroy(this);
+  if (destruction.depth == 1) {
+    while (!destruction.postponed.empty()) {
+      const Object* next = destruction.postponed.back();
+      destruction.postponed.pop_back();
+      destroy(next);
+    }
+    destruction.postponed.shrink_to_fit();
+  }
+  --destruction.depth;
+}
+
+std::int64_t Object::liveObjectCount() noexcept {
+  return __atomic_load_n(&liveObjects, __ATOMIC_RELAXED);
+}
+
+std::uint64_t Object::hash() const { return reinterpret_cast<std::uintptr_t>(this) >> 4; }
+
+String Object::description() const {
+  return String(fmt::format("<{}: {}>", isa().name(), static_cast<const void*>(this)));
+}
+
+void Object::encodeWithCoder(Encoder&) const {
+  throw std::logic_error(fmt::format("{} cannot be archived", isa().name()));
+}
+
+void Object::initWithCoder(Decoder&) {}
+
+void Object::awakeAfterDecoding(Decoder&) {}
+
+String Class::nameString() const { return String::interned(name()); }
+
+Ref<Object> Class::make() const { return factory_ ? factory_() : nullptr; }
+
+void ClassRegistry::add(const Class& record) { registeredClasses()[record.name()] = &record; }
+
+const Class* ClassRegistry::classNamed(std::string_view name) {
+  const auto& classes = registeredClasses();
+  const auto found = classes.find(name);
+  return found == classes.end() ? nullptr : found->second;
+}
+
+}  // namespace tarnkit

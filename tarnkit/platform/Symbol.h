@@ -1,0 +1,47 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string_view>
+
+#include "tarnkit/platform/String.h"
+
+namespace tarnkit {
+
+/// A name fixed when the program is written (an archive key, a notification name, a user-info key)
+/// with a small process-wide number, so that tables are indexed by it instead of hashing the text.
+///
+/// Symbols are constant-initialised and never destroyed; two symbols of one text have one number.
+/// Safe to use from any thread. The number and the shared string are made at first use.
+class Symbol {
+ public:
+  /// `text` must be a string literal.
+  explicit constexpr Symbol(const char* text) noexcept : text_(text) {}
+  Symbol(const Symbol&) = delete;
+  Symbol& operator=(const Symbol&) = delete;
+
+  std::string_view text() const noexcept { return text_; }
+  /// 0, 1, 2 … in the order of first use.
+  std::uint32_t number() const {
+    const auto number = number_.load(std::memory_order_acquire);
+    return number != 0 ? number - 1 : resolve();
+  }
+  /// The name as a shared string.
+  String string() const;
+  /// How many numbers have been given so far.
+  static std::uint32_t count();
+  /// The text of a number that was given.
+  static String stringOf(std::uint32_t number);
+
+  friend bool operator==(const Symbol& a, const Symbol& b) {
+    return &a == &b || a.number() == b.number();
+  }
+
+ private:
+  std::uint32_t resolve() const;
+
+  const char* text_;
+  mutable std::atomic<std::uint32_t> number_{0};  // one more than the number; 0: none yet
+};
+
+}  // namespace tarnkit
