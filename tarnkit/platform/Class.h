@@ -16,9 +16,9 @@ class String;
 /// archive, a definition or a plug-in may name are entered into the `ClassRegistry`, explicitly.
 class Class {
  public:
-  /// Makes an object in the state in which a decoder expects it (nothing drawn, nothing shared), or
-  /// in its plain initial state where the class has only one.
-  using Factory = Ref<Object> (*)();
+  /// Makes an object of the record's class in the state in which a decoder expects it (nothing drawn,
+  /// nothing shared), or in its plain initial state where the class has only one.
+  using Factory = Ref<Object> (*)(const Class& record);
 
   /// `name` must outlive the record (a string literal). `factory` may be null: the class is then
   /// abstract and cannot be made by name.

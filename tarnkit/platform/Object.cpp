@@ -104,7 +104,7 @@ void Object::awakeAfterDecoding(Decoder&) {}
 
 String Class::nameString() const { return String::interned(name()); }
 
-Ref<Object> Class::make() const { return factory_ ? factory_() : nullptr; }
+Ref<Object> Class::make() const { return factory_ ? factory_(*this) : nullptr; }
 
 void ClassRegistry::add(const Class& record) { registeredClasses()[record.name()] = &record; }
 

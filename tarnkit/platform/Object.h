@@ -158,16 +158,18 @@ inline bool retainIfAlive(const Object* object) noexcept {
 }
 /// The factory of a class whose decoding starts from its default constructor.
 template <class T>
-Ref<Object> makeByDefault() {
+Ref<Object> makeByDefault(const Class&) {
   return make<T>();
 }
 }  // namespace detail
 
 }  // namespace tarnkit
 
-/// Declares the class record of an object class and its `isa`. The record itself is defined in the
+/// Declares the class record of an object class and its `isa`, the record being of the given type
+/// (`Class`, or a kind of it with class-level descriptors). The record itself is defined in the
 /// class's source: `const Class T::kClass{"T", &Base::kClass, &detail::makeByDefault<T>};`.
-#define TARNKIT_CLASS                  \
- public:                               \
-  static const ::tarnkit::Class kClass; \
+#define TARNKIT_CLASS_OF(RecordType) \
+ public:                             \
+  static const RecordType kClass;    \
   const ::tarnkit::Class& isa() const noexcept override { return kClass; }
+#define TARNKIT_CLASS TARNKIT_CLASS_OF(::tarnkit::Class)

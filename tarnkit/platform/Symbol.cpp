@@ -21,18 +21,18 @@ Table& table() {
 
 }  // namespace
 
-std::uint32_t Symbol::resolve() const {
+const String& Symbol::resolve() const {
   auto& shared = table();
   const String text = String::interned(text_);
   const std::lock_guard lock(shared.mutex);
   const auto next = static_cast<std::uint32_t>(shared.texts.size());
   const auto [entry, isNew] = shared.numbers.emplace(text.view(), next);
   if (isNew) shared.texts.push_back(text);
-  number_.store(entry->second + 1, std::memory_order_release);
-  return entry->second;
+  number_ = entry->second;
+  const String& string = shared.texts[entry->second];  // a deque's elements keep their addresses
+  string_.store(&string, std::memory_order_release);
+  return string;
 }
-
-String Symbol::string() const { return stringOf(number()); }
 
 std::uint32_t Symbol::count() {
   auto& shared = table();

@@ -23,11 +23,14 @@ class Symbol {
   std::string_view text() const noexcept { return text_; }
   /// 0, 1, 2 … in the order of first use.
   std::uint32_t number() const {
-    const auto number = number_.load(std::memory_order_acquire);
-    return number != 0 ? number - 1 : resolve();
+    if (!string_.load(std::memory_order_acquire)) resolve();
+    return number_;
   }
   /// The name as a shared string.
-  String string() const;
+  const String& string() const {
+    const auto* string = string_.load(std::memory_order_acquire);
+    return string ? *string : resolve();
+  }
   /// How many numbers have been given so far.
   static std::uint32_t count();
   /// The text of a number that was given.
@@ -38,10 +41,11 @@ class Symbol {
   }
 
  private:
-  std::uint32_t resolve() const;
+  const String& resolve() const;
 
   const char* text_;
-  mutable std::atomic<std::uint32_t> number_{0};  // one more than the number; 0: none yet
+  mutable std::uint32_t number_ = 0;
+  mutable std::atomic<const String*> string_{nullptr};  // null until first use
 };
 
 }  // namespace tarnkit
