@@ -25,6 +25,7 @@ const String& Symbol::resolve() const {
   auto& shared = table();
   const String text = String::interned(text_);
   const std::lock_guard lock(shared.mutex);
+  if (const auto* resolved = string_.load(std::memory_order_relaxed)) return *resolved;
   const auto next = static_cast<std::uint32_t>(shared.texts.size());
   const auto [entry, isNew] = shared.numbers.emplace(text.view(), next);
   if (isNew) shared.texts.push_back(text);

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <vector>
+
+#include "tarnkit/patches/HXRNodeClass.h"
+#include "tarnkit/patches/HXRNodeOwner.h"
+#include "tarnkit/patches/HXRParameter.h"
+#include "tarnkit/patches/HXRPortLayout.h"
+
+namespace tarnkit {
+
+/// The group that receives ports added without a group.
+inline constexpr const char* HXRDefaultPortGroupKey = "__Default";
+
+/// A patch definition: describes one kind of patch by its ports, port groups and parameters. It
+/// computes nothing.
+///
+/// An editor node owns exactly one as its `patch` and follows it: every change of ports, parameters
+/// or names made here is told to the node at once. While an instance differs in nothing from its
+/// class's prototype it shares the class's port layout; `portLayout` reads whichever is in force and
+/// costs nothing, while every operation that hands out a port or group of this very definition makes
+/// the definition's own copy first. Made by `HXRNodeClass::makeDefinition`. For one thread.
+class HXRNode : public Object {
+ public:
+  static const HXRNodeClass kClass;
+  const Class& isa() const noexcept override { return *class_; }
+  const HXRNodeClass& patchClass() const noexcept { return *class_; }
+
+  /// The layout in force, shared or own; for reading.
+  const HXRPortLayout& portLayout() const noexcept { return *layout_; }
+
+  /// This definition's own port of the key, or null.
+  HXRPort* portForKey(const String& uniqueKey);
+  /// This definition's own ports, unique key to port, in the order of addition.
+  const OrderedMap<Ref<HXRPort>>& ports();
+  HXRPortGroupCollection& inputPortGroupCollection();
+  HXRPortGroupCollection& outputPortGroupCollection();
+  HXRPortGroup* hx_inputPortGroupForKey(const String& groupKey);
+  HXRPortGroup* hx_outputPortGroupForKey(const String& groupKey);
+
+  /// Puts the port into the group of that key on its side (nil: the default group) and tells the
+  /// editor node. A port of the same key is replaced. A port that is neither input nor output is
+  /// ignored.
+  void addPort(HXRPort& port, const String& portGroup = {});
+  /// Takes the port out, and its group when that is empty then, and tells the editor node. Nothing
+  /// happens for a port of another definition.
+  void removePort(HXRPort& port);
+
+  /// The parameters, in the order added.
+  const std::vector<Ref<HXRParameter>>& parameters() const noexcept { return parameters_; }
+  /// The parameter last added under the key, or null.
+  HXRParameter* parameterForKey(const String& uniqueKey) const;
+  /// Appends the parameter and tells the editor node.
+  void addParameter(HXRParameter& parameter);
+  /// Takes the parameter out and tells the editor node; one that is not held is ignored.
+  void removeParameter(HXRParameter& parameter);
+  /// Called when the value of one of the parameters has changed. The base does nothing; definitions
+  /// whose ports follow a parameter rebuild them here.
+  virtual void parameterValueDidChange(HXRParameter& parameter);
+
+  /// The editor node that owns the definition, or null.
+  HXRNodeOwner* node() const noexcept { return node_.get(); }
+  void setNode(HXRNodeOwner* node);
+  /// Whether the class comes from a plug-in; set by whoever makes the definition for a document.
+  bool external() const noexcept { return external_; }
+  void setExternal(bool external) noexcept { external_ = external; }
+  /// Whether the class belongs neither to the application's main bundle nor to this library's.
+  static bool hx_isExternalClass(const Class& patchClass);
+
+  /// The factory of definition classes that need no C++ class of their own.
+  static Ref<Object> makeOfClass(const Class& record);
+
+ protected:
+  /// Starts with the layout and the parameters of the class's prototype; inside the making of the
+  /// prototype, with none.
+  explicit HXRNode(const HXRNodeClass& patchClass);
+  template <class T, class... Args>
+  friend Ref<T> make(Args&&... args);
+
+  /// The layout, made this definition's own.
+  HXRPortLayout& ownLayout();
+
+ private:
+  friend class HXRNodeClass;
+
+  const HXRNodeClass* class_;
+  Ref<HXRPortLayout> layout_;
+  std::vector<Ref<HXRParameter>> parameters_;
+  WeakRef<HXRNodeOwner> node_;
+  bool external_ = false;
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "tarnkit/platform/Class.h"
+#include "tarnkit/platform/Object.h"
+#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/Symbol.h"
+
+namespace tarnkit {
+
+class HXRNode;
+
+/// The class record of a parameter description: with the editor's class for it and the device's.
+class HXRParameterClass : public Class {
+ public:
+  /// `parameterClass` is the name of the editor parameter class; null: none.
+  constexpr HXRParameterClass(const char* name, const Class* superclass, const char* parameterClass,
+                              const char* processClassName) noexcept
+      : Class(name, superclass),
+        parameterClassName_(parameterClass),
+        processClassName_(processClassName) {}
+
+  /// The editor parameter class to make for it, found by name; null in the base, or while the model
+  /// is not registered.
+  const Class* parameterClass() const;
+  const String& processClassName() const { return processClassName_.string(); }
+
+ private:
+  const char* parameterClassName_;
+  mutable const Class* parameterClass_ = nullptr;  // looked up once
+  Symbol processClassName_;
+};
+
+/// A setting of a patch that is not a port, as its definition describes it: name, key within the
+/// patch, and (in the kinds) a default and a value.
+///
+/// Owned by its definition. Once the editor node has made the editor's twin, the value is the twin's;
+/// before that, setting the value sets the default. For one thread.
+class HXRParameter : public Object {
+  TARNKIT_CLASS_OF(HXRParameterClass)
+ public:
+  HXRParameter(String name, String uniqueKey, bool hidden = false);
+
+  const HXRParameterClass& parameterRecord() const noexcept {
+    return static_cast<const HXRParameterClass&>(isa());
+  }
+  const Class* parameterClass() const { return parameterRecord().parameterClass(); }
+  const String& processClassName() const { return parameterRecord().processClassName(); }
+
+  const String& name() const noexcept { return name_; }
+  const String& uniqueKey() const noexcept { return uniqueKey_; }
+  /// Whether the editor leaves it out.
+  bool hidden() const noexcept { return hidden_; }
+  /// The definition; null while none holds the parameter.
+  HXRNode* node() const noexcept { return node_.get(); }
+  void setNode(HXRNode* node);
+  /// The editor's twin, or null.
+  Object* parameter() const noexcept { return parameter_.get(); }
+  /// Set by the editor's twin, which must be a value holder of the parameter's kind (otherwise, and
+  /// for null, the parameter is left without a twin).
+  virtual void setParameter(Object* parameter);
+
+  /// A fresh description with the same contents and no twin, that belongs to no definition.
+  virtual Ref<HXRParameter> copy() const;
+
+ protected:
+  HXRParameter(const HXRParameter& other);
+
+ private:
+  String name_;
+  String uniqueKey_;
+  WeakRef<HXRNode> node_;
+  WeakRef<Object> parameter_;
+  bool hidden_;
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tarnkit/patches/HXRPortGroup.h"
+#include "tarnkit/platform/OrderedMap.h"
+
+namespace tarnkit {
+
+/// The port groups of one orientation of a definition, in the order in which their first ports were
+/// added. Owned by the definition's port layout.
+class HXRPortGroupCollection final : public Object {
+  TARNKIT_CLASS
+ public:
+  HXRPortGroupCollection(HXRNode* node, std::int32_t orientation);
+
+  HXRNode* node() const noexcept { return node_.get(); }
+  std::int32_t orientation() const noexcept { return orientation_; }
+  /// Group key to group, in order.
+  const OrderedMap<Ref<HXRPortGroup>>& portGroups() const noexcept { return portGroups_; }
+  /// The keys as an ordered set of strings; built once and shared until the collection changes.
+  const Ref<OrderedSet>& portGroupKeys() const;
+  void addPortGroup(HXRPortGroup& group);
+  /// Nothing happens when the collection does not hold the group.
+  void removePortGroup(HXRPortGroup& group);
+  HXRPortGroup* portGroupForKey(const String& groupKey) const;
+
+ private:
+  WeakRef<HXRNode> node_;
+  std::int32_t orientation_;
+  OrderedMap<Ref<HXRPortGroup>> portGroups_;
+  mutable Ref<OrderedSet> portGroupKeys_;  // null: to be built
+};
+
+}  // namespace tarnkit

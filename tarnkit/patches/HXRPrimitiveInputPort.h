@@ -1,0 +1,55 @@
+#pragma once
+
+#include "tarnkit/patches/HXRTypedPorts.h"
+#include "tarnkit/patches/PMRPrimitive.h"
+#include "tarnkit/platform/OrderedMap.h"
+
+namespace tarnkit {
+
+/// An input for scalar values: with an optional default, and an optional list of named values that
+/// the editor offers as a menu.
+class HXRPrimitiveInputPort : public HXRValueInputPort {
+  TARNKIT_CLASS_OF(HXRPortClass)
+ public:
+  /// Without a default the port's value is undefined (null) until connected or set.
+  HXRPrimitiveInputPort(String name, String uniqueKey, Ref<PMRPrimitive> defaultValue = nullptr);
+
+  /// Null when the port has none. Shared by every port of the description: not to be changed.
+  const Ref<PMRPrimitive>& defaultValue() const noexcept { return defaultValue_; }
+
+  /// A new label is appended, a known one keeps its place; a null value removes the label; a nil
+  /// label does nothing.
+  void mapValue(Ref<PMRPrimitive> value, const String& toLabel);
+  /// Null when the label is nil or unknown.
+  Ref<PMRPrimitive> mappedValueForLabel(const String& label) const;
+  /// The first label, in their order, of an equal value (kind matters); nil when there is none.
+  String labelForMappedValue(const PMRPrimitive* value) const;
+  /// Label to value, in the order in which the labels were first mapped.
+  const OrderedMap<Ref<PMRPrimitive>>& mappedValues() const noexcept { return mappedValues_; }
+  bool lockToMappedValues() const noexcept { return lockToMappedValues_; }
+  void setLockToMappedValues(bool lock) noexcept { lockToMappedValues_ = lock; }
+  /// Whether the editor offers nothing but the labels: the flag is set and there is a label.
+  bool effectiveLockToMappedValues() const noexcept {
+    return lockToMappedValues_ && !mappedValues_.empty();
+  }
+
+  Ref<HXRPort> copy() const override;
+
+ protected:
+  HXRPrimitiveInputPort(const HXRPrimitiveInputPort& other) = default;
+
+ private:
+  Ref<PMRPrimitive> defaultValue_;
+  OrderedMap<Ref<PMRPrimitive>> mappedValues_;
+  bool lockToMappedValues_ = false;
+};
+
+/// A primitive input whose value is an angle.
+class HXRAngleInputPort final : public HXRPrimitiveInputPort {
+  TARNKIT_CLASS_OF(HXRPortClass)
+ public:
+  using HXRPrimitiveInputPort::HXRPrimitiveInputPort;
+  Ref<HXRPort> copy() const override;
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,128 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tarnkit/patches/HXRParameter.h"
+#include "tarnkit/patches/RGBA.h"
+
+namespace tarnkit {
+
+/// What a parameter description needs of its editor twin: to read and set its value. Implemented by
+/// the editor parameters; it stands here so that definitions know nothing of the model.
+template <class Value>
+class HXRValueHolder {
+ public:
+  virtual Value value() const = 0;
+  virtual void setValue(Value value) = 0;
+
+ protected:
+  ~HXRValueHolder() = default;
+};
+
+/// The common part of the parameter kinds: a stored default, and a value that is the editor twin's
+/// once there is one.
+template <class Value>
+class HXRValueParameter : public HXRParameter {
+ public:
+  using HXRParameter::HXRParameter;
+
+  /// The twin's value; without a twin the default. Never clamped to the bounds.
+  Value value() const {
+    const auto* holder = this->holder();
+    return holder ? holder->value() : defaultValue_;
+  }
+  /// Sets the twin's value; without a twin the default.
+  void setValue(Value value) {
+    if (auto* holder = this->holder()) {
+      holder->setValue(std::move(value));
+    } else {
+      defaultValue_ = std::move(value);
+    }
+  }
+  /// The stored default, never the twin's value.
+  const Value& defaultValue() const noexcept { return defaultValue_; }
+
+  void setParameter(Object* parameter) override {
+    holder_ = dynamic_cast<HXRValueHolder<Value>*>(parameter);
+    HXRParameter::setParameter(holder_ ? parameter : nullptr);
+  }
+
+ protected:
+  HXRValueParameter(const HXRValueParameter& other)
+      : HXRParameter(other), defaultValue_(other.defaultValue_) {}
+
+ private:
+  HXRValueHolder<Value>* holder() const noexcept { return parameter() ? holder_ : nullptr; }
+
+  HXRValueHolder<Value>* holder_ = nullptr;  // valid while the twin is
+  Value defaultValue_{};
+};
+
+class HXRBooleanParameter final : public HXRValueParameter<bool> {
+  TARNKIT_CLASS_OF(HXRParameterClass)
+ public:
+  using HXRValueParameter::HXRValueParameter;
+  Ref<HXRParameter> copy() const override;
+};
+
+/// A parameter with bounds. The bounds are the editor's business: nothing here clamps to them.
+template <class Value>
+class HXRBoundedParameter : public HXRValueParameter<Value> {
+ public:
+  using HXRValueParameter<Value>::HXRValueParameter;
+  Value minimumValue() const noexcept { return minimumValue_; }
+  void setMinimumValue(Value value) noexcept { minimumValue_ = value; }
+  Value maximumValue() const noexcept { return maximumValue_; }
+  void setMaximumValue(Value value) noexcept { maximumValue_ = value; }
+
+ private:
+  Value minimumValue_{};
+  Value maximumValue_{};
+};
+
+class HXRNumberParameter final : public HXRBoundedParameter<float> {
+  TARNKIT_CLASS_OF(HXRParameterClass)
+ public:
+  using HXRBoundedParameter::HXRBoundedParameter;
+  Ref<HXRParameter> copy() const override;
+};
+
+class HXRIndexParameter final : public HXRBoundedParameter<std::int32_t> {
+  TARNKIT_CLASS_OF(HXRParameterClass)
+ public:
+  using HXRBoundedParameter::HXRBoundedParameter;
+  Ref<HXRParameter> copy() const override;
+};
+
+class HXRStringParameter final : public HXRValueParameter<String> {
+  TARNKIT_CLASS_OF(HXRParameterClass)
+ public:
+  using HXRValueParameter::HXRValueParameter;
+  /// How the editor shows the text field: 0 one line, 1 several.
+  std::int32_t displayStyle() const noexcept { return displayStyle_; }
+  void setDisplayStyle(std::int32_t style) noexcept { displayStyle_ = style; }
+  Ref<HXRParameter> copy() const override;
+
+ private:
+  std::int32_t displayStyle_ = 0;
+};
+
+class HXRColorParameter final : public HXRValueParameter<RGBA> {
+  TARNKIT_CLASS_OF(HXRParameterClass)
+ public:
+  using HXRValueParameter::HXRValueParameter;
+  Ref<HXRParameter> copy() const override;
+};
+
+/// The value is an image store entry (`HXImageStoreEntry` of the model), or null.
+class HXRImageParameter final : public HXRValueParameter<Ref<Object>> {
+  TARNKIT_CLASS_OF(HXRParameterClass)
+ public:
+  using HXRValueParameter::HXRValueParameter;
+  Ref<Object> imageEntry() const { return value(); }
+  void setImageEntry(Ref<Object> entry) { setValue(std::move(entry)); }
+  const Ref<Object>& defaultImageEntry() const noexcept { return defaultValue(); }
+  Ref<HXRParameter> copy() const override;
+};
+
+}  // namespace tarnkit
