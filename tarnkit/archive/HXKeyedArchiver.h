@@ -1,0 +1,108 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "tarnkit/platform/Coder.h"
+
+namespace tarnkit {
+
+/// Thrown when an object is written unconditionally from inside its own encoding: written out, it
+/// would hold itself without end. Back references are written with `encodeConditionalObject`.
+class HXArchiveRecursionError : public std::logic_error {
+ public:
+  using std::logic_error::logic_error;
+};
+
+/// Writes an object graph into one binary property list: the container of the device graph and of
+/// the image archives. It is read by the device, never by this system's model.
+///
+/// The output is a map of "$version" (the running application's), "$objects" (a map from object ID to
+/// encoded object) and "$root". Strings and numbers stand inline; any other object stands in
+/// "$objects" under "$object-0", "$object-1", … and is referred to by {"$reference": ID}. IDs are
+/// handed out by identity, depth-first in pre-order. An object that is only referred to conditionally
+/// keeps its number and is absent from "$objects"; its references read as nil.
+///
+/// An object's `encodeWithCoder` is recorded flat and its children are walked from an explicit stack,
+/// in the order in which they were written, so the numbering is that of a recursive writer and the
+/// depth of the graph costs no stack. What the archiver keeps while writing:
+/// - the data handed in, whose contents `finishEncoding` replaces;
+/// - a table from object address to ID, telling whether the object was written unconditionally, only
+///   referred to, or is being written just now; it owns every object with an ID until `finishEncoding`,
+///   so that addresses stay valid;
+/// - the encoded forms, already in the property list's own layout;
+/// - the next ID;
+/// - the stack of open containers, the last of which receives every keyed value;
+/// - the class-name substitutions, by class name, looked up by exact class when everything that an
+///   object refers to has been written: a class may substitute its own name while it encodes itself,
+///   for itself and everything after.
+/// Equal strings, equal numbers and reference maps are shared in the output.
+///
+/// Belongs to whoever makes it; one thread at a time; linear in the output.
+class HXKeyedArchiver final : public Encoder {
+ public:
+  /// Writes into `data`, which is kept.
+  explicit HXKeyedArchiver(Ref<Data> data);
+  ~HXKeyedArchiver() override;
+
+  /// "$version".
+  static String versionKey();
+  /// The archive of `rootObject` at coding type 0.
+  static Ref<Data> archivedDataWithRootObject(const Object* rootObject);
+  /// Writes that archive to the file, whole or not at all; tells whether it did. When it did not,
+  /// `error`, if given, gets path and cause.
+  static bool archiveRootObject(const Object* rootObject, const std::string& toFile,
+                                std::string* error = nullptr);
+
+  /// Writes the object as the root, under the next ID; a null object does nothing. Afterwards the top
+  /// container is the reference to it.
+  /// Throws `HXArchiveRecursionError`, or what an object's `encodeWithCoder` throws; the archiver is
+  /// then empty as after `finishEncoding`.
+  void encodeRootObject(const Object* rootObject);
+
+  // Each stores its value under the key in the last container of the stack, replacing an earlier one.
+  void encodeBool(bool value, const Symbol& key) override;
+  void encodeInt(std::int32_t value, const Symbol& key) override;
+  void encodeInt64(std::int64_t value, const Symbol& key) override;
+  void encodeFloat(float value, const Symbol& key) override;
+  void encodeDouble(double value, const Symbol& key) override;
+  /// A copy of the bytes stands inline, not in "$objects".
+  void encodeBytes(ByteSpan bytes, const Symbol& key) override;
+  using Encoder::encodeObject;
+  /// Null leaves the key absent. Throws as `encodeRootObject` when no object is being encoded;
+  /// otherwise the enclosing call throws.
+  void encodeObject(const Object* object, const Symbol& key) override;
+  using Encoder::encodeConditionalObject;
+  /// Null leaves the key absent.
+  void encodeConditionalObject(const Object* object, const Symbol& key) override;
+  /// The collection gets an ID of its own, and so do the elements that are no strings or numbers. A
+  /// list is a list of encoded forms; a set is a map with "$class" and the list under "NS.objects"; an
+  /// ordered set one with "$class" and the members under "NS.object.0", "NS.object.1", …
+  void encodeCollection(CodingKind kind, std::size_t count,
+                        FunctionRef<const Object*(std::size_t)> at, const Symbol& key) override;
+  using Encoder::encodeMap;
+  /// The map gets an ID of its own; it is written, and its values get their IDs, in ascending order
+  /// of the keys, without "$class". A nil key makes the serialization fail.
+  void encodeMap(std::size_t count, FunctionRef<MapEntry(std::size_t)> at,
+                 const Symbol& key) override;
+
+  void setClassName(const Symbol& name, const Class& forClass) override;
+  /// The substitution recorded for the class; nil when there is none.
+  String classNameForClass(const Class& forClass) const;
+  /// How many containers are open: 1 unless an object is being encoded.
+  std::size_t stackDepth() const noexcept;
+
+  /// Replaces the contents of the data with the property list and empties the archiver for its next
+  /// root; substitutions are kept. A failure is logged as
+  /// "WARNING: [HXKeyedArchiver] REASON" and leaves the data empty.
+  void finishEncoding();
+
+ private:
+  struct State;
+  Ref<Data> data_;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tarnkit/platform/Coder.h"
+
+namespace tarnkit {
+
+class PropertyList;
+
+/// Reads a standard keyed archive, binary or XML, that need not be trusted.
+///
+/// Only the platform's values and classes of the `ClassRegistry` are made. An object is made by its
+/// class's factory when it is first referred to and handed out at once; its `initWithCoder` runs from
+/// an explicit stack, before those of the objects it refers to, which follow depth-first in the order
+/// of its decode calls. `awakeAfterDecoding` of an object runs after everything below it was
+/// initialised and awoken. So keys that objects draw while decoding come out in the pre-order of the
+/// graph, and no nesting costs stack.
+///
+/// A generic container asked for as an object is filled before whoever asked awakes; one that holds
+/// itself is refused. Work and memory are linear in the file: what many objects may read again from
+/// one shared list, map or byte buffer is bounded by `kSharedEntriesFactor`.
+/// Lives for one call of `unarchive`; one thread at a time.
+class StandardKeyedUnarchiver final : public Decoder {
+ public:
+  /// Elements visited by `decodeCollection` and `decodeMap` in one archive, and likewise the bytes
+  /// copied by `decodeBytes`, may come to this many times what the file holds, and a little more
+  /// (`kSharedEntriesAllowance`); beyond that the archive is refused.
+  static constexpr std::uint64_t kSharedEntriesFactor = 4;
+  static constexpr std::uint64_t kSharedEntriesAllowance = 65536;
+
+  /// The root object ("root" of "$top"), or null with one sentence in `error`. Nothing is thrown; of
+  /// an archive that fails no object stays alive that the model does not hold itself.
+  static Ref<Object> unarchive(ByteSpan bytes, std::int32_t codingType,
+                               std::string* error = nullptr);
+
+  bool containsValue(const Symbol& key) override;
+  bool decodeBool(const Symbol& key) override;
+  std::int32_t decodeInt(const Symbol& key) override;
+  std::int64_t decodeInt64(const Symbol& key) override;
+  float decodeFloat(const Symbol& key) override;
+  double decodeDouble(const Symbol& key) override;
+  std::vector<std::uint8_t> decodeBytes(const Symbol& key) override;
+  Ref<Object> decodeObject(const Symbol& key) override;
+  bool decodeCollection(const Symbol& key, FunctionRef<void(const Ref<Object>&)> visit) override;
+  bool decodeMap(const Symbol& key,
+                 FunctionRef<void(const String&, const Ref<Object>&)> visit) override;
+  void fail(std::string reason) override;
+  bool failed() const override;
+
+ private:
+  struct State;
+  explicit StandardKeyedUnarchiver(const PropertyList& list);
+  ~StandardKeyedUnarchiver() override;
+  Ref<Object> run();
+
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace tarnkit
