@@ -102,6 +102,8 @@ void Object::initWithCoder(Decoder&) {}
 
 void Object::awakeAfterDecoding(Decoder&) {}
 
+void Object::abandonDecoding() {}
+
 String Class::nameString() const { return String::interned(name()); }
 
 Ref<Object> Class::make() const { return factory_ ? factory_(*this) : nullptr; }

@@ -49,9 +49,15 @@ class Object {
   /// Reads the object's keys. Runs once, on an object just made by its class's factory, before the
   /// objects that it refers to have read theirs: what is decoded here may be stored, not asked.
   virtual void initWithCoder(Decoder& coder);
+  /// Lets go of every object that it owns: called on each object of an archive that turned out to be
+  /// unreadable, so that objects that own each other in a circle leave no leak.
+  virtual void abandonDecoding();
   /// Runs once after `initWithCoder` of this object and of everything that it was the first to refer
   /// to: the place for steps that ask the decoded objects.
   virtual void awakeAfterDecoding(Decoder& coder);
+
+  /// Whether more than one handle owns the object; for copy-on-write.
+  bool isShared() const noexcept { return counts().strong > 1; }
 
   /// How many objects are alive in the process; for leak checks in tests.
   static std::int64_t liveObjectCount() noexcept;

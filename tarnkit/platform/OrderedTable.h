@@ -7,7 +7,6 @@
 #include <memory>
 #include <new>
 #include <utility>
-#include <vector>
 
 namespace tarnkit::detail {
 
@@ -90,7 +89,7 @@ class OrderedTable {
     Entry* added = ::new (entries() + block_->used) Entry(std::move(entry));
     ++block_->used;
     ++block_->live;
-    if (block_->index.empty()) {
+    if (block_->slotCount == 0) {
       if (block_->used > kSearchedInPlace) buildIndex();
     } else {
       insertIntoIndex(block_->used - 1);
@@ -137,7 +136,7 @@ class OrderedTable {
     } else {
       std::rotate(run + to, run + from, run + from + 1);
     }
-    if (!block_->index.empty()) buildIndex();
+    if (block_->slotCount != 0) buildIndex();
   }
 
  private:
@@ -153,7 +152,8 @@ class OrderedTable {
     std::uint32_t used = 0;
     std::uint32_t capacity = 0;
     std::uint32_t live = 0;
-    std::vector<Slot> index;
+    std::uint32_t slotCount = 0;  // 0: no index; otherwise a power of two
+    std::unique_ptr<Slot[]> slots;
   };
   static_assert(alignof(Entry) <= alignof(Block));
 
@@ -169,16 +169,16 @@ class OrderedTable {
   std::uint32_t position(const Key& key) const noexcept {
     if (!block_) return kNotFound;
     const Entry* const run = entries();
-    if (block_->index.empty()) {
+    if (block_->slotCount == 0) {
       for (std::uint32_t i = 0; i < block_->used; ++i) {
         if (!Traits::isGap(run[i]) && Traits::hasKey(run[i], key)) return i;
       }
       return kNotFound;
     }
     const auto hash = fold(Traits::hash(key));
-    const auto mask = block_->index.size() - 1;
+    const std::size_t mask = block_->slotCount - 1;
     for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
-      const Slot& slot = block_->index[at];
+      const Slot& slot = block_->slots[at];
       if (slot.position == 0) return kNotFound;
       if (slot.hash != hash) continue;
       const Entry& entry = run[slot.position - 1];
@@ -187,7 +187,7 @@ class OrderedTable {
   }
 
   void insertIntoIndex(std::uint32_t position) {
-    if (std::size_t{position} + 1 > block_->index.size() / 2) {
+    if (position + 1 > block_->slotCount / 2) {
       buildIndex();
       return;
     }
@@ -195,15 +195,20 @@ class OrderedTable {
   }
   void place(std::uint32_t position) noexcept {
     const auto hash = fold(Traits::hash(Traits::key(entries()[position])));
-    const auto mask = block_->index.size() - 1;
+    const std::size_t mask = block_->slotCount - 1;
     std::size_t at = hash & mask;
-    while (block_->index[at].position != 0) at = (at + 1) & mask;
-    block_->index[at] = {hash, position + 1};
+    while (block_->slots[at].position != 0) at = (at + 1) & mask;
+    block_->slots[at] = {hash, position + 1};
   }
   void buildIndex() {
-    std::size_t size = 32;
-    while (size < std::size_t{block_->used} * 4) size *= 2;
-    block_->index.assign(size, Slot{0, 0});
+    std::uint32_t size = 32;
+    while (size < block_->used * 2 + 2) size *= 2;
+    if (size != block_->slotCount) {
+      block_->slots = std::make_unique<Slot[]>(size);
+      block_->slotCount = size;
+    } else {
+      std::fill_n(block_->slots.get(), size, Slot{0, 0});
+    }
     for (std::uint32_t i = 0; i < block_->used; ++i) {
       if (!Traits::isGap(entries()[i])) place(i);
     }
@@ -225,7 +230,8 @@ class OrderedTable {
     if (old) {
       fresh->used = old->used;
       fresh->live = old->live;
-      fresh->index = std::move(old->index);
+      fresh->slotCount = old->slotCount;
+      fresh->slots = std::move(old->slots);
       std::uninitialized_move_n(entriesOf(old), old->used, entriesOf(fresh));
       std::destroy_n(entriesOf(old), old->used);
       old->~Block();
@@ -243,7 +249,7 @@ class OrderedTable {
     }
     std::destroy_n(run + kept, block_->used - kept);
     block_->used = kept;
-    if (!block_->index.empty()) buildIndex();
+    if (block_->slotCount != 0) buildIndex();
   }
 
   Block* block_ = nullptr;
