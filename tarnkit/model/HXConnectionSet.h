@@ -1,0 +1,43 @@
+#pragma once
+
+#include "tarnkit/model/HXConnection.h"
+#include "tarnkit/platform/OrderedSet.h"
+
+namespace tarnkit {
+
+/// The connections of a port, in the order in which they were made: a value that is copied by sharing
+/// and never changes under whoever was handed a copy.
+///
+/// None and one take no memory of their own; asking, adding and removing take constant time on
+/// average while nobody else holds the same set, and otherwise one copy.
+class HXConnectionSet {
+ public:
+  std::uint32_t count() const noexcept;
+  bool isEmpty() const noexcept { return !members_; }
+  bool contains(const HXConnection* connection) const noexcept;
+  /// False when the connection was a member already.
+  bool add(HXConnection& connection);
+  /// False when the connection was no member.
+  bool remove(const HXConnection& connection);
+
+  /// Calls `visit(HXConnection&)` for each, in order.
+  template <class Visit>
+  void forEach(Visit visit) const {
+    if (auto* one = as<HXConnection>(members_.get())) {
+      visit(*one);
+    } else if (members_) {
+      const Ref<Object> kept = members_;
+      for (const auto& member : static_cast<const OrderedSet&>(*kept)) {
+        visit(static_cast<HXConnection&>(*member));
+      }
+    }
+  }
+  std::vector<Ref<HXConnection>> toVector() const;
+
+ private:
+  OrderedSet& mutableSet();
+
+  Ref<Object> members_;  // null, the one connection, or an OrderedSet of two and more
+};
+
+}  // namespace tarnkit

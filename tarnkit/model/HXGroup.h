@@ -1,0 +1,144 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "tarnkit/model/HXNotifications.h"
+#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/OrderedMap.h"
+#include "tarnkit/platform/OrderedSet.h"
+
+namespace tarnkit {
+
+class HXNode;
+class HXPort;
+class HXSymbolicPort;
+
+/// Posted by a group with "Group" and "Node".
+inline constinit const Symbol HXGroupAddNodeNotification{"HXGroupAddNodeNotification"};
+inline constinit const Symbol HXGroupRemoveNodeNotification{"HXGroupRemoveNodeNotification"};
+/// Posted by a group with "Group" and "Port", the inner port.
+inline constinit const Symbol HXGroupAddSymbolicPortForPortNotification{
+    "HXGroupAddSymbolicPortForPortNotification"};
+inline constinit const Symbol HXGroupRemoveSymbolicPortForPortNotification{
+    "HXGroupRemoveSymbolicPortForPortNotification"};
+
+/// A point on the canvas, in canvas units.
+struct HXPoint {
+  float x = 0;
+  float y = 0;
+  bool operator==(const HXPoint&) const = default;
+};
+
+/// The contents of a node that has subnodes: the subnodes, and the published ports that stand for
+/// inner ports on the node's outside.
+///
+/// Owned by its node, which replaces a plain group by a subview group, and back, as view nodes come
+/// and go; a group that was replaced hands every operation on to the one in force. Changes are
+/// announced while the node is in a document. Adding, finding and removing a node take constant time
+/// beside the node's own ports. For one thread.
+class HXGroup : public Object {
+  TARNKIT_CLASS
+ public:
+  /// Empty, with a new key.
+  HXGroup();
+  /// Takes over the other group's key, subnodes (which change their parent) and published ports; not
+  /// its canvas centre, opacity and node.
+  static Ref<HXGroup> initWithGroup(HXGroup& group);
+
+  /// "group_%i".
+  const String& uniqueKey() const noexcept { return uniqueKey_; }
+  /// The node whose subnode group this is; null while none is.
+  HXNode* node() const noexcept { return node_.get(); }
+  void setNode(HXNode* node);
+  /// The node's document key.
+  String documentKey() const;
+
+  const OrderedMap<Ref<HXNode>>& subnodesByUniqueKey() const noexcept { return subnodes_; }
+  std::vector<Ref<HXNode>> subnodes() const;
+  /// Null for an unknown key.
+  HXNode* subnodeForKey(const String& uniqueKey) const;
+  /// Those of the subnodes that are selected.
+  std::vector<Ref<HXNode>> selectedNodes() const;
+  /// Adds the node, taking it out of its present group first (this one included: its connections and
+  /// publications end). A node that encloses this group is refused, with one line logged.
+  void addNode(HXNode& node);
+  /// Unpublishes and disconnects every port of the node and takes it out. A node that is not in the
+  /// group is ignored.
+  void removeNode(HXNode* node);
+  /// Told by a subnode that may have become, or ceased to be, a view node.
+  void subnodeViewTypeDidChange(HXNode& node);
+
+  /// The published inner ports (`HXSymbolicPort`), in the order of publishing.
+  const OrderedSet& symbolicInputPorts() const noexcept { return *symbolicInputPorts_; }
+  const OrderedSet& symbolicOutputPorts() const noexcept { return *symbolicOutputPorts_; }
+  /// Publishes the port under its own name; null when it is neither input nor output. It is not asked
+  /// whether the port is published already.
+  Ref<HXSymbolicPort> addSymbolicPortForPort(HXPort& port);
+  /// Ends the publication of the port here and at every level above, and every connection of the port
+  /// that it resolves to. A port that is null or not published is ignored.
+  void removeSymbolicPortForPort(HXPort* port);
+  /// Publishes again under a symbolic port that was removed: the same object, with its name. One whose
+  /// inner port is gone is ignored.
+  void restoreSymbolicPort(HXSymbolicPort& symbolicPort);
+
+  bool isOpaque() const noexcept { return opaque_; }
+  void setOpaque(bool opaque) noexcept { opaque_ = opaque; }
+  HXPoint canvasCenter() const noexcept { return canvasCenter_; }
+  void setCanvasCenter(HXPoint center) noexcept { canvasCenter_ = center; }
+
+  /// Class-level: the device-side class.
+  virtual const Symbol& processClassName() const;
+
+  /// Forwarded to every subnode, with everything below it.
+  void hierarchyWillChange();
+  void hierarchyDidChange();
+  void pruneInvalidConnections();
+
+  String description() const override;
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+  void awakeAfterDecoding(Decoder& coder) override;
+  void abandonDecoding() override;
+
+  static String hx_newUniqueKey();
+
+ protected:
+  struct Decoding {};
+  explicit HXGroup(Decoding) noexcept;
+  static Ref<Object> makeForDecoding(const Class&);
+  template <class T, class... Args>
+  friend Ref<T> make(Args&&... args);
+
+  /// The group that is in force in place of this one: itself unless its node replaced it.
+  HXGroup& inForce() noexcept;
+  void takeOver(HXGroup& group);
+  bool hasViewNode() const;
+  /// Brings the class of the group in force in line with its subnodes.
+  void swapIfNeeded();
+
+  virtual bool isSubviewGroup() const noexcept { return false; }
+  /// Steps that a subview group adds, on the group in force.
+  virtual void didAddNode(HXNode& node);
+  virtual void willRemoveNode(HXNode& node);
+  virtual void viewTypeDidChange(HXNode& node);
+
+ private:
+  friend class HXNode;
+  void hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort);
+  void unpublish(HXPort& port, HXSymbolicPort& symbolicPort);
+  void withdraw(HXNode& node);
+  OrderedSet* symbolicPorts(std::int32_t orientation) const noexcept;
+
+  OrderedMap<Ref<HXNode>> subnodes_;
+  Ref<OrderedSet> symbolicInputPorts_;
+  Ref<OrderedSet> symbolicOutputPorts_;
+  String uniqueKey_;
+  WeakRef<HXNode> node_;
+  WeakRef<HXGroup> successor_;
+  HXPoint canvasCenter_;
+  bool opaque_ = false;
+  std::vector<Ref<HXNode>> decodedSubnodes_;
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <vector>
+
+#include "tarnkit/model/HXImageStoreEntry.h"
+#include "tarnkit/model/HXNotifications.h"
+#include "tarnkit/platform/Data.h"
+#include "tarnkit/platform/OrderedMap.h"
+
+namespace tarnkit {
+
+class HXDocument;
+
+/// Posted by the store with "ImageEntry".
+inline constinit const Symbol HXImageStoreAddImageNotification{"HXImageStoreAddImageNotification"};
+/// Posted by the store with "ImageEntryKey"; the entry itself is not sent.
+inline constinit const Symbol HXImageStoreRemoveImageNotification{
+    "HXImageStoreRemoveImageNotification"};
+
+/// The document's pool of images: each picture once, under its content key, with a count of how often
+/// it was added. Owned by its document. For one thread; adding and removing cost one look-up.
+class HXImageStore final : public Object {
+  TARNKIT_CLASS
+ public:
+  HXImageStore() = default;
+
+  /// An entry with the image's content key, not in any store; null for a null image.
+  static Ref<HXImageStoreEntry> createImageEntry(const Ref<Image>& image);
+
+  /// Key to entry: the first entry added under the key.
+  const OrderedMap<Ref<HXImageStoreEntry>>& imageEntries() const noexcept { return entries_; }
+  HXImageStoreEntry* imageEntryForKey(const String& key) const;
+  /// How often the key was added and not yet removed; 0 for an unknown one.
+  std::int32_t countForKey(const String& key) const;
+  /// Counts the entry; the first of its key is stored and announced. One without a key is ignored.
+  void addImageEntry(const Ref<HXImageStoreEntry>& entry);
+  /// Counts the entry down; the last one leaves the store, which is announced, deliberately also for a
+  /// key that was never added. One without a key is ignored.
+  void removeImageEntry(const HXImageStoreEntry* entry);
+
+  void imageStoreEntryWasAdded(HXImageStoreEntry& entry);
+  void imageStoreEntryIsNoLongerReferenced(const HXImageStoreEntry& entry);
+
+  /// One complete device archive for each entry, in ascending order of the keys. An entry that cannot
+  /// be written is logged and left out.
+  std::vector<Ref<Data>> dataRepresentationsOfAllEntries() const;
+
+  HXDocument* document() const noexcept { return document_.get(); }
+  void setDocument(HXDocument* document);
+  String documentKey() const;
+
+  /// Writes its keys under every coding type.
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+  void awakeAfterDecoding(Decoder& coder) override;
+
+ private:
+  OrderedMap<Ref<HXImageStoreEntry>> entries_;
+  OrderedMap<std::int32_t> counts_;
+  WeakRef<HXDocument> document_;
+  std::vector<Ref<HXImageStoreEntry>> decodedEntries_;
+};
+
+}  // namespace tarnkit

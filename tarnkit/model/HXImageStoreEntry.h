@@ -1,0 +1,31 @@
+#pragma once
+
+#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/Object.h"
+#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/images/Image.h"
+
+namespace tarnkit {
+
+/// One image of a document's pool: the picture and its content key. Immutable; owned by the store and
+/// by the image parameters that show it.
+class HXImageStoreEntry final : public Object {
+  TARNKIT_CLASS
+ public:
+  /// Keeps both as given.
+  HXImageStoreEntry(Ref<Image> image, String key);
+
+  const Ref<Image>& image() const noexcept { return image_; }
+  /// The lowercase hexadecimal MD5 digest of the image's TIFF representation, 32 characters.
+  const String& key() const noexcept { return key_; }
+
+  /// In the device's vocabulary the image is PNG data.
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+
+ private:
+  Ref<Image> image_;
+  String key_;
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,244 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "tarnkit/model/HXGroup.h"
+#include "tarnkit/model/HXNotifications.h"
+#include "tarnkit/patches/HXRNode.h"
+#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/FunctionRef.h"
+
+namespace tarnkit {
+
+class HXDocument;
+class HXParameter;
+class HXPatchPort;
+class HXPort;
+class HXPortGroup;
+class HXPortGroupCollection;
+class HXSymbolicPort;
+
+/// Posted by a node with "Node" and "Name", the new name.
+inline constinit const Symbol HXNodeNameDidChangeNotification{"HXNodeNameDidChangeNotification"};
+/// Posted by a node with "Node".
+inline constinit const Symbol HXNodePositionDidChangeNotification{
+    "HXNodePositionDidChangeNotification"};
+inline constinit const Symbol HXNodeSelectionDidChangeNotification{
+    "HXNodeSelectionDidChangeNotification"};
+/// Posted by a node with "Node", "OldGroup" and "NewGroup".
+inline constinit const Symbol HXNodeSubnodeGroupDidChangeNotification{
+    "HXNodeSubnodeGroupDidChangeNotification"};
+/// Posted by a node, while it follows its definition, with "Node" and "Port".
+inline constinit const Symbol HXNodeAddPortNotification{"HXNodeAddPortNotification"};
+inline constinit const Symbol HXNodeRemovePortNotification{"HXNodeRemovePortNotification"};
+/// Likewise with "Node" and "PortGroup".
+inline constinit const Symbol HXNodeAddPortGroupNotification{"HXNodeAddPortGroupNotification"};
+inline constinit const Symbol HXNodeRemovePortGroupNotification{
+    "HXNodeRemovePortGroupNotification"};
+/// Likewise with "Node" and "Parameter".
+inline constinit const Symbol HXNodeAddParameterNotification{"HXNodeAddParameterNotification"};
+inline constinit const Symbol HXNodeRemoveParameterNotification{
+    "HXNodeRemoveParameterNotification"};
+
+/// One box of the patch graph: a patch definition placed in a group, with a name, a position, ports in
+/// port groups, parameters and, for containers, a subnode group.
+///
+/// The node owns all of these and its definition; it is owned by its parent group, which it refers to
+/// weakly. It keeps itself in step with its definition (`setPatch`), keeping what the user made
+/// wherever a key survives. While it is in no document it announces nothing. For one thread. Setters
+/// and look-ups take constant time; in a document, an observed change also climbs to the document.
+///
+/// Three sources: HXNode.cpp edits, HXNodeCoding.cpp archives, HXNodeSync.cpp follows the definition.
+class HXNode : public HXRNodeOwner {
+  TARNKIT_CLASS
+ public:
+  /// A new key, no name, no patch, no ports.
+  HXNode();
+  /// A node of the class of that name (`HXNode` or a kind of it, but no document); null for another.
+  static Ref<HXNode> makeOfClass(std::string_view className);
+
+  /// "node_%i".
+  const String& uniqueKey() const noexcept { return uniqueKey_; }
+  /// Nil until set or taken from the first patch.
+  const String& name() const noexcept { return name_; }
+  void setName(String name);
+  HXPoint position() const noexcept { return position_; }
+  void setPosition(HXPoint position);
+  bool selected() const noexcept { return selected_; }
+  void setSelected(bool selected);
+  /// The index of the inspector panel that the editor showed last; setting it announces nothing.
+  std::uint64_t inspectorPanel() const noexcept { return inspectorPanel_; }
+  void setInspectorPanel(std::uint64_t panel) noexcept { inspectorPanel_ = panel; }
+  /// The view colour for a node with a subview group, otherwise the patch class's colour.
+  RGBA defaultColor() const;
+
+  // Place in the document.
+
+  HXGroup* parentGroup() const noexcept { return parentGroup_.get(); }
+  void setParentGroup(HXGroup* group);
+  /// The node whose subnode group holds this one; null at the top.
+  HXNode* enclosingNode() const noexcept;
+  /// Null while the node is in no document. Costs the depth.
+  HXDocument* document() const noexcept;
+  /// Nil while the node is in no document.
+  virtual String documentKey() const;
+  /// This node's key, then those of the nodes that enclose it, the document's last; empty before the
+  /// node's place was first set.
+  std::vector<String> keyPath() const;
+  /// Forwarded to the parameters and to everything below.
+  void hierarchyWillChange();
+  void hierarchyDidChange();
+  /// Every port of the node and of everything below drops the connections that lost a display port.
+  void pruneInvalidConnections();
+
+  // Subnodes.
+
+  /// Null while the node has none.
+  const Ref<HXGroup>& subnodeGroup() const noexcept { return subnodeGroup_; }
+  bool forceAllowsSubnodes() const noexcept { return forceAllowsSubnodes_; }
+  /// Gives the node a subnode group whatever its patch allows, or takes it away again.
+  void setForceAllowsSubnodes(bool force);
+  virtual bool hx_forceAllowsSubnodes() const { return forceAllowsSubnodes_; }
+  /// Whether the device shows the node as a view: its patch is a view patch, or it has view nodes.
+  virtual bool shouldBeTreatedAsViewNode() const;
+  void swapSubnodeGroupToGroup();
+  void swapSubnodeGroupToViewGroup();
+
+  // Ports.
+
+  const Ref<HXPortGroupCollection>& inputPortGroupCollection() const noexcept {
+    return inputPortGroupCollection_;
+  }
+  const Ref<HXPortGroupCollection>& outputPortGroupCollection() const noexcept {
+    return outputPortGroupCollection_;
+  }
+  /// Null for an unknown key.
+  HXPortGroup* inputPortGroupForKey(const String& key) const;
+  HXPortGroup* outputPortGroupForKey(const String& key) const;
+  /// Null for another orientation than input and output, too.
+  HXPortGroup* portGroupForKey(const String& key, std::int32_t orientation) const;
+  /// The groups in the collection's order.
+  std::vector<Ref<HXPortGroup>> inputPortGroups() const;
+  std::vector<Ref<HXPortGroup>> outputPortGroups() const;
+  /// The node's own ports, hidden ones too, by unique key.
+  const OrderedMap<Ref<HXPatchPort>>& portsByUniqueKey() const noexcept {
+    return portsByUniqueKey_;
+  }
+  /// The own port of the key, else the first published input, else the first published output of the
+  /// key; null when there is none. An own port costs one look-up, a published one a walk over the
+  /// node's published ports.
+  HXPort* portForKey(const String& key) const;
+  /// The shown ports: in the order of the groups, hidden groups left out.
+  std::vector<Ref<HXPort>> inputPorts() const;
+  std::vector<Ref<HXPort>> outputPorts() const;
+  /// Inputs, then outputs.
+  std::vector<Ref<HXPort>> ports() const;
+  /// The subnode group's published ports; empty without one.
+  const OrderedSet& symbolicInputPorts() const noexcept;
+  const OrderedSet& symbolicOutputPorts() const noexcept;
+
+  // Parameters.
+
+  /// Key to parameter, in order. Parameters that the definition no longer has are kept.
+  const OrderedMap<Ref<HXParameter>>& parameters() const noexcept { return parameters_; }
+  HXParameter* parameterForKey(const String& key) const;
+  /// Told by a parameter whose value has changed; passes it on to the definition.
+  void parameterDidChange(HXParameter& parameter);
+
+  // The definition.
+
+  const Ref<HXRNode>& patch() const noexcept { return patch_; }
+  /// Takes the definition (null: none) and brings name, subnode group, parameters, port groups and
+  /// ports in line with it; the same definition synchronises again.
+  void setPatch(const Ref<HXRNode>& patch);
+  /// The class name of the patch as archived, when that class is known to nobody; nil otherwise. Such
+  /// a node keeps everything it was read with until a patch is set, and writes the name back.
+  const String& unknownPatchClass() const noexcept { return unknownPatchClass_; }
+  /// The class of the patch; the root definition class without one.
+  const HXRNodeClass& patchClass() const noexcept;
+
+  // Told by the definition.
+  void addPatchPort(HXRPort& port) override;
+  void removePatchPort(HXRPort& port) override;
+  void addPatchParameter(HXRParameter& parameter) override;
+  void removePatchParameter(HXRParameter& parameter) override;
+  void patchPortNameDidChange(HXRPort& port) override;
+  void patchLayoutWasCopied() override;
+
+  // Told by symbolic ports and by the subnode group: the port groups follow the published names.
+  virtual void symbolicPortNameDidChange(HXSymbolicPort& symbolicPort);
+  /// With the inner port.
+  virtual void symbolicPortNameWasAdded(HXPort& port);
+  virtual void symbolicPortNameWasRemoved(HXPort& port);
+
+  String description() const override;
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+  void awakeAfterDecoding(Decoder& coder) override;
+  void abandonDecoding() override;
+
+  static String hx_newUniqueKey();
+
+ protected:
+  struct Decoding {};
+  explicit HXNode(Decoding) noexcept;
+  static Ref<Object> makeForDecoding(const Class&);
+  template <class T, class... Args>
+  friend Ref<T> make(Args&&... args);
+
+  /// The document that the node is; null for every other node.
+  virtual HXDocument* asDocument() noexcept { return nullptr; }
+  /// The steps of `setPatch`, for kinds of nodes that add to them.
+  virtual void willSetPatch(const Ref<HXRNode>& patch);
+  virtual void didSetPatch();
+  /// The device-side class name of the kind of node.
+  virtual const Symbol& deviceClassName() const;
+
+ private:
+  friend class HXGroup;
+  struct PortSide;
+
+  void init();
+  /// Visits this node and every node below it, parents first, without recursion.
+  void eachNodeBelow(FunctionRef<void(HXNode&)> visit);
+  void hx_swapSubnodeGroupToGroup(Ref<HXGroup> group);
+  std::vector<Ref<HXPortGroup>> portGroups(std::int32_t orientation) const;
+  std::vector<Ref<HXPort>> shownPorts(std::int32_t orientation) const;
+
+  void hx_syncPatch();
+  void hx_syncNameWithPatch();
+  void hx_syncSubnodeGroupWithPatch();
+  void hx_syncParametersWithPatch();
+  void hx_syncPortGroupsWithPatch();
+  void hx_syncPortsWithPatch();
+  void hx_syncPortGroups(PortSide side, std::vector<Ref<HXPortGroup>>& gone,
+                         std::vector<Ref<HXPortGroup>>& added);
+  PortSide portSide(std::int32_t orientation);
+  void hx_decodePatchWithCoder(Decoder& coder);
+  void decodeParameters(Decoder& coder);
+
+  String uniqueKey_;
+  String name_;
+  Ref<HXPortGroupCollection> inputPortGroupCollection_;
+  Ref<HXPortGroupCollection> outputPortGroupCollection_;
+  OrderedMap<Ref<HXPortGroup>> inputPortGroupsByKey_;
+  OrderedMap<Ref<HXPortGroup>> outputPortGroupsByKey_;
+  OrderedMap<Ref<HXPatchPort>> portsByUniqueKey_;
+  OrderedMap<Ref<HXParameter>> parameters_;
+  WeakRef<HXGroup> parentGroup_;
+  Ref<HXGroup> subnodeGroup_;
+  Ref<HXRNode> patch_;
+  String unknownPatchClass_;
+  std::uint64_t inspectorPanel_ = 0;
+  HXPoint position_;
+  bool forceAllowsSubnodes_ = false;
+  bool selected_ = false;
+  bool hasKeyPath_ = false;
+  bool syncingPorts_ = false;
+  bool syncingParameters_ = false;
+  bool decoding_ = false;
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tarnkit/model/HXImageStoreEntry.h"
+#include "tarnkit/model/HXParameter.h"
+#include "tarnkit/patches/HXRValueParameters.h"
+
+namespace tarnkit {
+
+namespace detail {
+
+/// What the parameter kinds have in common: a value, and how it meets its description. `Description`
+/// is the kind of the definition's parameter.
+template <class Value, class Description>
+class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
+ public:
+  Value value() const override { return value_; }
+  /// Stores the value unless it equals the present one, and tells the document and the node.
+  void setValue(Value value) override {
+    if (equals(value_, value)) return;
+    value_ = std::move(value);
+    setValueInitialized();
+    valueDidChange();
+  }
+  void setPatchParameter(Ref<HXRParameter> patchParameter) override {
+    const bool changed = exchangePatchParameter(std::move(patchParameter));
+    if (!valueInitialized()) {
+      if (const auto* description = this->description()) value_ = description->defaultValue();
+    } else if (changed) {
+      valueDidChange();
+    }
+  }
+
+ protected:
+  /// Null while none is attached.
+  const Description* description() const noexcept {
+    return as<Description>(static_cast<const Object*>(patchParameter().get()));
+  }
+  void decodedValue(Value value) { value_ = std::move(value); }
+
+ private:
+  template <class T>
+  static bool equals(const T& a, const T& b) {
+    return a == b;
+  }
+  // Deliberately by identity: the editor's text fields count an equal string that is another object
+  // as a change.
+  static bool equals(const String& a, const String& b) { return a.isSameObject(b); }
+
+  Value value_{};
+};
+
+/// A kind with bounds, read from the description on every call; 0 without one.
+template <class Value, class Description>
+class HXBoundedParameter : public HXValueParameter<Value, Description> {
+ public:
+  Value minimumValue() const {
+    const auto* description = this->description();
+    return description ? description->minimumValue() : Value{};
+  }
+  Value maximumValue() const {
+    const auto* description = this->description();
+    return description ? description->maximumValue() : Value{};
+  }
+};
+
+}  // namespace detail
+
+class HXIndexParameter final : public detail::HXBoundedParameter<std::int32_t, HXRIndexParameter> {
+  TARNKIT_CLASS
+ public:
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+};
+
+class HXNumberParameter final : public detail::HXBoundedParameter<float, HXRNumberParameter> {
+  TARNKIT_CLASS
+ public:
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+};
+
+class HXBooleanParameter final : public detail::HXValueParameter<bool, HXRBooleanParameter> {
+  TARNKIT_CLASS
+ public:
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+};
+
+class HXStringParameter final : public detail::HXValueParameter<String, HXRStringParameter> {
+  TARNKIT_CLASS
+ public:
+  /// 0 one line, 1 several; read from the description, 0 without one.
+  std::int32_t displayStyle() const;
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+};
+
+class HXColorParameter final : public detail::HXValueParameter<RGBA, HXRColorParameter> {
+  TARNKIT_CLASS
+ public:
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+};
+
+/// The value is an entry of the document's image store, or null.
+class HXImageParameter final : public detail::HXValueParameter<Ref<Object>, HXRImageParameter> {
+  TARNKIT_CLASS
+ public:
+  HXImageStoreEntry* imageEntry() const;
+  void setImageEntry(Ref<HXImageStoreEntry> entry) { setValue(Ref<Object>(entry.get())); }
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+};
+
+}  // namespace tarnkit

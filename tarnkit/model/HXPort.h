@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tarnkit/model/HXConnectionSet.h"
+#include "tarnkit/model/HXNotifications.h"
+#include "tarnkit/patches/HXRReplicatorArrayOutputPort.h"
+#include "tarnkit/patches/Orientation.h"
+#include "tarnkit/patches/RGBA.h"
+#include "tarnkit/platform/Coder.h"
+
+namespace tarnkit {
+
+class HXNode;
+class HXSymbolicPort;
+
+/// Posted by a port whose symbolic port was set; no further user info than "Port".
+inline constinit const Symbol HXPortDidAddSymbolicReferenceNotification{
+    "HXPortDidAddSymbolicReferenceNotification"};
+/// Posted by a port before its symbolic port is cleared; no further user info than "Port".
+inline constinit const Symbol HXPortDidRemoveSymbolicReferenceNotification{
+    "HXPortDidRemoveSymbolicReferenceNotification"};
+/// Posted with "Name" when a port's name has changed (and by every rename of a published port).
+inline constinit const Symbol HXPortNameDidChangeNotification{"HXPortNameDidChangeNotification"};
+
+/// A connection point on a node: abstract. It knows its node, its orientation, how many connections
+/// it takes, and the symbolic port (if any) that publishes it on the enclosing group.
+///
+/// Owned by its node (patch ports) or by the group that publishes (symbolic ports); all references
+/// from here are weak. Notifications carry "DocumentKey" and "Port", and are posted only while the
+/// port is in a document. For one thread.
+class HXPort : public HXREditorPort {
+ public:
+  static const Class kClass;
+
+  /// The owning node; null once gone.
+  HXNode* node() const noexcept { return node_.get(); }
+  void setNode(HXNode* node);
+  std::int32_t orientation() const noexcept { return orientation_; }
+  std::int32_t connectionRelationship() const noexcept { return connectionRelationship_; }
+  /// The port that publishes this one; null when none does.
+  HXSymbolicPort* symbolicPort() const noexcept;
+  /// Announces an addition, or a removal (before it happens); replacing one symbolic port by another
+  /// announces the addition only.
+  void setSymbolicPort(HXSymbolicPort* symbolicPort);
+
+  /// Nil while the node is in no document.
+  String documentKey() const;
+  /// The key under which the node finds the port.
+  virtual String uniqueKey() const = 0;
+  virtual String name() const = 0;
+  /// The name after its first ":", untrimmed, or all of it when there is none.
+  String displayName() const;
+
+  /// The connections; none for ports that hold none themselves.
+  virtual HXConnectionSet connections() const;
+  /// Whether the port takes a connection with the other (a published one stands for what it resolves
+  /// to).
+  virtual bool canConnectToPort(const HXPort* other) const = 0;
+  virtual bool acceptsNewConnections() const;
+  /// Records the connection; false when the port refuses it.
+  virtual bool connectConnection(HXConnection& connection);
+  /// Forgets the connection; false when the port does not hold it.
+  virtual bool disconnectConnection(HXConnection& connection);
+  /// Drops connections one of whose display ports is gone; announces nothing.
+  virtual void pruneInvalidConnections();
+  virtual RGBA defaultColor() const;
+
+  /// The name of the port that publishes this one; nil when none does.
+  String symbolicPortName() const override;
+
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+
+ protected:
+  HXPort() noexcept = default;
+  HXPort(HXNode* node, std::int32_t orientation, std::int32_t connectionRelationship);
+
+ private:
+  WeakRef<HXNode> node_;
+  WeakRef<HXSymbolicPort> symbolicPort_;
+  std::int32_t orientation_ = 0;
+  std::int32_t connectionRelationship_ = 0;
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tarnkit/model/HXNotifications.h"
+#include "tarnkit/patches/HXRPortGroup.h"
+#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/OrderedSet.h"
+
+namespace tarnkit {
+
+class HXNode;
+
+/// Posted by a port group with "PortGroup" and "Collapsed". These two constants are deliberately named
+/// with "Group" while their texts lack it: observers compare by text.
+inline constinit const Symbol HXPortGroupCollapsedSidebarGroupDidChangeNotification{
+    "HXPortGroupCollapsedSidebarDidChangeNotification"};
+inline constinit const Symbol HXPortGroupCollapsedCanvasGroupDidChangeNotification{
+    "HXPortGroupCollapsedCanvasDidChangeNotification"};
+/// Posted by a port group with "PortGroup" and "Hidden".
+inline constinit const Symbol HXPortGroupHiddenDidChangeNotification{
+    "HXPortGroupHiddenDidChangeNotification"};
+
+/// A group in which a node shows some of its ports: abstract. It keeps what the user chose: whether
+/// the group is hidden, and whether it is collapsed on the canvas and in the sidebar.
+///
+/// Owned by its node, which makes and drops groups as it follows its patch definition. Changes are
+/// announced while the node is in a document. For one thread.
+class HXPortGroup : public Object {
+ public:
+  static const Class kClass;
+
+  HXNode* node() const noexcept { return node_.get(); }
+  /// Unique within the node and the orientation.
+  const String& groupKey() const noexcept { return groupKey_; }
+  std::int32_t orientation() const noexcept { return orientation_; }
+  bool collapsedCanvasGroup() const noexcept { return collapsedCanvasGroup_; }
+  bool collapsedSidebarGroup() const noexcept { return collapsedSidebarGroup_; }
+  /// A hidden group's ports do not show among the node's; they keep connections and values.
+  bool hidden() const noexcept { return hidden_; }
+  void setCollapsedCanvasGroup(bool collapsed);
+  void setCollapsedSidebarGroup(bool collapsed);
+  void setHidden(bool hidden);
+
+  /// The unique keys of the group's ports (strings), in order.
+  virtual Ref<OrderedSet> portKeys() const = 0;
+  /// The document key of the group's node.
+  String documentKey() const;
+
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+
+ protected:
+  HXPortGroup() noexcept = default;
+  HXPortGroup(HXNode* node, String groupKey, std::int32_t orientation);
+
+ private:
+  void change(bool& flag, bool value, const Symbol& notification, const Symbol& infoKey);
+
+  WeakRef<HXNode> node_;
+  String groupKey_;
+  std::int32_t orientation_ = 0;
+  bool collapsedCanvasGroup_ = false;
+  bool collapsedSidebarGroup_ = false;
+  bool hidden_ = false;
+};
+
+/// A group backed by a port group of the patch definition.
+class HXPatchPortGroup final : public HXPortGroup {
+  TARNKIT_CLASS
+ public:
+  HXPatchPortGroup() noexcept = default;
+  HXPatchPortGroup(HXNode* node, String groupKey, std::int32_t orientation);
+  /// The definition's group, maybe shared with other nodes; null until the node has synchronised.
+  const HXRPortGroup* patchPortGroup() const noexcept { return patchPortGroup_.get(); }
+  void setPatchPortGroup(Ref<HXRPortGroup> group) { patchPortGroup_ = std::move(group); }
+  Ref<OrderedSet> portKeys() const override;
+
+ private:
+  Ref<HXRPortGroup> patchPortGroup_;
+};
+
+/// A group that holds published ports.
+class HXSymbolicPortGroup final : public HXPortGroup {
+  TARNKIT_CLASS
+ public:
+  HXSymbolicPortGroup() noexcept = default;
+  HXSymbolicPortGroup(HXNode* node, String groupKey, std::int32_t orientation);
+  /// The published ports (`HXSymbolicPort`), in order; null for none.
+  const Ref<OrderedSet>& symbolicPorts() const noexcept { return symbolicPorts_; }
+  /// Announces nothing.
+  void setSymbolicPorts(Ref<OrderedSet> ports) { symbolicPorts_ = std::move(ports); }
+  Ref<OrderedSet> portKeys() const override;
+
+ private:
+  friend class HXNode;
+  Ref<OrderedSet> symbolicPorts_;
+};
+
+}  // namespace tarnkit

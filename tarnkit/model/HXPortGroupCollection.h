@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/OrderedSet.h"
+
+namespace tarnkit {
+
+class HXNode;
+
+/// The order of a node's port groups of one orientation: their keys. Owned by the node. For one thread.
+class HXPortGroupCollection final : public Object {
+  TARNKIT_CLASS
+ public:
+  HXPortGroupCollection() noexcept = default;
+  HXPortGroupCollection(HXNode* node, std::int32_t orientation);
+
+  HXNode* node() const noexcept { return node_.get(); }
+  std::int32_t orientation() const noexcept { return orientation_; }
+  /// The keys (strings) in order; the set handed out never changes.
+  Ref<const OrderedSet> portGroupKeys() const noexcept { return portGroupKeys_; }
+  /// Makes the keys those given: keys that stay keep their mutual order, new ones follow in the order
+  /// given.
+  void updateWithPortGroupKeys(const Ref<OrderedSet>& keys);
+
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+
+ private:
+  WeakRef<HXNode> node_;
+  Ref<OrderedSet> portGroupKeys_;  // never null after construction; shared, never changed in place
+  std::int32_t orientation_ = 0;
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "tarnkit/model/HXGroup.h"
+
+namespace tarnkit {
+
+/// Posted by a subview group with "Node" (the group itself, deliberately: the editor's views read it
+/// there) and "SubviewNodes", the group's live ordered set.
+inline constinit const Symbol HXSubviewGroupSubviewOrderDidChangeNotification{
+    "HXSubviewGroupSubviewOrderDidChangeNotification"};
+
+/// A group some of whose subnodes are view nodes: keeps those in the order of the views on screen.
+class HXSubviewGroup final : public HXGroup {
+  TARNKIT_CLASS
+ public:
+  HXSubviewGroup();
+  /// Also takes over the other group's view order, or collects its view nodes in their order.
+  static Ref<HXSubviewGroup> initWithGroup(HXGroup& group);
+
+  /// The view nodes (`HXNode`) in screen order.
+  const OrderedSet& subviewNodes() const noexcept { return *subviewNodes_; }
+  /// `kNotFoundIndex` when the node is none of the view nodes.
+  std::int64_t indexOfSubviewNode(const HXNode* node) const;
+  /// Moves a view node; an index past the end means the end. Another node is ignored.
+  void moveSubviewNode(HXNode& node, std::uint64_t toIndex);
+
+  const Symbol& processClassName() const override;
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+  void awakeAfterDecoding(Decoder& coder) override;
+  void abandonDecoding() override;
+
+ protected:
+  bool isSubviewGroup() const noexcept override { return true; }
+  void didAddNode(HXNode& node) override;
+  void willRemoveNode(HXNode& node) override;
+  void viewTypeDidChange(HXNode& node) override;
+
+ private:
+  explicit HXSubviewGroup(Decoding) noexcept;
+  static Ref<Object> makeForDecoding(const Class&);
+  template <class T, class... Args>
+  friend Ref<T> make(Args&&... args);
+  void announceOrder();
+
+  Ref<OrderedSet> subviewNodes_;
+};
+
+}  // namespace tarnkit
