@@ -26,7 +26,7 @@ class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
   void setPatchParameter(Ref<HXRParameter> patchParameter) override {
     const bool changed = exchangePatchParameter(std::move(patchParameter));
     if (!valueInitialized()) {
-      if (const auto* description = this->description()) value_ = description->defaultValue();
+      if (const auto* definition = this->definition()) value_ = definition->defaultValue();
     } else if (changed) {
       valueDidChange();
     }
@@ -34,7 +34,7 @@ class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
 
  protected:
   /// Null while none is attached.
-  const Description* description() const noexcept {
+  const Description* definition() const noexcept {
     return as<Description>(static_cast<const Object*>(patchParameter().get()));
   }
   void decodedValue(Value value) { value_ = std::move(value); }
@@ -56,12 +56,12 @@ template <class Value, class Description>
 class HXBoundedParameter : public HXValueParameter<Value, Description> {
  public:
   Value minimumValue() const {
-    const auto* description = this->description();
-    return description ? description->minimumValue() : Value{};
+    const auto* definition = this->definition();
+    return definition ? definition->minimumValue() : Value{};
   }
   Value maximumValue() const {
-    const auto* description = this->description();
-    return description ? description->maximumValue() : Value{};
+    const auto* definition = this->definition();
+    return definition ? definition->maximumValue() : Value{};
   }
 };
 

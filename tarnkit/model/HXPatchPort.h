@@ -26,10 +26,10 @@ class HXPatchPort final : public HXPort {
 
   /// The description as this node's definition holds it for itself; null before the first
   /// synchronisation. Asking for it ends the definition's sharing of its layout: to read, use
-  /// `description`.
+  /// `definition`.
   HXRPort* patchPort();
   /// The description in force, maybe shared with other nodes; for reading.
-  const HXRPort* description() const noexcept { return patchPort_.get(); }
+  const HXRPort* definition() const noexcept { return patchPort_.get(); }
   void setPatchPort(Ref<HXRPort> patchPort) { patchPort_ = std::move(patchPort); }
 
   String uniqueKey() const override;

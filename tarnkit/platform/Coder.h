@@ -141,8 +141,8 @@ class Decoder : public Coder {
   /// Records that the archive cannot be read, and why, unless something was recorded before.
   virtual void fail(std::string reason) = 0;
   virtual bool failed() const = 0;
-  /// How many objects of the class or its subclasses have been made so far.
-  virtual std::size_t countOfDecoded(const Class& kind) const = 0;
+  /// Visits every object that was made from a record of the archive so far, in the order of making.
+  virtual void eachDecoded(FunctionRef<void(Object&)> visit) const = 0;
 
   String decodeString(const Symbol& key);
   /// As `decodeObject`, but an object of another class is a failure and reads as null.

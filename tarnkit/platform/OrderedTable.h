@@ -70,9 +70,9 @@ class OrderedTable {
   };
   using iterator = Iterator<Entry>;
   using const_iterator = Iterator<const Entry>;
-  iterator begin() noexcept { return {entries(), entries() + used()}; }
+  iterator begin() noexcept { return {entries() + first(), entries() + used()}; }
   iterator end() noexcept { return {entries() + used(), entries() + used()}; }
-  const_iterator begin() const noexcept { return {entries(), entries() + used()}; }
+  const_iterator begin() const noexcept { return {entries() + first(), entries() + used()}; }
   const_iterator end() const noexcept { return {entries() + used(), entries() + used()}; }
 
   Entry* find(const Key& key) noexcept {
@@ -89,7 +89,7 @@ class OrderedTable {
     Entry* added = ::new (entries() + block_->used) Entry(std::move(entry));
     ++block_->used;
     ++block_->live;
-    if (block_->slotCount == 0) {
+    if (!block_->index) {
       if (block_->used > kSearchedInPlace) buildIndex();
     } else {
       insertIntoIndex(block_->used - 1);
@@ -104,7 +104,10 @@ class OrderedTable {
     Entry taken = std::exchange(entries()[at], Entry());
     if (--block_->live == 0) {
       clear();
-    } else if (block_->used > kSearchedInPlace && block_->live < block_->used / 2) {
+      return taken;
+    }
+    while (Traits::isGap(entries()[block_->first])) ++block_->first;
+    if (block_->used > kSearchedInPlace && block_->live < block_->used / 2) {
       closeGaps();
     }
     return taken;
@@ -136,7 +139,7 @@ class OrderedTable {
     } else {
       std::rotate(run + to, run + from, run + from + 1);
     }
-    if (block_->slotCount != 0) buildIndex();
+    if (block_->index) buildIndex();
   }
 
  private:
@@ -148,18 +151,24 @@ class OrderedTable {
     std::uint32_t hash;
     std::uint32_t position;
   };
+  struct Index {
+    explicit Index(std::uint32_t size) : count(size), slots(new Slot[size]()) {}
+    std::uint32_t count;  // a power of two
+    std::unique_ptr<Slot[]> slots;
+  };
   struct Block {
     std::uint32_t used = 0;
     std::uint32_t capacity = 0;
     std::uint32_t live = 0;
-    std::uint32_t slotCount = 0;  // 0: no index; otherwise a power of two
-    std::unique_ptr<Slot[]> slots;
+    std::uint32_t first = 0;  // no entry stands before it
+    std::unique_ptr<Index> index;
   };
   static_assert(alignof(Entry) <= alignof(Block));
 
   static Entry* entriesOf(Block* block) noexcept { return reinterpret_cast<Entry*>(block + 1); }
   Entry* entries() const noexcept { return block_ ? entriesOf(block_) : nullptr; }
   std::uint32_t used() const noexcept { return block_ ? block_->used : 0; }
+  std::uint32_t first() const noexcept { return block_ ? block_->first : 0; }
 
   static std::uint32_t fold(std::uint64_t hash) noexcept {
     hash *= 0x9E3779B97F4A7C15ULL;
@@ -169,16 +178,16 @@ class OrderedTable {
   std::uint32_t position(const Key& key) const noexcept {
     if (!block_) return kNotFound;
     const Entry* const run = entries();
-    if (block_->slotCount == 0) {
+    if (!block_->index) {
       for (std::uint32_t i = 0; i < block_->used; ++i) {
         if (!Traits::isGap(run[i]) && Traits::hasKey(run[i], key)) return i;
       }
       return kNotFound;
     }
     const auto hash = fold(Traits::hash(key));
-    const std::size_t mask = block_->slotCount - 1;
+    const std::size_t mask = block_->index->count - 1;
     for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
-      const Slot& slot = block_->slots[at];
+      const Slot& slot = block_->index->slots[at];
       if (slot.position == 0) return kNotFound;
       if (slot.hash != hash) continue;
       const Entry& entry = run[slot.position - 1];
@@ -187,7 +196,7 @@ class OrderedTable {
   }
 
   void insertIntoIndex(std::uint32_t position) {
-    if (position + 1 > block_->slotCount / 2) {
+    if (position + 1 > block_->index->count / 2) {
       buildIndex();
       return;
     }
@@ -195,19 +204,18 @@ class OrderedTable {
   }
   void place(std::uint32_t position) noexcept {
     const auto hash = fold(Traits::hash(Traits::key(entries()[position])));
-    const std::size_t mask = block_->slotCount - 1;
+    const std::size_t mask = block_->index->count - 1;
     std::size_t at = hash & mask;
-    while (block_->slots[at].position != 0) at = (at + 1) & mask;
-    block_->slots[at] = {hash, position + 1};
+    while (block_->index->slots[at].position != 0) at = (at + 1) & mask;
+    block_->index->slots[at] = {hash, position + 1};
   }
   void buildIndex() {
     std::uint32_t size = 32;
     while (size < block_->used * 2 + 2) size *= 2;
-    if (size != block_->slotCount) {
-      block_->slots = std::make_unique<Slot[]>(size);
-      block_->slotCount = size;
+    if (block_->index && block_->index->count == size) {
+      std::fill_n(block_->index->slots.get(), size, Slot{0, 0});
     } else {
-      std::fill_n(block_->slots.get(), size, Slot{0, 0});
+      block_->index = std::make_unique<Index>(size);
     }
     for (std::uint32_t i = 0; i < block_->used; ++i) {
       if (!Traits::isGap(entries()[i])) place(i);
@@ -230,8 +238,8 @@ class OrderedTable {
     if (old) {
       fresh->used = old->used;
       fresh->live = old->live;
-      fresh->slotCount = old->slotCount;
-      fresh->slots = std::move(old->slots);
+      fresh->first = old->first;
+      fresh->index = std::move(old->index);
       std::uninitialized_move_n(entriesOf(old), old->used, entriesOf(fresh));
       std::destroy_n(entriesOf(old), old->used);
       old->~Block();
@@ -249,7 +257,8 @@ class OrderedTable {
     }
     std::destroy_n(run + kept, block_->used - kept);
     block_->used = kept;
-    if (block_->slotCount != 0) buildIndex();
+    block_->first = 0;
+    if (block_->index) buildIndex();
   }
 
   Block* block_ = nullptr;

@@ -1,0 +1,84 @@
+#include "tarnkit/model/HXParameter.h"
+
+#include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXNode.h"
+#include "tarnkit/platform/Log.h"
+
+namespace tarnkit {
+
+const Class HXParameter::kClass{"HXParameter", &Object::kClass};
+
+namespace {
+
+constinit const Symbol kNode{"HXParameter.node"};
+
+constinit const Symbol kDeviceClass{"PMParameter"};
+constinit const Symbol kDeviceUniqueKey{"PMParameter.uniqueKey"};
+constinit const Symbol kDeviceNode{"PMParameter.node"};
+constinit const Symbol kDeviceProcessClassName{"PMParameter.processClassName"};
+
+}  // namespace
+
+Ref<HXParameter> HXParameter::create(const Class& parameterClass, HXNode* node) {
+  if (parameterClass == kClass) {
+    Log::warning("HXParameter", "Attempting to create vanilla HXParameter. Returning nil.");
+    return nullptr;
+  }
+  if (!parameterClass.isKindOf(kClass)) return nullptr;
+  auto parameter = as<HXParameter>(parameterClass.make());
+  if (parameter) parameter->node_ = node;
+  return parameter;
+}
+
+void HXParameter::setPatchParameter(Ref<HXRParameter> patchParameter) {
+  exchangePatchParameter(std::move(patchParameter));
+}
+
+bool HXParameter::exchangePatchParameter(Ref<HXRParameter> patchParameter) {
+  if (patchParameter == patchParameter_) return false;
+  if (patchParameter_) patchParameter_->setParameter(nullptr);
+  patchParameter_ = std::move(patchParameter);
+  if (patchParameter_) patchParameter_->setParameter(this);
+  return true;
+}
+
+String HXParameter::uniqueKey() const {
+  return patchParameter_ ? patchParameter_->uniqueKey() : String();
+}
+String HXParameter::name() const { return patchParameter_ ? patchParameter_->name() : String(); }
+bool HXParameter::hidden() const { return patchParameter_ && patchParameter_->hidden(); }
+
+void HXParameter::valueDidChange() {
+  const Ref<HXNode> node(this->node());
+  if (!node) return;
+  detail::announce(HXParameterValueDidChangeNotification, *this, *node,
+                   [&](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXNodeInfo, node},
+                                     {HXParameterInfo, Ref<Object>(this)}};
+                   });
+  node->parameterDidChange(*this);
+}
+
+void HXParameter::hierarchyWillChange() {}
+void HXParameter::hierarchyDidChange() {}
+
+void HXParameter::encodeWithCoder(Encoder& coder) const {
+  if (isEditorCodingType(coder.codingType())) {
+    coder.encodeConditionalObject(node_, kNode);
+  } else if (coder.codingType() == HXCodingTypeDevice) {
+    coder.setClassName(kDeviceClass, isa());
+    coder.encodeString(uniqueKey(), kDeviceUniqueKey);
+    coder.encodeConditionalObject(node_, kDeviceNode);
+    if (patchParameter_) {
+      coder.encodeString(patchParameter_->processClassName(), kDeviceProcessClassName);
+    }
+  }
+}
+
+void HXParameter::initWithCoder(Decoder& coder) {
+  node_ = coder.decode<HXNode>(kNode);
+  valueInitialized_ = true;
+}
+
+}  // namespace tarnkit

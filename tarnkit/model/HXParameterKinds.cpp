@@ -1,0 +1,149 @@
+#include "tarnkit/model/HXParameterKinds.h"
+
+#include "tarnkit/archive/HXCoding.h"
+
+namespace tarnkit {
+
+const Class HXIndexParameter::kClass{"HXIndexParameter", &HXParameter::kClass,
+                                     &detail::makeByDefault<HXIndexParameter>};
+const Class HXNumberParameter::kClass{"HXNumberParameter", &HXParameter::kClass,
+                                      &detail::makeByDefault<HXNumberParameter>};
+const Class HXBooleanParameter::kClass{"HXBooleanParameter", &HXParameter::kClass,
+                                       &detail::makeByDefault<HXBooleanParameter>};
+const Class HXStringParameter::kClass{"HXStringParameter", &HXParameter::kClass,
+                                      &detail::makeByDefault<HXStringParameter>};
+const Class HXColorParameter::kClass{"HXColorParameter", &HXParameter::kClass,
+                                     &detail::makeByDefault<HXColorParameter>};
+const Class HXImageParameter::kClass{"HXImageParameter", &HXParameter::kClass,
+                                     &detail::makeByDefault<HXImageParameter>};
+
+namespace {
+
+constinit const Symbol kIndexValue{"HXIndexParameter.value"};
+constinit const Symbol kNumberValue{"HXNumberParameter.value"};
+constinit const Symbol kBooleanValue{"HXBooleanParameter.value"};
+constinit const Symbol kStringValue{"HXStringParameter.value"};
+constinit const Symbol kImageEntry{"HXImageParameter.imageEntry"};
+
+constinit const Symbol kDeviceIndexClass{"PMIndexParameter"};
+constinit const Symbol kDeviceIndexValue{"PMIndexParameter.value"};
+constinit const Symbol kDeviceNumberClass{"PMNumberParameter"};
+constinit const Symbol kDeviceNumberValue{"PMNumberParameter.value"};
+constinit const Symbol kDeviceBooleanClass{"PMBooleanParameter"};
+constinit const Symbol kDeviceBooleanValue{"PMBooleanParameter.value"};
+constinit const Symbol kDeviceStringClass{"PMStringParameter"};
+constinit const Symbol kDeviceStringValue{"PMStringParameter.value"};
+constinit const Symbol kDeviceColorClass{"PMColorParameter"};
+constinit const Symbol kDeviceImageClass{"PMImageParameter"};
+constinit const Symbol kDeviceImageKey{"PMImageParameter.imageKey"};
+
+struct ColorKeys {
+  Symbol red, green, blue, alpha;
+};
+constinit const ColorKeys kColorKeys{
+    Symbol{"HXColorParameter.redValue"}, Symbol{"HXColorParameter.greenValue"},
+    Symbol{"HXColorParameter.blueValue"}, Symbol{"HXColorParameter.alphaValue"}};
+constinit const ColorKeys kDeviceColorKeys{
+    Symbol{"PMColorParameter.redValue"}, Symbol{"PMColorParameter.greenValue"},
+    Symbol{"PMColorParameter.blueValue"}, Symbol{"PMColorParameter.alphaValue"}};
+
+// What a kind adds after the base: its substitution and its value in the device's vocabulary, or its
+// value in the editor's.
+template <class Encode>
+void encodeValue(const HXParameter& parameter, Encoder& coder, const Symbol& editorKey,
+                 const Symbol& deviceClass, const Symbol& deviceKey, Encode encode) {
+  if (isEditorCodingType(coder.codingType())) {
+    encode(editorKey);
+  } else if (coder.codingType() == HXCodingTypeDevice) {
+    coder.setClassName(deviceClass, parameter.isa());
+    encode(deviceKey);
+  }
+}
+
+}  // namespace
+
+void HXIndexParameter::encodeWithCoder(Encoder& coder) const {
+  HXParameter::encodeWithCoder(coder);
+  encodeValue(*this, coder, kIndexValue, kDeviceIndexClass, kDeviceIndexValue,
+              [&](const Symbol& key) { coder.encodeInt(value(), key); });
+}
+void HXIndexParameter::initWithCoder(Decoder& coder) {
+  HXParameter::initWithCoder(coder);
+  decodedValue(coder.decodeInt(kIndexValue));
+}
+
+void HXNumberParameter::encodeWithCoder(Encoder& coder) const {
+  HXParameter::encodeWithCoder(coder);
+  encodeValue(*this, coder, kNumberValue, kDeviceNumberClass, kDeviceNumberValue,
+              [&](const Symbol& key) { coder.encodeFloat(value(), key); });
+}
+void HXNumberParameter::initWithCoder(Decoder& coder) {
+  HXParameter::initWithCoder(coder);
+  decodedValue(coder.decodeFloat(kNumberValue));
+}
+
+void HXBooleanParameter::encodeWithCoder(Encoder& coder) const {
+  HXParameter::encodeWithCoder(coder);
+  encodeValue(*this, coder, kBooleanValue, kDeviceBooleanClass, kDeviceBooleanValue,
+              [&](const Symbol& key) { coder.encodeBool(value(), key); });
+}
+void HXBooleanParameter::initWithCoder(Decoder& coder) {
+  HXParameter::initWithCoder(coder);
+  decodedValue(coder.decodeBool(kBooleanValue));
+}
+
+std::int32_t HXStringParameter::displayStyle() const {
+  const auto* parameter = definition();
+  return parameter ? parameter->displayStyle() : 0;
+}
+void HXStringParameter::encodeWithCoder(Encoder& coder) const {
+  HXParameter::encodeWithCoder(coder);
+  encodeValue(*this, coder, kStringValue, kDeviceStringClass, kDeviceStringValue,
+              [&](const Symbol& key) { coder.encodeString(value(), key); });
+}
+void HXStringParameter::initWithCoder(Decoder& coder) {
+  HXParameter::initWithCoder(coder);
+  decodedValue(coder.decodeString(kStringValue));
+}
+
+void HXColorParameter::encodeWithCoder(Encoder& coder) const {
+  HXParameter::encodeWithCoder(coder);
+  const auto encode = [&](const ColorKeys& keys) {
+    const RGBA color = value();
+    coder.encodeFloat(color.red, keys.red);
+    coder.encodeFloat(color.green, keys.green);
+    coder.encodeFloat(color.blue, keys.blue);
+    coder.encodeFloat(color.alpha, keys.alpha);
+  };
+  if (isEditorCodingType(coder.codingType())) {
+    encode(kColorKeys);
+  } else if (coder.codingType() == HXCodingTypeDevice) {
+    coder.setClassName(kDeviceColorClass, isa());
+    encode(kDeviceColorKeys);
+  }
+}
+void HXColorParameter::initWithCoder(Decoder& coder) {
+  HXParameter::initWithCoder(coder);
+  decodedValue({coder.decodeFloat(kColorKeys.red), coder.decodeFloat(kColorKeys.green),
+                coder.decodeFloat(kColorKeys.blue), coder.decodeFloat(kColorKeys.alpha)});
+}
+
+HXImageStoreEntry* HXImageParameter::imageEntry() const {
+  return as<HXImageStoreEntry>(value().get());
+}
+void HXImageParameter::encodeWithCoder(Encoder& coder) const {
+  HXParameter::encodeWithCoder(coder);
+  const auto* entry = imageEntry();
+  if (isEditorCodingType(coder.codingType())) {
+    coder.encodeObject(static_cast<const Object*>(entry), kImageEntry);
+  } else if (coder.codingType() == HXCodingTypeDevice) {
+    coder.setClassName(kDeviceImageClass, isa());
+    coder.encodeString(entry ? entry->key() : String(), kDeviceImageKey);
+  }
+}
+void HXImageParameter::initWithCoder(Decoder& coder) {
+  HXParameter::initWithCoder(coder);
+  decodedValue(coder.decode<HXImageStoreEntry>(kImageEntry));
+}
+
+}  // namespace tarnkit

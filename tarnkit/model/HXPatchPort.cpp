@@ -1,0 +1,173 @@
+#include "tarnkit/model/HXPatchPort.h"
+
+#include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/patches/HXRPrimitiveInputPort.h"
+
+namespace tarnkit {
+
+const Class HXPatchPort::kClass{"HXPatchPort", &HXPort::kClass, &HXPatchPort::makeForDecoding};
+
+namespace {
+
+constinit const Symbol kConnections{"HXPatchPort.connections"};
+constinit const Symbol kStaticValue{"HXPatchPort.staticValue"};
+
+constinit const Symbol kDeviceUniqueKey{"PMPort.uniqueKey"};
+constinit const Symbol kDeviceConnections{"PMPort.connections"};
+constinit const Symbol kDeviceProcessClassName{"PMPort.processClassName"};
+constinit const Symbol kDeviceDefaultValue{"PMPort.defaultValue"};
+
+const HXPort* resolved(const HXPort* port) {
+  const auto* symbolic = as<HXSymbolicPort>(port);
+  return symbolic ? symbolic->resolvedPort() : port;
+}
+
+}  // namespace
+
+HXPatchPort::HXPatchPort(HXNode* node, std::int32_t orientation,
+                         std::int32_t connectionRelationship)
+    : HXPort(node, orientation, connectionRelationship) {}
+
+Ref<Object> HXPatchPort::makeForDecoding(const Class&) { return make<HXPatchPort>(); }
+
+HXRPort* HXPatchPort::patchPort() {
+  if (patchPort_ && !patchPort_->node() && node() && node()->patch()) {
+    // The definition makes its own copies, and the node takes them up here.
+    node()->patch()->portForKey(patchPort_->uniqueKey());
+  }
+  return patchPort_.get();
+}
+
+String HXPatchPort::uniqueKey() const {
+  return patchPort_ ? patchPort_->uniqueKey() : String();
+}
+
+String HXPatchPort::name() const { return patchPort_ ? patchPort_->name() : String(); }
+
+bool HXPatchPort::canConnectToPort(const HXPort* other) const {
+  const auto* patchPort = as<HXPatchPort>(resolved(other));
+  return patchPort && patchPort_ && patchPort_->canConnectToPort(patchPort->definition());
+}
+
+bool HXPatchPort::acceptsNewConnections() const {
+  return connections_.isEmpty() || connectionRelationship() == HXConnectionRelationshipMany;
+}
+
+bool HXPatchPort::connectConnection(HXConnection& connection) {
+  switch (connectionRelationship()) {
+    case HXConnectionRelationshipOne:
+      if (!connections_.isEmpty()) return false;
+      break;
+    case HXConnectionRelationshipMany:
+      break;
+    default:
+      return false;
+  }
+  connections_.add(connection);
+  hx_fireDidConnectNotification(connection);
+  return true;
+}
+
+bool HXPatchPort::disconnectConnection(HXConnection& connection) {
+  const Ref<HXConnection> kept(&connection);
+  if (!connections_.remove(connection)) return false;
+  hx_fireDidDisconnectNotification(connection);
+  return true;
+}
+
+void HXPatchPort::pruneInvalidConnections() {
+  HXConnectionSet valid;
+  connections_.forEach([&](HXConnection& connection) {
+    if (connection.displayInputPort() && connection.displayOutputPort()) valid.add(connection);
+  });
+  connections_ = std::move(valid);
+}
+
+RGBA HXPatchPort::defaultColor() const {
+  return patchPort_ ? patchPort_->defaultColor() : HXRPort::kClass.defaultColor();
+}
+
+bool HXPatchPort::supportsStaticValue() const {
+  return patchPort_ && (patchPort_->isMemberOf(HXRValueInputPort::kClass) ||
+                        patchPort_->isKindOf(HXRPrimitiveInputPort::kClass));
+}
+
+Ref<PMRPrimitive> HXPatchPort::defaultValue() const {
+  const auto* input = as<HXRPrimitiveInputPort>(definition());
+  return input ? input->defaultValue() : nullptr;
+}
+
+void HXPatchPort::setStaticValue(Ref<PMRPrimitive> value) {
+  if (value == staticValue_) return;
+  const Ref<PMRPrimitive> earlier = effectiveValue();
+  staticValue_ = std::move(value);
+  detail::announce(HXPatchPortStaticValueDidChangeNotification, *this, *this,
+                   [this](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXPortInfo, Ref<Object>(this)},
+                                     {HXStaticValueInfo, staticValue_}};
+                   });
+  const Ref<PMRPrimitive> now = effectiveValue();
+  // A missing earlier value never counts as equal, not even to a missing new one.
+  if (earlier && now && earlier->isEqual(*now)) return;
+  detail::announce(HXPatchPortEffectiveValueDidChangeNotification, *this, *this,
+                   [&](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXPortInfo, Ref<Object>(this)},
+                                     {HXEffectiveValueInfo, now}};
+                   });
+}
+
+Ref<PMRPrimitive> HXPatchPort::effectiveValue() const {
+  return staticValue_ ? staticValue_ : defaultValue();
+}
+
+void HXPatchPort::hx_fireDidConnectNotification(HXConnection& connection) {
+  detail::announce(HXPortDidConnectNotification, *this, *this,
+                   [&](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXPortInfo, Ref<Object>(this)},
+                                     {HXConnectionInfo, Ref<Object>(&connection)}};
+                   });
+}
+
+void HXPatchPort::hx_fireDidDisconnectNotification(HXConnection& connection) {
+  detail::announce(HXPortDidDisconnectNotification, *this, *this,
+                   [&](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXPortInfo, Ref<Object>(this)},
+                                     {HXConnectionInfo, Ref<Object>(&connection)}};
+                   });
+}
+
+void HXPatchPort::encodeWithCoder(Encoder& coder) const {
+  HXPort::encodeWithCoder(coder);
+  const auto encodeConnections = [&](CodingKind kind, const Symbol& key) {
+    const auto connections = connections_.toVector();
+    coder.encodeCollection(
+        kind, connections.size(),
+        [&](std::size_t i) -> const Object* { return connections[i].get(); }, key);
+  };
+  if (isEditorCodingType(coder.codingType())) {
+    encodeConnections(CodingKind::orderedSet, kConnections);
+    coder.encodeObject(staticValue_, kStaticValue);
+  } else if (coder.codingType() == HXCodingTypeDevice) {
+    coder.encodeString(uniqueKey(), kDeviceUniqueKey);
+    encodeConnections(CodingKind::list, kDeviceConnections);
+    if (patchPort_) coder.encodeString(patchPort_->processClassName(), kDeviceProcessClassName);
+    if (supportsStaticValue()) coder.encodeObject(effectiveValue(), kDeviceDefaultValue);
+  }
+}
+
+void HXPatchPort::initWithCoder(Decoder& coder) {
+  HXPort::initWithCoder(coder);
+  coder.decodeEach<HXConnection>(
+      kConnections, [&](const Ref<HXConnection>& connection) { connections_.add(*connection); });
+  staticValue_ = coder.decode<PMRPrimitive>(kStaticValue);
+}
+
+void HXPatchPort::abandonDecoding() { connections_ = {}; }
+
+}  // namespace tarnkit

@@ -1,0 +1,89 @@
+#include "tarnkit/model/HXPort.h"
+
+#include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXSymbolicPort.h"
+
+namespace tarnkit {
+
+const Class HXPort::kClass{"HXPort", &Object::kClass};
+
+namespace {
+
+constinit const Symbol kOrientation{"HXPort.orientation"};
+constinit const Symbol kConnectionRelationship{"HXPort.connectionRelationship"};
+constinit const Symbol kSymbolicPort{"HXPort.symbolicPort"};
+
+constinit const Symbol kDeviceClass{"PMPort"};
+constinit const Symbol kDeviceNode{"PMPort.node"};
+constinit const Symbol kDeviceOrientation{"PMPort.orientation"};
+constinit const Symbol kDeviceConnectionRelationship{"PMPort.connectionRelationship"};
+
+}  // namespace
+
+HXPort::HXPort(HXNode* node, std::int32_t orientation, std::int32_t connectionRelationship)
+    : node_(node), orientation_(orientation), connectionRelationship_(connectionRelationship) {}
+
+void HXPort::setNode(HXNode* node) {
+  if (node != node_.get()) node_ = node;
+}
+
+HXSymbolicPort* HXPort::symbolicPort() const noexcept { return symbolicPort_.get(); }
+
+void HXPort::setSymbolicPort(HXSymbolicPort* symbolicPort) {
+  if (symbolicPort == symbolicPort_.get()) return;
+  const auto info = [this](const Ref<Object>& documentKey) {
+    return UserInfo{{HXDocumentKeyInfo, documentKey}, {HXPortInfo, Ref<Object>(this)}};
+  };
+  if (!symbolicPort) {
+    detail::announce(HXPortDidRemoveSymbolicReferenceNotification, *this, *this, info);
+  }
+  symbolicPort_ = symbolicPort;
+  if (symbolicPort) {
+    detail::announce(HXPortDidAddSymbolicReferenceNotification, *this, *this, info);
+  }
+}
+
+String HXPort::documentKey() const {
+  const auto* node = this->node();
+  return node ? node->documentKey() : String();
+}
+
+String HXPort::displayName() const {
+  const String name = this->name();
+  const auto colon = name.view().find(':');
+  return colon == std::string_view::npos ? name : String(name.view().substr(colon + 1));
+}
+
+HXConnectionSet HXPort::connections() const { return {}; }
+bool HXPort::acceptsNewConnections() const { return false; }
+bool HXPort::connectConnection(HXConnection&) { return false; }
+bool HXPort::disconnectConnection(HXConnection&) { return false; }
+void HXPort::pruneInvalidConnections() {}
+RGBA HXPort::defaultColor() const { return OIColorWhiteRGBA; }
+
+String HXPort::symbolicPortName() const {
+  const auto* port = symbolicPort();
+  return port ? port->name() : String();
+}
+
+void HXPort::encodeWithCoder(Encoder& coder) const {
+  if (isEditorCodingType(coder.codingType())) {
+    coder.encodeInt(orientation_, kOrientation);
+    coder.encodeInt(connectionRelationship_, kConnectionRelationship);
+    coder.encodeConditionalObject(symbolicPort_, kSymbolicPort);
+  } else if (coder.codingType() == HXCodingTypeDevice) {
+    coder.setClassName(kDeviceClass, isa());
+    coder.encodeConditionalObject(node_, kDeviceNode);
+    coder.encodeInt(orientation_, kDeviceOrientation);
+    coder.encodeInt(connectionRelationship_, kDeviceConnectionRelationship);
+  }
+}
+
+void HXPort::initWithCoder(Decoder& coder) {
+  orientation_ = coder.decodeInt(kOrientation);
+  connectionRelationship_ = coder.decodeInt(kConnectionRelationship);
+  symbolicPort_ = coder.decode<HXSymbolicPort>(kSymbolicPort);
+}
+
+}  // namespace tarnkit

@@ -1,0 +1,57 @@
+#include "tarnkit/model/HXPortGroupCollection.h"
+
+#include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXNode.h"
+
+namespace tarnkit {
+
+const Class HXPortGroupCollection::kClass{"HXPortGroupCollection", &Object::kClass,
+                                          &detail::makeByDefault<HXPortGroupCollection>};
+
+namespace {
+
+constinit const Symbol kNode{"HXPortGroupCollection.node"};
+constinit const Symbol kPortGroupKeys{"HXPortGroupCollection.portGroupKeys"};
+constinit const Symbol kOrientation{"HXPortGroupCollection.orientation"};
+
+const Ref<OrderedSet>& noKeys() {
+  static const Ref<OrderedSet> none = make<OrderedSet>();
+  return none;
+}
+
+}  // namespace
+
+HXPortGroupCollection::HXPortGroupCollection(HXNode* node, std::int32_t orientation)
+    : node_(node), portGroupKeys_(noKeys()), orientation_(orientation) {}
+
+void HXPortGroupCollection::updateWithPortGroupKeys(const Ref<OrderedSet>& keys) {
+  if (portGroupKeys_ == keys) return;
+  if (portGroupKeys_->isEmpty()) {
+    portGroupKeys_ = keys;
+    return;
+  }
+  auto updated = make<OrderedSet>();
+  for (const auto& key : *portGroupKeys_) {
+    if (keys->contains(key.get())) updated->add(key);
+  }
+  for (const auto& key : *keys) updated->add(key);
+  portGroupKeys_ = updated->isEqual(*keys) ? keys : updated;
+}
+
+void HXPortGroupCollection::encodeWithCoder(Encoder& coder) const {
+  if (!isEditorCodingType(coder.codingType())) return;
+  coder.encodeConditionalObject(node_, kNode);
+  coder.encodeMembers(*portGroupKeys_, kPortGroupKeys);
+  coder.encodeInt(orientation_, kOrientation);
+}
+
+void HXPortGroupCollection::initWithCoder(Decoder& coder) {
+  node_ = coder.decode<HXNode>(kNode);
+  orientation_ = coder.decodeInt(kOrientation);
+  auto keys = make<OrderedSet>();
+  coder.decodeEach<StringObject>(kPortGroupKeys,
+                                 [&](const Ref<StringObject>& key) { keys->add(key); });
+  portGroupKeys_ = keys;
+}
+
+}  // namespace tarnkit
