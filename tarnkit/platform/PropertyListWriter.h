@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -70,7 +69,7 @@ class PropertyListWriter {
   std::size_t count() const noexcept { return records_.size(); }
 
   /// The property list with that root; every reserved object must be filled (std::logic_error). The
-  /// writer can only be cleared afterwards.
+  /// writer can only be cleared or destroyed afterwards.
   std::vector<std::uint8_t> finish(Index root);
   /// Forgets everything.
   void clear() noexcept;
@@ -90,15 +89,11 @@ class PropertyListWriter {
 
   Index addNewSymbol(const Symbol& symbol, std::uint32_t number);
   Index addText(std::string_view utf8, bool shared);
-  void appendText(std::string_view utf8);
-  std::size_t appendUTF16(std::string_view utf8, std::uint8_t* into) noexcept;
   Index addScalar(std::size_t start, bool shared);
   Index addRecord(std::size_t position, Form form, std::size_t count);
   std::span<Index> fill(Index object, Form form, std::size_t count, std::size_t references);
-  Index find(const std::uint8_t* bytes, std::size_t size, std::uint32_t hash,
-             std::size_t* freeSlot) const noexcept;
   void growTable();
-  std::size_t sizeOf(const Record& record, unsigned referenceSize) const noexcept;
+  std::size_t sizeOf(const Record& record, unsigned width) const noexcept;
 
   detail::RawBuffer<std::uint8_t> bytes_;
   detail::RawBuffer<Index> references_;

@@ -16,8 +16,16 @@ class RawBuffer {
 
  public:
   RawBuffer() noexcept = default;
-  RawBuffer(const RawBuffer&) = delete;
-  RawBuffer& operator=(const RawBuffer&) = delete;
+  RawBuffer(RawBuffer&& other) noexcept
+      : data_(std::exchange(other.data_, nullptr)),
+        size_(std::exchange(other.size_, 0)),
+        capacity_(std::exchange(other.capacity_, 0)) {}
+  RawBuffer& operator=(RawBuffer&& other) noexcept {
+    std::swap(data_, other.data_);
+    std::swap(size_, other.size_);
+    std::swap(capacity_, other.capacity_);
+    return *this;
+  }
   ~RawBuffer() { std::free(data_); }
 
   std::size_t size() const noexcept { return size_; }
