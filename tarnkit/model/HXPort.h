@@ -29,7 +29,7 @@ inline constinit const Symbol HXPortNameDidChangeNotification{"HXPortNameDidChan
 /// Owned by its node (patch ports) or by the group that publishes (symbolic ports); all references
 /// from here are weak. Notifications carry "DocumentKey" and "Port", and are posted only while the
 /// port is in a document. For one thread.
-class HXPort : public HXREditorPort {
+class HXPort : public HXRCollectedPort {
  public:
   static const Class kClass;
 

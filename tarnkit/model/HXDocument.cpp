@@ -1,0 +1,155 @@
+#include "tarnkit/model/HXDocument.h"
+
+#include <fmt/format.h>
+
+#include <unordered_set>
+
+#include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXModel.h"
+#include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/Log.h"
+
+namespace tarnkit {
+
+const Class HXDocument::kClass{"HXDocument", &HXNode::kClass, &HXDocument::makeForDecoding};
+
+namespace {
+
+constinit const Symbol kImageStore{"HXDocument.imageStore"};
+
+Ref<HXPort> resolved(HXPort* port) {
+  const auto* symbolicPort = as<HXSymbolicPort>(port);
+  return Ref<HXPort>(symbolicPort ? symbolicPort->resolvedPort() : port);
+}
+
+void warnOfPorts(std::string_view message, const HXPort& first, const HXPort& second) {
+  Log::warning("HXDocument", fmt::format("{} ({}, {})", message, first.description().view(),
+                                         second.description().view()));
+}
+
+}  // namespace
+
+HXDocument::HXDocument() : documentKey_(hx_newDocumentKey()), imageStore_(make<HXImageStore>()) {
+  registerModelClasses();
+  imageStore_->setDocument(this);
+  setForceAllowsSubnodes(true);
+}
+
+HXDocument::HXDocument(Decoding decoding) noexcept : HXNode(decoding) {}
+
+Ref<Object> HXDocument::makeForDecoding(const Class&) { return make<HXDocument>(Decoding{}); }
+
+String HXDocument::hx_newDocumentKey() {
+  static std::uint32_t next = 0;
+  return String(fmt::format("document_{}", static_cast<std::int32_t>(next++)));
+}
+
+const Symbol& HXDocument::deviceClassName() const {
+  static constinit const Symbol name{"PMGraph"};
+  return name;
+}
+
+Ref<HXConnection> HXDocument::connectPort(HXPort& first, HXPort& toPort) {
+  HXPort* input = nullptr;
+  HXPort* output = nullptr;
+  for (HXPort* port : {&first, &toPort}) {
+    if (port->orientation() == HXOrientationInput) input = port;
+    if (port->orientation() == HXOrientationOutput) output = port;
+  }
+  if (!input || !output) {
+    warnOfPorts("Attempting to connect two ports that are not an input port and an output port.",
+                first, toPort);
+    return nullptr;
+  }
+  const Ref<HXPort> resolvedInput = resolved(input);
+  const Ref<HXPort> resolvedOutput = resolved(output);
+  if (!resolvedInput || !resolvedOutput) {
+    warnOfPorts("Attempting to connect to a published port that points to a nil port", first,
+                toPort);
+    return nullptr;
+  }
+  auto connection =
+      make<HXConnection>(resolvedOutput.get(), resolvedInput.get(), output, input);
+  hx_addConnection(*connection);
+  return connection;
+}
+
+void HXDocument::breakConnection(HXConnection& connection) {
+  const Ref<HXConnection> kept(&connection);
+  if (const Ref<HXPort> port{connection.outputPort()}) port->disconnectConnection(connection);
+  if (const Ref<HXPort> port{connection.inputPort()}) port->disconnectConnection(connection);
+  detail::announce(HXDocumentRemoveConnectionNotification, *this, *this,
+                   [&](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXGraphInfo, Ref<Object>(this)},
+                                     {HXConnectionInfo, kept}};
+                   });
+}
+
+void HXDocument::breakAllConnectionsToPort(HXPort& port) {
+  for (const auto& connection : port.connections().toVector()) breakConnection(*connection);
+}
+
+void HXDocument::restoreConnection(HXConnection& connection) { hx_addConnection(connection); }
+
+void HXDocument::hx_addConnection(HXConnection& connection) {
+  const Ref<HXConnection> kept(&connection);
+  if (const Ref<HXPort> port{connection.outputPort()}) port->connectConnection(connection);
+  if (const Ref<HXPort> port{connection.inputPort()}) port->connectConnection(connection);
+  detail::announce(HXDocumentAddConnectionNotification, *this, *this,
+                   [&](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXGraphInfo, Ref<Object>(this)},
+                                     {HXConnectionInfo, kept}};
+                   });
+}
+
+void HXDocument::encodeWithCoder(Encoder& coder) const {
+  HXNode::encodeWithCoder(coder);
+  if (isEditorCodingType(coder.codingType())) coder.encodeObject(imageStore_, kImageStore);
+}
+
+void HXDocument::initWithCoder(Decoder& coder) {
+  HXNode::initWithCoder(coder);
+  imageStore_ = coder.decode<HXImageStore>(kImageStore);
+}
+
+// The document key comes last: while the key is missing, nothing that settles below is announced.
+void HXDocument::awakeAfterDecoding(Decoder& coder) {
+  if (parentGroup()) coder.fail("HXNode.parentGroup: a document inside another");
+  if (coder.failed()) return;
+  checkTree(coder);
+  HXNode::awakeAfterDecoding(coder);
+  documentKey_ = hx_newDocumentKey();
+  if (!imageStore_) imageStore_ = make<HXImageStore>();
+  imageStore_->setDocument(this);
+  setForceAllowsSubnodes(true);
+}
+
+// A node that the document does not hold may hold itself, through its own group, and would never go:
+// such nodes are taken apart.
+void HXDocument::checkTree(Decoder& coder) {
+  std::unordered_set<const HXNode*> held{this};
+  std::vector<HXNode*> pending{this};
+  while (!pending.empty()) {
+    const auto* node = pending.back();
+    pending.pop_back();
+    if (!node->subnodeGroup()) continue;
+    for (const auto& entry : node->subnodeGroup()->subnodesByUniqueKey()) {
+      if (held.insert(entry.value.get()).second) pending.push_back(entry.value.get());
+    }
+  }
+  std::size_t dropped = 0;
+  coder.eachDecoded([&](Object& object) {
+    auto* node = as<HXNode>(&object);
+    if (!node || held.contains(node)) return;
+    node->abandonDecoding();
+    ++dropped;
+  });
+  if (dropped != 0) {
+    Log::warning("HXDocument",
+                 fmt::format("Dropping {} nodes that are in no group of the document", dropped));
+  }
+}
+
+}  // namespace tarnkit

@@ -1,0 +1,292 @@
+#include "tarnkit/model/HXGroup.h"
+
+#include <fmt/format.h>
+
+#include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXSubviewGroup.h"
+#include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/Log.h"
+
+namespace tarnkit {
+
+const Class HXGroup::kClass{"HXGroup", &Object::kClass, &HXGroup::makeForDecoding};
+
+namespace {
+
+UserInfo groupInfo(const Ref<Object>& documentKey, HXGroup& group, const Symbol& key,
+                   Object& object) {
+  return {{HXDocumentKeyInfo, documentKey},
+          {HXGroupInfo, Ref<Object>(&group)},
+          {key, Ref<Object>(&object)}};
+}
+
+}  // namespace
+
+HXGroup::HXGroup() : HXGroup(Decoding{}) { uniqueKey_ = hx_newUniqueKey(); }
+
+HXGroup::HXGroup(Decoding) noexcept
+    : symbolicInputPorts_(make<OrderedSet>()), symbolicOutputPorts_(make<OrderedSet>()) {}
+
+Ref<Object> HXGroup::makeForDecoding(const Class&) { return make<HXGroup>(Decoding{}); }
+
+Ref<HXGroup> HXGroup::initWithGroup(HXGroup& group) {
+  auto copy = make<HXGroup>();
+  copy->takeOver(group);
+  return copy;
+}
+
+void HXGroup::takeOver(HXGroup& group) {
+  uniqueKey_ = group.uniqueKey_.isNil() ? hx_newUniqueKey() : group.uniqueKey_;
+  subnodes_ = group.subnodes_;
+  for (const auto& entry : subnodes_) entry.value->setParentGroup(this);
+  symbolicInputPorts_ = make<OrderedSet>(*group.symbolicInputPorts_);
+  symbolicOutputPorts_ = make<OrderedSet>(*group.symbolicOutputPorts_);
+}
+
+String HXGroup::hx_newUniqueKey() {
+  static std::uint32_t next = 0;
+  return String(fmt::format("group_{}", static_cast<std::int32_t>(next++)));
+}
+
+void HXGroup::setNode(HXNode* node) { node_ = node; }
+
+String HXGroup::documentKey() const {
+  const auto* node = this->node();
+  return node ? node->documentKey() : String();
+}
+
+const Symbol& HXGroup::processClassName() const {
+  static constinit const Symbol name{"PMGroup"};
+  return name;
+}
+
+HXGroup& HXGroup::inForce() noexcept {
+  HXGroup* group = this;
+  while (auto* successor = group->successor_.get()) group = successor;
+  return *group;
+}
+
+std::vector<Ref<HXNode>> HXGroup::subnodes() const {
+  std::vector<Ref<HXNode>> nodes;
+  nodes.reserve(subnodes_.size());
+  for (const auto& entry : subnodes_) nodes.push_back(entry.value);
+  return nodes;
+}
+
+HXNode* HXGroup::subnodeForKey(const String& uniqueKey) const {
+  const auto* node = subnodes_.find(uniqueKey);
+  return node ? node->get() : nullptr;
+}
+
+std::vector<Ref<HXNode>> HXGroup::selectedNodes() const {
+  std::vector<Ref<HXNode>> nodes;
+  for (const auto& entry : subnodes_) {
+    if (entry.value->selected()) nodes.push_back(entry.value);
+  }
+  return nodes;
+}
+
+// Whatever is called out to below (observers, the owner's swaps) may replace this group, so every
+// step looks up the group in force anew.
+
+void HXGroup::addNode(HXNode& node) {
+  HXGroup& here = inForce();
+  const Ref<HXNode> kept(&node);
+  if (node.subnodeGroup()) {
+    for (const HXNode* at = here.node(); at; at = at->enclosingNode()) {
+      if (at != &node) continue;
+      Log::warning("HXGroup", "Attempting to add a node to a group inside itself.");
+      return;
+    }
+  }
+  const bool wasSubviewGroup = here.isSubviewGroup();
+  if (auto* parent = node.parentGroup()) parent->removeNode(&node);
+  const Ref<HXGroup> target(&here.inForce());
+  node.setParentGroup(target.get());
+  target->subnodes_.set(node.uniqueKey(), kept);
+  detail::announce(HXGroupAddNodeNotification, *target, *target,
+                   [&](const Ref<Object>& documentKey) {
+                     return groupInfo(documentKey, *target, HXNodeInfo, node);
+                   });
+  const Ref<HXGroup> now(&target->inForce());
+  if (!now->isSubviewGroup() && now->node() && node.parentGroup() == now.get() &&
+      node.shouldBeTreatedAsViewNode()) {
+    Ref<HXNode>(now->node())->swapSubnodeGroupToViewGroup();
+  }
+  HXGroup& final = now->inForce();
+  if (wasSubviewGroup && node.parentGroup() == &final) final.didAddNode(node);
+}
+
+void HXGroup::removeNode(HXNode* node) {
+  HXGroup& here = inForce();
+  if (!node || here.subnodeForKey(node->uniqueKey()) != node) return;
+  const Ref<HXGroup> keptGroup(&here);
+  const Ref<HXNode> kept(node);
+  here.willRemoveNode(*node);
+  here.inForce().withdraw(*node);
+  const Ref<HXGroup> now(&here.inForce());
+  if (node->parentGroup() != now.get()) return;  // an observer took it out already
+  node->setParentGroup(nullptr);
+  now->subnodes_.take(node->uniqueKey());
+  detail::announce(HXGroupRemoveNodeNotification, *now, *now, [&](const Ref<Object>& documentKey) {
+    return groupInfo(documentKey, *now, HXNodeInfo, *node);
+  });
+  const Ref<HXGroup> final(&now->inForce());
+  if (final->isSubviewGroup() && final->node() && !final->hasViewNode()) {
+    Ref<HXNode>(final->node())->swapSubnodeGroupToGroup();
+  }
+}
+
+void HXGroup::withdraw(HXNode& node) {
+  auto ports = node.ports();
+  for (const auto* published : {&node.symbolicInputPorts(), &node.symbolicOutputPorts()}) {
+    for (const auto& port : *published) {
+      ports.emplace_back(static_cast<HXPort*>(port.get()));
+    }
+  }
+  const Ref<HXGroup> kept(this);
+  for (const auto& port : ports) {
+    HXGroup& here = inForce();
+    if (port->symbolicPort()) here.removeSymbolicPortForPort(port.get());
+    if (port->connections().isEmpty()) continue;
+    const auto* owner = here.inForce().node();
+    if (auto* document = owner ? owner->document() : nullptr) {
+      document->breakAllConnectionsToPort(*port);
+    }
+  }
+}
+
+bool HXGroup::hasViewNode() const {
+  for (const auto& entry : subnodes_) {
+    if (entry.value->shouldBeTreatedAsViewNode()) return true;
+  }
+  return false;
+}
+
+void HXGroup::subnodeViewTypeDidChange(HXNode& node) {
+  HXGroup& here = inForce();
+  const Ref<HXGroup> kept(&here);
+  const bool wasSubviewGroup = here.isSubviewGroup();
+  here.swapIfNeeded();
+  if (wasSubviewGroup) here.inForce().viewTypeDidChange(node);
+}
+
+void HXGroup::swapIfNeeded() {
+  const bool wanted = hasViewNode();
+  if (wanted == isSubviewGroup() || !node()) return;
+  const Ref<HXNode> owner(node());
+  if (wanted) {
+    owner->swapSubnodeGroupToViewGroup();
+  } else {
+    owner->swapSubnodeGroupToGroup();
+  }
+}
+
+void HXGroup::didAddNode(HXNode&) {}
+void HXGroup::willRemoveNode(HXNode&) {}
+void HXGroup::viewTypeDidChange(HXNode&) {}
+
+OrderedSet* HXGroup::symbolicPorts(std::int32_t orientation) const noexcept {
+  if (orientation == HXOrientationInput) return symbolicInputPorts_.get();
+  if (orientation == HXOrientationOutput) return symbolicOutputPorts_.get();
+  return nullptr;
+}
+
+Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
+  HXGroup& here = inForce();
+  if (!here.symbolicPorts(port.orientation())) return nullptr;
+  const Ref<HXGroup> kept(&here);
+  auto symbolicPort = make<HXSymbolicPort>(&port, here.node(), port.orientation(),
+                                           port.connectionRelationship());
+  symbolicPort->setName(port.name());
+  here.inForce().hx_addSymbolicPort(*symbolicPort, port);
+  return symbolicPort;
+}
+
+void HXGroup::hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort) {
+  const Ref<HXGroup> kept(this);
+  const Ref<HXPort> keptPort(&toPort);
+  toPort.setSymbolicPort(&symbolicPort);
+  if (auto* ports = inForce().symbolicPorts(toPort.orientation())) {
+    ports->add(Ref<Object>(&symbolicPort));
+  }
+  if (const Ref<HXNode> owner{inForce().node()}) owner->symbolicPortNameWasAdded(toPort);
+  HXGroup& now = inForce();
+  detail::announce(HXGroupAddSymbolicPortForPortNotification, now, now,
+                   [&](const Ref<Object>& documentKey) {
+                     return groupInfo(documentKey, now, HXPortInfo, toPort);
+                   });
+}
+
+void HXGroup::restoreSymbolicPort(HXSymbolicPort& symbolicPort) {
+  const Ref<HXPort> port(symbolicPort.port());
+  if (!port) return;
+  const Ref<HXSymbolicPort> kept(&symbolicPort);
+  const Ref<HXGroup> keptGroup(this);
+  port->setSymbolicPort(nullptr);
+  inForce().hx_addSymbolicPort(symbolicPort, *port);
+}
+
+void HXGroup::removeSymbolicPortForPort(HXPort* port) {
+  // A port may be published through many levels; the outermost publication ends first.
+  struct Level {
+    Ref<HXGroup> group;
+    Ref<HXPort> port;
+    Ref<HXSymbolicPort> symbolicPort;
+  };
+  std::vector<Level> levels;
+  HXGroup* group = this;
+  while (group && port && port->symbolicPort()) {
+    levels.push_back({Ref<HXGroup>(group), Ref<HXPort>(port), Ref<HXSymbolicPort>(port->symbolicPort())});
+    port = levels.back().symbolicPort.get();
+    group = port->node() ? port->node()->parentGroup() : nullptr;
+  }
+  for (auto level = levels.rbegin(); level != levels.rend(); ++level) {
+    if (level->port->symbolicPort() != level->symbolicPort.get()) continue;
+    level->group->inForce().unpublish(*level->port, *level->symbolicPort);
+  }
+}
+
+void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
+  const Ref<HXGroup> kept(this);
+  const Ref<HXPort> resolved(symbolicPort.resolvedPort());
+  if (resolved && !resolved->connections().isEmpty()) {
+    const auto* owner = node();
+    if (const Ref<HXDocument> document{owner ? owner->document() : nullptr}) {
+      document->breakAllConnectionsToPort(*resolved);
+    }
+  }
+  HXGroup& here = inForce();
+  here.symbolicInputPorts_->remove(&symbolicPort);
+  here.symbolicOutputPorts_->remove(&symbolicPort);
+  port.setSymbolicPort(nullptr);
+  if (const Ref<HXNode> owner{inForce().node()}) owner->symbolicPortNameWasRemoved(port);
+  HXGroup& now = inForce();
+  detail::announce(HXGroupRemoveSymbolicPortForPortNotification, now, now,
+                   [&](const Ref<Object>& documentKey) {
+                     return groupInfo(documentKey, now, HXPortInfo, port);
+                   });
+}
+
+void HXGroup::hierarchyWillChange() {
+  for (const auto& node : subnodes()) node->hierarchyWillChange();
+}
+void HXGroup::hierarchyDidChange() {
+  for (const auto& node : subnodes()) node->hierarchyDidChange();
+}
+void HXGroup::pruneInvalidConnections() {
+  for (const auto& node : subnodes()) node->pruneInvalidConnections();
+}
+
+// The subnodes are named by class and key only, so that a text is not as long as the document.
+String HXGroup::description() const {
+  std::string nodes;
+  for (const auto& entry : subnodes_) {
+    if (!nodes.empty()) nodes += ", ";
+    nodes += fmt::format("{} {}", entry.value->isa().name(), entry.key.view());
+  }
+  return String(fmt::format("<{}: {}, Nodes: ({})>", isa().name(), static_cast<const void*>(this),
+                            nodes));
+}
+
+}  // namespace tarnkit

@@ -1,0 +1,140 @@
+#include "tarnkit/model/HXImageStore.h"
+
+#include <algorithm>
+#include <exception>
+#include <fmt/format.h>
+
+#include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/archive/HXKeyedArchiver.h"
+#include "tarnkit/foundation/MD5.h"
+#include "tarnkit/model/HXDocument.h"
+#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/Number.h"
+
+namespace tarnkit {
+
+const Class HXImageStore::kClass{"HXImageStore", &Object::kClass,
+                                 &detail::makeByDefault<HXImageStore>};
+
+namespace {
+
+constinit const Symbol kImageEntries{"HXImageStore.imageEntries"};
+constinit const Symbol kImageEntryCount{"HXImageStore.imageEntryCount"};
+
+std::vector<Ref<HXImageStoreEntry>> sortedByKey(
+    const OrderedMap<Ref<HXImageStoreEntry>>& entries) {
+  std::vector<Ref<HXImageStoreEntry>> sorted;
+  for (const auto& entry : entries) sorted.push_back(entry.value);
+  std::sort(sorted.begin(), sorted.end(),
+            [](const auto& a, const auto& b) { return a->key() < b->key(); });
+  return sorted;
+}
+
+}  // namespace
+
+Ref<HXImageStoreEntry> HXImageStore::createImageEntry(const Ref<Image>& image) {
+  if (!image) return nullptr;
+  return make<HXImageStoreEntry>(image, md5StringRepresentation(image->tiffRepresentation()->bytes()));
+}
+
+HXImageStoreEntry* HXImageStore::imageEntryForKey(const String& key) const {
+  const auto* entry = key.isNil() ? nullptr : entries_.find(key);
+  return entry ? entry->get() : nullptr;
+}
+
+std::int32_t HXImageStore::countForKey(const String& key) const {
+  return key.isNil() ? 0 : counts_.get(key);
+}
+
+void HXImageStore::addImageEntry(const Ref<HXImageStoreEntry>& entry) {
+  if (!entry || entry->key().isNil()) return;
+  if (auto* count = counts_.find(entry->key())) {
+    ++*count;
+    return;
+  }
+  counts_.set(entry->key(), 1);
+  entries_.set(entry->key(), entry);
+  imageStoreEntryWasAdded(*entry);
+}
+
+void HXImageStore::removeImageEntry(const HXImageStoreEntry* entry) {
+  if (!entry || entry->key().isNil()) return;
+  const Ref<const HXImageStoreEntry> kept(entry);
+  auto* count = counts_.find(entry->key());
+  if (count && *count > 1) {
+    --*count;
+    return;
+  }
+  counts_.take(entry->key());
+  entries_.take(entry->key());
+  imageStoreEntryIsNoLongerReferenced(*entry);
+}
+
+void HXImageStore::imageStoreEntryWasAdded(HXImageStoreEntry& entry) {
+  detail::announce(HXImageStoreAddImageNotification, *this, *this,
+                   [&](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXImageEntryInfo, Ref<Object>(&entry)}};
+                   });
+}
+
+void HXImageStore::imageStoreEntryIsNoLongerReferenced(const HXImageStoreEntry& entry) {
+  detail::announce(HXImageStoreRemoveImageNotification, *this, *this,
+                   [&](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXImageEntryKeyInfo, entry.key().object()}};
+                   });
+}
+
+std::vector<Ref<Data>> HXImageStore::dataRepresentationsOfAllEntries() const {
+  std::vector<Ref<Data>> representations;
+  for (const auto& entry : sortedByKey(entries_)) {
+    auto data = make<Data>();
+    try {
+      HXKeyedArchiver archiver(data);
+      archiver.setCodingType(HXCodingTypeDevice);
+      archiver.encodeRootObject(entry.get());
+      archiver.finishEncoding();
+    } catch (const std::exception&) {
+      Log::warning("HXImageStore", fmt::format("Unable to code image entry to data: {}",
+                                               entry->description().view()));
+      continue;
+    }
+    representations.push_back(data);
+  }
+  return representations;
+}
+
+void HXImageStore::setDocument(HXDocument* document) { document_ = document; }
+
+String HXImageStore::documentKey() const {
+  const auto* document = this->document();
+  return document ? document->documentKey() : String();
+}
+
+// Deliberately without a test of the coding type: a store is the same in every vocabulary.
+void HXImageStore::encodeWithCoder(Encoder& coder) const {
+  coder.encodeMap(entries_, kImageEntries);
+  std::vector<Ref<Number>> counts;
+  counts.reserve(counts_.size());
+  for (const auto& entry : counts_) counts.push_back(Number::withInt(entry.value));
+  auto at = counts_.begin();
+  coder.encodeMap(
+      counts.size(),
+      [&](std::size_t i) { return Encoder::MapEntry{(at++)->key, counts[i].get()}; },
+      kImageEntryCount);
+}
+
+// The counts are deliberately not read back: whoever opens a document counts anew.
+void HXImageStore::initWithCoder(Decoder& coder) {
+  coder.decodeEachEntry<HXImageStoreEntry>(
+      kImageEntries, [&](const String&, const Ref<HXImageStoreEntry>& entry) {
+        decodedEntries_.push_back(entry);
+      });
+}
+
+void HXImageStore::awakeAfterDecoding(Decoder&) {
+  for (const auto& entry : std::exchange(decodedEntries_, {})) addImageEntry(entry);
+}
+
+}  // namespace tarnkit

@@ -1,0 +1,41 @@
+#include "tarnkit/model/HXImageStoreEntry.h"
+
+#include "tarnkit/archive/HXCoding.h"
+
+namespace tarnkit {
+
+const Class HXImageStoreEntry::kClass{
+    "HXImageStoreEntry", &Object::kClass,
+    [](const Class&) -> Ref<Object> { return make<HXImageStoreEntry>(nullptr, String()); }};
+
+namespace {
+
+constinit const Symbol kImage{"HXImageStoreEntry.image"};
+constinit const Symbol kKey{"HXImageStoreEntry.key"};
+
+constinit const Symbol kDeviceClass{"PMImageStoreEntry"};
+constinit const Symbol kDeviceImageData{"PMImageStoreEntry.imageData"};
+constinit const Symbol kDeviceKey{"PMImageStoreEntry.key"};
+
+}  // namespace
+
+HXImageStoreEntry::HXImageStoreEntry(Ref<Image> image, String key)
+    : image_(std::move(image)), key_(std::move(key)) {}
+
+void HXImageStoreEntry::encodeWithCoder(Encoder& coder) const {
+  if (isEditorCodingType(coder.codingType())) {
+    coder.encodeObject(image_, kImage);
+    coder.encodeString(key_, kKey);
+  } else if (coder.codingType() == HXCodingTypeDevice) {
+    coder.setClassName(kDeviceClass, isa());
+    if (image_) coder.encodeObject(image_->pngRepresentation(), kDeviceImageData);
+    coder.encodeString(key_, kDeviceKey);
+  }
+}
+
+void HXImageStoreEntry::initWithCoder(Decoder& coder) {
+  image_ = coder.decode<Image>(kImage);
+  key_ = coder.decodeString(kKey);
+}
+
+}  // namespace tarnkit

@@ -1,0 +1,46 @@
+#include "tarnkit/model/HXModel.h"
+
+#include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXParameterKinds.h"
+#include "tarnkit/model/HXPatchPort.h"
+#include "tarnkit/model/HXPortGroup.h"
+#include "tarnkit/model/HXPortGroupCollection.h"
+#include "tarnkit/model/HXSubviewGroup.h"
+#include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/patches/catalogue/Catalogue.h"
+
+namespace tarnkit {
+
+namespace {
+
+Ref<Object> makeDocumentGraph(const HXRNodeClass& patchClass) {
+  auto document = make<HXDocument>();
+  auto node = HXNode::makeOfClass(patchClass.nodeClassName());
+  const auto patch = patchClass.makeDefinition();
+  if (!node || !patch) return nullptr;
+  node->setPatch(patch);
+  patch->setExternal(HXRNode::hx_isExternalClass(patchClass));
+  document->subnodeGroup()->addNode(*node);
+  return document;
+}
+
+bool registerOnce() {
+  registerPatchClasses();
+  for (const Class* record :
+       {&HXNode::kClass, &HXDocument::kClass, &HXGroup::kClass, &HXSubviewGroup::kClass,
+        &HXPatchPort::kClass, &HXSymbolicPort::kClass, &HXPatchPortGroup::kClass,
+        &HXSymbolicPortGroup::kClass, &HXPortGroupCollection::kClass, &HXConnection::kClass,
+        &HXIndexParameter::kClass, &HXNumberParameter::kClass, &HXBooleanParameter::kClass,
+        &HXStringParameter::kClass, &HXColorParameter::kClass, &HXImageParameter::kClass,
+        &HXImageStore::kClass, &HXImageStoreEntry::kClass, &Image::kClass}) {
+    ClassRegistry::add(*record);
+  }
+  HXRNodeClass::setDocumentGraphBuilder(&makeDocumentGraph);
+  return true;
+}
+
+}  // namespace
+
+void registerModelClasses() { [[maybe_unused]] static const bool done = registerOnce(); }
+
+}  // namespace tarnkit

@@ -1,0 +1,309 @@
+#include "tarnkit/model/HXNode.h"
+
+#include <fmt/format.h>
+
+#include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXParameter.h"
+#include "tarnkit/model/HXPatchPort.h"
+#include "tarnkit/model/HXPortGroup.h"
+#include "tarnkit/model/HXPortGroupCollection.h"
+#include "tarnkit/model/HXSubviewGroup.h"
+#include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/patches/PatchColors.h"
+#include "tarnkit/patches/catalogue/Catalogue.h"
+
+namespace tarnkit {
+
+const Class HXNode::kClass{"HXNode", &Object::kClass, &HXNode::makeForDecoding};
+
+namespace {
+
+// Beyond this many published ports, building a port list looks them up in a map made for the call.
+constexpr std::uint32_t kPublishedPortsSearchedInPlace = 8;
+
+const OrderedSet& noPorts() {
+  static const Ref<OrderedSet> none = make<OrderedSet>();
+  return *none;
+}
+
+HXPort* publishedPort(const OrderedSet& ports, const String& key) {
+  for (const auto& member : ports) {
+    auto& port = static_cast<HXSymbolicPort&>(*member);
+    if (port.uniqueKey() == key) return &port;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+HXNode::HXNode() : HXNode(Decoding{}) { init(); }
+
+HXNode::HXNode(Decoding) noexcept {}
+
+Ref<Object> HXNode::makeForDecoding(const Class&) { return make<HXNode>(Decoding{}); }
+
+Ref<HXNode> HXNode::makeOfClass(std::string_view className) {
+  const Class* record = ClassRegistry::classNamed(className);
+  if (!record || !record->isKindOf(kClass) || record->isKindOf(HXDocument::kClass)) return nullptr;
+  auto node = as<HXNode>(record->make());
+  if (node) node->init();
+  return node;
+}
+
+void HXNode::init() {
+  uniqueKey_ = hx_newUniqueKey();
+  inputPortGroupCollection_ = make<HXPortGroupCollection>(this, HXOrientationInput);
+  outputPortGroupCollection_ = make<HXPortGroupCollection>(this, HXOrientationOutput);
+}
+
+String HXNode::hx_newUniqueKey() {
+  static std::uint32_t next = 0;
+  return String(fmt::format("node_{}", static_cast<std::int32_t>(next++)));
+}
+
+String HXNode::description() const {
+  const String documentKey = this->documentKey();
+  return String(fmt::format("<{}: {}, DocumentKey:{}, UniqueKey:{}>", isa().name(),
+                            static_cast<const void*>(this),
+                            documentKey.isNil() ? "(null)" : documentKey.view(),
+                            uniqueKey_.view()));
+}
+
+void HXNode::setName(String name) {
+  if (name == name_) return;
+  name_ = std::move(name);
+  detail::announce(HXNodeNameDidChangeNotification, *this, *this,
+                   [this](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXNodeInfo, Ref<Object>(this)},
+                                     {HXNameInfo, name_.object()}};
+                   });
+}
+
+void HXNode::setPosition(HXPoint position) {
+  if (position == position_) return;
+  position_ = position;
+  detail::announce(HXNodePositionDidChangeNotification, *this, *this,
+                   [this](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXNodeInfo, Ref<Object>(this)}};
+                   });
+}
+
+void HXNode::setSelected(bool selected) {
+  if (selected == selected_) return;
+  selected_ = selected;
+  detail::announce(HXNodeSelectionDidChangeNotification, *this, *this,
+                   [this](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXNodeInfo, Ref<Object>(this)}};
+                   });
+}
+
+RGBA HXNode::defaultColor() const {
+  if (as<HXSubviewGroup>(subnodeGroup_.get())) return HXViewPatchColor;
+  return patchClass().defaultColor();
+}
+
+const HXRNodeClass& HXNode::patchClass() const noexcept {
+  return patch_ ? patch_->patchClass() : HXRNode::kClass;
+}
+
+void HXNode::setParentGroup(HXGroup* group) {
+  if (group == parentGroup_.get()) return;
+  hierarchyWillChange();
+  parentGroup_ = group;
+  hierarchyDidChange();
+}
+
+HXNode* HXNode::enclosingNode() const noexcept {
+  const auto* group = parentGroup();
+  return group ? group->node() : nullptr;
+}
+
+HXDocument* HXNode::document() const noexcept {
+  auto* node = const_cast<HXNode*>(this);
+  while (auto* enclosing = node->enclosingNode()) node = enclosing;
+  return node->asDocument();
+}
+
+String HXNode::documentKey() const {
+  const auto* document = this->document();
+  return document ? document->documentKey() : String();
+}
+
+std::vector<String> HXNode::keyPath() const {
+  std::vector<String> keys;
+  if (!hasKeyPath_) return keys;
+  for (const HXNode* node = this; node; node = node->enclosingNode()) {
+    keys.push_back(node->uniqueKey_);
+  }
+  return keys;
+}
+
+void HXNode::eachNodeBelow(FunctionRef<void(HXNode&)> visit) {
+  std::vector<Ref<HXNode>> pending{Ref<HXNode>(this)};
+  while (!pending.empty()) {
+    const Ref<HXNode> node = std::move(pending.back());
+    pending.pop_back();
+    visit(*node);
+    if (!node->subnodeGroup_) continue;
+    const auto first = static_cast<std::ptrdiff_t>(pending.size());
+    for (const auto& entry : node->subnodeGroup_->subnodesByUniqueKey()) {
+      pending.push_back(entry.value);
+    }
+    std::reverse(pending.begin() + first, pending.end());
+  }
+}
+
+void HXNode::hierarchyWillChange() {
+  const auto tell = [](HXNode& node) {
+    for (const auto& entry : node.parameters_) entry.value->hierarchyWillChange();
+  };
+  subnodeGroup_ ? eachNodeBelow(tell) : tell(*this);
+}
+
+// The key path is read off the hierarchy when it is asked for; here it only begins to exist.
+void HXNode::hierarchyDidChange() {
+  const auto tell = [](HXNode& node) {
+    for (const auto& entry : node.parameters_) entry.value->hierarchyDidChange();
+    node.hasKeyPath_ = true;
+  };
+  subnodeGroup_ ? eachNodeBelow(tell) : tell(*this);
+}
+
+void HXNode::pruneInvalidConnections() {
+  eachNodeBelow([](HXNode& node) {
+    for (const auto& entry : node.portsByUniqueKey_) entry.value->pruneInvalidConnections();
+  });
+}
+
+void HXNode::setForceAllowsSubnodes(bool force) {
+  if (force == forceAllowsSubnodes_) return;
+  forceAllowsSubnodes_ = force;
+  hx_syncSubnodeGroupWithPatch();
+}
+
+bool HXNode::shouldBeTreatedAsViewNode() const {
+  return (patch_ && patch_->isKindOf(HXRViewNode)) || as<HXSubviewGroup>(subnodeGroup_.get());
+}
+
+void HXNode::swapSubnodeGroupToGroup() {
+  if (!subnodeGroup_ || subnodeGroup_->isMemberOf(HXGroup::kClass)) return;
+  hx_swapSubnodeGroupToGroup(HXGroup::initWithGroup(*subnodeGroup_));
+}
+
+void HXNode::swapSubnodeGroupToViewGroup() {
+  if (!subnodeGroup_ || as<HXSubviewGroup>(subnodeGroup_.get())) return;
+  hx_swapSubnodeGroupToGroup(HXSubviewGroup::initWithGroup(*subnodeGroup_));
+}
+
+void HXNode::hx_swapSubnodeGroupToGroup(Ref<HXGroup> group) {
+  const Ref<HXGroup> old = std::exchange(subnodeGroup_, group);
+  old->setNode(nullptr);
+  old->successor_ = group;
+  group->setNode(this);
+  detail::announce(HXNodeSubnodeGroupDidChangeNotification, *this, *this,
+                   [&](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXNodeInfo, Ref<Object>(this)},
+                                     {HXOldGroupInfo, old},
+                                     {HXNewGroupInfo, group}};
+                   });
+  if (const Ref<HXGroup> parent{parentGroup()}) parent->subnodeViewTypeDidChange(*this);
+}
+
+HXPortGroup* HXNode::inputPortGroupForKey(const String& key) const {
+  return inputPortGroupsByKey_.get(key).get();
+}
+
+HXPortGroup* HXNode::outputPortGroupForKey(const String& key) const {
+  return outputPortGroupsByKey_.get(key).get();
+}
+
+HXPortGroup* HXNode::portGroupForKey(const String& key, std::int32_t orientation) const {
+  if (orientation == HXOrientationInput) return inputPortGroupForKey(key);
+  if (orientation == HXOrientationOutput) return outputPortGroupForKey(key);
+  return nullptr;
+}
+
+std::vector<Ref<HXPortGroup>> HXNode::portGroups(std::int32_t orientation) const {
+  const auto& collection = orientation == HXOrientationInput ? inputPortGroupCollection_
+                                                             : outputPortGroupCollection_;
+  std::vector<Ref<HXPortGroup>> groups;
+  for (const auto& key : *collection->portGroupKeys()) {
+    if (auto* group = portGroupForKey(String::from(key.get()), orientation)) {
+      groups.emplace_back(group);
+    }
+  }
+  return groups;
+}
+
+std::vector<Ref<HXPortGroup>> HXNode::inputPortGroups() const {
+  return portGroups(HXOrientationInput);
+}
+std::vector<Ref<HXPortGroup>> HXNode::outputPortGroups() const {
+  return portGroups(HXOrientationOutput);
+}
+
+HXPort* HXNode::portForKey(const String& key) const {
+  if (const auto* port = portsByUniqueKey_.find(key)) return port->get();
+  if (!subnodeGroup_ || key.isNil()) return nullptr;
+  if (auto* port = publishedPort(symbolicInputPorts(), key)) return port;
+  return publishedPort(symbolicOutputPorts(), key);
+}
+
+std::vector<Ref<HXPort>> HXNode::shownPorts(std::int32_t orientation) const {
+  OrderedMap<HXPort*> published;
+  const bool manyPublished = symbolicInputPorts().count() + symbolicOutputPorts().count() >
+                             kPublishedPortsSearchedInPlace;
+  if (manyPublished) {
+    for (const auto* ports : {&symbolicInputPorts(), &symbolicOutputPorts()}) {
+      for (const auto& member : *ports) {
+        auto& port = static_cast<HXSymbolicPort&>(*member);
+        const String key = port.uniqueKey();
+        if (!published.contains(key)) published.set(key, &port);
+      }
+    }
+  }
+  std::vector<Ref<HXPort>> ports;
+  for (const auto& group : portGroups(orientation)) {
+    if (group->hidden()) continue;
+    for (const auto& member : *group->portKeys()) {
+      const String key = String::from(member.get());
+      const auto* own = manyPublished ? portsByUniqueKey_.find(key) : nullptr;
+      HXPort* port = own ? own->get() : manyPublished ? published.get(key) : portForKey(key);
+      if (port) ports.emplace_back(port);
+    }
+  }
+  return ports;
+}
+
+std::vector<Ref<HXPort>> HXNode::inputPorts() const { return shownPorts(HXOrientationInput); }
+std::vector<Ref<HXPort>> HXNode::outputPorts() const { return shownPorts(HXOrientationOutput); }
+
+std::vector<Ref<HXPort>> HXNode::ports() const {
+  auto ports = inputPorts();
+  const auto outputs = outputPorts();
+  ports.insert(ports.end(), outputs.begin(), outputs.end());
+  return ports;
+}
+
+const OrderedSet& HXNode::symbolicInputPorts() const noexcept {
+  return subnodeGroup_ ? subnodeGroup_->symbolicInputPorts() : noPorts();
+}
+const OrderedSet& HXNode::symbolicOutputPorts() const noexcept {
+  return subnodeGroup_ ? subnodeGroup_->symbolicOutputPorts() : noPorts();
+}
+
+HXParameter* HXNode::parameterForKey(const String& key) const {
+  const auto* parameter = parameters_.find(key);
+  return parameter ? parameter->get() : nullptr;
+}
+
+void HXNode::parameterDidChange(HXParameter& parameter) {
+  const Ref<HXRParameter> patchParameter = parameter.patchParameter();
+  if (patch_ && patchParameter) Ref<HXRNode>(patch_)->parameterValueDidChange(*patchParameter);
+}
+
+}  // namespace tarnkit

@@ -1,0 +1,202 @@
+#include <fmt/format.h>
+
+#include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXParameter.h"
+#include "tarnkit/model/HXPatchPort.h"
+#include "tarnkit/model/HXPortGroup.h"
+#include "tarnkit/model/HXPortGroupCollection.h"
+#include "tarnkit/platform/Log.h"
+
+namespace tarnkit {
+
+namespace {
+
+constinit const Symbol kUniqueKey{"HXNode.uniqueKey"};
+constinit const Symbol kParentGroup{"HXNode.parentGroup"};
+constinit const Symbol kSubnodeGroup{"HXNode.subnodeGroup"};
+constinit const Symbol kForceAllowsSubnodes{"HXNode.forceAllowsSubnodes"};
+constinit const Symbol kPatchClass{"HXNode.patchClass"};
+constinit const Symbol kName{"HXNode.name"};
+constinit const Symbol kPositionX{"HXNode.position.x"};
+constinit const Symbol kPositionY{"HXNode.position.y"};
+constinit const Symbol kInspectorPanel{"HXNode.inspectorPanel"};
+constinit const Symbol kSelected{"HXNode.selected"};
+constinit const Symbol kInputPortGroupCollection{"HXNode.inputPortGroupCollection"};
+constinit const Symbol kOutputPortGroupCollection{"HXNode.outputPortGroupCollection"};
+constinit const Symbol kInputPortGroupsByKey{"HXNode.inputPortGroupsByKey"};
+constinit const Symbol kOutputPortGroupsByKey{"HXNode.outputPortGroupsByKey"};
+constinit const Symbol kPortsByUniqueKey{"HXNode.portsByUniqueKey"};
+constinit const Symbol kParameters{"HXNode.parameters"};
+constinit const Symbol kParametersByUniqueKey{"HXNode.parametersByUniqueKey"};
+
+constinit const Symbol kDeviceUniqueKey{"PMNode.uniqueKey"};
+constinit const Symbol kDeviceParentGroup{"PMNode.parentGroup"};
+constinit const Symbol kDeviceSubnodeGroup{"PMNode.subnodeGroup"};
+constinit const Symbol kDevicePortsByUniqueKey{"PMNode.portsByUniqueKey"};
+constinit const Symbol kDeviceParameters{"PMNode.parameters"};
+constinit const Symbol kDeviceParametersByUniqueKey{"PMNode.parametersByUniqueKey"};
+constinit const Symbol kDeviceProcessClassName{"PMNode.processClassName"};
+
+// The parameters as the ordered set that they are in the archives.
+void encodeParameters(const OrderedMap<Ref<HXParameter>>& parameters, Encoder& coder,
+                      const Symbol& key) {
+  auto at = parameters.begin();
+  coder.encodeCollection(
+      CodingKind::orderedSet, parameters.size(),
+      [&](std::size_t) -> const Object* { return (at++)->value.get(); }, key);
+}
+
+}  // namespace
+
+const Symbol& HXNode::deviceClassName() const {
+  static constinit const Symbol name{"PMNode"};
+  return name;
+}
+
+void HXNode::encodeWithCoder(Encoder& coder) const {
+  if (isEditorCodingType(coder.codingType())) {
+    if (coder.codingType() == HXCodingTypeEditorWithKeys) {
+      coder.encodeString(uniqueKey_, kUniqueKey);
+    }
+    coder.encodeConditionalObject(parentGroup_, kParentGroup);
+    coder.encodeObject(subnodeGroup_, kSubnodeGroup);
+    coder.encodeBool(forceAllowsSubnodes_, kForceAllowsSubnodes);
+    coder.encodeString(patch_ ? patch_->isa().nameString() : unknownPatchClass_, kPatchClass);
+    coder.encodeString(name_, kName);
+    coder.encodeFloat(position_.x, kPositionX);
+    coder.encodeFloat(position_.y, kPositionY);
+    // Deliberately narrowed to 32 bits: that is the width which documents have always had.
+    coder.encodeInt(static_cast<std::int32_t>(inspectorPanel_), kInspectorPanel);
+    coder.encodeBool(selected_, kSelected);
+    coder.encodeObject(inputPortGroupCollection_, kInputPortGroupCollection);
+    coder.encodeObject(outputPortGroupCollection_, kOutputPortGroupCollection);
+    coder.encodeMap(inputPortGroupsByKey_, kInputPortGroupsByKey);
+    coder.encodeMap(outputPortGroupsByKey_, kOutputPortGroupsByKey);
+    coder.encodeMap(portsByUniqueKey_, kPortsByUniqueKey);
+    encodeParameters(parameters_, coder, kParameters);
+    coder.encodeMap(parameters_, kParametersByUniqueKey);
+  } else if (coder.codingType() == HXCodingTypeDevice) {
+    coder.setClassName(deviceClassName(), isa());
+    coder.encodeString(uniqueKey_, kDeviceUniqueKey);
+    coder.encodeConditionalObject(parentGroup_, kDeviceParentGroup);
+    coder.encodeObject(subnodeGroup_, kDeviceSubnodeGroup);
+    coder.encodeMap(portsByUniqueKey_, kDevicePortsByUniqueKey);
+    encodeParameters(parameters_, coder, kDeviceParameters);
+    coder.encodeMap(parameters_, kDeviceParametersByUniqueKey);
+    coder.encodeString(patchClass().processClassName(), kDeviceProcessClassName);
+  }
+}
+
+void HXNode::initWithCoder(Decoder& coder) {
+  decoding_ = true;
+  hasKeyPath_ = true;
+  if (coder.codingType() == HXCodingTypeEditorWithKeys) uniqueKey_ = coder.decodeString(kUniqueKey);
+  if (uniqueKey_.isNil()) uniqueKey_ = hx_newUniqueKey();
+  parentGroup_ = coder.decode<HXGroup>(kParentGroup);
+  subnodeGroup_ = coder.decode<HXGroup>(kSubnodeGroup);
+  forceAllowsSubnodes_ = coder.decodeBool(kForceAllowsSubnodes);
+  hx_decodePatchWithCoder(coder);
+  name_ = coder.decodeString(kName);
+  position_ = {coder.decodeFloat(kPositionX), coder.decodeFloat(kPositionY)};
+  inspectorPanel_ = static_cast<std::uint64_t>(std::int64_t{coder.decodeInt(kInspectorPanel)});
+  selected_ = coder.decodeBool(kSelected);
+  inputPortGroupCollection_ = coder.decode<HXPortGroupCollection>(kInputPortGroupCollection);
+  if (!inputPortGroupCollection_) {
+    inputPortGroupCollection_ = make<HXPortGroupCollection>(this, HXOrientationInput);
+  }
+  outputPortGroupCollection_ = coder.decode<HXPortGroupCollection>(kOutputPortGroupCollection);
+  if (!outputPortGroupCollection_) {
+    outputPortGroupCollection_ = make<HXPortGroupCollection>(this, HXOrientationOutput);
+  }
+  coder.decodeEachEntry<HXPortGroup>(kInputPortGroupsByKey, [&](const String& key, auto& group) {
+    inputPortGroupsByKey_.set(key, group);
+  });
+  coder.decodeEachEntry<HXPortGroup>(kOutputPortGroupsByKey, [&](const String& key, auto& group) {
+    outputPortGroupsByKey_.set(key, group);
+  });
+  decodeParameters(coder);
+  coder.decodeEachEntry<HXPatchPort>(kPortsByUniqueKey, [&](const String& key, auto& port) {
+    portsByUniqueKey_.set(key, port);
+  });
+}
+
+// A patch class that nobody knows is kept by name, with everything that the node was read with.
+void HXNode::hx_decodePatchWithCoder(Decoder& coder) {
+  const String className = coder.decodeString(kPatchClass);
+  if (className.isNil()) return;
+  const Class* record = ClassRegistry::classNamed(className);
+  if (record && record->isKindOf(HXRNode::kClass)) {
+    patch_ = static_cast<const HXRNodeClass*>(record)->makeDefinition();
+  } else {
+    unknownPatchClass_ = className;
+  }
+}
+
+// The ordered set gives the order, the map the keys; what only one of them holds comes last, or (not
+// knowing its key) is dropped.
+void HXNode::decodeParameters(Decoder& coder) {
+  OrderedMap<Ref<HXParameter>> byKey;
+  std::vector<std::pair<const HXParameter*, String>> keys;
+  coder.decodeEachEntry<HXParameter>(kParametersByUniqueKey, [&](const String& key, auto& parameter) {
+    byKey.set(key, parameter);
+    keys.emplace_back(parameter.get(), key);
+  });
+  std::sort(keys.begin(), keys.end(),
+            [](const auto& a, const auto& b) { return std::less<>()(a.first, b.first); });
+  coder.decodeEach<HXParameter>(kParameters, [&](const Ref<HXParameter>& parameter) {
+    const auto found = std::lower_bound(
+        keys.begin(), keys.end(), parameter.get(),
+        [](const auto& entry, const HXParameter* wanted) {
+          return std::less<>()(entry.first, wanted);
+        });
+    if (found == keys.end() || found->first != parameter.get()) {
+      Log::warning("HXNode", fmt::format("Dropping a parameter of {} that has no key",
+                                         uniqueKey_.view()));
+      return;
+    }
+    parameters_.set(found->second, byKey.take(found->second));
+  });
+  for (const auto& entry : byKey) parameters_.set(entry.key, entry.value);
+}
+
+void HXNode::awakeAfterDecoding(Decoder& coder) {
+  decoding_ = false;
+  if (subnodeGroup_) {
+    if (!subnodeGroup_->node()) subnodeGroup_->setNode(this);
+    if (subnodeGroup_->node() != this) {
+      coder.fail("HXNode.subnodeGroup: a group that belongs to two nodes");
+      return;
+    }
+  }
+  for (const auto& entry : portsByUniqueKey_) {
+    if (!entry.value || (entry.value->node() && entry.value->node() != this)) {
+      coder.fail("HXNode.portsByUniqueKey: a port that belongs to two nodes");
+      return;
+    }
+    entry.value->setNode(this);
+  }
+  for (const auto& entry : parameters_) {
+    if (!entry.value || entry.value->node() != this) {
+      coder.fail("HXNode.parametersByUniqueKey: a parameter that belongs to another node");
+      return;
+    }
+  }
+  if (unknownPatchClass_.isNil()) {
+    const Ref<HXRNode> patch = std::exchange(patch_, nullptr);
+    setPatch(patch);
+    return;
+  }
+  for (const auto& entry : portsByUniqueKey_) {
+    entry.value->setPatchPort(make<HXRPort>(entry.key, entry.key, entry.value->orientation(),
+                                            entry.value->connectionRelationship()));
+  }
+}
+
+void HXNode::abandonDecoding() {
+  subnodeGroup_ = nullptr;
+  portsByUniqueKey_.clear();
+  parameters_.clear();
+}
+
+}  // namespace tarnkit

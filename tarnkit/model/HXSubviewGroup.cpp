@@ -1,0 +1,117 @@
+#include "tarnkit/model/HXSubviewGroup.h"
+
+#include <algorithm>
+
+#include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXNode.h"
+
+namespace tarnkit {
+
+const Class HXSubviewGroup::kClass{"HXSubviewGroup", &HXGroup::kClass,
+                                   &HXSubviewGroup::makeForDecoding};
+
+namespace {
+
+constinit const Symbol kSubviewNodes{"HXSubviewGroup.subviewNodes"};
+constinit const Symbol kDeviceSubviewNodes{"PMSubviewGroup.subviewNodes"};
+
+}  // namespace
+
+HXSubviewGroup::HXSubviewGroup() : subviewNodes_(make<OrderedSet>()) {}
+
+HXSubviewGroup::HXSubviewGroup(Decoding decoding) noexcept
+    : HXGroup(decoding), subviewNodes_(make<OrderedSet>()) {}
+
+Ref<Object> HXSubviewGroup::makeForDecoding(const Class&) {
+  return make<HXSubviewGroup>(Decoding{});
+}
+
+Ref<HXSubviewGroup> HXSubviewGroup::initWithGroup(HXGroup& group) {
+  auto copy = make<HXSubviewGroup>();
+  copy->takeOver(group);
+  if (const auto* other = as<HXSubviewGroup>(&group)) {
+    copy->subviewNodes_ = make<OrderedSet>(*other->subviewNodes_);
+  } else {
+    for (const auto& entry : group.subnodesByUniqueKey()) {
+      if (entry.value->shouldBeTreatedAsViewNode()) copy->subviewNodes_->add(entry.value);
+    }
+  }
+  return copy;
+}
+
+const Symbol& HXSubviewGroup::processClassName() const {
+  static constinit const Symbol name{"PMSubviewGroup"};
+  return name;
+}
+
+std::int64_t HXSubviewGroup::indexOfSubviewNode(const HXNode* node) const {
+  return subviewNodes_->indexOf(node);
+}
+
+void HXSubviewGroup::moveSubviewNode(HXNode& node, std::uint64_t toIndex) {
+  const auto index = subviewNodes_->indexOf(&node);
+  if (index == kNotFoundIndex) return;
+  const auto last = std::uint64_t{subviewNodes_->count()} - 1;
+  subviewNodes_->move(static_cast<std::uint32_t>(index),
+                      static_cast<std::uint32_t>(std::min(toIndex, last)));
+  announceOrder();
+}
+
+void HXSubviewGroup::announceOrder() {
+  detail::announce(HXSubviewGroupSubviewOrderDidChangeNotification, *this, *this,
+                   [this](const Ref<Object>& documentKey) {
+                     return UserInfo{{HXDocumentKeyInfo, documentKey},
+                                     {HXNodeInfo, Ref<Object>(this)},
+                                     {HXSubviewNodesInfo, subviewNodes_}};
+                   });
+}
+
+void HXSubviewGroup::didAddNode(HXNode& node) {
+  if (!node.shouldBeTreatedAsViewNode()) return;
+  subviewNodes_->add(Ref<Object>(&node));
+  announceOrder();
+}
+
+void HXSubviewGroup::willRemoveNode(HXNode& node) {
+  if (subviewNodes_->remove(&node)) announceOrder();
+}
+
+void HXSubviewGroup::viewTypeDidChange(HXNode& node) {
+  if (node.shouldBeTreatedAsViewNode()) {
+    subviewNodes_->add(Ref<Object>(&node));
+    announceOrder();
+  } else if (subviewNodes_->remove(&node)) {
+    announceOrder();
+  }
+}
+
+void HXSubviewGroup::encodeWithCoder(Encoder& coder) const {
+  HXGroup::encodeWithCoder(coder);
+  if (isEditorCodingType(coder.codingType())) {
+    coder.encodeMembers(*subviewNodes_, kSubviewNodes);
+  } else if (coder.codingType() == HXCodingTypeDevice) {
+    coder.encodeMembers(*subviewNodes_, kDeviceSubviewNodes, CodingKind::list);
+  }
+}
+
+void HXSubviewGroup::initWithCoder(Decoder& coder) {
+  HXGroup::initWithCoder(coder);
+  coder.decodeEach<HXNode>(kSubviewNodes,
+                           [&](const Ref<HXNode>& node) { subviewNodes_->add(node); });
+}
+
+void HXSubviewGroup::awakeAfterDecoding(Decoder& coder) {
+  HXGroup::awakeAfterDecoding(coder);
+  for (const auto& node : *subviewNodes_) {
+    if (static_cast<const HXNode&>(*node).parentGroup() == this) continue;
+    coder.fail("HXSubviewGroup.subviewNodes: a node that is not in the group");
+    return;
+  }
+}
+
+void HXSubviewGroup::abandonDecoding() {
+  HXGroup::abandonDecoding();
+  subviewNodes_->clear();
+}
+
+}  // namespace tarnkit
