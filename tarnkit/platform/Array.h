@@ -41,6 +41,7 @@ class Set final : public Object {
   std::size_t count() const noexcept { return objects_.size(); }
   auto begin() const noexcept { return objects_.begin(); }
   auto end() const noexcept { return objects_.end(); }
+  void add(Ref<Object> object) { objects_.push_back(std::move(object)); }
   CodingKind codingKind() const noexcept override { return CodingKind::set; }
 
  private:

@@ -7,7 +7,6 @@
 
 #include "tarnkit/platform/Data.h"
 #include "tarnkit/platform/RawBuffer.h"
-#include "tarnkit/platform/String.h"
 #include "tarnkit/platform/Symbol.h"
 
 namespace tarnkit {
@@ -36,8 +35,6 @@ class PropertyListWriter {
   ~PropertyListWriter();
 
   Index addString(std::string_view utf8) { return addText(utf8, true); }
-  /// A nil string is written as "".
-  Index addString(const String& string) { return addText(string.view(), true); }
   /// As `addString`, without looking for an equal one: for texts known to be different.
   Index addDistinctString(std::string_view utf8) { return addText(utf8, false); }
   /// The symbol's text; costs one look-up by number after the first time.

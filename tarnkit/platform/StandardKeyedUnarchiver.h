@@ -19,16 +19,18 @@ class PropertyList;
 /// graph, and no nesting costs stack.
 ///
 /// A generic container asked for as an object is filled before whoever asked awakes; one that holds
-/// itself is refused. Work and memory are linear in the file: what many objects may read again from
-/// one shared list, map or byte buffer is bounded by `kSharedEntriesFactor`.
+/// itself is refused. Values of one kind in the file that are one object there are one object here.
+/// Of an archive that fails, every object is told to let go of what it owns
+/// (`Object::abandonDecoding`). Work and memory are linear in the file: what many objects may read again from
+/// one shared list, map or byte buffer is bounded by `kSharingFactor`.
 /// Lives for one call of `unarchive`; one thread at a time.
 class StandardKeyedUnarchiver final : public Decoder {
  public:
-  /// Elements visited by `decodeCollection` and `decodeMap` in one archive, and likewise the bytes
-  /// copied by `decodeBytes`, may come to this many times what the file holds, and a little more
-  /// (`kSharedEntriesAllowance`); beyond that the archive is refused.
-  static constexpr std::uint64_t kSharedEntriesFactor = 4;
-  static constexpr std::uint64_t kSharedEntriesAllowance = 65536;
+  /// The elements visited while one archive is read may come to this many times all references in
+  /// the file, the bytes copied out of shared data to this many times its size, and each to
+  /// `kSharingAllowance` more; beyond that the archive is refused.
+  static constexpr std::uint64_t kSharingFactor = 2;
+  static constexpr std::uint64_t kSharingAllowance = 65536;
 
   /// The root object ("root" of "$top"), or null with one sentence in `error`. Nothing is thrown; of
   /// an archive that fails no object stays alive that the model does not hold itself.
@@ -48,6 +50,7 @@ class StandardKeyedUnarchiver final : public Decoder {
                  FunctionRef<void(const String&, const Ref<Object>&)> visit) override;
   void fail(std::string reason) override;
   bool failed() const override;
+  void eachDecoded(FunctionRef<void(Object&)> visit) const override;
 
  private:
   struct State;

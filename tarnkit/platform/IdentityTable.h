@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace tarnkit::detail {
+
+/// Small numbers found by address: the archivers' table of the objects that they have met. The
+/// addresses themselves stand in the owner's list, in the order of the numbers; a slot takes 8 bytes.
+class IdentityTable {
+ public:
+  static constexpr std::uint32_t kNone = 0xFFFFFFFFU;
+
+  /// The number of the address, or `kNone`. `addressOf` gives the address of a number.
+  template <class AddressOf>
+  std::uint32_t find(const void* address, AddressOf addressOf) const noexcept {
+    if (slots_.empty()) return kNone;
+    const std::uint32_t hash = hashOf(address);
+    const std::size_t mask = slots_.size() - 1;
+    for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
+      const Slot slot = slots_[at];
+      if (slot.numberPlusOne == 0) return kNone;
+      if (slot.hash == hash && addressOf(slot.numberPlusOne - 1) == address) {
+        return slot.numberPlusOne - 1;
+      }
+    }
+  }
+
+  /// Enters an address that is not in the table.
+  void add(const void* address, std::uint32_t number) {
+    if ((used_ + 1) * 2 > slots_.size()) grow();
+    place({hashOf(address), number + 1}, slots_);
+    ++used_;
+  }
+
+  void clear() noexcept {
+    slots_ = {};
+    used_ = 0;
+  }
+
+ private:
+  struct Slot {
+    std::uint32_t hash;
+    std::uint32_t numberPlusOne;
+  };
+
+  static std::uint32_t hashOf(const void* address) noexcept {
+    const auto value = reinterpret_cast<std::uintptr_t>(address) * 0x9E3779B97F4A7C15ULL;
+    return static_cast<std::uint32_t>(value >> 32);
+  }
+  static void place(Slot slot, std::vector<Slot>& slots) noexcept {
+    const std::size_t mask = slots.size() - 1;
+    std::size_t at = slot.hash & mask;
+    while (slots[at].numberPlusOne != 0) at = (at + 1) & mask;
+    slots[at] = slot;
+  }
+  void grow() {
+    std::vector<Slot> larger(slots_.empty() ? 64 : slots_.size() * 2);
+    for (const Slot slot : slots_) {
+      if (slot.numberPlusOne != 0) place(slot, larger);
+    }
+    slots_ = std::move(larger);
+  }
+
+  std::vector<Slot> slots_;
+  std::size_t used_ = 0;
+};
+
+}  // namespace tarnkit::detail
