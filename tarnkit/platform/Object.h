@@ -2,6 +2,7 @@
 
 #include <sys/single_threaded.h>
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -97,7 +98,9 @@ class Object {
 template <class T, class... Args>
 Ref<T> make(Args&&... args) {
   static_assert(alignof(T) <= alignof(std::uint64_t));
-  return Ref<T>::adopt(new T(std::forward<Args>(args)...));
+  T* const object = new T(std::forward<Args>(args)...);
+  assert(static_cast<const void*>(static_cast<const Object*>(object)) == object);
+  return Ref<T>::adopt(object);
 }
 
 /// `object` as a `T`, or null when it is null or no kind of `T`.

@@ -18,6 +18,13 @@ void releaseWeakly(const Object* object) noexcept;
 bool isAlive(const Object* object) noexcept;
 /// Becomes an owner unless the object is gone.
 bool retainIfAlive(const Object* object) noexcept;
+
+/// The object as a `T`, which may be incomplete here: every class has `Object` as its first base, at
+/// the object's own address (`make` checks it).
+template <class T>
+T* downcast(const Object* object) noexcept {
+  return reinterpret_cast<T*>(const_cast<Object*>(object));
+}
 }  // namespace detail
 
 /// The owning handle of an object of the library; null by default.
@@ -63,18 +70,9 @@ class Ref {
     return ref;
   }
   /// Hands the ownership to the caller and becomes null.
-  T* leak() noexcept {
-    return static_cast<T*>(const_cast<Object*>(
-        static_cast<const Object*>(std::exchange(object_, nullptr))));
-  }
+  T* leak() noexcept { return detail::downcast<T>(std::exchange(object_, nullptr)); }
 
-  T* get() const noexcept {
-    if constexpr (std::is_const_v<T>) {
-      return static_cast<T*>(object_);
-    } else {
-      return static_cast<T*>(const_cast<Object*>(object_));
-    }
-  }
+  T* get() const noexcept { return detail::downcast<T>(object_); }
   T* operator->() const noexcept { return get(); }
   T& operator*() const noexcept { return *get(); }
   explicit operator bool() const noexcept { return object_ != nullptr; }
@@ -119,17 +117,12 @@ class WeakRef {
 
   /// The object, or null when it was never set or is gone. Valid while somebody owns the object.
   T* get() const noexcept {
-    if (!object_ || !detail::isAlive(object_)) return nullptr;
-    if constexpr (std::is_const_v<T>) {
-      return static_cast<T*>(object_);
-    } else {
-      return static_cast<T*>(const_cast<Object*>(object_));
-    }
+    return object_ && detail::isAlive(object_) ? detail::downcast<T>(object_) : nullptr;
   }
   /// An owning handle, or null when the object is gone.
   Ref<T> lock() const noexcept {
     if (!object_ || !detail::retainIfAlive(object_)) return nullptr;
-    return Ref<T>::adopt(static_cast<T*>(const_cast<Object*>(object_)));
+    return Ref<T>::adopt(detail::downcast<T>(object_));
   }
   /// Whether it was set and its object has gone since.
   bool hasExpired() const noexcept { return object_ && !detail::isAlive(object_); }
