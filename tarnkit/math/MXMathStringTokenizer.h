@@ -1,0 +1,63 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "tarnkit/math/MXError.h"
+#include "tarnkit/math/MXMathOperatorSet.h"
+#include "tarnkit/math/MXMathStringToken.h"
+
+namespace tarnkit {
+
+/// Cuts an expression text into numbers, operators, functions and variables; a read-only enumerator
+/// over its tokens afterwards.
+///
+/// It settles what an ambiguous operator is ("-" as subtract or negate), puts in implicit
+/// multiplications ("2x") and the parentheses of functions named without ("pi"). The text ends at a
+/// NUL; bytes that are not UTF-8 read as U+FFFD. Costs time linear in the text. For one thread.
+class MXMathStringTokenizer : public Object {
+  TARNKIT_CLASS
+ public:
+  /// Null, with the error in the slot, when the text has something that is no token. No operator set
+  /// means the default one.
+  static Ref<MXMathStringTokenizer> tokenizerWithString(std::string_view string,
+                                                        const Ref<MXMathOperatorSet>& operatorSet,
+                                                        MXError* error);
+  static Ref<MXMathStringTokenizer> tokenizerWithString(std::string_view string, MXError* error) {
+    return tokenizerWithString(string, nullptr, error);
+  }
+
+  /// An empty tokenizer; a subclass that watches tokens is made this way and then given its text.
+  MXMathStringTokenizer() = default;
+  /// Tokenizes the text; once in the life of a tokenizer. False on an error.
+  bool initWithString(std::string_view string, const Ref<MXMathOperatorSet>& operatorSet,
+                      MXError* error);
+
+  /// The next token, or null at the end.
+  Ref<MXMathStringToken> nextObject();
+  /// The same without moving on.
+  Ref<MXMathStringToken> peekNextObject() const;
+  /// The tokens from here to the end.
+  std::vector<Ref<MXMathStringToken>> allObjects() const;
+  /// Back to the first token.
+  void reset() noexcept { tokenIndex_ = 0; }
+
+  /// The set that governs operator characters; the default one unless another was given.
+  const Ref<MXMathOperatorSet>& operatorSet() const noexcept { return operatorSet_; }
+  /// The characters of all tokens of all operators of the set, in ascending order; built at first use.
+  const std::vector<char32_t>& operatorCharacters();
+
+ protected:
+  /// Announces a token to `didParseToken` and, unless it is null, adds it to the list.
+  void appendToken(const Ref<MXMathStringToken>& token);
+  /// Called with every token before it is added; does nothing here.
+  virtual void didParseToken(const Ref<MXMathStringToken>& token);
+
+ private:
+  Ref<MXMathOperatorSet> operatorSet_;
+  std::vector<Ref<MXMathStringToken>> tokens_;
+  std::vector<char32_t> operatorCharacters_;
+  std::size_t tokenIndex_ = 0;
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,82 @@
+#include "tarnkit/math/MXNumber.h"
+
+#include <fmt/format.h>
+
+#include <bit>
+#include <cmath>
+
+#include "tarnkit/math/MathText.h"
+#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/NumberText.h"
+
+namespace tarnkit {
+
+namespace {
+
+bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+
+std::size_t skipDigits(std::string_view text, std::size_t at) noexcept {
+  while (at < text.size() && isDigit(text[at])) ++at;
+  return at;
+}
+
+bool isNumber(std::string_view text) noexcept {
+  std::size_t at = skipDigits(text, 0);
+  std::size_t digits = at;
+  if (at < text.size() && text[at] == '.') {
+    const std::size_t point = at;
+    at = skipDigits(text, at + 1);
+    digits += at - point - 1;
+  }
+  if (digits == 0) return false;
+  if (at == text.size()) return true;
+  if (text[at] != 'e' && text[at] != 'E') return false;
+  ++at;
+  if (at < text.size() && (text[at] == '-' || text[at] == '+')) ++at;
+  return at < text.size() && skipDigits(text, at) == text.size();
+}
+
+}  // namespace
+
+MXNumber MXNumber::fromText(std::string_view text) {
+  const bool negative = !text.empty() && text.front() == '-';
+  const auto digits = negative ? text.substr(1) : text;
+  if (!isNumber(digits)) {
+    Log::line(fmt::format("supposedly invalid number: {}", text));
+    return 0.0;
+  }
+  MXNumber number = fromDigits(digits, detail::readNumber(digits));
+  if (!negative) return number;
+  number.value_ = -number.value_;
+  if (number.isDecimal()) number.decimal_ = String("-" + number.decimal_.toStdString());
+  return number;
+}
+
+MXNumber MXNumber::fromDigits(std::string_view digits, double value) {
+  MXNumber number(value);
+  const std::string decimal = detail::decimalText(digits);
+  if (!decimal.empty()) number.decimal_ = String(decimal);
+  return number;
+}
+
+String MXNumber::description() const { return isDecimal() ? decimal_ : String(text()); }
+
+std::string MXNumber::text() const {
+  return isDecimal() ? decimal_.toStdString() : shortestText(value_);
+}
+
+bool operator==(const MXNumber& a, const MXNumber& b) noexcept {
+  if (std::isnan(a.value_) || std::isnan(b.value_)) {
+    return std::isnan(a.value_) && std::isnan(b.value_);
+  }
+  if (a.value_ != b.value_) return false;
+  return !a.isDecimal() || !b.isDecimal() || a.decimal_ == b.decimal_;
+}
+
+std::uint64_t MXNumber::hash() const noexcept {
+  if (std::isnan(value_)) return 1;
+  constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15ULL;
+  return std::bit_cast<std::uint64_t>(value_ == 0 ? 0.0 : value_) * kMultiplier >> 16;
+}
+
+}  // namespace tarnkit

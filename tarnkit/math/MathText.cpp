@@ -1,0 +1,217 @@
+#include "tarnkit/math/MathText.h"
+
+#include <unicode/locid.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace tarnkit::detail {
+
+namespace {
+
+constexpr std::size_t kDecimalDigits = 38;
+constexpr std::int64_t kMinimumDecimalExponent = -128;
+constexpr std::int64_t kMaximumDecimalExponent = 127;
+constexpr char32_t kReplacement = 0xFFFD;
+
+// The powers of ten that a double holds exactly.
+constexpr double kExactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr int kLargestExactPower = 22;
+constexpr int kExactDigits = 15;
+
+bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+bool isUpper(char c) noexcept { return c >= 'A' && c <= 'Z'; }
+
+// Overflowing exponents saturate far outside every range that matters.
+std::int64_t readExponent(std::string_view text) noexcept {
+  constexpr std::int64_t kFar = 1'000'000'000;
+  const bool negative = !text.empty() && text.front() == '-';
+  if (!text.empty() && !isDigit(text.front())) text.remove_prefix(1);
+  std::int64_t value = 0;
+  for (const char c : text) value = std::min(value * 10 + (c - '0'), kFar);
+  return negative ? -value : value;
+}
+
+double readNumberSlowly(std::string_view text) noexcept {
+  double value = 0;
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (read.ec != std::errc::result_out_of_range) return value;
+  const auto e = text.find_first_of("eE");
+  std::int64_t exponent = e == text.npos ? 0 : readExponent(text.substr(e + 1));
+  const auto mantissa = text.substr(0, e);
+  const auto point = std::min(mantissa.find('.'), mantissa.size());
+  const auto first = mantissa.find_first_not_of("0.");
+  if (first == mantissa.npos) return 0;
+  exponent += static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
+  return exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+}
+
+void roundToDecimalDigits(std::string& digits, std::int64_t& exponent) {
+  if (digits.size() <= kDecimalDigits) return;
+  const char next = digits[kDecimalDigits];
+  const bool exactHalf =
+      next == '5' && digits.find_first_not_of('0', kDecimalDigits + 1) == digits.npos;
+  const bool odd = ((digits[kDecimalDigits - 1] - '0') & 1) != 0;
+  exponent += static_cast<std::int64_t>(digits.size() - kDecimalDigits);
+  digits.resize(kDecimalDigits);
+  if (next < '5' || (exactHalf && !odd)) return;
+  for (std::size_t i = digits.size(); i-- > 0;) {
+    if (digits[i] != '9') {
+      ++digits[i];
+      return;
+    }
+    digits[i] = '0';
+  }
+  digits.insert(digits.begin(), '1');
+}
+
+}  // namespace
+
+bool isAscii(std::string_view text) noexcept {
+  const char* at = text.data();
+  std::size_t left = text.size();
+  std::uint64_t seen = 0;
+  while (left >= sizeof seen) {
+    std::uint64_t word;
+    std::memcpy(&word, at, sizeof word);
+    seen |= word;
+    at += sizeof word;
+    left -= sizeof word;
+  }
+  std::uint64_t last = 0;
+  if (left != 0) std::memcpy(&last, at, left);
+  return ((seen | last) & 0x8080808080808080ULL) == 0;
+}
+
+std::string_view wellFormed(std::string_view text, std::string& storage) {
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  const auto size = static_cast<std::int64_t>(text.size());
+  bool changed = false;
+  for (std::int64_t at = 0; at < size;) {
+    const std::int64_t start = at;
+    UChar32 c;
+    U8_NEXT(bytes, at, size, c);
+    if (c < 0 && !changed) {
+      changed = true;
+      storage.assign(text.substr(0, static_cast<std::size_t>(start)));
+    }
+    if (!changed) continue;
+    if (c < 0) {
+      appendCodePoint(storage, kReplacement);
+    } else {
+      storage.append(text.substr(static_cast<std::size_t>(start),
+                                 static_cast<std::size_t>(at - start)));
+    }
+  }
+  return changed ? std::string_view(storage) : text;
+}
+
+char32_t nextCodePoint(std::string_view text, std::size_t& at) noexcept {
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+  const std::size_t size = text.size();
+  UChar32 c;
+  U8_NEXT(bytes, at, size, c);
+  return c < 0 ? kReplacement : static_cast<char32_t>(c);
+}
+
+void appendCodePoint(std::string& text, char32_t codePoint) {
+  std::uint8_t bytes[U8_MAX_LENGTH];
+  std::int32_t length = 0;
+  const auto c = static_cast<UChar32>(codePoint);
+  U8_APPEND_UNSAFE(bytes, length, c);
+  text.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
+}
+
+bool isBlank(char32_t codePoint) noexcept {
+  return u_isUWhiteSpace(static_cast<UChar32>(codePoint)) != 0;
+}
+
+char32_t lowerCasePoint(char32_t codePoint) noexcept {
+  return static_cast<char32_t>(u_tolower(static_cast<UChar32>(codePoint)));
+}
+
+std::string lowerCase(std::string_view text) {
+  std::string lower(text);
+  if (isAscii(text)) {
+    for (char& c : lower) {
+      if (isUpper(c)) c = static_cast<char>(c + ('a' - 'A'));
+    }
+    return lower;
+  }
+  auto unicode = icu::UnicodeString::fromUTF8(
+      icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+  unicode.toLower(icu::Locale::getRoot());
+  lower.clear();
+  unicode.toUTF8String(lower);
+  return lower;
+}
+
+String lowerCase(const String& text) {
+  const auto view = text.view();
+  if (isAscii(view) && std::none_of(view.begin(), view.end(), isUpper)) return text;
+  const std::string lower = lowerCase(view);
+  return lower == view ? text : String(lower);
+}
+
+double readNumber(std::string_view text) noexcept {
+  std::uint64_t mantissa = 0;
+  int digits = 0;
+  int fraction = 0;
+  std::size_t at = 0;
+  for (; at < text.size() && isDigit(text[at]); ++at, ++digits) {
+    mantissa = mantissa * 10 + static_cast<std::uint64_t>(text[at] - '0');
+  }
+  if (at < text.size() && text[at] == '.') {
+    for (++at; at < text.size() && isDigit(text[at]); ++at, ++digits, ++fraction) {
+      mantissa = mantissa * 10 + static_cast<std::uint64_t>(text[at] - '0');
+    }
+  }
+  if (digits > kExactDigits) return readNumberSlowly(text);
+  std::int64_t exponent = -fraction;
+  if (at < text.size()) exponent += readExponent(text.substr(at + 1));
+  if (exponent < -kLargestExactPower || exponent > kLargestExactPower) {
+    return mantissa == 0 ? 0.0 : readNumberSlowly(text);
+  }
+  const auto exact = static_cast<double>(mantissa);
+  return exponent < 0 ? exact / kExactPowers[-exponent] : exact * kExactPowers[exponent];
+}
+
+std::string decimalText(std::string_view number) {
+  const auto e = number.find_first_of("eE");
+  std::int64_t exponent = e == number.npos ? 0 : readExponent(number.substr(e + 1));
+  std::string digits;
+  bool inFraction = false;
+  for (const char c : number.substr(0, e)) {
+    if (c == '.') {
+      inFraction = true;
+      continue;
+    }
+    if (inFraction) --exponent;
+    if (c != '0' || !digits.empty()) digits.push_back(c);
+  }
+  roundToDecimalDigits(digits, exponent);
+  while (!digits.empty() && digits.back() == '0') {
+    digits.pop_back();
+    ++exponent;
+  }
+  if (digits.empty()) return "0";
+  const auto padding = static_cast<std::int64_t>(kDecimalDigits - digits.size());
+  if (exponent < kMinimumDecimalExponent || exponent > kMaximumDecimalExponent + padding) return {};
+  if (exponent >= 0) return digits.append(static_cast<std::size_t>(exponent), '0');
+  const auto fraction = static_cast<std::size_t>(-exponent);
+  if (fraction >= digits.size()) {
+    return "0." + std::string(fraction - digits.size(), '0') + digits;
+  }
+  digits.insert(digits.size() - fraction, 1, '.');
+  return digits;
+}
+
+}  // namespace tarnkit::detail

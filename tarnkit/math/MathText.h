@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "tarnkit/platform/String.h"
+
+namespace tarnkit::detail {
+
+/// Text helpers of the engine: UTF-8 reading, lower-casing, and numbers as they are written in
+/// expressions. All free functions, none locale-dependent, all linear in their text; safe on any
+/// thread.
+
+/// Whether every byte is below 0x80.
+bool isAscii(std::string_view text) noexcept;
+/// The text with every byte sequence that is not UTF-8 read as U+FFFD; `text` itself, and nothing
+/// stored, when it is well-formed.
+std::string_view wellFormed(std::string_view text, std::string& storage);
+/// Reads the code point at `at` of well-formed text and moves `at` behind it.
+char32_t nextCodePoint(std::string_view text, std::size_t& at) noexcept;
+void appendCodePoint(std::string& text, char32_t codePoint);
+/// White space and newlines of any script.
+bool isBlank(char32_t codePoint) noexcept;
+/// One code point in lower case, where that is one code point.
+char32_t lowerCasePoint(char32_t codePoint) noexcept;
+
+std::string lowerCase(std::string_view text);
+/// The same string object when it is in lower case already.
+String lowerCase(const String& text);
+
+/// The value of "12", "1.5", ".5", "2e-3": digits, a point, digits, an exponent, at least one digit
+/// in all. Rounded to the nearest double; too large gives infinity.
+double readNumber(std::string_view text) noexcept;
+/// The digits of such a number as a decimal value writes them: no exponent, no leading or trailing
+/// zeros ("0.5", "100000"), rounded to 38 significant digits, halves to even. Empty when the value is
+/// outside a decimal's range (exponents -128 to 127 over 38 digits).
+std::string decimalText(std::string_view number);
+
+}  // namespace tarnkit::detail

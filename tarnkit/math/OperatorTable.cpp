@@ -1,0 +1,220 @@
+#include "tarnkit/math/OperatorTable.h"
+
+#include <algorithm>
+
+#include "tarnkit/math/MXMathOperatorSet.h"
+#include "tarnkit/math/MathText.h"
+
+namespace tarnkit::detail {
+
+namespace {
+
+OperatorRole roleOf(const MXMathOperator& info, MXOperatorAssociativity parserAssociativity) {
+  const auto function = info.function().view();
+  if (function == MXOperatorParenthesisOpen) return OperatorRole::open;
+  if (function == MXOperatorParenthesisClose) return OperatorRole::close;
+  if (function == MXOperatorComma) return OperatorRole::comma;
+  if (function == MXOperatorUnaryPlus) return OperatorRole::positive;
+  if (info.arity() == MXOperatorArity::binary) return OperatorRole::binary;
+  if (info.arity() == MXOperatorArity::unknown) return OperatorRole::other;
+  return parserAssociativity == MXOperatorAssociativity::right ? OperatorRole::prefix
+                                                               : OperatorRole::postfix;
+}
+
+bool isOrdinary(const OperatorRow& row) {
+  switch (row.role) {
+    case OperatorRole::open:
+      return row.arity == MXOperatorArity::unary &&
+             row.associativity == MXOperatorAssociativity::right;
+    case OperatorRole::close:
+      return row.arity == MXOperatorArity::unary &&
+             row.associativity == MXOperatorAssociativity::left;
+    case OperatorRole::comma:
+      return row.arity == MXOperatorArity::unknown;
+    default:
+      return row.arity != MXOperatorArity::unary || row.associativity == row.parserAssociativity;
+  }
+}
+
+char lowerAscii(char c) noexcept {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+bool isAsciiByte(char c) noexcept { return static_cast<unsigned char>(c) < 0x80; }
+
+// Whether the text begins with the token (in lower case), and how many bytes that takes.
+bool beginsWith(std::string_view text, std::string_view token, std::size_t& length) noexcept {
+  std::size_t at = 0;
+  std::size_t inToken = 0;
+  while (inToken < token.size()) {
+    if (at == text.size()) return false;
+    if (isAsciiByte(text[at]) && isAsciiByte(token[inToken])) {
+      if (lowerAscii(text[at++]) != token[inToken++]) return false;
+    } else if (lowerCasePoint(nextCodePoint(text, at)) != nextCodePoint(token, inToken)) {
+      return false;
+    }
+  }
+  length = at;
+  return true;
+}
+
+}  // namespace
+
+OperatorTable::OperatorTable(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet,
+                             std::uint64_t madeAt)
+    : madeAt_(madeAt) {
+  for (const auto& each : parserSet) {
+    for (const String& token : each->tokens()) {
+      for (std::size_t at = 0; at < token.size();) {
+        characters_.push_back(nextCodePoint(token, at));
+      }
+    }
+  }
+  std::sort(characters_.begin(), characters_.end());
+  characters_.erase(std::unique(characters_.begin(), characters_.end()), characters_.end());
+  addRows(tokenSet, parserSet);
+  addTokens(tokenSet);
+  classifyBytes();
+  open_ = insertedRow("(");
+  close_ = insertedRow(")");
+  multiply_ = insertedRow("*");
+  factorial_ = rowOfFunction(MXOperatorFactorial);
+  logicalNot_ = rowOfFunction(MXOperatorLogicalNot);
+  const auto hasRole = [this](std::uint16_t row, OperatorRole role) {
+    return row != kNoRow && rows_[row].role == role;
+  };
+  allowsOnePass_ = allowsOnePass_ && hasRole(open_, OperatorRole::open) &&
+                   hasRole(close_, OperatorRole::close) &&
+                   hasRole(multiply_, OperatorRole::binary);
+}
+
+void OperatorTable::addRows(const MXMathOperatorSet& tokenSet,
+                            const MXMathOperatorSet& parserSet) {
+  std::vector<std::int64_t> precedences;
+  for (const auto& each : tokenSet) precedences.push_back(each->precedence());
+  std::sort(precedences.begin(), precedences.end());
+  precedences.erase(std::unique(precedences.begin(), precedences.end()), precedences.end());
+  allowsOnePass_ = precedences.size() <= kMaximumLevels;
+  for (const auto& each : tokenSet) {
+    const auto twin = parserSet.operatorForFunction(each->function());
+    OperatorRow row{};
+    row.info = each.get();
+    row.precedence = each->precedence();
+    row.arity = each->arity();
+    row.associativity = each->associativity();
+    row.parserAssociativity = twin ? twin->associativity() : MXOperatorAssociativity::left;
+    row.role = roleOf(*each, row.parserAssociativity);
+    row.builtin = builtinNamed(each->function());
+    row.level = static_cast<std::uint8_t>(
+        std::lower_bound(precedences.begin(), precedences.end(), row.precedence) -
+        precedences.begin());
+    allowsOnePass_ = allowsOnePass_ && isOrdinary(row);
+    rows_.push_back(row);
+  }
+}
+
+void OperatorTable::addTokens(const MXMathOperatorSet& tokenSet) {
+  std::vector<String> texts;
+  for (const auto& each : tokenSet) {
+    for (const String& token : each->tokens()) texts.push_back(lowerCase(token));
+  }
+  std::sort(texts.begin(), texts.end(), [](const String& a, const String& b) {
+    const auto first = [](const String& s) { return s.size() ? s.view().front() : '\0'; };
+    if (first(a) != first(b)) return first(a) < first(b);
+    return a.size() != b.size() ? a.size() > b.size() : a < b;
+  });
+  texts.erase(std::unique(texts.begin(), texts.end()), texts.end());
+  for (const String& text : texts) {
+    const auto users = tokenSet.operatorsForToken(text);
+    if (users.empty() || text.size() == 0) continue;
+    OperatorToken token{text.toStdString(), kNoRow, kNoRow, kNoRow, 0};
+    bool reachable = true;
+    for (std::size_t at = 0; at < text.size(); ++token.codePoints) {
+      reachable = reachable && isOperatorCharacter(nextCodePoint(text, at));
+    }
+    if (!reachable) continue;
+    if (users.size() == 1) {
+      token.row = rowOf(users.front().get());
+    } else {
+      token.unaryRow = firstWithToken(text, MXOperatorUnaryPlus, MXOperatorUnaryMinus);
+      token.binaryRow = firstWithToken(text, MXOperatorAdd, MXOperatorMinus);
+    }
+    auto& range = ranges_[static_cast<unsigned char>(token.text.front())];
+    if (range.begin == range.end) {
+      range.begin = range.end = static_cast<std::uint16_t>(tokens_.size());
+    }
+    ++range.end;
+    tokens_.push_back(std::move(token));
+  }
+}
+
+void OperatorTable::classifyBytes() {
+  for (unsigned byte = 0; byte < 256; ++byte) {
+    if (byte >= 0x80) {
+      classes_[byte] = kPartial;
+      continue;
+    }
+    unsigned bits = 0;
+    const char c = static_cast<char>(byte);
+    if (isBlank(byte)) bits |= kBlank | kEndsIdentifier;
+    if (c >= '0' && c <= '9') bits |= kDigit;
+    if (isOperatorCharacter(byte)) bits |= kOperator | kEndsIdentifier;
+    if (c == '$' || c == '\0') bits |= kEndsIdentifier;
+    const Range range = ranges_[byte];
+    if (range.end - range.begin == 1 && tokens_[range.begin].text.size() == 1) {
+      bits |= kLoneOperator;
+    }
+    classes_[byte] = static_cast<std::uint8_t>(bits);
+  }
+}
+
+bool OperatorTable::isOperatorCharacter(char32_t codePoint) const noexcept {
+  return std::binary_search(characters_.begin(), characters_.end(), codePoint);
+}
+
+const OperatorToken* OperatorTable::match(std::string_view text,
+                                          std::size_t& length) const noexcept {
+  char first = lowerAscii(text.front());
+  if (!isAsciiByte(first)) {
+    std::size_t at = 0;
+    std::string lower;
+    appendCodePoint(lower, lowerCasePoint(nextCodePoint(text, at)));
+    first = lower.front();
+  }
+  const Range range = ranges_[static_cast<unsigned char>(first)];
+  for (auto i = range.begin; i < range.end; ++i) {
+    if (beginsWith(text, tokens_[i].text, length)) return &tokens_[i];
+  }
+  return nullptr;
+}
+
+std::uint16_t OperatorTable::rowOf(const MXMathOperator* info) const noexcept {
+  for (std::size_t i = 0; i < rows_.size(); ++i) {
+    if (rows_[i].info == info) return static_cast<std::uint16_t>(i);
+  }
+  return kNoRow;
+}
+
+std::uint16_t OperatorTable::rowOfFunction(std::string_view function) const noexcept {
+  for (std::size_t i = 0; i < rows_.size(); ++i) {
+    if (rows_[i].info->function() == function) return static_cast<std::uint16_t>(i);
+  }
+  return kNoRow;
+}
+
+std::uint16_t OperatorTable::insertedRow(std::string_view token) const noexcept {
+  for (const OperatorToken& each : tokens_) {
+    if (each.text == token) return each.row;
+  }
+  return kNoRow;
+}
+
+std::uint16_t OperatorTable::firstWithToken(std::string_view token, const char* first,
+                                            const char* second) const noexcept {
+  for (const char* function : {first, second}) {
+    const auto row = rowOfFunction(function);
+    if (row != kNoRow && rows_[row].info->hasToken(token)) return row;
+  }
+  return kNoRow;
+}
+
+}  // namespace tarnkit::detail

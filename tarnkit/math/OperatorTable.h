@@ -1,0 +1,117 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tarnkit/math/BuiltinFunctions.h"
+#include "tarnkit/math/MXMathOperator.h"
+
+namespace tarnkit {
+class MXMathOperatorSet;
+}
+
+namespace tarnkit::detail {
+
+/// What the parser does with an operator; `other` has an unknown arity.
+enum class OperatorRole : std::uint8_t { binary, prefix, postfix, open, close, comma, positive, other };
+
+/// One operator, laid out for the tokenizer and the parser.
+struct OperatorRow {
+  const MXMathOperator* info;
+  std::int64_t precedence;
+  MXOperatorArity arity;
+  MXOperatorAssociativity associativity;
+  /// The associativity that the parser's own set gives the function.
+  MXOperatorAssociativity parserAssociativity;
+  OperatorRole role;
+  Builtin builtin;
+  /// The rank of the precedence among all, for sets of levels kept as bits.
+  std::uint8_t level;
+};
+
+/// What one operator token stands for.
+struct OperatorToken {
+  std::string text;           // in lower case
+  std::uint16_t row;          // kNoRow while ambiguous
+  std::uint16_t unaryRow;     // of an ambiguous token: what it is where an operand may begin
+  std::uint16_t binaryRow;    // of an ambiguous token: what it is after an operand
+  std::uint8_t codePoints;
+};
+
+/// The operators of the default set, with what another set says about characters and
+/// associativities, arranged for scanning; immutable, made by `MXMathOperatorSet::table`.
+class OperatorTable {
+ public:
+  static constexpr std::uint16_t kNoRow = 0xFFFF;
+  static constexpr std::size_t kMaximumLevels = 64;
+
+  /// Classes of bytes; a byte of a longer character is only `kPartial`.
+  enum ByteClass : std::uint8_t {
+    kBlank = 1,
+    kDigit = 2,
+    kOperator = 4,
+    kEndsIdentifier = 8,
+    kPartial = 16,
+    kLoneOperator = 32,  // begins one token only, which is this byte
+  };
+
+  OperatorTable(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet,
+                std::uint64_t madeAt);
+
+  std::uint64_t madeAt() const noexcept { return madeAt_; }
+  const OperatorRow& row(std::uint16_t index) const noexcept { return rows_[index]; }
+  const OperatorToken& token(std::uint16_t index) const noexcept { return tokens_[index]; }
+  std::uint8_t classOf(char byte) const noexcept {
+    return classes_[static_cast<unsigned char>(byte)];
+  }
+  bool isOperatorCharacter(char32_t codePoint) const noexcept;
+
+  /// The longest token at the beginning of `text` (well-formed, not empty), in any case of its
+  /// letters, and how many bytes it takes; null when there is none.
+  const OperatorToken* match(std::string_view text, std::size_t& length) const noexcept;
+  const OperatorToken& loneToken(char byte) const noexcept {
+    return tokens_[ranges_[static_cast<unsigned char>(byte)].begin];
+  }
+
+  /// The rows of the tokens that the tokenizer inserts; kNoRow when the token is ambiguous.
+  std::uint16_t openRow() const noexcept { return open_; }
+  std::uint16_t closeRow() const noexcept { return close_; }
+  std::uint16_t multiplyRow() const noexcept { return multiply_; }
+  std::uint16_t factorialRow() const noexcept { return factorial_; }
+  std::uint16_t logicalNotRow() const noexcept { return logicalNot_; }
+  /// Whether the one-pass parser may be used: ordinary parentheses, one opinion about the side of
+  /// every unary operator, few enough levels.
+  bool allowsOnePass() const noexcept { return allowsOnePass_; }
+
+ private:
+  struct Range {
+    std::uint16_t begin = 0;
+    std::uint16_t end = 0;
+  };
+  void addRows(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet);
+  void addTokens(const MXMathOperatorSet& tokenSet);
+  void classifyBytes();
+  std::uint16_t rowOf(const MXMathOperator* info) const noexcept;
+  std::uint16_t rowOfFunction(std::string_view function) const noexcept;
+  std::uint16_t insertedRow(std::string_view token) const noexcept;
+  std::uint16_t firstWithToken(std::string_view token, const char* first,
+                               const char* second) const noexcept;
+
+  std::uint64_t madeAt_;
+  std::vector<OperatorRow> rows_;
+  std::vector<OperatorToken> tokens_;  // by first byte, longer ones first
+  std::vector<char32_t> characters_;   // operator characters, sorted
+  std::array<Range, 256> ranges_{};
+  std::array<std::uint8_t, 256> classes_{};
+  std::uint16_t open_ = kNoRow;
+  std::uint16_t close_ = kNoRow;
+  std::uint16_t multiply_ = kNoRow;
+  std::uint16_t factorial_ = kNoRow;
+  std::uint16_t logicalNot_ = kNoRow;
+  bool allowsOnePass_ = true;
+};
+
+}  // namespace tarnkit::detail

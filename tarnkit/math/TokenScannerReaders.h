@@ -1,0 +1,258 @@
+#pragma once
+
+// The bodies of `TokenScanner`; included by TokenScanner.h only.
+
+#include "tarnkit/math/MathText.h"
+#include "tarnkit/math/TokenScanner.h"
+
+namespace tarnkit::detail {
+
+template <class Sink>
+bool TokenScanner<Sink>::run() {
+  ScannedToken token;
+  for (;;) {
+    skipBlanks();
+    if (at_ == end_) break;
+    failure_ = {};  // an unresolved operator is forgiven when another token follows
+    if (!next(token)) return false;
+    failure_ = {};
+    if (!process(token)) return false;
+  }
+  if (last_ == Last::function && !(insert(table_.openRow()) && insert(table_.closeRow()))) {
+    return false;
+  }
+  return failure_.code == MXErrorCode::none;
+}
+
+template <class Sink>
+bool TokenScanner<Sink>::next(ScannedToken& token) {
+  const char c = *at_;
+  const std::uint8_t kind = classAt(at_);
+  ambiguous_ = nullptr;
+  if (((kind & OperatorTable::kDigit) != 0 || c == '.') && readNumber(token)) return true;
+  if (c == '$' && readVariable(token)) return true;
+  if ((c == '"' || c == '\'') && readQuotedVariable(token)) return true;
+  return readOperator(token) || readIdentifier(token, MXTokenType::function);
+}
+
+template <class Sink>
+bool TokenScanner<Sink>::process(ScannedToken token) {
+  bool opens = false;
+  bool beginsOperand = true;
+  if (token.type == MXTokenType::op) {
+    if (ambiguous_) {
+      token.row = resolve(token);
+      if (token.row == OperatorTable::kNoRow) {
+        failure_ = {MXErrorCode::unknownOperatorPrecedence, false, token.offset, token.length};
+      }
+    }
+    beginsOperand = false;
+    if (token.row != OperatorTable::kNoRow) {
+      const OperatorRow& row = table_.row(token.row);
+      if (row.role == OperatorRole::positive) return true;
+      opens = row.role == OperatorRole::open;
+      beginsOperand = row.arity == MXOperatorArity::unary &&
+                      row.associativity == MXOperatorAssociativity::right;
+    }
+  }
+  if (last_ == Last::function && !opens &&
+      !(insert(table_.openRow()) && insert(table_.closeRow()))) {
+    return false;
+  }
+  if (beginsOperand && (last_ == Last::operand || last_ == Last::postfix) &&
+      !insert(table_.multiplyRow())) {
+    return false;
+  }
+  return emit(token);
+}
+
+template <class Sink>
+bool TokenScanner<Sink>::emit(const ScannedToken& token) {
+  switch (token.type) {
+    case MXTokenType::number:
+    case MXTokenType::variable:
+      last_ = Last::operand;
+      break;
+    case MXTokenType::function:
+      last_ = Last::function;
+      break;
+    case MXTokenType::op:
+      last_ = lastOf(token.row);
+      break;
+  }
+  return sink_(token);
+}
+
+template <class Sink>
+bool TokenScanner<Sink>::insert(std::uint16_t row) {
+  ScannedToken token;
+  slice(token, MXTokenType::op, at_, at_);
+  token.form = TokenForm::inserted;
+  token.row = row;
+  return emit(token);
+}
+
+template <class Sink>
+typename TokenScanner<Sink>::Last TokenScanner<Sink>::lastOf(std::uint16_t row) const noexcept {
+  if (row == OperatorTable::kNoRow) return Last::noArity;
+  const OperatorRow& info = table_.row(row);
+  if (info.arity == MXOperatorArity::binary) return Last::binary;
+  if (info.arity == MXOperatorArity::unknown) return Last::noArity;
+  return info.associativity == MXOperatorAssociativity::right ? Last::prefix : Last::postfix;
+}
+
+// "!" after a comma stays unresolved: neither rule for it names the comma.
+template <class Sink>
+std::uint16_t TokenScanner<Sink>::resolve(const ScannedToken& token) const noexcept {
+  const bool unary = last_ == Last::nothing || last_ == Last::binary || last_ == Last::prefix ||
+                     last_ == Last::noArity;
+  const std::uint16_t row = unary ? ambiguous_->unaryRow : ambiguous_->binaryRow;
+  if (row != OperatorTable::kNoRow || token.length != 1 || begin_[token.offset] != '!') return row;
+  if (!unary) return table_.factorialRow();
+  return last_ == Last::noArity ? OperatorTable::kNoRow : table_.logicalNotRow();
+}
+
+template <class Sink>
+void TokenScanner<Sink>::skipBlanks() noexcept {
+  while (at_ != end_) {
+    const std::uint8_t kind = classAt(at_);
+    if ((kind & OperatorTable::kBlank) != 0) {
+      ++at_;
+    } else if ((kind & OperatorTable::kPartial) != 0) {
+      std::size_t length = 0;
+      if (!isBlank(nextCodePoint(rest(at_), length))) return;
+      at_ += length;
+    } else {
+      return;
+    }
+  }
+}
+
+template <class Sink>
+bool TokenScanner<Sink>::readNumber(ScannedToken& token) noexcept {
+  const char* const start = at_;
+  if (*at_ == '0' && at_ + 1 != end_ && (at_[1] == 'x' || at_[1] == 'X')) {
+    return readHexadecimal(token);
+  }
+  while (isDigitAt(at_)) ++at_;
+  if (at_ != end_ && *at_ == '.') {
+    ++at_;
+    while (isDigitAt(at_)) ++at_;
+  }
+  if (at_ == start + 1 && *start == '.') {
+    at_ = start;
+    return fail(MXErrorCode::invalidNumber);
+  }
+  if (at_ != end_ && (*at_ == 'e' || *at_ == 'E')) {
+    const char* exponent = at_ + 1;
+    if (exponent != end_ && (*exponent == '-' || *exponent == '+')) ++exponent;
+    if (isDigitAt(exponent)) {
+      while (isDigitAt(exponent)) ++exponent;
+      at_ = exponent;
+    }
+  }
+  slice(token, MXTokenType::number, start, at_);
+  return true;
+}
+
+// A failure leaves the scan behind the "0x", so that the other readers try there.
+template <class Sink>
+bool TokenScanner<Sink>::readHexadecimal(ScannedToken& token) noexcept {
+  at_ += 2;
+  const char* const start = at_;
+  const auto isHexadecimal = [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+  };
+  while (at_ != end_ && isHexadecimal(*at_)) ++at_;
+  if (at_ == start) return fail(MXErrorCode::invalidNumber, true);
+  slice(token, MXTokenType::number, start, at_);
+  token.form = TokenForm::hexadecimal;
+  return true;
+}
+
+template <class Sink>
+bool TokenScanner<Sink>::readVariable(ScannedToken& token) noexcept {
+  const char* const start = at_;
+  ++at_;
+  const char* const name = at_;
+  takeIdentifier();
+  if (at_ == name) {
+    at_ = start;
+    return fail(MXErrorCode::invalidVariable);
+  }
+  slice(token, MXTokenType::variable, name, at_);
+  return true;
+}
+
+template <class Sink>
+bool TokenScanner<Sink>::readQuotedVariable(ScannedToken& token) noexcept {
+  const char quote = *at_;
+  bool escaped = false;
+  const char* place = at_ + 1;
+  while (place != end_ && *place != quote) {
+    if (*place == '\\') {
+      escaped = true;
+      if (++place == end_) break;
+    }
+    ++place;
+  }
+  if (place == end_) return fail(MXErrorCode::invalidVariable);
+  slice(token, MXTokenType::variable, at_ + 1, place);
+  if (escaped) token.form = TokenForm::escaped;
+  at_ = place + 1;
+  return true;
+}
+
+template <class Sink>
+bool TokenScanner<Sink>::readOperator(ScannedToken& token) noexcept {
+  const OperatorToken* found = nullptr;
+  std::size_t length = 1;
+  if ((classAt(at_) & OperatorTable::kLoneOperator) != 0) {
+    found = &table_.loneToken(*at_);
+  } else {
+    std::size_t width = 0;
+    const char32_t first = lowerCasePoint(nextCodePoint(rest(at_), width));
+    if (!table_.isOperatorCharacter(first)) return fail(MXErrorCode::invalidOperator);
+    found = table_.match(rest(at_), length);
+    if (!found) return fail(MXErrorCode::invalidOperator);
+  }
+  slice(token, MXTokenType::op, at_, at_ + length);
+  token.row = found->row;
+  if (found->row == OperatorTable::kNoRow) ambiguous_ = found;
+  at_ += length;
+  return true;
+}
+
+template <class Sink>
+bool TokenScanner<Sink>::readIdentifier(ScannedToken& token, MXTokenType type) noexcept {
+  const char* const start = at_;
+  takeIdentifier();
+  if (at_ == start) return fail(MXErrorCode::invalidIdentifier);
+  slice(token, type, start, at_);
+  return true;
+}
+
+// Moves behind the identifier; stays when there is none.
+template <class Sink>
+void TokenScanner<Sink>::takeIdentifier() noexcept {
+  if (at_ == end_ || *at_ == '"' || *at_ == '\'') return;
+  bool first = true;
+  while (at_ != end_) {
+    const std::uint8_t kind = classAt(at_);
+    if ((kind & OperatorTable::kEndsIdentifier) != 0) return;
+    if ((kind & OperatorTable::kPartial) == 0) {
+      ++at_;
+      first = false;
+      continue;
+    }
+    std::size_t length = 0;
+    const char32_t point = nextCodePoint(rest(at_), length);
+    const bool lone = first && isLoneIdentifier(point);
+    if (!lone && (isBlank(point) || table_.isOperatorCharacter(point))) return;
+    at_ += length;
+    if (lone) return;
+    first = false;
+  }
+}
+
+}  // namespace tarnkit::detail
