@@ -17,9 +17,9 @@ inline constexpr const char* HXRDefaultPortGroupKey = "__Default";
 ///
 /// An editor node owns exactly one as its `patch` and follows it: every change of ports, parameters
 /// or names made here is told to the node at once. While an instance differs in nothing from its
-/// class's prototype it shares the class's port layout; `portLayout` reads whichever is in force and
-/// costs nothing, while every operation that hands out a port or group of this very definition makes
-/// the definition's own copy first. Made by `HXRNodeClass::makeDefinition`. For one thread.
+/// class's prototype it shares the class's port layout; `portLayout` reads whichever is in force
+/// and costs nothing, while every operation that hands out a port or group of this very definition
+/// makes the definition's own copy first. Made by `HXRNodeClass::makeDefinition`. For one thread.
 class HXRNode : public Object {
  public:
   static const HXRNodeClass kClass;
@@ -46,7 +46,7 @@ class HXRNode : public Object {
   /// happens for a port of another definition.
   void removePort(HXRPort& port);
 
-  /// The parameters, in the order added.
+  /// The parameters, in the order added. Who calls out while walking them walks a copy.
   const std::vector<Ref<HXRParameter>>& parameters() const noexcept { return parameters_; }
   /// The parameter last added under the key, or null.
   HXRParameter* parameterForKey(const String& uniqueKey) const;
@@ -67,21 +67,18 @@ class HXRNode : public Object {
   /// Whether the class belongs neither to the application's main bundle nor to this library's.
   static bool hx_isExternalClass(const Class& patchClass);
 
-  /// The factory of definition classes that need no C++ class of their own.
-  static Ref<Object> makeOfClass(const Class& record);
-
  protected:
   /// Starts with the layout and the parameters of the class's prototype; inside the making of the
   /// prototype, with none.
   explicit HXRNode(const HXRNodeClass& patchClass);
-  template <class T, class... Args>
-  friend Ref<T> make(Args&&... args);
 
   /// The layout, made this definition's own.
   HXRPortLayout& ownLayout();
 
  private:
   friend class HXRNodeClass;
+  template <class T, class... Args>
+  friend Ref<T> make(Args&&... args);
 
   const HXRNodeClass* class_;
   Ref<HXRPortLayout> layout_;
@@ -89,5 +86,13 @@ class HXRNode : public Object {
   WeakRef<HXRNodeOwner> node_;
   bool external_ = false;
 };
+
+namespace detail {
+/// Makes the definitions of a C++ class with a public constructor from the record.
+template <class T>
+Ref<HXRNode> constructPatch(const HXRNodeClass& patchClass) {
+  return make<T>(patchClass);
+}
+}  // namespace detail
 
 }  // namespace tarnkit

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <initializer_list>
-#include <vector>
-
 #include "tarnkit/patches/RGBA.h"
 #include "tarnkit/platform/Class.h"
 #include "tarnkit/platform/OrderedSet.h"
@@ -17,9 +14,10 @@ class PatchDeclaration;
 /// and the declaration of its ports and parameters.
 ///
 /// A definition class is its record, not necessarily a C++ class of its own: most differ in their
-/// declaration only and share the C++ class of their base. What a record leaves out it inherits from
-/// its base's record. The first instance (or the first question for the layout) runs the declaration
-/// once; every later instance shares the outcome. Records live for ever. For one thread.
+/// declaration only and share the C++ class of their base. What a record leaves out it inherits
+/// from its base's record. The first instance (or the first question for the layout) runs the
+/// declaration once; every later instance shares the outcome. Records live for ever. For one
+/// thread.
 class HXRNodeClass : public Class {
  public:
   enum class Flag : unsigned char { inherited, no, yes };
@@ -42,9 +40,17 @@ class HXRNodeClass : public Class {
   /// Declares what the class adds to its base's ports and parameters; null: nothing.
   using Declare = void (*)(PatchDeclaration& patch);
 
+  /// Makes the C++ object of a definition, given its record.
+  using Construct = Ref<HXRNode> (*)(const HXRNodeClass& patchClass);
+
+  /// A null `construct` is inherited too: the definitions are objects of the base's C++ class.
   constexpr HXRNodeClass(const char* name, const HXRNodeClass* base, const Descriptors& descriptors,
-                         Declare declare = nullptr, Factory factory = nullptr) noexcept
-      : HXRNodeClass(name, base, nullptr, descriptors, declare, factory) {}
+                         Declare declare = nullptr, Construct construct = nullptr) noexcept
+      : Class(name, base, &makeInstance),
+        base_(base),
+        descriptors_(descriptors),
+        declare_(declare),
+        construct_(construct) {}
 
   /// Null for the root definition class.
   const HXRNodeClass* base() const noexcept { return base_; }
@@ -68,7 +74,7 @@ class HXRNodeClass : public Class {
   /// The keys of the port groups whose ports the editor hides by default (strings).
   const OrderedSet& hiddenPortGroupKeys() const { return *resolved().hiddenPortGroupKeys; }
 
-  /// A new definition of the class; null only for a record whose factory yields none.
+  /// A new definition of the class.
   Ref<HXRNode> makeDefinition() const;
   /// The definition whose layout and parameters every instance starts from. Not to be changed.
   HXRNode& prototype() const;
@@ -76,8 +82,8 @@ class HXRNodeClass : public Class {
   /// The name of the editor node class that goes with the patch: the container patches have their
   /// own, every other has "HXNode".
   String nodeClassName() const;
-  /// A document that holds one node of this patch: to show or send a patch by itself. The document is
-  /// made by the model, through the builder that it installed (see `setDocumentGraphBuilder`).
+  /// A document that holds one node of this patch: to show or send a patch by itself. The document
+  /// is made by the model, through the builder that it installed (see `setDocumentGraphBuilder`).
   Ref<Object> documentGraph() const;
   using DocumentGraphBuilder = Ref<Object> (*)(const HXRNodeClass& patchClass);
   static void setDocumentGraphBuilder(DocumentGraphBuilder builder);
@@ -97,14 +103,20 @@ class HXRNodeClass : public Class {
     Ref<OrderedSet> hiddenPortGroupKeys;
     Ref<HXRNode> prototype;
   };
-  constexpr HXRNodeClass(const char* name, const HXRNodeClass* base, const Class* superclass,
-                         const Descriptors& descriptors, Declare declare, Factory factory) noexcept;
+  /// The record of the root definition class, which leaves nothing out.
+  constexpr HXRNodeClass(const char* name, const Class* superclass, const Descriptors& descriptors,
+                         Construct construct) noexcept
+      : Class(name, superclass, &makeInstance), descriptors_(descriptors), construct_(construct) {}
+  static Ref<Object> makeInstance(const Class& record);
+  Ref<HXRNode> constructInstance() const;
+  void declareInto(PatchDeclaration& patch) const;
   const Resolved& resolved() const { return resolved_ ? *resolved_ : resolve(); }
   const Resolved& resolve() const;
 
-  const HXRNodeClass* base_;
+  const HXRNodeClass* base_ = nullptr;
   Descriptors descriptors_;
-  Declare declare_;
+  Declare declare_ = nullptr;
+  Construct construct_ = nullptr;
   mutable Resolved* resolved_ = nullptr;  // made once, never destroyed
 };
 

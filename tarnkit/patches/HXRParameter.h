@@ -33,8 +33,8 @@ class HXRParameterClass : public Class {
 /// A setting of a patch that is not a port, as its definition describes it: name, key within the
 /// patch, and (in the kinds) a default and a value.
 ///
-/// Owned by its definition. Once the editor node has made the editor's twin, the value is the twin's;
-/// before that, setting the value sets the default. For one thread.
+/// Owned by its definition. Once the editor node has made the editor's twin, the value is the
+/// twin's; before that, setting the value sets the default. For one thread.
 class HXRParameter : public Object {
   TARNKIT_CLASS_OF(HXRParameterClass)
  public:
@@ -51,7 +51,7 @@ class HXRParameter : public Object {
   /// Whether the editor leaves it out.
   bool hidden() const noexcept { return hidden_; }
   /// The definition; null while none holds the parameter.
-  HXRNode* node() const noexcept { return node_.get(); }
+  HXRNode* node() const noexcept;
   void setNode(HXRNode* node);
   /// The editor's twin, or null.
   Object* parameter() const noexcept { return parameter_.get(); }
@@ -61,8 +61,7 @@ class HXRParameter : public Object {
 
   /// A fresh description with the same contents and no twin, that belongs to no definition.
   virtual Ref<HXRParameter> copy() const;
-
- protected:
+  /// What `copy` does.
   HXRParameter(const HXRParameter& other);
 
  private:

@@ -11,12 +11,12 @@ namespace tarnkit {
 
 class HXRNode;
 
-/// The description of one port of a patch definition: its name, its key within the patch (under which
-/// the device addresses it), its orientation and how many connections it takes.
+/// The description of one port of a patch definition: its name, its key within the patch (under
+/// which the device addresses it), its orientation and how many connections it takes.
 ///
-/// Owned by its definition's port layout. A definition that differs in nothing from the others of its
-/// class shares its descriptions with them (see `HXRPortLayout`); a shared description has no node and
-/// cannot be changed. For one thread.
+/// Owned by its definition's port layout. A definition that differs in nothing from the others of
+/// its class shares its descriptions with them (see `HXRPortLayout`); a shared description has no
+/// node and cannot be changed. For one thread.
 class HXRPort : public Object {
   TARNKIT_CLASS_OF(HXRPortClass)
  public:
@@ -24,9 +24,7 @@ class HXRPort : public Object {
   HXRPort(String name, String uniqueKey, std::int32_t orientation,
           std::int32_t connectionRelationship);
 
-  const HXRPortClass& portClass() const noexcept {
-    return static_cast<const HXRPortClass&>(isa());
-  }
+  const HXRPortClass& portClass() const noexcept { return static_cast<const HXRPortClass&>(isa()); }
   /// Class-level: the device-side class of the port.
   const String& processClassName() const { return portClass().processClassName(); }
   RGBA defaultColor() const noexcept { return portClass().defaultColor(); }
@@ -34,17 +32,21 @@ class HXRPort : public Object {
   const String& uniqueKey() const noexcept { return uniqueKey_; }
   const String& name() const noexcept { return name_; }
   /// Unless the name is the same, stores it and tells the editor node of the definition, which
-  /// announces it.
+  /// announces it. Throws std::logic_error for a shared description.
   void setName(String name);
   std::int32_t orientation() const noexcept { return orientation_; }
   std::int32_t connectionRelationship() const noexcept { return connectionRelationship_; }
 
   /// The definition that holds the port; null while none does, and for a shared description.
-  HXRNode* node() const noexcept { return node_.get(); }
+  HXRNode* node() const noexcept;
   void setNode(HXRNode* node);
   /// The key of the group that holds the port; nil while none does.
   const String& portGroupKey() const noexcept { return portGroupKey_; }
   void setPortGroupKey(String portGroupKey) { portGroupKey_ = std::move(portGroupKey); }
+  /// Whether several definitions share the description.
+  bool isShared() const noexcept { return shared_; }
+  /// Freezes the description: it forgets its node, and from now on changing it throws.
+  void share() noexcept;
 
   /// Whether this port takes a connection with the other. Asked of the input side: typed outputs
   /// answer no even where their inputs answer yes.
@@ -52,9 +54,12 @@ class HXRPort : public Object {
 
   /// A fresh description with the same contents, that belongs to no definition.
   virtual Ref<HXRPort> copy() const;
+  /// What `copy` does.
+  HXRPort(const HXRPort& other);
 
  protected:
-  HXRPort(const HXRPort& other);
+  /// Throws std::logic_error when the description is shared.
+  void requireOwn() const;
 
  private:
   String uniqueKey_;
@@ -63,6 +68,7 @@ class HXRPort : public Object {
   String portGroupKey_;
   std::int32_t orientation_;
   std::int32_t connectionRelationship_;
+  bool shared_ = false;
 };
 
 }  // namespace tarnkit

@@ -6,8 +6,8 @@
 
 namespace tarnkit {
 
-/// The class record of a port description: with the device-side process class, the colour, and which
-/// outputs an input of the class takes. What is left out is inherited from the base's record.
+/// The class record of a port description: with the device-side process class, the colour, and
+/// which outputs an input of the class takes. What is left out is inherited from the base's record.
 class HXRPortClass : public Class {
  public:
   struct Descriptors {
@@ -18,9 +18,15 @@ class HXRPortClass : public Class {
     /// null: the base's rule.
     const Class* acceptedPorts = nullptr;
   };
-  constexpr HXRPortClass(const char* name, const Class* superclass, Descriptors descriptors,
-                         const HXRPortClass* base = nullptr) noexcept
+  /// The record of the root port class, which leaves nothing out but what it accepts.
+  constexpr HXRPortClass(const char* name, const Class* superclass,
+                         const Descriptors& descriptors) noexcept
       : Class(name, superclass),
+        descriptors_(descriptors),
+        processClassName_(descriptors.processClassName) {}
+  constexpr HXRPortClass(const char* name, const HXRPortClass* base,
+                         const Descriptors& descriptors) noexcept
+      : Class(name, base),
         base_(base),
         descriptors_(descriptors),
         processClassName_(descriptors.processClassName) {}
@@ -32,7 +38,7 @@ class HXRPortClass : public Class {
   const Class* acceptedPorts() const noexcept;
 
  private:
-  const HXRPortClass* base_;
+  const HXRPortClass* base_ = nullptr;
   Descriptors descriptors_;
   Symbol processClassName_;
 };

@@ -28,9 +28,7 @@ class HXRPortGroup final : public Object {
   /// The port last added under the key, or null.
   HXRPort* portForKey(const String& uniqueKey) const;
 
-  HXRPortGroupCollection* portGroupCollection() const noexcept {
-    return portGroupCollection_.get();
-  }
+  HXRPortGroupCollection* portGroupCollection() const noexcept;
   void setPortGroupCollection(HXRPortGroupCollection* collection);
 
  private:

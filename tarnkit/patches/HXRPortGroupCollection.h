@@ -14,7 +14,8 @@ class HXRPortGroupCollection final : public Object {
  public:
   HXRPortGroupCollection(HXRNode* node, std::int32_t orientation);
 
-  HXRNode* node() const noexcept { return node_.get(); }
+  /// Null for a shared layout's collection.
+  HXRNode* node() const noexcept;
   std::int32_t orientation() const noexcept { return orientation_; }
   /// Group key to group, in order.
   const OrderedMap<Ref<HXRPortGroup>>& portGroups() const noexcept { return portGroups_; }
@@ -26,6 +27,8 @@ class HXRPortGroupCollection final : public Object {
   HXRPortGroup* portGroupForKey(const String& groupKey) const;
 
  private:
+  friend class HXRPortLayout;
+
   WeakRef<HXRNode> node_;
   std::int32_t orientation_;
   OrderedMap<Ref<HXRPortGroup>> portGroups_;

@@ -8,9 +8,9 @@ namespace tarnkit {
 
 /// An input for scalar values: with an optional default, and an optional list of named values that
 /// the editor offers as a menu.
-class HXRPrimitiveInputPort : public HXRValueInputPort {
-  TARNKIT_CLASS_OF(HXRPortClass)
+class HXRPrimitiveInputPort : public detail::PortOf<HXRPrimitiveInputPort, HXRValueInputPort> {
  public:
+  static const HXRPortClass kClass;
   /// Without a default the port's value is undefined (null) until connected or set.
   HXRPrimitiveInputPort(String name, String uniqueKey, Ref<PMRPrimitive> defaultValue = nullptr);
 
@@ -18,7 +18,7 @@ class HXRPrimitiveInputPort : public HXRValueInputPort {
   const Ref<PMRPrimitive>& defaultValue() const noexcept { return defaultValue_; }
 
   /// A new label is appended, a known one keeps its place; a null value removes the label; a nil
-  /// label does nothing.
+  /// label does nothing. Throws std::logic_error for a shared description, as the next setter does.
   void mapValue(Ref<PMRPrimitive> value, const String& toLabel);
   /// Null when the label is nil or unknown.
   Ref<PMRPrimitive> mappedValueForLabel(const String& label) const;
@@ -27,16 +27,11 @@ class HXRPrimitiveInputPort : public HXRValueInputPort {
   /// Label to value, in the order in which the labels were first mapped.
   const OrderedMap<Ref<PMRPrimitive>>& mappedValues() const noexcept { return mappedValues_; }
   bool lockToMappedValues() const noexcept { return lockToMappedValues_; }
-  void setLockToMappedValues(bool lock) noexcept { lockToMappedValues_ = lock; }
+  void setLockToMappedValues(bool lock);
   /// Whether the editor offers nothing but the labels: the flag is set and there is a label.
   bool effectiveLockToMappedValues() const noexcept {
     return lockToMappedValues_ && !mappedValues_.empty();
   }
-
-  Ref<HXRPort> copy() const override;
-
- protected:
-  HXRPrimitiveInputPort(const HXRPrimitiveInputPort& other) = default;
 
  private:
   Ref<PMRPrimitive> defaultValue_;
@@ -45,11 +40,10 @@ class HXRPrimitiveInputPort : public HXRValueInputPort {
 };
 
 /// A primitive input whose value is an angle.
-class HXRAngleInputPort final : public HXRPrimitiveInputPort {
-  TARNKIT_CLASS_OF(HXRPortClass)
+class HXRAngleInputPort final : public detail::PortOf<HXRAngleInputPort, HXRPrimitiveInputPort> {
  public:
-  using HXRPrimitiveInputPort::HXRPrimitiveInputPort;
-  Ref<HXRPort> copy() const override;
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
 };
 
 }  // namespace tarnkit

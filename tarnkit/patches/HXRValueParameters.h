@@ -46,8 +46,6 @@ class HXRValueParameter : public HXRParameter {
     holder_ = dynamic_cast<HXRValueHolder<Value>*>(parameter);
     HXRParameter::setParameter(holder_ ? parameter : nullptr);
   }
-
- protected:
   HXRValueParameter(const HXRValueParameter& other)
       : HXRParameter(other), defaultValue_(other.defaultValue_) {}
 

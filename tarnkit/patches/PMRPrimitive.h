@@ -10,9 +10,10 @@ namespace tarnkit {
 
 /// The one tagged scalar value of the system: port defaults, static values and parameter values.
 ///
-/// It holds nil, a boolean, an index, a number, an angle in radians or degrees, a colour or a string,
-/// and every kind reads as every other. It is mutable, and changes kind when a setter of another kind
-/// is used. Archived under its own name in both vocabularies. For one thread at a time.
+/// It holds nil, a boolean, an index, a number, an angle in radians or degrees, a colour or a
+/// string, and every kind reads as every other. It is mutable, and changes kind when a setter of
+/// another kind is used. Archived under its own name in both vocabularies. For one thread at a
+/// time.
 class PMRPrimitive final : public Object {
   TARNKIT_CLASS
  public:

@@ -1,0 +1,101 @@
+#include "tarnkit/patches/HXRNode.h"
+
+#include <algorithm>
+
+#include "tarnkit/patches/PatchColors.h"
+
+namespace tarnkit {
+
+namespace {
+constexpr const char* kNoKeys[] = {nullptr};
+}  // namespace
+
+const HXRNodeClass HXRNode::kClass{"HXRNode",
+                                   &Object::kClass,
+                                   {.processClassName = "PMRPatch",
+                                    .patchViewClassName = "HXBasicPatchView",
+                                    .defaultColor = &HXPrimaryPatchColor,
+                                    .hiddenPortGroupKeys = kNoKeys},
+                                   &detail::constructPatch<HXRNode>};
+
+HXRNode::HXRNode(const HXRNodeClass& patchClass) : class_(&patchClass) {
+  const HXRNode* const prototype = patchClass.resolved().prototype.get();
+  if (!prototype) {
+    layout_ = make<HXRPortLayout>(this);
+    return;
+  }
+  layout_ = prototype->layout_;
+  parameters_.reserve(prototype->parameters_.size());
+  for (const auto& parameter : prototype->parameters_) {
+    parameters_.push_back(parameter->copy());
+    parameters_.back()->setNode(this);
+  }
+}
+
+HXRPortLayout& HXRNode::ownLayout() {
+  if (layout_->isShared()) {
+    layout_ = layout_->copyForNode(*this);
+    if (const Ref<HXRNodeOwner> owner = node()) owner->patchLayoutWasCopied();
+  }
+  return *layout_;
+}
+
+HXRPort* HXRNode::portForKey(const String& uniqueKey) {
+  if (!layout_->ports().contains(uniqueKey)) return nullptr;
+  return ownLayout().ports().get(uniqueKey).get();
+}
+
+const OrderedMap<Ref<HXRPort>>& HXRNode::ports() { return ownLayout().ports(); }
+HXRPortGroupCollection& HXRNode::inputPortGroupCollection() { return ownLayout().inputs(); }
+HXRPortGroupCollection& HXRNode::outputPortGroupCollection() { return ownLayout().outputs(); }
+HXRPortGroup* HXRNode::hx_inputPortGroupForKey(const String& groupKey) {
+  return ownLayout().inputs().portGroupForKey(groupKey);
+}
+HXRPortGroup* HXRNode::hx_outputPortGroupForKey(const String& groupKey) {
+  return ownLayout().outputs().portGroupForKey(groupKey);
+}
+
+void HXRNode::addPort(HXRPort& port, const String& portGroup) {
+  if (!layout_->collection(port.orientation())) return;
+  const Ref<HXRPort> kept(&port);
+  ownLayout().addPort(port,
+                      portGroup.isNil() ? String::interned(HXRDefaultPortGroupKey) : portGroup);
+  port.setNode(this);
+  if (const Ref<HXRNodeOwner> owner = node()) owner->addPatchPort(port);
+}
+
+void HXRNode::removePort(HXRPort& port) {
+  if (port.node() != this) return;
+  const Ref<HXRPort> kept(&port);
+  if (!ownLayout().removePort(port)) return;
+  port.setNode(nullptr);
+  if (const Ref<HXRNodeOwner> owner = node()) owner->removePatchPort(port);
+}
+
+HXRParameter* HXRNode::parameterForKey(const String& uniqueKey) const {
+  const auto found =
+      std::find_if(parameters_.rbegin(), parameters_.rend(),
+                   [&](const auto& parameter) { return parameter->uniqueKey() == uniqueKey; });
+  return found == parameters_.rend() ? nullptr : found->get();
+}
+
+void HXRNode::addParameter(HXRParameter& parameter) {
+  parameters_.push_back(Ref<HXRParameter>(&parameter));
+  parameter.setNode(this);
+  if (const Ref<HXRNodeOwner> owner = node()) owner->addPatchParameter(parameter);
+}
+
+void HXRNode::removeParameter(HXRParameter& parameter) {
+  const auto found = std::find(parameters_.begin(), parameters_.end(), &parameter);
+  if (found == parameters_.end()) return;
+  const Ref<HXRParameter> kept = *found;
+  parameters_.erase(found);
+  kept->setNode(nullptr);
+  if (const Ref<HXRNodeOwner> owner = node()) owner->removePatchParameter(*kept);
+}
+
+void HXRNode::parameterValueDidChange(HXRParameter&) {}
+
+void HXRNode::setNode(HXRNodeOwner* node) { node_ = node; }
+
+}  // namespace tarnkit

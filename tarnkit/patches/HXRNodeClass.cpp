@@ -1,0 +1,98 @@
+#include "tarnkit/patches/HXRNodeClass.h"
+
+#include <stdexcept>
+#include <string>
+
+#include "tarnkit/patches/HXRNode.h"
+#include "tarnkit/patches/PatchDeclaration.h"
+
+namespace tarnkit {
+
+namespace {
+
+HXRNodeClass::DocumentGraphBuilder documentGraphBuilder = nullptr;
+
+String internedOrNil(const char* text) { return text ? String::interned(text) : String(); }
+
+}  // namespace
+
+const HXRNodeClass::Resolved& HXRNodeClass::resolve() const {
+  // What a record leaves out is its base's, all the way up.
+  const auto inherited = [this](auto member) {
+    const auto* from = this;
+    while (from->base_ && from->descriptors_.*member == decltype(from->descriptors_.*member){}) {
+      from = from->base_;
+    }
+    return from->descriptors_.*member;
+  };
+  auto* const resolved = new Resolved;
+  const char* const defaultName = inherited(&Descriptors::defaultName);
+  resolved->defaultName = defaultName ? String::interned(defaultName) : nameString();
+  resolved->libraryCategory = internedOrNil(inherited(&Descriptors::libraryCategory));
+  resolved->libraryDescription = String::interned(descriptors_.libraryDescription
+                                                      ? std::string(descriptors_.libraryDescription)
+                                                      : std::string(name()) + ".html");
+  resolved->processClassName = internedOrNil(inherited(&Descriptors::processClassName));
+  resolved->patchViewClassName = internedOrNil(inherited(&Descriptors::patchViewClassName));
+  resolved->defaultColor = *inherited(&Descriptors::defaultColor);
+  resolved->hiddenInLibrary = inherited(&Descriptors::hiddenInLibrary) == Flag::yes;
+  resolved->secretInLibrary = inherited(&Descriptors::secretInLibrary) == Flag::yes;
+  resolved->allowsSubnodes = inherited(&Descriptors::allowsSubnodes) == Flag::yes;
+  resolved->hiddenPortGroupKeys = tarnkit::make<OrderedSet>();
+  for (const auto* key = inherited(&Descriptors::hiddenPortGroupKeys); *key; ++key) {
+    resolved->hiddenPortGroupKeys->add(String::interned(*key).object());
+  }
+  resolved_ = resolved;
+  return *resolved;
+}
+
+Ref<HXRNode> HXRNodeClass::constructInstance() const {
+  const auto* from = this;
+  while (!from->construct_)
+    from = from->base_;
+  return from->construct_(*this);
+}
+
+void HXRNodeClass::declareInto(PatchDeclaration& patch) const {
+  if (base_) base_->declareInto(patch);
+  if (declare_) declare_(patch);
+}
+
+HXRNode& HXRNodeClass::prototype() const {
+  resolved();
+  if (!resolved_->prototype) {
+    const Ref<HXRNode> prototype = constructInstance();
+    PatchDeclaration patch(*prototype);
+    declareInto(patch);
+    prototype->layout_->share();
+    resolved_->prototype = prototype;
+  }
+  return *resolved_->prototype;
+}
+
+Ref<HXRNode> HXRNodeClass::makeDefinition() const {
+  prototype();
+  return constructInstance();
+}
+
+Ref<Object> HXRNodeClass::makeInstance(const Class& record) {
+  return static_cast<const HXRNodeClass&>(record).makeDefinition();
+}
+
+String HXRNodeClass::nodeClassName() const {
+  if (name() == "HXRReplicatorNode") return "HXReplicatorNode";
+  if (name() == "HXRLoopNode") return "HXLoopNode";
+  if (name() == "HXRRemoteGroupNode") return "HXRemoteGroupNode";
+  if (name() == "HXRRemoteGroupProcessorNode") return "HXRemoteGroupProcessorNode";
+  return "HXNode";
+}
+
+Ref<Object> HXRNodeClass::documentGraph() const {
+  return documentGraphBuilder ? documentGraphBuilder(*this) : nullptr;
+}
+
+void HXRNodeClass::setDocumentGraphBuilder(DocumentGraphBuilder builder) {
+  documentGraphBuilder = builder;
+}
+
+}  // namespace tarnkit

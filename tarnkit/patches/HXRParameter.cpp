@@ -1,0 +1,29 @@
+#include "tarnkit/patches/HXRParameter.h"
+
+#include "tarnkit/patches/HXRNode.h"
+
+namespace tarnkit {
+
+const HXRParameterClass HXRParameter::kClass{"HXRParameter", &Object::kClass, nullptr,
+                                             "PMRParameter"};
+
+const Class* HXRParameterClass::parameterClass() const {
+  if (!parameterClass_ && parameterClassName_) {
+    parameterClass_ = ClassRegistry::classNamed(parameterClassName_);
+  }
+  return parameterClass_;
+}
+
+HXRParameter::HXRParameter(String name, String uniqueKey, bool hidden)
+    : name_(std::move(name)), uniqueKey_(std::move(uniqueKey)), hidden_(hidden) {}
+
+HXRParameter::HXRParameter(const HXRParameter& other)
+    : Object(), name_(other.name_), uniqueKey_(other.uniqueKey_), hidden_(other.hidden_) {}
+
+HXRNode* HXRParameter::node() const noexcept { return node_.get(); }
+void HXRParameter::setNode(HXRNode* node) { node_ = node; }
+void HXRParameter::setParameter(Object* parameter) { parameter_ = parameter; }
+
+Ref<HXRParameter> HXRParameter::copy() const { return make<HXRParameter>(*this); }
+
+}  // namespace tarnkit

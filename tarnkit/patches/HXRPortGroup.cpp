@@ -1,0 +1,48 @@
+#include "tarnkit/patches/HXRPortGroup.h"
+
+#include "tarnkit/patches/HXRPortGroupCollection.h"
+
+namespace tarnkit {
+
+const Class HXRPortGroup::kClass{"HXRPortGroup", &Object::kClass};
+
+HXRPortGroup::HXRPortGroup(String groupKey, std::int32_t orientation)
+    : groupKey_(std::move(groupKey)), orientation_(orientation), ports_(make<OrderedSet>()) {}
+
+const Ref<OrderedSet>& HXRPortGroup::portKeys() const {
+  if (!portKeys_) {
+    portKeys_ = make<OrderedSet>();
+    portKeys_->reserve(ports_->count());
+    for (const Ref<Object>& port : *ports_) {
+      portKeys_->add(static_cast<const HXRPort*>(port.get())->uniqueKey().object());
+    }
+  }
+  return portKeys_;
+}
+
+void HXRPortGroup::addPort(HXRPort& port) {
+  ports_->add(Ref<HXRPort>(&port));
+  portsByKey_.set(port.uniqueKey(), Ref<HXRPort>(&port));
+  portKeys_ = nullptr;
+}
+
+void HXRPortGroup::removePort(HXRPort& port) {
+  const Ref<HXRPort> kept(&port);
+  if (!ports_->remove(&port)) return;
+  if (portForKey(port.uniqueKey()) == &port) portsByKey_.take(port.uniqueKey());
+  portKeys_ = nullptr;
+}
+
+HXRPort* HXRPortGroup::portForKey(const String& uniqueKey) const {
+  const auto* const port = portsByKey_.find(uniqueKey);
+  return port ? port->get() : nullptr;
+}
+
+HXRPortGroupCollection* HXRPortGroup::portGroupCollection() const noexcept {
+  return portGroupCollection_.get();
+}
+void HXRPortGroup::setPortGroupCollection(HXRPortGroupCollection* collection) {
+  portGroupCollection_ = collection;
+}
+
+}  // namespace tarnkit

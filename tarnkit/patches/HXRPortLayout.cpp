@@ -1,0 +1,91 @@
+#include "tarnkit/patches/HXRPortLayout.h"
+
+#include "tarnkit/patches/HXRNode.h"
+
+namespace tarnkit {
+
+const Class HXRPortLayout::kClass{"HXRPortLayout", &Object::kClass};
+
+namespace {
+
+void copyGroups(const HXRPortGroupCollection& from, HXRPortGroupCollection& to, HXRNode& node) {
+  for (const auto& entry : from.portGroups()) {
+    const HXRPortGroup& group = *entry.value;
+    const auto copy = make<HXRPortGroup>(group.groupKey(), group.orientation());
+    for (const Ref<Object>& member : group.ports()) {
+      const auto& original = static_cast<const HXRPort&>(*member);
+      const Ref<HXRPort> port = original.copy();
+      port->setNode(&node);
+      port->setPortGroupKey(original.portGroupKey());
+      copy->addPort(*port);
+    }
+    to.addPortGroup(*copy);
+  }
+}
+
+}  // namespace
+
+HXRPortLayout::HXRPortLayout(HXRNode* node)
+    : inputs_(make<HXRPortGroupCollection>(node, HXOrientationInput)),
+      outputs_(make<HXRPortGroupCollection>(node, HXOrientationOutput)) {}
+
+void HXRPortLayout::share() {
+  shared_ = true;
+  for (auto* collection : {inputs_.get(), outputs_.get()}) {
+    collection->node_ = nullptr;
+    for (const auto& entry : collection->portGroups()) {
+      for (const Ref<Object>& port : entry.value->ports()) {
+        static_cast<HXRPort&>(*port).share();
+      }
+    }
+  }
+}
+
+Ref<HXRPortLayout> HXRPortLayout::copyForNode(HXRNode& node) const {
+  auto copy = make<HXRPortLayout>(&node);
+  copyGroups(*inputs_, *copy->inputs_, node);
+  copyGroups(*outputs_, *copy->outputs_, node);
+  copy->ports_.reserve(ports_.size());
+  for (const auto& [key, port] : ports_) {
+    // A group finds the port last added under a key, which is the one that stands in the map.
+    const auto* const group =
+        copy->collection(port->orientation())->portGroupForKey(port->portGroupKey());
+    copy->ports_.set(key, Ref<HXRPort>(group->portForKey(key)));
+  }
+  return copy;
+}
+
+HXRPortGroupCollection* HXRPortLayout::collection(std::int32_t orientation) const noexcept {
+  if (orientation == HXOrientationInput) return inputs_.get();
+  if (orientation == HXOrientationOutput) return outputs_.get();
+  return nullptr;
+}
+
+bool HXRPortLayout::addPort(HXRPort& port, const String& portGroupKey) {
+  auto* const groups = collection(port.orientation());
+  if (!groups) return false;
+  Ref<HXRPortGroup> group(groups->portGroupForKey(portGroupKey));
+  if (!group) {
+    group = make<HXRPortGroup>(portGroupKey, port.orientation());
+    groups->addPortGroup(*group);
+  }
+  ports_.set(port.uniqueKey(), Ref<HXRPort>(&port));
+  group->addPort(port);
+  port.setPortGroupKey(group->groupKey());
+  return true;
+}
+
+bool HXRPortLayout::removePort(HXRPort& port) {
+  auto* const groups = collection(port.orientation());
+  if (!groups) return false;
+  const Ref<HXRPort> kept(&port);
+  if (const Ref<HXRPortGroup> group = groups->portGroupForKey(port.portGroupKey())) {
+    group->removePort(port);
+    if (group->ports().isEmpty()) groups->removePortGroup(*group);
+  }
+  if (ports_.get(port.uniqueKey()) == &port) ports_.take(port.uniqueKey());
+  port.setPortGroupKey(nullptr);
+  return true;
+}
+
+}  // namespace tarnkit

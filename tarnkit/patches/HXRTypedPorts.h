@@ -1,0 +1,171 @@
+#pragma once
+
+#include "tarnkit/patches/HXRPort.h"
+
+namespace tarnkit {
+
+namespace detail {
+
+/// What every concrete port class repeats: its own class record, and copies of its own kind.
+template <class Self, class Base>
+class PortOf : public Base {
+ public:
+  using Base::Base;
+  const Class& isa() const noexcept override { return Self::kClass; }
+  Ref<HXRPort> copy() const override { return make<Self>(static_cast<const Self&>(*this)); }
+};
+
+}  // namespace detail
+
+/// The kinds of port descriptions. What tells them apart (process class, colour, accepted outputs)
+/// stands in their class records, in one table in the source.
+///
+/// Value-carrying inputs take one connection and their outputs fan out to many; gesture,
+/// interaction and feedback inputs take many and their outputs only one. Owned as `HXRPort` says;
+/// for one thread.
+class HXRInputPort : public detail::PortOf<HXRInputPort, HXRPort> {
+ public:
+  static const HXRPortClass kClass;
+  HXRInputPort(String name, String uniqueKey, std::int32_t connectionRelationship)
+      : PortOf(std::move(name), std::move(uniqueKey), HXOrientationInput, connectionRelationship) {}
+};
+
+class HXROutputPort : public detail::PortOf<HXROutputPort, HXRPort> {
+ public:
+  static const HXRPortClass kClass;
+  HXROutputPort(String name, String uniqueKey, std::int32_t connectionRelationship)
+      : PortOf(std::move(name), std::move(uniqueKey), HXOrientationOutput, connectionRelationship) {
+  }
+};
+
+/// An input that takes any value output, whatever it carries.
+class HXRValueInputPort : public detail::PortOf<HXRValueInputPort, HXRInputPort> {
+ public:
+  static const HXRPortClass kClass;
+  HXRValueInputPort(String name, String uniqueKey)
+      : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipOne) {}
+};
+
+/// An output of any value. Of all outputs only exactly this class accepts ports itself: every value
+/// input; the typed outputs leave the answer to the input.
+class HXRValueOutputPort : public detail::PortOf<HXRValueOutputPort, HXROutputPort> {
+ public:
+  static const HXRPortClass kClass;
+  HXRValueOutputPort(String name, String uniqueKey)
+      : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipMany) {}
+  bool canConnectToPort(const HXRPort* other) const override;
+};
+
+class HXRPrimitiveOutputPort final
+    : public detail::PortOf<HXRPrimitiveOutputPort, HXRValueOutputPort> {
+ public:
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
+};
+
+class HXRArrayInputPort final : public detail::PortOf<HXRArrayInputPort, HXRValueInputPort> {
+ public:
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
+};
+
+class HXRArrayOutputPort : public detail::PortOf<HXRArrayOutputPort, HXRValueOutputPort> {
+ public:
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
+};
+
+class HXRDictionaryInputPort final
+    : public detail::PortOf<HXRDictionaryInputPort, HXRValueInputPort> {
+ public:
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
+};
+
+class HXRDictionaryOutputPort final
+    : public detail::PortOf<HXRDictionaryOutputPort, HXRValueOutputPort> {
+ public:
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
+};
+
+class HXRImageInputPort final : public detail::PortOf<HXRImageInputPort, HXRValueInputPort> {
+ public:
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
+};
+
+class HXRImageOutputPort final : public detail::PortOf<HXRImageOutputPort, HXRValueOutputPort> {
+ public:
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
+};
+
+class HXRFilterInputPort final : public detail::PortOf<HXRFilterInputPort, HXRValueInputPort> {
+ public:
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
+};
+
+class HXRFilterOutputPort final : public detail::PortOf<HXRFilterOutputPort, HXRValueOutputPort> {
+ public:
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
+};
+
+class HXRViewInputPort final : public detail::PortOf<HXRViewInputPort, HXRValueInputPort> {
+ public:
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
+};
+
+class HXRViewOutputPort final : public detail::PortOf<HXRViewOutputPort, HXRValueOutputPort> {
+ public:
+  static const HXRPortClass kClass;
+  using PortOf::PortOf;
+};
+
+class HXRGestureInputPort final : public detail::PortOf<HXRGestureInputPort, HXRInputPort> {
+ public:
+  static const HXRPortClass kClass;
+  HXRGestureInputPort(String name, String uniqueKey)
+      : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipMany) {}
+};
+
+class HXRGestureOutputPort final : public detail::PortOf<HXRGestureOutputPort, HXROutputPort> {
+ public:
+  static const HXRPortClass kClass;
+  HXRGestureOutputPort(String name, String uniqueKey)
+      : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipOne) {}
+};
+
+class HXRInteractionInputPort final : public detail::PortOf<HXRInteractionInputPort, HXRInputPort> {
+ public:
+  static const HXRPortClass kClass;
+  HXRInteractionInputPort(String name, String uniqueKey)
+      : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipMany) {}
+};
+
+class HXRInteractionOutputPort final
+    : public detail::PortOf<HXRInteractionOutputPort, HXROutputPort> {
+ public:
+  static const HXRPortClass kClass;
+  HXRInteractionOutputPort(String name, String uniqueKey)
+      : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipOne) {}
+};
+
+class HXRFeedbackInputPort final : public detail::PortOf<HXRFeedbackInputPort, HXRInputPort> {
+ public:
+  static const HXRPortClass kClass;
+  HXRFeedbackInputPort(String name, String uniqueKey)
+      : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipMany) {}
+};
+
+class HXRFeedbackOutputPort final : public detail::PortOf<HXRFeedbackOutputPort, HXROutputPort> {
+ public:
+  static const HXRPortClass kClass;
+  HXRFeedbackOutputPort(String name, String uniqueKey)
+      : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipOne) {}
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,99 @@
+#include "tarnkit/patches/PatchDeclaration.h"
+
+namespace tarnkit {
+
+namespace value {
+
+Ref<PMRPrimitive> boolean(bool value) { return PMRPrimitive::primitiveWithBooleanValue(value); }
+Ref<PMRPrimitive> index(std::int32_t value) { return PMRPrimitive::primitiveWithIndexValue(value); }
+Ref<PMRPrimitive> number(float value) { return PMRPrimitive::primitiveWithNumberValue(value); }
+Ref<PMRPrimitive> color(const RGBA& value) { return PMRPrimitive::primitiveWithColorValue(value); }
+Ref<PMRPrimitive> string(const char* value) {
+  return PMRPrimitive::primitiveWithStringValue(String::interned(value));
+}
+Angle radians(float value) { return {PMRPrimitive::primitiveWithRadiansValue(value)}; }
+Angle degrees(float value) { return {PMRPrimitive::primitiveWithDegreesValue(value)}; }
+
+}  // namespace value
+
+void PatchDeclaration::group(const char* groupKey) {
+  group_ = groupKey ? String::interned(groupKey) : String();
+}
+
+HXRPrimitiveInputPort& PatchDeclaration::in(const char* name, const char* key,
+                                            Ref<PMRPrimitive> defaultValue) {
+  return add(make<HXRPrimitiveInputPort>(String::interned(name), String::interned(key),
+                                         std::move(defaultValue)));
+}
+
+HXRAngleInputPort& PatchDeclaration::in(const char* name, const char* key,
+                                        const value::Angle& defaultValue) {
+  return add(
+      make<HXRAngleInputPort>(String::interned(name), String::interned(key), defaultValue.value));
+}
+
+HXRPrimitiveInputPort& PatchDeclaration::choice(const char* name, const char* key,
+                                                std::int32_t defaultIndex,
+                                                std::initializer_list<const char*> labels) {
+  auto& port = in(name, key, value::index(defaultIndex));
+  std::int32_t next = 0;
+  for (const char* const label : labels) {
+    port.mapValue(value::index(next++), String::interned(label));
+  }
+  port.setLockToMappedValues(true);
+  return port;
+}
+
+HXRPrimitiveOutputPort& PatchDeclaration::out(const char* name, const char* key) {
+  return out<HXRPrimitiveOutputPort>(name, key);
+}
+
+template <class Parameter, class Value>
+Parameter& PatchDeclaration::addParameter(const char* name, const char* key, Value defaultValue,
+                                          bool hidden) {
+  const auto parameter = make<Parameter>(String::interned(name), String::interned(key), hidden);
+  parameter->setValue(std::move(defaultValue));
+  definition_.addParameter(*parameter);
+  return *parameter;
+}
+
+HXRBooleanParameter& PatchDeclaration::parameter(const char* name, const char* key,
+                                                 bool defaultValue) {
+  return addParameter<HXRBooleanParameter>(name, key, defaultValue);
+}
+
+HXRStringParameter& PatchDeclaration::parameter(const char* name, const char* key,
+                                                const char* defaultValue,
+                                                std::int32_t displayStyle) {
+  auto& parameter = addParameter<HXRStringParameter>(name, key, String::interned(defaultValue));
+  parameter.setDisplayStyle(displayStyle);
+  return parameter;
+}
+
+HXRColorParameter& PatchDeclaration::parameter(const char* name, const char* key,
+                                               const RGBA& defaultValue) {
+  return addParameter<HXRColorParameter>(name, key, defaultValue);
+}
+
+HXRImageParameter& PatchDeclaration::imageParameter(const char* name, const char* key) {
+  return addParameter<HXRImageParameter>(name, key, Ref<Object>());
+}
+
+HXRIndexParameter& PatchDeclaration::parameter(const char* name, const char* key,
+                                               std::int32_t defaultValue, std::int32_t minimum,
+                                               std::int32_t maximum, bool hidden) {
+  auto& parameter = addParameter<HXRIndexParameter>(name, key, defaultValue, hidden);
+  parameter.setMinimumValue(minimum);
+  parameter.setMaximumValue(maximum);
+  return parameter;
+}
+
+HXRNumberParameter& PatchDeclaration::parameter(const char* name, const char* key,
+                                                float defaultValue, float minimum, float maximum) {
+  auto& parameter = addParameter<HXRNumberParameter>(name, key, defaultValue);
+  parameter.setMinimumValue(minimum);
+  parameter.setMaximumValue(maximum);
+  return parameter;
+}
+
+}  // namespace tarnkit

@@ -1,0 +1,15 @@
+#include "tarnkit/patches/PatchDeclaration.h"
+#include "tarnkit/patches/catalogue/Catalogue.h"
+#include "tarnkit/patches/catalogue/animation/CubicBezier.h"
+
+namespace tarnkit {
+
+const HXRNodeClass HXRCubicBezierNode{
+    "HXRCubicBezierNode",
+    &HXRNode::kClass,
+    {.defaultName = "Cubic Bézier",
+     .libraryCategory = "Animation",
+     .processClassName = "PMRCubicBezierPatch"},
+    [](PatchDeclaration& patch) { declareCubicBezier(patch, 0.25F, 0.1F, 0.25F, 1); }};
+
+}  // namespace tarnkit

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "tarnkit/patches/HXRDictionaryEntry.h"
+#include "tarnkit/patches/HXRNode.h"
+
+namespace tarnkit {
+
+/// Collects pairs of a key and a value into a dictionary; there are as many entries, possibly none,
+/// as its parameter says, each in a group of its own.
+/// Made by its record; owned by its editor node. For one thread; a change of the count costs what
+/// it adds or removes.
+class HXRDictionaryNode final : public HXRNode {
+ public:
+  static const HXRNodeClass kClass;
+  explicit HXRDictionaryNode(const HXRNodeClass& patchClass) : HXRNode(patchClass) {}
+
+  /// Adds or removes entries at the end until there are as many as the parameter says.
+  void hxr_buildEntryInputs();
+  /// The ports of an entry, this definition's own; null past the last one.
+  Ref<HXRDictionaryEntry> entryAtIndex(std::int32_t index);
+  void parameterValueDidChange(HXRParameter& parameter) override;
+};
+
+}  // namespace tarnkit

@@ -1,0 +1,28 @@
+#include "tarnkit/patches/PatchColors.h"
+#include "tarnkit/patches/PatchDeclaration.h"
+#include "tarnkit/patches/catalogue/Catalogue.h"
+
+namespace tarnkit {
+
+const HXRNodeClass HXRPanInteractionNode{
+    "HXRPanInteractionNode",
+    &HXRNode::kClass,
+    {.defaultName = "Pan Interaction",
+     .libraryCategory = "Interaction",
+     .processClassName = "PMRPanInteractionPatch",
+     .defaultColor = &HXInteractionPatchColor},
+    [](PatchDeclaration& patch) {
+      patch.in("Reset", "Tarn.resetInput");
+      patch.group("Offset");
+      patch.in("X Offset", "Tarn.xOffsetInput", value::number(0));
+      patch.in("Y Offset", "Tarn.yOffsetInput");
+      patch.group();
+      patch.out<HXRInteractionOutputPort>("Interaction", "Tarn.interactionOutput");
+      patch.out("X Pan", "Tarn.xPanOutput");
+      patch.out("Y Pan", "Tarn.yPanOutput");
+      patch.out("X Delta", "Tarn.xDeltaOutput");
+      patch.out("Y Delta", "Tarn.yDeltaOutput");
+      patch.out("Down", "Tarn.downOutput");
+    }};
+
+}  // namespace tarnkit

@@ -1,0 +1,14 @@
+#include "tarnkit/patches/PatchDeclaration.h"
+#include "tarnkit/patches/catalogue/Catalogue.h"
+
+namespace tarnkit {
+
+const HXRNodeClass HXRRemoteGroupProcessorNode{
+    "HXRRemoteGroupProcessorNode",
+    &HXRNode::kClass,
+    {.defaultName = "Group Processor",
+     .libraryCategory = "View",
+     .processClassName = "PMRRemoteGroupProcessorPatch"},
+    [](PatchDeclaration& patch) { patch.in<HXRViewInputPort>("Group", "Tarn.groupInput"); }};
+
+}  // namespace tarnkit
