@@ -34,6 +34,20 @@ class IdentityTable {
     ++used_;
   }
 
+  /// Gives an address another number, or enters it.
+  template <class AddressOf>
+  void set(const void* address, std::uint32_t number, AddressOf addressOf) {
+    const std::uint32_t known = find(address, addressOf);
+    if (known == kNone) {
+      add(address, number);
+      return;
+    }
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = hashOf(address) & mask;
+    while (slots_[at].numberPlusOne != known + 1) at = (at + 1) & mask;
+    slots_[at].numberPlusOne = number + 1;
+  }
+
   void clear() noexcept {
     slots_ = {};
     used_ = 0;
