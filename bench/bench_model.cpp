@@ -1,0 +1,325 @@
+// The cost of the editor's main operations on graphs of 1,000, 10,000 and 100,000 nodes, beside the
+// least that they could cost ("Floor") and a well-known property-list library ("Peer"), in one run.
+// Counters: "per_node" is the time for one node, "bytes_per_node" live memory; growth shows in the
+// rows of one name from N to N.
+
+#include <benchmark/benchmark.h>
+#include <plist/plist.h>
+
+#include <map>
+#include <stdexcept>
+
+#include "BenchFloor.h"
+#include "BenchGraph.h"
+#include "BenchMemory.h"
+#include "tarnkit/archive/HXArchiveReader.h"
+#include "tarnkit/model/HXDocumentFile.h"
+#include "tarnkit/model/HXPatchPort.h"
+#include "tarnkit/model/HXSymbolicPort.h"
+
+namespace tarnkit::bench {
+
+namespace {
+
+void reportPerNode(benchmark::State& state) {
+  state.counters["per_node"] =
+      benchmark::Counter(static_cast<double>(state.range(0)),
+                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+Ref<HXDocument> graphOf(std::int64_t nodeCount) {
+  static std::map<std::int64_t, Ref<HXDocument>> graphs;
+  auto& graph = graphs[nodeCount];
+  if (!graph) graph = buildGraph(nodeCount);
+  return graph;
+}
+
+const std::vector<std::uint8_t>& documentFileOf(std::int64_t nodeCount) {
+  static std::map<std::int64_t, std::vector<std::uint8_t>> files;
+  auto& file = files[nodeCount];
+  std::string error;
+  if (file.empty()) file = HXDocumentFile::dataWithDocument(*graphOf(nodeCount), 0, error);
+  return file;
+}
+
+const std::vector<std::uint8_t>& deviceGraphOf(std::int64_t nodeCount) {
+  static std::map<std::int64_t, std::vector<std::uint8_t>> files;
+  auto& file = files[nodeCount];
+  if (file.empty()) file = HXDocumentFile::deviceGraph(*graphOf(nodeCount));
+  return file;
+}
+
+// Whoever observes everything, as an editor does.
+class Observation {
+ public:
+  Observation()
+      : token_(NotificationCenter::defaultCenter().addObserver(
+            nullptr, nullptr, [this](const Notification&) { ++count_; })) {}
+  ~Observation() { NotificationCenter::defaultCenter().removeObserver(token_); }
+  std::int64_t count() const { return count_; }
+
+ private:
+  std::int64_t count_ = 0;
+  NotificationCenter::Token token_;
+};
+
+template <class Graph, class Make>
+void build(benchmark::State& state, Make makeGraph) {
+  const auto before = liveBytes();
+  std::int64_t bytes = 0;
+  for (auto _ : state) {
+    Graph graph = makeGraph(state.range(0));
+    state.PauseTiming();
+    bytes = liveBytes() - before;
+    graph = Graph();
+    state.ResumeTiming();
+  }
+  state.counters["bytes_per_node"] = static_cast<double>(bytes / state.range(0));
+  reportPerNode(state);
+}
+
+void BM_FloorPlainObjects(benchmark::State& state) {
+  build<std::unique_ptr<FloorGraph>>(
+      state, [](std::int64_t count) { return std::make_unique<FloorGraph>(count); });
+}
+
+void BM_BuildGraph(benchmark::State& state) {
+  const Observation observation;
+  build<Ref<HXDocument>>(state, [](std::int64_t count) { return buildGraph(count); });
+}
+
+void BM_BuildGraphUnobserved(benchmark::State& state) {
+  build<Ref<HXDocument>>(state, [](std::int64_t count) { return buildGraph(count); });
+}
+
+void BM_SaveDocument(benchmark::State& state) {
+  const auto document = graphOf(state.range(0));
+  std::string error;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(HXDocumentFile::dataWithDocument(*document, 0, error));
+  }
+  reportPerNode(state);
+}
+
+void BM_OpenDocument(benchmark::State& state) {
+  const auto& file = documentFileOf(state.range(0));
+  std::string error;
+  for (auto _ : state) {
+    auto document = HXDocumentFile::document(file, 0, error);
+    if (!document) state.SkipWithError(error.c_str());
+    state.PauseTiming();
+    document = nullptr;
+    state.ResumeTiming();
+  }
+  reportPerNode(state);
+}
+
+void BM_SendDeviceGraph(benchmark::State& state) {
+  const auto document = graphOf(state.range(0));
+  const auto size = static_cast<double>(deviceGraphOf(state.range(0)).size());
+  const auto before = liveBytes();
+  resetPeak();
+  for (auto _ : state) benchmark::DoNotOptimize(HXDocumentFile::deviceGraph(*document));
+  state.counters["peak_over_output"] = static_cast<double>(peakBytes() - before) / size;
+  reportPerNode(state);
+}
+
+void BM_FloorFlatWrite(benchmark::State& state) {
+  const FloorDeviceGraph graph(deviceGraphOf(state.range(0)));
+  if (graph.write().size() != deviceGraphOf(state.range(0)).size()) {
+    state.SkipWithError("the floor writes another file");
+  }
+  for (auto _ : state) benchmark::DoNotOptimize(graph.write());
+  reportPerNode(state);
+}
+
+void BM_InspectDeviceGraph(benchmark::State& state) {
+  const auto& file = deviceGraphOf(state.range(0));
+  for (auto _ : state) {
+    HXArchiveReader reader;
+    std::string error;
+    if (!reader.read(file, error)) state.SkipWithError(error.c_str());
+    benchmark::DoNotOptimize(reader.text());
+  }
+  reportPerNode(state);
+}
+
+void peerRead(benchmark::State& state, const std::vector<std::uint8_t>& file) {
+  for (auto _ : state) {
+    plist_t list = nullptr;
+    plist_from_bin(reinterpret_cast<const char*>(file.data()),
+                   static_cast<std::uint32_t>(file.size()), &list);
+    if (!list) state.SkipWithError("the peer does not read the file");
+    state.PauseTiming();
+    plist_free(list);
+    state.ResumeTiming();
+  }
+  reportPerNode(state);
+}
+
+void BM_PeerPlistRead(benchmark::State& state) { peerRead(state, deviceGraphOf(state.range(0))); }
+void BM_PeerPlistReadDocument(benchmark::State& state) {
+  peerRead(state, documentFileOf(state.range(0)));
+}
+
+plist_t reference(const std::string& id) {
+  plist_t map = plist_new_dict();
+  plist_dict_set_item(map, "$reference", plist_new_string(id.c_str()));
+  return map;
+}
+
+// A tree of the shape of the device graph: for each node its map, its ports' map and four port maps.
+void BM_PeerPlistBuildAndWrite(benchmark::State& state) {
+  for (auto _ : state) {
+    plist_t root = plist_new_dict();
+    plist_t objects = plist_new_dict();
+    int next = 0;
+    for (std::int64_t i = 0; i < state.range(0); ++i) {
+      const std::string nodeId = "$object-" + std::to_string(next++);
+      const std::string portsId = "$object-" + std::to_string(next++);
+      plist_t ports = plist_new_dict();
+      for (const char* key : {"Tarn.valueInput", "Tarn.minimumInput", "Tarn.maximumInput",
+                              "Tarn.resultOutput"}) {
+        const std::string portId = "$object-" + std::to_string(next++);
+        plist_t port = plist_new_dict();
+        plist_dict_set_item(port, "$class", plist_new_string("PMPort"));
+        plist_dict_set_item(port, "PMPort.node", reference(nodeId));
+        plist_dict_set_item(port, "PMPort.orientation", plist_new_uint(1));
+        plist_dict_set_item(port, "PMPort.connectionRelationship", plist_new_uint(2));
+        plist_dict_set_item(port, "PMPort.uniqueKey", plist_new_string(key));
+        plist_dict_set_item(port, "PMPort.processClassName",
+                            plist_new_string("PMRPrimitiveInputPort"));
+        plist_dict_set_item(objects, portId.c_str(), port);
+        plist_dict_set_item(ports, key, reference(portId));
+      }
+      plist_t node = plist_new_dict();
+      plist_dict_set_item(node, "$class", plist_new_string("PMNode"));
+      plist_dict_set_item(node, "PMNode.uniqueKey",
+                          plist_new_string(("node_" + std::to_string(i)).c_str()));
+      plist_dict_set_item(node, "PMNode.portsByUniqueKey", reference(portsId));
+      plist_dict_set_item(objects, nodeId.c_str(), node);
+      plist_dict_set_item(objects, portsId.c_str(), ports);
+    }
+    plist_dict_set_item(root, "$version", plist_new_string("0.0.0"));
+    plist_dict_set_item(root, "$objects", objects);
+    plist_dict_set_item(root, "$root", reference("$object-0"));
+    char* bytes = nullptr;
+    std::uint32_t size = 0;
+    plist_to_bin(root, &bytes, &size);
+    benchmark::DoNotOptimize(bytes);
+    plist_to_bin_free(bytes);
+    plist_free(root);
+  }
+  reportPerNode(state);
+}
+
+void BM_RemoveAll(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    const auto document = buildGraph(state.range(0));
+    const auto groups = document->subnodeGroup()->subnodes();
+    std::vector<std::vector<Ref<HXNode>>> nodes;
+    for (const auto& group : groups) nodes.push_back(group->subnodeGroup()->subnodes());
+    state.ResumeTiming();
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+      for (auto& node : nodes[i]) {
+        groups[i]->subnodeGroup()->removeNode(node.get());
+        node = nullptr;
+      }
+    }
+  }
+  reportPerNode(state);
+}
+
+void BM_NotifyObserved(benchmark::State& state) {
+  const auto document = graphOf(1000);
+  HXNode& node = lastNode(*document);
+  const Observation observation;
+  float x = 0;
+  for (auto _ : state) node.setPosition({x += 1, 0});
+}
+
+void BM_NotifyUnobserved(benchmark::State& state) {
+  const auto document = graphOf(1000);
+  HXNode& node = lastNode(*document);
+  float x = 0;
+  for (auto _ : state) node.setPosition({x += 1, 0});
+}
+
+// Single edits in a document of N nodes, nobody observing.
+void BM_RenameNode(benchmark::State& state) {
+  const auto document = graphOf(state.range(0));
+  HXNode& node = lastNode(*document);
+  const String names[] = {"One", "Another"};
+  int i = 0;
+  for (auto _ : state) node.setName(names[i++ & 1]);
+}
+
+void BM_MoveNode(benchmark::State& state) {
+  const auto document = graphOf(state.range(0));
+  HXNode& node = lastNode(*document);
+  float x = 0;
+  for (auto _ : state) node.setPosition({x += 1, 0});
+}
+
+void BM_LookUpPort(benchmark::State& state) {
+  const auto document = graphOf(state.range(0));
+  HXNode& node = lastNode(*document);
+  const String key("Tarn.maximumInput");
+  for (auto _ : state) benchmark::DoNotOptimize(node.portForKey(key));
+}
+
+void BM_JoinAndBreak(benchmark::State& state) {
+  const auto document = graphOf(state.range(0));
+  HXNode& node = lastNode(*document);
+  HXPort& output = *node.portForKey("Tarn.resultOutput");
+  HXPort& input = *node.portForKey("Tarn.maximumInput");
+  for (auto _ : state) {
+    const auto connection = document->connectPort(output, input);
+    document->breakConnection(*connection);
+  }
+}
+
+void BM_PublishAndUnpublish(benchmark::State& state) {
+  const auto document = graphOf(state.range(0));
+  HXNode& node = lastNode(*document);
+  HXPort& port = *node.portForKey("Tarn.maximumInput");
+  HXGroup& group = *node.parentGroup();
+  for (auto _ : state) {
+    group.addSymbolicPortForPort(port);
+    group.removeSymbolicPortForPort(&port);
+  }
+}
+
+void sizes(benchmark::internal::Benchmark* benchmark) {
+  benchmark->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+}
+void editSizes(benchmark::internal::Benchmark* benchmark) {
+  benchmark->Arg(1000)->Arg(10000)->Arg(100000);
+}
+
+BENCHMARK(BM_FloorPlainObjects)->Apply(sizes);
+BENCHMARK(BM_BuildGraph)->Apply(sizes);
+BENCHMARK(BM_BuildGraphUnobserved)->Apply(sizes);
+BENCHMARK(BM_SaveDocument)->Apply(sizes);
+BENCHMARK(BM_OpenDocument)->Apply(sizes);
+BENCHMARK(BM_PeerPlistReadDocument)->Apply(sizes);
+BENCHMARK(BM_SendDeviceGraph)->Apply(sizes);
+BENCHMARK(BM_FloorFlatWrite)->Apply(sizes);
+BENCHMARK(BM_InspectDeviceGraph)->Apply(sizes);
+BENCHMARK(BM_PeerPlistRead)->Apply(sizes);
+BENCHMARK(BM_PeerPlistBuildAndWrite)->Arg(100)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RemoveAll)->Apply(sizes);
+BENCHMARK(BM_NotifyObserved);
+BENCHMARK(BM_NotifyUnobserved);
+BENCHMARK(BM_RenameNode)->Apply(editSizes);
+BENCHMARK(BM_MoveNode)->Apply(editSizes);
+BENCHMARK(BM_LookUpPort)->Apply(editSizes);
+BENCHMARK(BM_JoinAndBreak)->Apply(editSizes);
+BENCHMARK(BM_PublishAndUnpublish)->Apply(editSizes);
+
+}  // namespace
+
+}  // namespace tarnkit::bench
+
+BENCHMARK_MAIN();
