@@ -1,0 +1,125 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "tarnkit/platform/images/PNGCodec.h"
+
+namespace tarnkit::detail {
+
+namespace {
+
+constexpr std::array<std::uint8_t, 8> kSignature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+constexpr std::size_t kHeaderSize = 13;
+// Length, type and checksum stand around a chunk's data.
+constexpr std::size_t kChunkOverhead = 12;
+// A byte of compressed data stands for this many bytes at most.
+constexpr std::uint64_t kMaximumExpansion = 1032;
+
+constexpr std::array<std::uint32_t, 256> kChecksumTable = [] {
+  std::array<std::uint32_t, 256> table{};
+  for (std::uint32_t i = 0; i < table.size(); ++i) {
+    std::uint32_t value = i;
+    for (int bit = 0; bit < 8; ++bit) value = (value >> 1) ^ ((value & 1U) ? 0xEDB88320U : 0U);
+    table[i] = value;
+  }
+  return table;
+}();
+
+std::uint32_t checksum(ByteSpan bytes) noexcept {
+  std::uint32_t value = 0xFFFFFFFFU;
+  for (const auto byte : bytes) value = (value >> 8) ^ kChecksumTable[(value ^ byte) & 0xFFU];
+  return ~value;
+}
+
+std::uint32_t bigEndian(ByteSpan bytes, std::size_t at) noexcept {
+  return (std::uint32_t{bytes[at]} << 24) | (std::uint32_t{bytes[at + 1]} << 16) |
+         (std::uint32_t{bytes[at + 2]} << 8) | bytes[at + 3];
+}
+
+/// Bits of one pixel in the file; 0 when there is no such kind of pixel.
+std::uint32_t bitsPerPixel(std::uint8_t depth, std::uint8_t colorType) noexcept {
+  const bool whole = depth == 8 || depth == 16;
+  const bool part = depth == 1 || depth == 2 || depth == 4;
+  switch (colorType) {
+    case 0:  // grey
+      return whole || part ? depth : 0U;
+    case 2:  // red, green, blue
+      return whole ? 3U * depth : 0U;
+    case 3:  // palette
+      return part || depth == 8 ? depth : 0U;
+    case 4:  // grey and alpha
+      return whole ? 2U * depth : 0U;
+    case 6:  // red, green, blue, alpha
+      return whole ? 4U * depth : 0U;
+    default:
+      return 0;
+  }
+}
+
+struct Chunk {
+  std::string_view type;
+  ByteSpan data;
+};
+
+/// Takes the next chunk off the file.
+bool takeChunk(ByteSpan& rest, Chunk& chunk, std::string& reason) {
+  if (rest.size() < kChunkOverhead || rest.size() - kChunkOverhead < bigEndian(rest, 0)) {
+    reason = "the PNG file is cut off";
+    return false;
+  }
+  const std::size_t length = bigEndian(rest, 0);
+  const auto checked = rest.subspan(4, 4 + length);
+  chunk.type = {reinterpret_cast<const char*>(checked.data()), 4};
+  chunk.data = checked.subspan(4);
+  if (checksum(checked) != bigEndian(rest, 8 + length)) {
+    reason = "the PNG file is damaged: a checksum is wrong";
+    return false;
+  }
+  rest = rest.subspan(kChunkOverhead + length);
+  return true;
+}
+
+}  // namespace
+
+bool isPNG(ByteSpan file) noexcept {
+  return file.size() >= kSignature.size() &&
+         std::equal(kSignature.begin(), kSignature.end(), file.begin());
+}
+
+bool checkPNG(ByteSpan file, const ImageLimits& limits, Raster& size, std::string& reason) {
+  if (!isPNG(file)) {
+    reason = "this is no PNG file";
+    return false;
+  }
+  ByteSpan rest = file.subspan(kSignature.size());
+  Chunk chunk;
+  if (!takeChunk(rest, chunk, reason)) return false;
+  if (chunk.type != "IHDR" || chunk.data.size() != kHeaderSize) {
+    reason = "the PNG file does not begin with its header";
+    return false;
+  }
+  size.width = bigEndian(chunk.data, 0);
+  size.height = bigEndian(chunk.data, 4);
+  if (!isSizeAllowed(size.width, size.height, limits, reason)) return false;
+  const auto bits = bitsPerPixel(chunk.data[8], chunk.data[9]);
+  if (bits == 0 || chunk.data[10] != 0 || chunk.data[11] != 0 || chunk.data[12] > 1) {
+    reason = "the PNG file's header names a format that does not exist";
+    return false;
+  }
+  std::uint64_t compressed = 0;
+  do {
+    if (!takeChunk(rest, chunk, reason)) return false;
+    if (chunk.type == "IDAT") compressed += chunk.data.size();
+  } while (chunk.type != "IEND");
+  const std::uint64_t needed = (std::uint64_t{size.width} * bits + 7) / 8 * size.height;
+  if (needed / kMaximumExpansion > compressed) {
+    reason =
+        fmt::format("the PNG file has too little data for {} x {} pixels", size.width, size.height);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace tarnkit::detail

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tarnkit/platform/images/Raster.h"
+
+namespace tarnkit::detail {
+
+/// TIFF files. All functions are free to run on any thread, and none of them raises or aborts: what
+/// cannot be read gives nothing and a reason.
+
+bool isTIFF(ByteSpan file) noexcept;
+
+/// The first picture of the file: bilevel, grey, palette, RGB, CMYK, YCbCr and Lab, in strips or
+/// tiles, of 8 or 16 bits (rounded to 8), plain or packed by PackBits, LZW, Deflate, JPEG or a fax
+/// code. Mirrored pictures are turned right, rotated ones are not.
+std::optional<Raster> readTIFF(ByteSpan file, const ImageLimits& limits, std::string& reason);
+
+/// One uncompressed strip of RGBA with straight alpha. The bytes depend on the pixels only, not on
+/// a library or its version: content keys are made from them and stand in documents.
+std::vector<std::uint8_t> writeTIFF(const RasterView& raster);
+
+}  // namespace tarnkit::detail
