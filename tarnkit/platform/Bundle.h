@@ -8,8 +8,8 @@ namespace tarnkit {
 
 class Object;
 
-/// A unit of code as the process knows it: the running application, this library, or a plug-in, with
-/// the information that it carries about itself.
+/// A unit of code as the process knows it: the running application, this library, or a plug-in,
+/// with the information that it carries about itself.
 ///
 /// Bundles are made by whoever brings the code in and live as long as the process. For one thread;
 /// a question costs one look-up, one by identifier a walk along the bundles.
