@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tarnkit/patches/PatchColors.h"
+#include "tarnkit/platform/Bundle.h"
 
 namespace tarnkit {
 
@@ -97,5 +98,15 @@ void HXRNode::removeParameter(HXRParameter& parameter) {
 void HXRNode::parameterValueDidChange(HXRParameter&) {}
 
 void HXRNode::setNode(HXRNodeOwner* node) { node_ = node; }
+
+bool HXRNode::hx_isExternalClass(const Class& patchClass) {
+  const Bundle& bundle = Bundle::forClass(patchClass);
+  const String identifier = bundle.bundleIdentifier();
+  for (const Bundle* const own : {&Bundle::mainBundle(), &Bundle::libraryBundle()}) {
+    if (&bundle == own) return false;
+    if (!identifier.isNil() && identifier == own->bundleIdentifier()) return false;
+  }
+  return true;
+}
 
 }  // namespace tarnkit

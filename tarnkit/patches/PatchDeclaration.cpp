@@ -63,9 +63,10 @@ HXRBooleanParameter& PatchDeclaration::parameter(const char* name, const char* k
 }
 
 HXRStringParameter& PatchDeclaration::parameter(const char* name, const char* key,
-                                                const char* defaultValue,
-                                                std::int32_t displayStyle) {
-  auto& parameter = addParameter<HXRStringParameter>(name, key, String::interned(defaultValue));
+                                                const char* defaultValue, std::int32_t displayStyle,
+                                                bool hidden) {
+  auto& parameter = addParameter<HXRStringParameter>(
+      name, key, defaultValue ? String::interned(defaultValue) : String(), hidden);
   parameter.setDisplayStyle(displayStyle);
   return parameter;
 }

@@ -68,8 +68,9 @@ class PatchDeclaration {
   }
 
   HXRBooleanParameter& parameter(const char* name, const char* key, bool defaultValue);
+  /// A null default is nil.
   HXRStringParameter& parameter(const char* name, const char* key, const char* defaultValue,
-                                std::int32_t displayStyle = 0);
+                                std::int32_t displayStyle = 0, bool hidden = false);
   HXRColorParameter& parameter(const char* name, const char* key, const RGBA& defaultValue);
   HXRImageParameter& imageParameter(const char* name, const char* key);
   HXRIndexParameter& parameter(const char* name, const char* key, std::int32_t defaultValue,

@@ -13,8 +13,10 @@
 #include "tarnkit/patches/catalogue/logic/HXRDemultiplexerNode.h"
 #include "tarnkit/patches/catalogue/logic/HXRLogicNode.h"
 #include "tarnkit/patches/catalogue/logic/HXRMultiplexerNode.h"
+#include "tarnkit/patches/catalogue/math/HXRMathExpressionNode.h"
 #include "tarnkit/patches/catalogue/math/HXRMathNode.h"
 #include "tarnkit/patches/catalogue/state/HXRIndexSwitchNode.h"
+#include "tarnkit/patches/catalogue/utility/HXRJavascriptExpressionNode.h"
 
 namespace tarnkit {
 
@@ -112,6 +114,7 @@ constexpr const HXRNodeClass* kCatalogue[] = {
       &HXRDeltaNode,
       &HXRInterpolationNode,
       &HXRMathNode::kClass,
+      &HXRMathExpressionNode::kClass,
       // State
       &HXRAccumulatorNode,
       &HXRCounterNode,
@@ -129,6 +132,7 @@ constexpr const HXRNodeClass* kCatalogue[] = {
       &HXRDebugNode,
       &HXRImageInfoNode,
       &HXRInputSplitterNode,
+      &HXRJavascriptExpressionNode::kClass,
       &HXRPinNode,
       &HXRRandomNode,
       // View
@@ -175,8 +179,7 @@ void registerPatchClasses() {
   if (!classes().empty()) return;
   ClassRegistry::add(PMRPrimitive::kClass);
   ClassRegistry::add(HXRNode::kClass);
-  for (const auto* const patchClass : kCatalogue)
-    enter(*patchClass);
+  for (const auto* const patchClass : kCatalogue) enter(*patchClass);
 }
 
 const std::vector<const HXRNodeClass*>& catalogue() {

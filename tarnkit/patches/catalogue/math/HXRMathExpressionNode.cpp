@@ -1,0 +1,97 @@
+#include "tarnkit/patches/catalogue/math/HXRMathExpressionNode.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <unordered_set>
+
+#include "tarnkit/math/MXMathStringTokenizer.h"
+#include "tarnkit/patches/PatchDeclaration.h"
+#include "tarnkit/patches/catalogue/math/FirstOccurrences.h"
+#include "tarnkit/platform/Log.h"
+
+namespace tarnkit {
+
+namespace {
+
+constexpr const char* kExpressionKey = "Tarn.mathExpressionParameter";
+constexpr const char* kVariablesGroup = "Variables";
+
+String keyForVariable(const String& name) {
+  return String(fmt::format("Tarn.{}Input", name.view()));
+}
+
+/// The names of the variable tokens, each once, in the order of the tokens.
+std::vector<String> variableNames(MXMathStringTokenizer& tokenizer) {
+  std::vector<String> names;
+  std::unordered_set<String> known;
+  while (const auto token = tokenizer.nextObject()) {
+    if (token->tokenType() != MXTokenType::variable) continue;
+    if (known.insert(token->token()).second) names.push_back(token->token());
+  }
+  return names;
+}
+
+}  // namespace
+
+const HXRNodeClass HXRMathExpressionNode::kClass{
+    "HXRMathExpressionNode",
+    &HXRNode::kClass,
+    {.defaultName = "Math Expression",
+     .libraryCategory = "Math",
+     .processClassName = "PMRMathExpressionPatch"},
+    [](PatchDeclaration& patch) {
+      patch.parameter("Expression", kExpressionKey, "$a + $b");
+      patch.definition<HXRMathExpressionNode>().trn_refreshPorts();
+      patch.out("Result", "Tarn.resultOutput");
+    },
+    &detail::constructPatch<HXRMathExpressionNode>};
+
+std::vector<String> HXRMathExpressionNode::trn_variablesForExpression(const String& expression) {
+  MXError error;
+  const auto tokenizer = MXMathStringTokenizer::tokenizerWithString(expression, nullptr, &error);
+  if (!tokenizer) {
+    Log::warning("HXRMathExpression", error.localizedDescription());
+    return {};
+  }
+  const auto names = variableNames(*tokenizer);
+  const auto positions = detail::firstOccurrences(expression, names);
+  std::vector<std::size_t> order(names.size());
+  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::size_t a, std::size_t b) { return positions[a] < positions[b]; });
+  std::vector<String> sorted;
+  sorted.reserve(names.size());
+  for (const auto i : order) sorted.push_back(names[i]);
+  return sorted;
+}
+
+void HXRMathExpressionNode::trn_refreshPorts() {
+  const auto* const expression = as<HXRStringParameter>(parameterForKey(kExpressionKey));
+  if (!expression) return;
+  const auto names = trn_variablesForExpression(expression->value());
+  const std::unordered_set<String> wanted(names.begin(), names.end());
+  const String group = String::interned(kVariablesGroup);
+
+  std::vector<String> goneKeys;
+  if (const auto* const variables = portLayout().inputs().portGroupForKey(group)) {
+    for (const Ref<Object>& member : variables->ports()) {
+      const auto& port = static_cast<const HXRPort&>(*member);
+      if (!wanted.contains(port.name())) goneKeys.push_back(port.uniqueKey());
+    }
+  }
+  for (const String& key : goneKeys) {
+    if (auto* const port = portForKey(key)) removePort(*port);
+  }
+  for (const String& name : names) {
+    const String key = keyForVariable(name);
+    if (portLayout().ports().contains(key)) continue;
+    addPort(*make<HXRPrimitiveInputPort>(name, key, value::number(0)), group);
+  }
+}
+
+void HXRMathExpressionNode::parameterValueDidChange(HXRParameter& parameter) {
+  if (&parameter == parameterForKey(kExpressionKey)) trn_refreshPorts();
+}
+
+}  // namespace tarnkit
