@@ -57,7 +57,7 @@ std::vector<std::uint8_t> HXDocumentFile::deviceGraph(const HXDocument& document
 Ref<HXDocument> HXDocumentFile::open(const std::string& path, std::int32_t codingType,
                                      std::string& error) {
   std::vector<std::uint8_t> bytes;
-  if (!readFile(path, bytes, error)) return nullptr;
+  if (!File::read(path, bytes, &error)) return nullptr;
   auto opened = document(bytes, codingType, error);
   if (!opened) error = fmt::format("{}: {}", path, error);
   return opened;
@@ -66,7 +66,7 @@ Ref<HXDocument> HXDocumentFile::open(const std::string& path, std::int32_t codin
 bool HXDocumentFile::save(const HXDocument& document, const std::string& path,
                           std::int32_t codingType, std::string& error) {
   const auto bytes = dataWithDocument(document, codingType, error);
-  return !bytes.empty() && writeFileAtomically(path, bytes, error);
+  return !bytes.empty() && File::write(path, bytes, &error);
 }
 
 bool HXDocumentFile::send(const HXDocument& document, const std::string& path,
@@ -76,7 +76,7 @@ bool HXDocumentFile::send(const HXDocument& document, const std::string& path,
     error = fmt::format("{}: the device graph could not be written", path);
     return false;
   }
-  return writeFileAtomically(path, bytes, error);
+  return File::write(path, bytes, &error);
 }
 
 bool HXDocumentFile::sendImages(const HXDocument& document, const std::string& directory,
@@ -97,7 +97,7 @@ bool HXDocumentFile::sendImages(const HXDocument& document, const std::string& d
   }
   for (std::size_t i = 0; i < keys.size(); ++i) {
     const auto path = fmt::format("{}/{}.plist", directory, keys[i].view());
-    if (!writeFileAtomically(path, archives[i]->bytes(), error)) return false;
+    if (!File::write(path, archives[i]->bytes(), &error)) return false;
   }
   return true;
 }

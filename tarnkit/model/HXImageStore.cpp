@@ -33,8 +33,9 @@ std::vector<Ref<HXImageStoreEntry>> sortedByKey(
 }  // namespace
 
 Ref<HXImageStoreEntry> HXImageStore::createImageEntry(const Ref<Image>& image) {
-  if (!image) return nullptr;
-  return make<HXImageStoreEntry>(image, md5StringRepresentation(image->tiffRepresentation()->bytes()));
+  const auto tiff = image ? image->TIFFRepresentation() : nullptr;
+  if (!tiff) return nullptr;
+  return make<HXImageStoreEntry>(image, md5StringRepresentation(tiff->bytes()));
 }
 
 HXImageStoreEntry* HXImageStore::imageEntryForKey(const String& key) const {

@@ -24,7 +24,8 @@ class HXImageStore final : public Object {
  public:
   HXImageStore() = default;
 
-  /// An entry with the image's content key, not in any store; null for a null image.
+  /// An entry with the image's content key, not in any store; null for a null or
+  /// damaged image.
   static Ref<HXImageStoreEntry> createImageEntry(const Ref<Image>& image);
 
   /// Key to entry: the first entry added under the key.

@@ -28,7 +28,7 @@ void HXImageStoreEntry::encodeWithCoder(Encoder& coder) const {
     coder.encodeString(key_, kKey);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(kDeviceClass, isa());
-    if (image_) coder.encodeObject(image_->pngRepresentation(), kDeviceImageData);
+    if (image_) coder.encodeObject(image_->PNGRepresentation(), kDeviceImageData);
     coder.encodeString(key_, kDeviceKey);
   }
 }

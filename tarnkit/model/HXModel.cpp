@@ -7,7 +7,7 @@
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
-#include "tarnkit/patches/catalogue/Catalogue.h"
+#include "tarnkit/patches/PatchRegistry.h"
 
 namespace tarnkit {
 
