@@ -37,7 +37,8 @@ HXArchiveWalk::SymbolEntry& HXArchiveWalk::symbol(const Symbol& key) {
   return entry;
 }
 
-// --- Recording ------------------------------------------------------------------------------------
+// --- Recording
+// ------------------------------------------------------------------------------------
 
 void HXArchiveWalk::put(const Symbol& key, Index value) {
   if (!isEncoding()) {
@@ -169,7 +170,8 @@ void HXArchiveWalk::appendSorted(std::vector<std::pair<String, const Object*>>& 
   for (const auto& [key, object] : entries) appendElement(*object, writer_.addString(key));
 }
 
-// --- Class names ----------------------------------------------------------------------------------
+// --- Class names
+// ----------------------------------------------------------------------------------
 
 HXArchiveWalk::KnownClass& HXArchiveWalk::knownClass(const Class& record) {
   auto number =
@@ -231,25 +233,25 @@ String HXArchiveWalk::classNameForClass(const Class& forClass) const {
 
 HXArchiveWalk::Index HXArchiveWalk::classNameOf(const Frame& frame) {
   const Object* const object = identified_[frame.id].object.get();
-  const Class& record = object                      ? object->isa()
+  const Class& record = object                    ? object->isa()
                         : frame.form == Form::set ? Set::kClass
-                                                    : OrderedSet::kClass;
+                                                  : OrderedSet::kClass;
   KnownClass& known = knownClass(record);
   if (known.name == kNone) {
-    known.name = writer_.addString(known.substitute.isNil() ? record.name()
-                                                            : known.substitute.view());
+    known.name =
+        writer_.addString(known.substitute.isNil() ? record.name() : known.substitute.view());
   }
   return known.name;
 }
 
-// --- The walk -------------------------------------------------------------------------------------
+// --- The walk
+// -------------------------------------------------------------------------------------
 
 std::uint32_t HXArchiveWalk::newID(Ref<const Object> object) {
   const auto id = static_cast<std::uint32_t>(identified_.size());
   char text[32] = "$object-";
   const auto end = fmt::format_to(text + 8, "{}", id);
-  const Index idString =
-      writer_.addDistinctString({text, static_cast<std::size_t>(end - text)});
+  const Index idString = writer_.addDistinctString({text, static_cast<std::size_t>(end - text)});
   identified_.push_back({std::move(object), idString, kNone, kNone, false});
   return id;
 }
@@ -469,14 +471,15 @@ HXArchiveWalk::Index HXArchiveWalk::memberKey(std::size_t number) {
   return memberKeys_[number];
 }
 
-// --- The result -----------------------------------------------------------------------------------
+// --- The result
+// -----------------------------------------------------------------------------------
 
 std::vector<std::uint8_t> HXArchiveWalk::finish(const Symbol& versionKey) {
   const auto isWritten = [](const Identified& identified) { return identified.body != kNone; };
   const Index objects = writer_.reserve();
   // Objects that were only referred to have an ID and nothing else.
-  const auto count = static_cast<std::size_t>(
-      std::count_if(identified_.begin(), identified_.end(), isWritten));
+  const auto count =
+      static_cast<std::size_t>(std::count_if(identified_.begin(), identified_.end(), isWritten));
   const auto into = writer_.fillMap(objects, count);
   std::size_t at = 0;
   for (const Identified& identified : identified_) {
@@ -495,8 +498,7 @@ std::vector<std::uint8_t> HXArchiveWalk::finish(const Symbol& versionKey) {
   const Index values[] = {objects, root,
                           writer_.addString(HXStringFromVersion(HXCurrentVersion()))};
   const auto listInto = writer_.fillMap(list_, std::size(keys));
-  std::copy_n(values, std::size(values),
-              std::copy_n(keys, std::size(keys), listInto.begin()));
+  std::copy_n(values, std::size(values), std::copy_n(keys, std::size(keys), listInto.begin()));
   // Given back before the output is made.
   identified_ = {};
   ids_.clear();

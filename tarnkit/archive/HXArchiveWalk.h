@@ -13,9 +13,9 @@ namespace tarnkit::detail {
 /// The depth-first walk behind `HXKeyedArchiver`.
 ///
 /// What an object writes is recorded as entries on one stack: scalars as numbers of the property
-/// list, other objects as they are, a collection as an entry followed by its elements. A frame walks
-/// the entries of one container in order; an object met on the way that is to be written gets its ID
-/// and a frame of its own, which is finished before the walk goes on.
+/// list, other objects as they are, a collection as an entry followed by its elements. A frame
+/// walks the entries of one container in order; an object met on the way that is to be written gets
+/// its ID and a frame of its own, which is finished before the walk goes on.
 class HXArchiveWalk {
  public:
   using Index = PropertyListWriter::Index;
@@ -104,8 +104,7 @@ class HXArchiveWalk {
   void openObject(std::uint32_t id, const Object& object, Encoder& coder);
   template <class Members>
   void openMembers(std::uint32_t id, const Members& members, Form form);
-  void pushFrame(std::uint32_t id, std::size_t begin, std::size_t end, Form form,
-                 bool ownsEntries);
+  void pushFrame(std::uint32_t id, std::size_t begin, std::size_t end, Form form, bool ownsEntries);
   void finishFrame();
   void fillMap(const Frame& frame, bool withClass);
   void fillList(Index list, const Frame& frame);

@@ -16,8 +16,8 @@ struct HXKeyedArchiver::State {
   std::string failure;  // why the serialization will fail
 
   // What outgrows the format fails when the encoding is finished; any other exception goes to the
-  // caller and leaves the archiver empty. From inside of an object's encoding everything goes to the
-  // outermost step.
+  // caller and leaves the archiver empty. From inside of an object's encoding everything goes to
+  // the outermost step.
   template <class Step>
   void perform(Step step) {
     if (walk.isEncoding()) {

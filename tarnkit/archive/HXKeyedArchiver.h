@@ -19,25 +19,26 @@ class HXArchiveRecursionError : public std::logic_error {
 /// Writes an object graph into one binary property list: the container of the device graph and of
 /// the image archives. It is read by the device, never by this system's model.
 ///
-/// The output is a map of "$version" (the running application's), "$objects" (a map from object ID to
-/// encoded object) and "$root". Strings and numbers stand inline; any other object stands in
+/// The output is a map of "$version" (the running application's), "$objects" (a map from object ID
+/// to encoded object) and "$root". Strings and numbers stand inline; any other object stands in
 /// "$objects" under "$object-0", "$object-1", … and is referred to by {"$reference": ID}. IDs are
-/// handed out by identity, depth-first in pre-order. An object that is only referred to conditionally
-/// keeps its number and is absent from "$objects"; its references read as nil.
+/// handed out by identity, depth-first in pre-order. An object that is only referred to
+/// conditionally keeps its number and is absent from "$objects"; its references read as nil.
 ///
-/// An object's `encodeWithCoder` is recorded flat and its children are walked from an explicit stack,
-/// in the order in which they were written, so the numbering is that of a recursive writer and the
-/// depth of the graph costs no stack. What the archiver keeps while writing:
+/// An object's `encodeWithCoder` is recorded flat and its children are walked from an explicit
+/// stack, in the order in which they were written, so the numbering is that of a recursive writer
+/// and the depth of the graph costs no stack. What the archiver keeps while writing:
 /// - the data handed in, whose contents `finishEncoding` replaces;
-/// - a table from object address to ID, telling whether the object was written unconditionally, only
-///   referred to, or is being written just now; it owns every object with an ID until `finishEncoding`,
-///   so that addresses stay valid;
+/// - a table from object address to ID, telling whether the object was written unconditionally,
+/// only
+///   referred to, or is being written just now; it owns every object with an ID until
+///   `finishEncoding`, so that addresses stay valid;
 /// - the encoded forms, already in the property list's own layout;
 /// - the next ID;
 /// - the stack of open containers, the last of which receives every keyed value;
 /// - the class-name substitutions, by class name, looked up by exact class when everything that an
-///   object refers to has been written: a class may substitute its own name while it encodes itself,
-///   for itself and everything after.
+///   object refers to has been written: a class may substitute its own name while it encodes
+///   itself, for itself and everything after.
 /// Equal strings, equal numbers and reference maps are shared in the output.
 ///
 /// Belongs to whoever makes it; one thread at a time; linear in the output.
@@ -56,13 +57,13 @@ class HXKeyedArchiver final : public Encoder {
   static bool archiveRootObject(const Object* rootObject, const std::string& toFile,
                                 std::string* error = nullptr);
 
-  /// Writes the object as the root, under the next ID; a null object does nothing. Afterwards the top
-  /// container is the reference to it.
-  /// Throws `HXArchiveRecursionError`, or what an object's `encodeWithCoder` throws; the archiver is
-  /// then empty as after `finishEncoding`.
+  /// Writes the object as the root, under the next ID; a null object does nothing. Afterwards the
+  /// top container is the reference to it. Throws `HXArchiveRecursionError`, or what an object's
+  /// `encodeWithCoder` throws; the archiver is then empty as after `finishEncoding`.
   void encodeRootObject(const Object* rootObject);
 
-  // Each stores its value under the key in the last container of the stack, replacing an earlier one.
+  // Each stores its value under the key in the last container of the stack, replacing an earlier
+  // one.
   void encodeBool(bool value, const Symbol& key) override;
   void encodeInt(std::int32_t value, const Symbol& key) override;
   void encodeInt64(std::int64_t value, const Symbol& key) override;
@@ -78,8 +79,8 @@ class HXKeyedArchiver final : public Encoder {
   /// Null leaves the key absent.
   void encodeConditionalObject(const Object* object, const Symbol& key) override;
   /// The collection gets an ID of its own, and so do the elements that are no strings or numbers. A
-  /// list is a list of encoded forms; a set is a map with "$class" and the list under "NS.objects"; an
-  /// ordered set one with "$class" and the members under "NS.object.0", "NS.object.1", …
+  /// list is a list of encoded forms; a set is a map with "$class" and the list under "NS.objects";
+  /// an ordered set one with "$class" and the members under "NS.object.0", "NS.object.1", …
   void encodeCollection(CodingKind kind, std::size_t count,
                         FunctionRef<const Object*(std::size_t)> at, const Symbol& key) override;
   using Encoder::encodeMap;

@@ -62,7 +62,8 @@ std::string folderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// The path with symbolic links at its end followed, so that the link stays and its file is replaced.
+// The path with symbolic links at its end followed, so that the link stays and its file is
+// replaced.
 std::string targetOf(std::string path) {
   for (int i = 0; i < kMaximumLinks; ++i) {
     struct stat status {};
@@ -132,13 +133,14 @@ bool File::read(const std::string& path, std::vector<std::uint8_t>& into, std::s
   std::size_t used = 0;
   std::size_t next = kPiece;
   if (S_ISREG(status.st_mode) && status.st_size > 0) {
-    if (static_cast<std::uint64_t>(status.st_size) > limit) return refuseAndClear("it is too large");
+    if (static_cast<std::uint64_t>(status.st_size) > limit)
+      return refuseAndClear("it is too large");
     next = static_cast<std::size_t>(status.st_size) + 1;
   }
   for (;;) {
     if (into.size() == used) into.resize(used + next);
-    const auto done = ::read(file.number(), into.data() + used,
-                             std::min(into.size() - used, kLargestTransfer));
+    const auto done =
+        ::read(file.number(), into.data() + used, std::min(into.size() - used, kLargestTransfer));
     if (done < 0 && errno == EINTR) continue;
     if (done < 0) return refuseAndClear(std::generic_category().message(errno));
     if (done == 0) break;

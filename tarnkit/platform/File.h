@@ -22,10 +22,10 @@ class File {
                    std::string* error = nullptr, std::size_t limit = kMaximumSize);
 
   /// Writes the file whole or not at all: the bytes go to a temporary file in the same folder, are
-  /// flushed to disk and take the name. On any failure an old file stays as it was and the temporary
-  /// file is removed. An old file's permissions are kept, and its owner where the system allows; of a
-  /// symbolic link the file it points to is replaced. What is no regular file (a device, a pipe) is
-  /// written straight to.
+  /// flushed to disk and take the name. On any failure an old file stays as it was and the
+  /// temporary file is removed. An old file's permissions are kept, and its owner where the system
+  /// allows; of a symbolic link the file it points to is replaced. What is no regular file (a
+  /// device, a pipe) is written straight to.
   static bool write(const std::string& path, ByteSpan bytes, std::string* error = nullptr);
 };
 

@@ -7,7 +7,8 @@
 namespace tarnkit::detail {
 
 /// Small numbers found by address: the archivers' table of the objects that they have met. The
-/// addresses themselves stand in the owner's list, in the order of the numbers; a slot takes 8 bytes.
+/// addresses themselves stand in the owner's list, in the order of the numbers; a slot takes 8
+/// bytes.
 class IdentityTable {
  public:
   static constexpr std::uint32_t kNone = 0xFFFFFFFFU;

@@ -198,12 +198,18 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::readClass(Index val
     Form form;
   };
   static constexpr Known kKnown[] = {
-      {"NSString", Form::string},         {"NSMutableString", Form::string},
-      {"NSData", Form::data},             {"NSMutableData", Form::data},
-      {"NSArray", Form::list},            {"NSMutableArray", Form::list},
-      {"NSSet", Form::set},               {"NSMutableSet", Form::set},
-      {"NSOrderedSet", Form::orderedSet}, {"NSMutableOrderedSet", Form::orderedSet},
-      {"NSDictionary", Form::map},        {"NSMutableDictionary", Form::map},
+      {"NSString", Form::string},
+      {"NSMutableString", Form::string},
+      {"NSData", Form::data},
+      {"NSMutableData", Form::data},
+      {"NSArray", Form::list},
+      {"NSMutableArray", Form::list},
+      {"NSSet", Form::set},
+      {"NSMutableSet", Form::set},
+      {"NSOrderedSet", Form::orderedSet},
+      {"NSMutableOrderedSet", Form::orderedSet},
+      {"NSDictionary", Form::map},
+      {"NSMutableDictionary", Form::map},
       {"NSNull", Form::null},
   };
   const Index name = list_.kind(value) == Kind::map ? entry(value, classNameKey_) : kNone;
@@ -314,8 +320,7 @@ bool KeyedArchiveRecords::refuseSharing() {
   return false;
 }
 
-bool KeyedArchiveRecords::visitElement(Index element,
-                                       FunctionRef<void(const Ref<Object>&)> visit) {
+bool KeyedArchiveRecords::visitElement(Index element, FunctionRef<void(const Ref<Object>&)> visit) {
   if (list_.kind(element) != Kind::uid) {
     fail(fmt::format("{} stands in a collection where a reference to an object is expected",
                      PropertyList::nameOf(list_.kind(element))));
@@ -358,8 +363,8 @@ bool KeyedArchiveRecords::visitNumberedElements(Index record,
     key.remove_prefix(kMemberPrefix.size());
     std::size_t number = 0;
     const auto read = std::from_chars(key.data(), key.data() + key.size(), number);
-    if (read.ec != std::errc() || read.ptr != key.data() + key.size() ||
-        number >= members.size() || members[number] != kNone) {
+    if (read.ec != std::errc() || read.ptr != key.data() + key.size() || number >= members.size() ||
+        members[number] != kNone) {
       fail("the members of an ordered set are not numbered in a row");
       return false;
     }
@@ -376,8 +381,8 @@ bool KeyedArchiveRecords::visitNumberedElements(Index record,
   return true;
 }
 
-bool KeyedArchiveRecords::visitEntries(
-    Index record, FunctionRef<void(const String&, const Ref<Object>&)> visit) {
+bool KeyedArchiveRecords::visitEntries(Index record,
+                                       FunctionRef<void(const String&, const Ref<Object>&)> visit) {
   const Index names = entry(record, keysKey_);
   const Index values = entry(record, objectsKey_);
   if (names == kNone || values == kNone || list_.kind(names) != Kind::array ||
@@ -415,8 +420,8 @@ bool KeyedArchiveRecords::visitCollection(Index reference, std::string_view key,
     fail(fmt::format("{}: a {} where a list is expected", key, known->name));
     return false;
   }
-  fail(fmt::format("{}: {} where a list is expected", key,
-                   PropertyList::nameOf(list_.kind(value))));
+  fail(
+      fmt::format("{}: {} where a list is expected", key, PropertyList::nameOf(list_.kind(value))));
   return false;
 }
 
@@ -431,8 +436,7 @@ bool KeyedArchiveRecords::visitMap(Index reference, std::string_view key,
     fail(fmt::format("{}: a {} where a map is expected", key, known->name));
     return false;
   }
-  fail(fmt::format("{}: {} where a map is expected", key,
-                   PropertyList::nameOf(list_.kind(value))));
+  fail(fmt::format("{}: {} where a map is expected", key, PropertyList::nameOf(list_.kind(value))));
   return false;
 }
 
@@ -445,14 +449,12 @@ bool KeyedArchiveRecords::fillContainer(Index value) {
   if (failed_) return true;
   switch (kind) {
     case CodingKind::list:
-      visitElements(value, Form::list, [&](const Ref<Object>& element) {
-        static_cast<Array&>(object).add(element);
-      });
+      visitElements(value, Form::list,
+                    [&](const Ref<Object>& element) { static_cast<Array&>(object).add(element); });
       break;
     case CodingKind::set:
-      visitElements(value, Form::set, [&](const Ref<Object>& element) {
-        static_cast<Set&>(object).add(element);
-      });
+      visitElements(value, Form::set,
+                    [&](const Ref<Object>& element) { static_cast<Set&>(object).add(element); });
       break;
     case CodingKind::orderedSet:
       visitElements(value, Form::orderedSet, [&](const Ref<Object>& element) {

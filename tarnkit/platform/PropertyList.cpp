@@ -47,8 +47,8 @@ ByteSpan PropertyList::data(Index index) const noexcept {
 
 PropertyList::Key PropertyList::keyNamed(std::string_view text) const noexcept {
   if (keyTable_.empty()) return kNoKey;
-  const auto hash = static_cast<std::uint32_t>(
-      detail::keyedHash(text.data(), text.size(), detail::hashKeys()));
+  const auto hash =
+      static_cast<std::uint32_t>(detail::keyedHash(text.data(), text.size(), detail::hashKeys()));
   const std::size_t mask = keyTable_.size() - 1;
   for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
     const KeySlot& slot = keyTable_[at];

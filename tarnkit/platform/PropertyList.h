@@ -17,10 +17,10 @@ class PropertyListBuilder;
 /// A property list as read: one flat table of checked values, each known by its index. Immutable.
 ///
 /// Containers are spans of indices, so nothing is expanded, copied or freed one by one, and nesting
-/// costs nothing. Texts and byte strings point into the bytes that were read where they can, so those
-/// bytes must outlive the list. Made by `PropertyListReader`, which has made sure that containers do
-/// not hold themselves, that the keys of a map are different strings, and that texts are UTF-8.
-/// Owned by whoever read it; may be read from any thread.
+/// costs nothing. Texts and byte strings point into the bytes that were read where they can, so
+/// those bytes must outlive the list. Made by `PropertyListReader`, which has made sure that
+/// containers do not hold themselves, that the keys of a map are different strings, and that texts
+/// are UTF-8. Owned by whoever read it; may be read from any thread.
 class PropertyList {
  public:
   using Index = std::uint32_t;

@@ -194,8 +194,7 @@ class BinaryParser {
   bool parseUID(std::size_t at, unsigned width) {
     if (width > 8) return refuse("a UID of an unknown width");
     if (!take(at, width, 1)) return false;
-    builder_.addInteger(Kind::uid,
-                        static_cast<std::int64_t>(bigEndian(bytes_.data() + at, width)));
+    builder_.addInteger(Kind::uid, static_cast<std::int64_t>(bigEndian(bytes_.data() + at, width)));
     return true;
   }
 
@@ -233,11 +232,9 @@ class BinaryParser {
     return true;
   }
 
-  bool parseReferences(Kind kind, std::size_t at, std::uint64_t count,
-                       std::uint64_t references) {
+  bool parseReferences(Kind kind, std::size_t at, std::uint64_t count, std::uint64_t references) {
     const auto number = static_cast<std::size_t>(references);
-    Index* const into =
-        builder_.addContainer(kind, static_cast<std::size_t>(count), number);
+    Index* const into = builder_.addContainer(kind, static_cast<std::size_t>(count), number);
     const std::uint8_t* const from = bytes_.data() + at;
     std::uint64_t largest = 0;
     const auto copy = [&](unsigned width) {

@@ -83,8 +83,8 @@ bool PropertyListBuilder::indexKeys(std::string& error) {
       const auto key = keyFor(name);
       if (key >= lastMap.size()) lastMap.push_back(PropertyList::kNone);
       if (lastMap[key] == map) {
-        error = "a map has the key \"" + std::string(list_.string(name).substr(0, 200)) +
-                "\" twice";
+        error =
+            "a map has the key \"" + std::string(list_.string(name).substr(0, 200)) + "\" twice";
         return false;
       }
       lastMap[key] = map;
@@ -98,8 +98,7 @@ PropertyList::Key PropertyListBuilder::keyFor(Index string) {
   if (keyPlusOne != 0) return keyPlusOne - 1;
   if (list_.keys_.size() * 2 >= list_.keyTable_.size()) growKeyTable();
   const auto text = list_.string(string);
-  const auto hash =
-      static_cast<std::uint32_t>(keyedHash(text.data(), text.size(), hashKeys()));
+  const auto hash = static_cast<std::uint32_t>(keyedHash(text.data(), text.size(), hashKeys()));
   const std::size_t mask = list_.keyTable_.size() - 1;
   for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
     auto& slot = list_.keyTable_[at];

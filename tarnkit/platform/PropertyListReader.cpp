@@ -20,8 +20,8 @@ bool PropertyListReader::read(ByteSpan bytes, PropertyList& into, std::string* e
     if (bytes.size() > kMaximumFileSize) {
       reason = "it is larger than 2 GiB";
     } else if (isBinary(bytes)) {
-      done = detail::parseBinaryPropertyList(bytes, builder, reason) &&
-             builder.indexKeys(reason) && builder.refuseCycles(reason);
+      done = detail::parseBinaryPropertyList(bytes, builder, reason) && builder.indexKeys(reason) &&
+             builder.refuseCycles(reason);
     } else {
       done = detail::parseXMLPropertyList(bytes, builder, reason) && builder.indexKeys(reason);
     }

@@ -23,8 +23,8 @@ class PropertyListReader {
   /// Whether the bytes begin as a binary property list does.
   static bool isBinary(ByteSpan bytes) noexcept;
 
-  /// Reads the list into `into`, which points into `bytes` afterwards. On failure `into` is empty and
-  /// `error`, if given, gets one sentence.
+  /// Reads the list into `into`, which points into `bytes` afterwards. On failure `into` is empty
+  /// and `error`, if given, gets one sentence.
   static bool read(ByteSpan bytes, PropertyList& into, std::string* error = nullptr);
 };
 

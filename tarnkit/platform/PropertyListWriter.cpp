@@ -105,9 +105,9 @@ PropertyListWriter::Index PropertyListWriter::addRecord(std::size_t position, Fo
   if (position > kMaximumSize || count > kMaximumCount || records_.size() >= kMaximumSize) {
     throwTooLarge();
   }
-  records_.append({static_cast<std::uint32_t>(position),
-                   (static_cast<std::uint32_t>(form) << kFormShift) |
-                       static_cast<std::uint32_t>(count)});
+  records_.append(
+      {static_cast<std::uint32_t>(position),
+       (static_cast<std::uint32_t>(form) << kFormShift) | static_cast<std::uint32_t>(count)});
   return static_cast<Index>(records_.size() - 1);
 }
 
@@ -209,7 +209,8 @@ PropertyListWriter::Index PropertyListWriter::addUID(std::uint32_t value) {
   // Archives number their objects from 0, so the index by value stays as small as the archive; a
   // stray large number is hashed instead.
   if (value > records_.size()) return addScalar(start, true);
-  if (value >= uids_.size()) uids_.resize(std::max<std::size_t>(value + 1, uids_.size() * 2), kNone);
+  if (value >= uids_.size())
+    uids_.resize(std::max<std::size_t>(value + 1, uids_.size() * 2), kNone);
   return uids_[value] = addScalar(start, false);
 }
 
@@ -234,8 +235,7 @@ std::span<PropertyListWriter::Index> PropertyListWriter::fillArray(Index object,
   return fill(object, Form::array, count, count);
 }
 
-std::span<PropertyListWriter::Index> PropertyListWriter::fillMap(Index object,
-                                                                 std::size_t count) {
+std::span<PropertyListWriter::Index> PropertyListWriter::fillMap(Index object, std::size_t count) {
   return fill(object, Form::map, count, count * 2);
 }
 
@@ -246,9 +246,9 @@ std::span<PropertyListWriter::Index> PropertyListWriter::fill(Index object, Form
   if (count > kMaximumCount || position + references > kMaximumSize) throwTooLarge();
   Index* const room = references_.room(references);
   references_.commit(references);
-  records_[object] = {static_cast<std::uint32_t>(position),
-                      (static_cast<std::uint32_t>(form) << kFormShift) |
-                          static_cast<std::uint32_t>(count)};
+  records_[object] = {
+      static_cast<std::uint32_t>(position),
+      (static_cast<std::uint32_t>(form) << kFormShift) | static_cast<std::uint32_t>(count)};
   return {room, references};
 }
 
@@ -259,8 +259,7 @@ PropertyListWriter::Index PropertyListWriter::addScalar(std::size_t start, bool 
   if (!shared) return addRecord(start, Form::scalar, size);
   if (tableUsed_ * 2 >= table_.size()) growTable();
   const std::uint8_t* const bytes = bytes_.data() + start;
-  const auto hash = static_cast<std::uint32_t>(
-      detail::keyedHash(bytes, size, detail::hashKeys()));
+  const auto hash = static_cast<std::uint32_t>(detail::keyedHash(bytes, size, detail::hashKeys()));
   const std::size_t mask = table_.size() - 1;
   for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
     Slot& slot = table_[at];
@@ -333,8 +332,8 @@ std::vector<std::uint8_t> PropertyListWriter::finish(Index root) {
         at += count;
         break;
       case Form::array:
-        at = putReferences(putCount(at, kArray, count), references_.data() + record.position,
-                           count, width);
+        at = putReferences(putCount(at, kArray, count), references_.data() + record.position, count,
+                           width);
         break;
       default:
         at = putReferences(putCount(at, kMap, count), references_.data() + record.position,

@@ -12,13 +12,13 @@
 namespace tarnkit {
 
 /// Writes a binary property list, made for speed: every object is a number, given in the order of
-/// addition; scalars stand already encoded in one growing buffer, containers as spans of one array of
-/// object numbers; there is no tree of boxed values.
+/// addition; scalars stand already encoded in one growing buffer, containers as spans of one array
+/// of object numbers; there is no tree of boxed values.
 ///
 /// Equal strings, integers, reals and booleans are one object, when kind, width and bytes agree. A
 /// container whose contents are not known yet is reserved and filled later, so that the root can be
-/// object 0. The file depends on nothing but the calls. Text that is not UTF-8 is written with U+FFFD
-/// for every byte that does not fit in.
+/// object 0. The file depends on nothing but the calls. Text that is not UTF-8 is written with
+/// U+FFFD for every byte that does not fit in.
 ///
 /// Belongs to whoever makes it; one thread at a time. Costs a hash per scalar and a copy per
 /// container. Everything throws std::length_error when the list outgrows the writer: `kMaximumSize`

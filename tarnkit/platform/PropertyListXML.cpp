@@ -43,10 +43,10 @@ Element elementNamed(std::string_view name) noexcept {
     Element element;
   };
   static constexpr Name kNames[] = {
-      {"plist", Element::plist},   {"dict", Element::dict},     {"array", Element::array},
-      {"key", Element::key},       {"string", Element::string}, {"integer", Element::integer},
-      {"real", Element::real},     {"true", Element::isTrue},   {"false", Element::isFalse},
-      {"data", Element::data},     {"date", Element::date},
+      {"plist", Element::plist}, {"dict", Element::dict},     {"array", Element::array},
+      {"key", Element::key},     {"string", Element::string}, {"integer", Element::integer},
+      {"real", Element::real},   {"true", Element::isTrue},   {"false", Element::isFalse},
+      {"data", Element::data},   {"date", Element::date},
   };
   for (const Name& known : kNames) {
     if (known.text == name) return known.element;

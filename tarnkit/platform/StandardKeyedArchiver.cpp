@@ -245,8 +245,8 @@ struct StandardKeyedArchiver::State {
   Index mapBody(const std::vector<Index>& names, const std::vector<Index>& entries) {
     const Index keys[] = {writer.addSymbol(kClassKey), writer.addSymbol(kKeysKey),
                           writer.addSymbol(kObjectsKey)};
-    const Index values[] = {writer.addUID(uidOfClass(Dictionary::kClass)),
-                            writer.addArray(names), writer.addArray(entries)};
+    const Index values[] = {writer.addUID(uidOfClass(Dictionary::kClass)), writer.addArray(names),
+                            writer.addArray(entries)};
     return writer.addMap(keys, values);
   }
 

@@ -11,10 +11,11 @@ namespace tarnkit {
 /// "$version", "$top" and "$objects" that every standard keyed unarchiver opens. Editor documents
 /// are such archives.
 ///
-/// An object stands in the archive once by identity, a string, number or class record once by value.
-/// `encodeObject` only notes the reference and puts the object on a work list, so neither the depth
-/// of the graph nor a cycle costs stack. Objects are encoded in pre-order, and the bytes depend on
-/// nothing but the graph. Belongs to whoever makes it; one thread at a time; linear in the output.
+/// An object stands in the archive once by identity, a string, number or class record once by
+/// value. `encodeObject` only notes the reference and puts the object on a work list, so neither
+/// the depth of the graph nor a cycle costs stack. Objects are encoded in pre-order, and the bytes
+/// depend on nothing but the graph. Belongs to whoever makes it; one thread at a time; linear in
+/// the output.
 class StandardKeyedArchiver final : public Encoder {
  public:
   StandardKeyedArchiver();
@@ -27,8 +28,8 @@ class StandardKeyedArchiver final : public Encoder {
 
   /// Writes the object, and everything it refers to unconditionally, under "root".
   void encodeRootObject(const Object* root);
-  /// The finished archive. The archiver is then empty and may be used again; substituted class names
-  /// are kept. Throws std::length_error when the archive would be too large for the format.
+  /// The finished archive. The archiver is then empty and may be used again; substituted class
+  /// names are kept. Throws std::length_error when the archive would be too large for the format.
   std::vector<std::uint8_t> finishEncoding();
 
   // Called outside of an object's `encodeWithCoder`, these write into "$top".
@@ -43,7 +44,8 @@ class StandardKeyedArchiver final : public Encoder {
   using Encoder::encodeConditionalObject;
   /// The slot of an object that nothing writes unconditionally holds "$null".
   void encodeConditionalObject(const Object* object, const Symbol& key) override;
-  /// Each call writes a container of its own. Null elements are left out: no container may hold nil.
+  /// Each call writes a container of its own. Null elements are left out: no container may hold
+  /// nil.
   void encodeCollection(CodingKind kind, std::size_t count,
                         FunctionRef<const Object*(std::size_t)> at, const Symbol& key) override;
   using Encoder::encodeMap;

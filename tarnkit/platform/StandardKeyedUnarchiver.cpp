@@ -56,9 +56,8 @@ struct StandardKeyedUnarchiver::State {
     }
     auto& key = symbolKeys[number];
     if (key == kUnknown) {
-      key = symbol.text().substr(0, 1) == "$"
-                ? list().keyNamed("$" + std::string(symbol.text()))
-                : list().keyNamed(symbol.text());
+      key = symbol.text().substr(0, 1) == "$" ? list().keyNamed("$" + std::string(symbol.text()))
+                                              : list().keyNamed(symbol.text());
     }
     return key;
   }
@@ -250,8 +249,7 @@ bool StandardKeyedUnarchiver::decodeCollection(const Symbol& key,
 bool StandardKeyedUnarchiver::decodeMap(
     const Symbol& key, FunctionRef<void(const String&, const Ref<Object>&)> visit) {
   const Index reference = state_->findReference(key);
-  return reference != PropertyList::kNone &&
-         state_->records.visitMap(reference, key.text(), visit);
+  return reference != PropertyList::kNone && state_->records.visitMap(reference, key.text(), visit);
 }
 
 void StandardKeyedUnarchiver::fail(std::string reason) { state_->records.fail(std::move(reason)); }

@@ -12,18 +12,18 @@ class PropertyList;
 /// Reads a standard keyed archive, binary or XML, that need not be trusted.
 ///
 /// Only the platform's values and classes of the `ClassRegistry` are made. An object is made by its
-/// class's factory when it is first referred to and handed out at once; its `initWithCoder` runs from
-/// an explicit stack, before those of the objects it refers to, which follow depth-first in the order
-/// of its decode calls. `awakeAfterDecoding` of an object runs after everything below it was
-/// initialised and awoken. So keys that objects draw while decoding come out in the pre-order of the
-/// graph, and no nesting costs stack.
+/// class's factory when it is first referred to and handed out at once; its `initWithCoder` runs
+/// from an explicit stack, before those of the objects it refers to, which follow depth-first in
+/// the order of its decode calls. `awakeAfterDecoding` of an object runs after everything below it
+/// was initialised and awoken. So keys that objects draw while decoding come out in the pre-order
+/// of the graph, and no nesting costs stack.
 ///
 /// A generic container asked for as an object is filled before whoever asked awakes; one that holds
 /// itself is refused. Values of one kind in the file that are one object there are one object here.
 /// Of an archive that fails, every object is told to let go of what it owns
-/// (`Object::abandonDecoding`). Work and memory are linear in the file: what many objects may read again from
-/// one shared list, map or byte buffer is bounded by `kSharingFactor`.
-/// Lives for one call of `unarchive`; one thread at a time.
+/// (`Object::abandonDecoding`). Work and memory are linear in the file: what many objects may read
+/// again from one shared list, map or byte buffer is bounded by `kSharingFactor`. Lives for one
+/// call of `unarchive`; one thread at a time.
 class StandardKeyedUnarchiver final : public Decoder {
  public:
   /// The elements visited while one archive is read may come to this many times all references in
@@ -32,8 +32,8 @@ class StandardKeyedUnarchiver final : public Decoder {
   static constexpr std::uint64_t kSharingFactor = 2;
   static constexpr std::uint64_t kSharingAllowance = 65536;
 
-  /// The root object ("root" of "$top"), or null with one sentence in `error`. Nothing is thrown; of
-  /// an archive that fails no object stays alive that the model does not hold itself.
+  /// The root object ("root" of "$top"), or null with one sentence in `error`. Nothing is thrown;
+  /// of an archive that fails no object stays alive that the model does not hold itself.
   static Ref<Object> unarchive(ByteSpan bytes, std::int32_t codingType,
                                std::string* error = nullptr);
 

@@ -1,0 +1,176 @@
+#include "tarnkit/archive/HXArchiveReader.h"
+
+#include "tarnkit/platform/PropertyListReader.h"
+
+namespace tarnkit {
+
+namespace {
+
+using Kind = PropertyList::Kind;
+using Index = PropertyList::Index;
+
+constexpr std::string_view kImageEntryClass = "PMImageStoreEntry";
+
+Index valueOfKind(const PropertyList& list, Index map, std::string_view key, Kind kind) noexcept {
+  const Index value = list.valueForKey(map, key);
+  return value != PropertyList::kNone && list.kind(value) == kind ? value : PropertyList::kNone;
+}
+
+std::string_view classOfBody(const PropertyList& list, Index body) noexcept {
+  if (list.kind(body) != Kind::map) return {};
+  const Index name = valueOfKind(list, body, "$class", Kind::string);
+  return name == PropertyList::kNone ? std::string_view() : list.string(name);
+}
+
+// The class of the root object; looked up without an index, once.
+std::string_view classOfRoot(const PropertyList& list, Index objects, Index root) noexcept {
+  const Index id = valueOfKind(list, root, "$reference", Kind::string);
+  if (id == PropertyList::kNone) return {};
+  const Index body = list.valueForKey(objects, list.string(id));
+  return body == PropertyList::kNone ? std::string_view() : classOfBody(list, body);
+}
+
+}  // namespace
+
+HXArchiveReader::Visitor::~Visitor() = default;
+
+HXArchiveKind HXArchiveReader::sniff(const PropertyList& list) noexcept {
+  const Index top = list.root();
+  if (top == PropertyList::kNone || list.kind(top) != Kind::map) return HXArchiveKind::none;
+  const Index archiver = valueOfKind(list, top, "$archiver", Kind::string);
+  if (archiver != PropertyList::kNone) {
+    const bool isStandard = list.string(archiver) == "NSKeyedArchiver" &&
+                            valueOfKind(list, top, "$objects", Kind::array) != PropertyList::kNone;
+    return isStandard ? HXArchiveKind::editorDocument : HXArchiveKind::none;
+  }
+  const Index objects = valueOfKind(list, top, "$objects", Kind::map);
+  const Index root = valueOfKind(list, top, "$root", Kind::map);
+  if (objects == PropertyList::kNone || root == PropertyList::kNone ||
+      valueOfKind(list, top, "$version", Kind::string) == PropertyList::kNone) {
+    return HXArchiveKind::none;
+  }
+  return classOfRoot(list, objects, root) == kImageEntryClass ? HXArchiveKind::imageArchive
+                                                              : HXArchiveKind::deviceGraph;
+}
+
+HXArchiveKind HXArchiveReader::sniff(ByteSpan bytes) {
+  PropertyList list;
+  return PropertyListReader::read(bytes, list) ? sniff(list) : HXArchiveKind::none;
+}
+
+bool HXArchiveReader::open(ByteSpan bytes, std::string* error) {
+  *this = HXArchiveReader();
+  if (!PropertyListReader::read(bytes, list_, error)) return false;
+  kind_ = sniff(list_);
+  if (kind_ != HXArchiveKind::deviceGraph && kind_ != HXArchiveKind::imageArchive) {
+    *this = HXArchiveReader();
+    if (error) *error = "neither a device graph nor an image archive";
+    return false;
+  }
+  const Index top = list_.root();
+  root_ = list_.valueForKey(top, "$root");
+  version_ = list_.string(list_.valueForKey(top, "$version"));
+  classKey_ = list_.keyNamed("$class");
+  referenceKey_ = list_.keyNamed("$reference");
+  const Index objects = list_.valueForKey(top, "$objects");
+  const auto ids = list_.keys(objects);
+  const auto bodies = list_.values(objects);
+  ids_.assign(ids.begin(), ids.end());
+  bodies_.assign(bodies.begin(), bodies.end());
+  objectsByKey_.assign(list_.keyCount(), kNoObject);
+  for (Object object = 0; object < objectCount(); ++object) {
+    objectsByKey_[list_.keyOf(ids[object])] = object;
+    classes_.push_back(findClass(bodies[object]));
+  }
+  return true;
+}
+
+HXArchiveReader::Object HXArchiveReader::objectNamed(std::string_view id) const noexcept {
+  const auto key = list_.keyNamed(id);
+  return key == PropertyList::kNoKey ? kNoObject : objectsByKey_[key];
+}
+
+std::string_view HXArchiveReader::classOf(Object object) const noexcept {
+  const Index name = classes_[object];
+  return name == PropertyList::kNone ? std::string_view() : list_.string(name);
+}
+
+Index HXArchiveReader::findClass(Index body) const noexcept {
+  if (list_.kind(body) != Kind::map) return PropertyList::kNone;
+  const auto keys = list_.keys(body);
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (list_.keyOf(keys[i]) != classKey_) continue;
+    const Index name = list_.values(body)[i];
+    return list_.kind(name) == Kind::string ? name : PropertyList::kNone;
+  }
+  return PropertyList::kNone;
+}
+
+bool HXArchiveReader::isReference(Index value) const noexcept {
+  return list_.kind(value) == Kind::map && list_.count(value) == 1 &&
+         list_.keyOf(list_.keys(value)[0]) == referenceKey_ &&
+         list_.kind(list_.values(value)[0]) == Kind::string;
+}
+
+HXArchiveReader::Object HXArchiveReader::resolve(Index reference) const noexcept {
+  const Index id = list_.values(reference)[0];
+  const auto key = list_.keyOf(id);
+  return key == PropertyList::kNoKey ? objectNamed(list_.string(id)) : objectsByKey_[key];
+}
+
+void HXArchiveReader::walk(Visitor& visitor) const {
+  struct Step {
+    Index container;
+    std::uint32_t next;
+  };
+  std::vector<bool> metObjects(objectCount());
+  std::vector<bool> metContainers(list_.count());
+  std::vector<Step> path;
+  const auto open = [&](Index container) {
+    metContainers[container] = true;
+    path.push_back({container, 0});
+  };
+  const auto enter = [&](Index value) {
+    Object object = kNoObject;
+    if (isReference(value)) {
+      object = resolve(value);
+      if (object == kNoObject) return visitor.nil();
+      if (metObjects[object]) return visitor.repeated(object);
+      metObjects[object] = true;
+      value = bodyOf(object);
+    }
+    if (list_.kind(value) == Kind::map && !metContainers[value]) {
+      visitor.beginMap(object, list_.count(value));
+      open(value);
+    } else if (list_.kind(value) == Kind::array && !metContainers[value]) {
+      visitor.beginList(object, list_.count(value));
+      open(value);
+    } else {
+      visitor.value(object, value);
+    }
+  };
+  enter(root_);
+  while (!path.empty()) {
+    Step& step = path.back();
+    const Index container = step.container;
+    const bool isMap = list_.kind(container) == Kind::map;
+    if (step.next == list_.count(container)) {
+      path.pop_back();
+      if (isMap) {
+        visitor.endMap();
+      } else {
+        visitor.endList();
+      }
+      continue;
+    }
+    const std::uint32_t at = step.next++;
+    if (!isMap) {
+      enter(list_.elements(container)[at]);
+    } else if (const Index name = list_.keys(container)[at]; list_.keyOf(name) != classKey_) {
+      visitor.key(name);
+      enter(list_.values(container)[at]);
+    }
+  }
+}
+
+}  // namespace tarnkit
