@@ -28,6 +28,10 @@ foreach(room model patches archive images math foundation platform)
     endif()
   endif()
 endforeach()
+# Relative, so that an installed tree may be moved.
+file(RELATIVE_PATH TARNKIT_PC_PREFIX
+     "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" TARNKIT_PC_PREFIX "${TARNKIT_PC_PREFIX}")
 foreach(package tarnkit tarnkit-math)
   configure_file("${PROJECT_SOURCE_DIR}/cmake/${package}.pc.in"
                  "${PROJECT_BINARY_DIR}/${package}.pc" @ONLY)
