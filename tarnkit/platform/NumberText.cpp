@@ -50,6 +50,24 @@ bool takeSign(std::string_view& text) noexcept {
   return negative;
 }
 
+/// Whether the number that the text spells is below one, however many digits it takes. It is not zero.
+bool isBelowOne(std::string_view text) noexcept {
+  const auto e = text.find_first_of("eE");
+  const auto mantissa = text.substr(0, e);
+  const auto point = std::min(mantissa.find('.'), mantissa.size());
+  const auto first = mantissa.find_first_of("123456789");
+  // The power of ten of the first digit that counts.
+  auto power = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
+  if (first < point) --power;
+  if (e == text.npos) return power < 0;
+  auto exponent = text.substr(e + 1);
+  const bool negative = takeSign(exponent);
+  std::int64_t value = 0;
+  const auto read = std::from_chars(exponent.data(), exponent.data() + exponent.size(), value);
+  if (read.ec == std::errc::result_out_of_range) return negative;
+  return power + (negative ? -value : value) < 0;
+}
+
 }  // namespace
 
 std::string shortestText(float value) { return shortest(value); }
@@ -87,12 +105,7 @@ float readFloat(std::string_view text) noexcept {
   if (read.ec == std::errc::invalid_argument) return 0;
   if (read.ec == std::errc::result_out_of_range) {
     const std::string_view taken(text.data(), static_cast<std::size_t>(read.ptr - text.data()));
-    double wide = 0;
-    const auto again = std::from_chars(taken.data(), taken.data() + taken.size(), wide);
-    const bool tiny = again.ec == std::errc::result_out_of_range
-                          ? taken.find("e-") != taken.npos || taken.find("E-") != taken.npos
-                          : std::abs(wide) < 1;
-    value = tiny ? 0.0F : std::numeric_limits<float>::infinity();
+    value = isBelowOne(taken) ? 0.0F : std::numeric_limits<float>::infinity();
   }
   return negative ? -value : value;
 }

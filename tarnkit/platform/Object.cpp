@@ -53,11 +53,17 @@ void* Object::allocate(std::size_t size, std::size_t extra) {
   return counts + 1;
 }
 
-// With an owner left, a constructor has thrown; otherwise the last weak reference let go.
 void Object::deallocate(void* object) noexcept {
   auto* counts = static_cast<Counts*>(object) - 1;
-  if (counts->strong != 0) countLiveObjects(-1);
-  std::free(counts);
+  if (counts->strong == 0) {
+    std::free(counts);
+    return;
+  }
+  // The constructor has thrown. Weak references that it handed out still need the counts; when there
+  // are none, this comes back here at once.
+  counts->strong = 0;
+  countLiveObjects(-1);
+  detail::releaseWeakly(static_cast<Object*>(object));
 }
 
 void Object::destroy(const Object* object) noexcept {

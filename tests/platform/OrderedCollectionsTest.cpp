@@ -1,0 +1,203 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tarnkit/platform/IdentityMap.h"
+#include "tarnkit/platform/Number.h"
+#include "tarnkit/platform/OrderedMap.h"
+#include "tarnkit/platform/OrderedSet.h"
+
+namespace tarnkit {
+namespace {
+
+String keyOf(std::uint32_t number) { return String("node_" + std::to_string(number)); }
+
+/// What the map must look like: entries in the order of insertion.
+class Model {
+ public:
+  using Entries = std::vector<std::pair<String, int>>;
+  void set(const String& key, int value) {
+    const auto at = find(key);
+    if (at == entries_.end()) {
+      entries_.emplace_back(key, value);
+    } else {
+      at->second = value;
+    }
+  }
+  int take(const String& key) {
+    const auto at = find(key);
+    if (at == entries_.end()) return 0;
+    const int value = at->second;
+    entries_.erase(at);
+    return value;
+  }
+  int get(const String& key) {
+    const auto at = find(key);
+    return at == entries_.end() ? 0 : at->second;
+  }
+  Entries& entries() { return entries_; }
+
+ private:
+  Entries::iterator find(const String& key) {
+    return std::find_if(entries_.begin(), entries_.end(),
+                        [&](const auto& entry) { return entry.first == key; });
+  }
+  Entries entries_;
+};
+
+template <class Map>
+void expectSame(const Map& map, const Model::Entries& expected) {
+  ASSERT_EQ(map.size(), expected.size());
+  auto at = expected.begin();
+  for (const auto& entry : map) {
+    ASSERT_EQ(entry.key, at->first);
+    ASSERT_EQ(entry.value, at->second);
+    ++at;
+  }
+  ASSERT_EQ(at, expected.end());
+}
+
+// Three ways of removing: anywhere, the oldest first, the newest first.
+class OrderedMapAgainstModel : public testing::TestWithParam<int> {};
+
+TEST_P(OrderedMapAgainstModel, BehavesLikeAListOfEntries) {
+  std::mt19937 source(static_cast<std::uint32_t>(GetParam()));
+  const auto random = [&] { return static_cast<std::uint32_t>(source()); };
+  OrderedMap<int> map;
+  Model model;
+  std::uint32_t next = 0;
+  for (int round = 0; round < 40; ++round) {
+    const auto operations = random() % 200;
+    const std::uint32_t additions = random() % 100;  // some rounds grow, some shrink
+    for (std::uint32_t i = 0; i < operations; ++i) {
+      const auto key = keyOf(random() % 300);
+      const int value = static_cast<int>(++next);
+      if (random() % 100 < additions) {
+        map.set(key, value);
+        model.set(key, value);
+      } else if (GetParam() == 0 || model.entries().empty()) {
+        ASSERT_EQ(map.take(key), model.take(key));
+      } else {
+        const auto& entry = GetParam() == 1 ? model.entries().front() : model.entries().back();
+        const String victim = entry.first;
+        ASSERT_EQ(map.take(victim), model.take(victim));
+      }
+      ASSERT_EQ(map.get(key), model.get(key));
+    }
+    ASSERT_NO_FATAL_FAILURE(expectSame(map, model.entries()));
+    if (round % 7 == 0) {
+      const OrderedMap<int> copy = map;
+      ASSERT_NO_FATAL_FAILURE(expectSame(copy, model.entries()));
+      map.reserve(map.size() + 50);
+    }
+    if (round % 11 == 10) {
+      OrderedMap<int> moved = std::move(map);
+      map = std::move(moved);
+    }
+  }
+  map.clear();
+  EXPECT_TRUE(map.empty());
+  EXPECT_EQ(map.begin(), map.end());
+}
+INSTANTIATE_TEST_SUITE_P(Removing, OrderedMapAgainstModel, testing::Values(0, 1, 2));
+
+TEST(OrderedMap, NilAndAbsentKeysReadAsNothing) {
+  OrderedMap<int> map;
+  EXPECT_EQ(map.find(String()), nullptr);
+  EXPECT_EQ(map.take("absent"), 0);
+  for (std::uint32_t i = 0; i < 20; ++i) {
+    map.set(keyOf(i), 1);
+    ASSERT_FALSE(map.contains(String()));
+    ASSERT_FALSE(map.contains("absent"));
+  }
+}
+
+TEST(OrderedMap, AQueueOfManyEntriesDoesNotSlowDown) {
+  constexpr std::uint32_t kCount = 400000;
+  OrderedMap<int> map;
+  const auto start = std::chrono::steady_clock::now();
+  for (std::uint32_t i = 0; i < kCount; ++i) map.set(keyOf(i), 1);
+  for (std::uint32_t i = 0; i < kCount; ++i) {
+    const String oldest = map.begin()->key;
+    ASSERT_EQ(oldest, keyOf(i));
+    map.take(oldest);
+  }
+  // Walking over the gaps at every step would take minutes.
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
+}
+
+TEST(OrderedSet, KeepsOrderThroughAddingRemovingAndMoving) {
+  std::mt19937 random(5);
+  const auto set = make<OrderedSet>();
+  std::vector<std::int32_t> model;
+  for (int i = 0; i < 4000; ++i) {
+    const auto value = static_cast<std::int32_t>(random() % 120);
+    const auto number = Number::withInt(value);
+    const auto at = std::find(model.begin(), model.end(), value);
+    const bool present = at != model.end();
+    ASSERT_EQ(set->indexOf(number.get()), present ? at - model.begin() : kNotFoundIndex);
+    switch (random() % 4) {
+      case 0:
+      case 1:
+        ASSERT_EQ(set->add(number), !present);
+        if (!present) model.push_back(value);
+        break;
+      case 2:
+        ASSERT_EQ(set->remove(number.get()), present);
+        if (present) model.erase(at);
+        break;
+      default:
+        if (model.empty()) break;
+        const auto from = random() % model.size();
+        const auto to = random() % model.size();
+        set->move(static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to));
+        const auto moved = model[from];
+        model.erase(model.begin() + static_cast<std::ptrdiff_t>(from));
+        model.insert(model.begin() + static_cast<std::ptrdiff_t>(to), moved);
+    }
+    ASSERT_EQ(set->count(), model.size());
+  }
+  std::vector<std::int32_t> members;
+  for (const auto& member : *set) members.push_back(as<Number>(member.get())->intValue());
+  EXPECT_EQ(members, model);
+}
+
+TEST(OrderedSet, MembershipIsByEqualityAndNullIsNoMember) {
+  const auto set = make<OrderedSet>();
+  EXPECT_TRUE(set->add(Ref<Object>(String("a").object())));
+  EXPECT_FALSE(set->add(Ref<Object>(String("a").object())));
+  EXPECT_FALSE(set->add(nullptr));
+  EXPECT_FALSE(set->contains(nullptr));
+  EXPECT_FALSE(set->remove(nullptr));
+  const auto copy = make<OrderedSet>(*set);
+  EXPECT_TRUE(set->isEqual(*copy));
+  copy->add(Ref<Object>(String("b").object()));
+  EXPECT_FALSE(set->isEqual(*copy));
+  EXPECT_EQ(set->count(), 1U);
+}
+
+TEST(IdentityMap, TellsEqualObjectsApartAndKeepsThemAlive) {
+  IdentityMap<Object, String> map;
+  auto one = Number::withInt(1);
+  const auto alsoOne = Number::withInt(1);
+  const WeakRef<Number> weak(one);
+  map.set(one, "first");
+  map.set(alsoOne, "second");
+  map.set(one, "third");
+  one = nullptr;
+  ASSERT_NE(weak.get(), nullptr);
+  EXPECT_EQ(map.size(), 2U);
+  EXPECT_EQ(map.begin()->value, "third");
+  EXPECT_EQ(map.take(weak.get()), "third");
+  EXPECT_EQ(weak.get(), nullptr);
+  EXPECT_EQ(map.get(alsoOne.get()), "second");
+  EXPECT_FALSE(map.contains(nullptr));
+}
+
+}  // namespace
+}  // namespace tarnkit
