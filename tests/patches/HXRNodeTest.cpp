@@ -1,0 +1,261 @@
+#include <gtest/gtest.h>
+
+#include "FakeOwner.h"
+#include "tarnkit/patches/HXRNode.h"
+#include "tarnkit/patches/HXRPlugin.h"
+#include "tarnkit/patches/PatchColors.h"
+#include "tarnkit/patches/PatchDeclaration.h"
+#include "tarnkit/patches/PatchRegistry.h"
+#include "tarnkit/platform/Bundle.h"
+
+namespace tarnkit {
+namespace {
+
+constexpr auto kIn = HXOrientationInput;
+constexpr auto kOut = HXOrientationOutput;
+constexpr const char* kHidden[] = {"Advanced", nullptr};
+int declarations = 0;
+
+const HXRNodeClass kBase{"TestBaseNode",
+                         &HXRNode::kClass,
+                         {.defaultName = "Base",
+                          .libraryCategory = "Utility",
+                          .libraryDescription = "Shared.html",
+                          .processClassName = "PMRBasePatch",
+                          .defaultColor = &HXGesturePatchColor,
+                          .hiddenInLibrary = HXRNodeClass::Flag::yes,
+                          .allowsSubnodes = HXRNodeClass::Flag::yes,
+                          .hiddenPortGroupKeys = kHidden},
+                         [](PatchDeclaration& patch) {
+                           ++declarations;
+                           patch.in("First", "Tarn.firstInput", value::number(1));
+                           patch.group("Advanced");
+                           patch.in("Second", "Tarn.secondInput");
+                           patch.group();
+                           patch.out("Result", "Tarn.resultOutput");
+                           patch.parameter("Count", "Tarn.countParameter", 2, 0, 9);
+                         }};
+const HXRNodeClass kDerived{"TestDerivedNode",
+                            &kBase,
+                            {.hiddenInLibrary = HXRNodeClass::Flag::no},
+                            [](PatchDeclaration& patch) { patch.in("Third", "Tarn.thirdInput"); }};
+
+Ref<HXRPort> input(const char* key) { return make<HXRValueInputPort>("Name", key); }
+
+TEST(HXRNodeClass, InheritsWhatItLeavesOut) {
+  EXPECT_EQ(HXRNode::kClass.defaultName(), "HXRNode");
+  EXPECT_TRUE(HXRNode::kClass.libraryCategory().isNil());
+  EXPECT_EQ(HXRNode::kClass.libraryDescription(), "HXRNode.html");
+  EXPECT_EQ(HXRNode::kClass.processClassName(), "PMRPatch");
+  EXPECT_EQ(HXRNode::kClass.patchViewClassName(), "HXBasicPatchView");
+  EXPECT_EQ(HXRNode::kClass.defaultColor(), HXPrimaryPatchColor);
+  EXPECT_FALSE(HXRNode::kClass.hiddenInLibrary());
+  EXPECT_FALSE(HXRNode::kClass.secretInLibrary());
+  EXPECT_FALSE(HXRNode::kClass.allowsSubnodes());
+  EXPECT_TRUE(HXRNode::kClass.hiddenPortGroupKeys().isEmpty());
+
+  EXPECT_EQ(kDerived.defaultName(), "Base");
+  EXPECT_EQ(kDerived.libraryCategory(), "Utility");
+  EXPECT_EQ(kBase.libraryDescription(), "Shared.html");
+  EXPECT_EQ(kDerived.libraryDescription(), "TestDerivedNode.html");  // named after its own class
+  EXPECT_EQ(kDerived.processClassName(), "PMRBasePatch");
+  EXPECT_EQ(kDerived.defaultColor(), HXGesturePatchColor);
+  EXPECT_TRUE(kBase.hiddenInLibrary());
+  EXPECT_FALSE(kDerived.hiddenInLibrary());
+  EXPECT_TRUE(kDerived.allowsSubnodes());
+  EXPECT_TRUE(kDerived.hiddenPortGroupKeys().contains(String("Advanced").object().get()));
+  EXPECT_TRUE(kDerived.isKindOf(kBase));
+}
+
+TEST(HXRNodeClass, InstancesShareOneDeclaration) {
+  const auto first = kDerived.makeDefinition();
+  const int declared = declarations;
+  const auto second = as<HXRNode>(kDerived.make());
+  EXPECT_EQ(declarations, declared);
+  EXPECT_EQ(&first->portLayout(), &second->portLayout());
+  EXPECT_TRUE(first->isMemberOf(kDerived));
+  EXPECT_EQ(groupKeys(*first, kIn), (Texts{"__Default", "Advanced"}));
+  EXPECT_EQ(keysOfGroup(*first, kIn, "__Default"), (Texts{"Tarn.firstInput", "Tarn.thirdInput"}));
+
+  // Parameters are each instance's own.
+  auto* const count = as<HXRIndexParameter>(first->parameterForKey("Tarn.countParameter"));
+  ASSERT_TRUE(count);
+  EXPECT_EQ(count->node(), first.get());
+  count->setValue(7);
+  EXPECT_EQ(as<HXRIndexParameter>(second->parameters()[0].get())->value(), 2);
+  EXPECT_EQ(second->parameters()[0]->node(), second.get());
+}
+
+TEST(HXRNode, CopiesTheLayoutOnceAndTellsItsNode) {
+  const auto definition = kBase.makeDefinition();
+  const auto owner = make<FakeOwner>();
+  definition->setNode(owner.get());
+  const auto* const shared = &definition->portLayout();
+  EXPECT_EQ(definition->portForKey("Tarn.unknown"), nullptr);
+  EXPECT_EQ(&definition->portLayout(), shared);
+
+  auto* const first = definition->portForKey("Tarn.firstInput");
+  EXPECT_EQ(owner->take(), Texts{"copied"});
+  EXPECT_FALSE(definition->portLayout().isShared());
+  EXPECT_EQ(first->node(), definition.get());
+  EXPECT_EQ(first->portGroupKey(), "__Default");
+  EXPECT_EQ(as<HXRPrimitiveInputPort>(first)->defaultValue()->numberValue(), 1);
+  first->setName("Renamed");
+  first->setName("Renamed");
+  EXPECT_EQ(owner->take(), Texts{"=Renamed"});
+
+  // The others of the class have not seen any of it.
+  EXPECT_EQ(shared->ports().get("Tarn.firstInput")->name(), "First");
+  EXPECT_EQ(shared->ports().get("Tarn.firstInput")->node(), nullptr);
+  EXPECT_EQ(&kBase.makeDefinition()->portLayout(), shared);
+  EXPECT_EQ(groupKeys(*definition, kIn), (Texts{"__Default", "Advanced"}));
+  EXPECT_EQ(definition->inputPortGroupCollection().node(), definition.get());
+}
+
+TEST(HXRNode, PortsGoIntoGroupsInTheOrderOfTheirFirst) {
+  const auto definition = HXRNode::kClass.makeDefinition();
+  const auto owner = make<FakeOwner>();
+  definition->setNode(owner.get());
+  const auto a = input("a");
+  const auto b = input("b");
+  const auto c = input("c");
+  definition->addPort(*a, "X");
+  definition->addPort(*b);
+  definition->addPort(*c, "X");
+  definition->addPort(*make<HXRValueOutputPort>("Out", "out"), "X");
+  EXPECT_EQ(owner->take(), (Texts{"copied", "+a", "+b", "+c", "+out"}));
+  EXPECT_EQ(groupKeys(*definition, kIn), (Texts{"X", "__Default"}));
+  EXPECT_EQ(groupKeys(*definition, kOut), (Texts{"X"}));
+  EXPECT_EQ(keysOfGroup(*definition, kIn, "X"), (Texts{"a", "c"}));
+  EXPECT_EQ(definition->hx_inputPortGroupForKey("X")->portGroupCollection(),
+            &definition->inputPortGroupCollection());
+
+  const auto emptied = Ref<HXRPortGroup>(definition->hx_inputPortGroupForKey("X"));
+  definition->removePort(*a);
+  definition->removePort(*c);
+  definition->removePort(*c);  // held no more
+  EXPECT_EQ(owner->take(), (Texts{"-a", "-c"}));
+  EXPECT_EQ(groupKeys(*definition, kIn), (Texts{"__Default"}));
+  EXPECT_EQ(emptied->portGroupCollection(), nullptr);
+  EXPECT_EQ(c->node(), nullptr);
+  EXPECT_TRUE(c->portGroupKey().isNil());
+  EXPECT_EQ(definition->portForKey("c"), nullptr);
+  definition->addPort(*c, "X");
+  EXPECT_EQ(groupKeys(*definition, kIn), (Texts{"__Default", "X"}));
+}
+
+TEST(HXRNode, IgnoresPortsThatAreNotItsOwn) {
+  const auto definition = kBase.makeDefinition();
+  const auto other = kBase.makeDefinition();
+  const auto owner = make<FakeOwner>();
+  definition->setNode(owner.get());
+  definition->addPort(*make<HXRPort>("Neither", "k", 3, 1));
+  definition->removePort(*other->portForKey("Tarn.firstInput"));
+  definition->removePort(*Ref<HXRPort>(definition->portLayout().ports().get("Tarn.firstInput")));
+  EXPECT_TRUE(owner->take().empty());
+  EXPECT_TRUE(definition->portLayout().isShared());
+  EXPECT_TRUE(other->portForKey("Tarn.firstInput"));
+}
+
+TEST(HXRNode, OfTwoPortsUnderOneKeyTheLastIsFound) {
+  const auto definition = HXRNode::kClass.makeDefinition();
+  const auto first = input("same");
+  const auto second = input("same");
+  definition->addPort(*first);
+  definition->addPort(*second);
+  EXPECT_EQ(keysOfGroup(*definition, kIn, "__Default"), Texts{"same"});
+  EXPECT_EQ(definition->hx_inputPortGroupForKey("__Default")->ports().count(), 2U);
+  EXPECT_EQ(definition->portForKey("same"), second.get());
+  definition->removePort(*first);
+  EXPECT_EQ(definition->portForKey("same"), second.get());
+  definition->removePort(*second);
+  EXPECT_TRUE(groupKeys(*definition, kIn).empty());
+}
+
+TEST(HXRNode, TellsOfParameters) {
+  const auto definition = kBase.makeDefinition();
+  const auto owner = make<FakeOwner>();
+  definition->setNode(owner.get());
+  const auto extra = make<HXRBooleanParameter>("Extra", "Tarn.extraParameter");
+  definition->removeParameter(*extra);
+  definition->addParameter(*extra);
+  EXPECT_EQ(extra->node(), definition.get());
+  EXPECT_EQ(definition->parameterForKey("Tarn.extraParameter"), extra.get());
+  definition->removeParameter(*extra);
+  EXPECT_EQ(extra->node(), nullptr);
+  EXPECT_EQ(owner->take(), (Texts{"+Tarn.extraParameter", "-Tarn.extraParameter"}));
+  EXPECT_EQ(definition->parameters().size(), 1U);
+}
+
+TEST(HXRNode, HoldsItsNodeWeaklyAndLeavesNothingBehind) {
+  kBase.prototype();
+  const auto alive = Object::liveObjectCount();
+  {
+    const auto definition = kBase.makeDefinition();
+    auto owner = make<FakeOwner>();
+    definition->setNode(owner.get());
+    definition->portForKey("Tarn.firstInput")->setName("Other");
+    owner = nullptr;
+    EXPECT_EQ(definition->node(), nullptr);
+    definition->addPort(*input("more"));
+  }
+  EXPECT_EQ(Object::liveObjectCount(), alive);
+}
+
+TEST(PatchRegistry, PlugInsAddAndReplaceClasses) {
+  class Plugin final : public HXRPlugin {
+   public:
+    std::vector<const HXRNodeClass*> nodeClasses() const override { return {&kBase, &kDerived}; }
+  };
+  const Plugin plugin;
+  EXPECT_EQ(plugin.name(), "Untitled");
+  EXPECT_EQ(plugin.description(), "This plugin has no description");
+  EXPECT_TRUE(HXRPlugin().nodeClasses().empty());
+
+  const auto before = catalogue().size();
+  for (const auto* const patchClass : plugin.nodeClasses()) addPatchClass(*patchClass);
+  EXPECT_EQ(catalogue().size(), before + 2);
+  EXPECT_EQ(patchClassNamed("TestDerivedNode"), &kDerived);
+  static const HXRNodeClass replacement{"TestDerivedNode", &kBase, {}};
+  addPatchClass(replacement);
+  EXPECT_EQ(catalogue().size(), before + 2);
+  EXPECT_EQ(patchClassNamed("TestDerivedNode"), &replacement);
+  EXPECT_EQ(patchClassNamed("PMRPrimitive"), nullptr);  // a class, but of no definition
+  EXPECT_EQ(patchClassNamed("NoSuchNode"), nullptr);
+}
+
+TEST(HXRNode, ClassesOfOtherBundlesAreExternal) {
+  EXPECT_FALSE(HXRNode::hx_isExternalClass(HXRNode::kClass));
+  static const HXRNodeClass foreign{"TestForeignNode", &HXRNode::kClass, {}};
+  EXPECT_FALSE(HXRNode::hx_isExternalClass(foreign));
+  Bundle::addBundle("org.example.plug-in").claimClass(foreign);
+  EXPECT_TRUE(HXRNode::hx_isExternalClass(foreign));
+  // A bundle that bears the application's identifier is the application's own.
+  Bundle::mainBundle().setInfoDictionary(
+      {{"CFBundleIdentifier", String("org.example.plug-in").object()}});
+  EXPECT_FALSE(HXRNode::hx_isExternalClass(foreign));
+  Bundle::mainBundle().setInfoDictionary({});
+}
+
+TEST(HXRNodeClass, NamesTheEditorNodeClassAndAsksTheModelForADocument) {
+  EXPECT_EQ(kBase.nodeClassName(), "HXNode");
+  const std::pair<const char*, const char*> containers[] = {
+      {"HXRReplicatorNode", "HXReplicatorNode"},
+      {"HXRLoopNode", "HXLoopNode"},
+      {"HXRRemoteGroupNode", "HXRemoteGroupNode"},
+      {"HXRRemoteGroupProcessorNode", "HXRemoteGroupProcessorNode"},
+  };
+  registerPatchClasses();
+  for (const auto& [patch, node] : containers) {
+    ASSERT_TRUE(patchClassNamed(patch)) << patch;
+    EXPECT_EQ(patchClassNamed(patch)->nodeClassName(), node);
+  }
+  EXPECT_FALSE(kBase.documentGraph());
+  HXRNodeClass::setDocumentGraphBuilder(
+      [](const HXRNodeClass& asked) { return Ref<Object>(asked.nameString().object()); });
+  EXPECT_EQ(String::from(kBase.documentGraph().get()), "TestBaseNode");
+  HXRNodeClass::setDocumentGraphBuilder(nullptr);
+}
+
+}  // namespace
+}  // namespace tarnkit
