@@ -1,0 +1,24 @@
+#include <cstdio>
+
+#include "tarnkit/model/HXDocumentFile.h"
+#include "tarnkit/patches/PatchRegistry.h"
+
+using namespace tarnkit;
+
+int main() {
+  const auto document = make<HXDocument>();
+  const auto place = [&](const char* patch) {
+    const auto node = make<HXNode>();
+    node->setPatch(patchClassNamed(patch)->makeDefinition());
+    document->subnodeGroup()->addNode(*node);
+    return node;
+  };
+  const auto touch = place("HXRTouchInteractionNode"), toggle = place("HXRSwitchNode");
+  document->connectPort(*touch->portForKey("Tarn.downOutput"),
+                        *toggle->portForKey("Tarn.toggleInput"));
+
+  std::string reason;
+  if (HXDocumentFile::save(*document, "touch.document", HXCodingTypeEditor, reason)) return 0;
+  std::puts(reason.c_str());
+  return 1;
+}
