@@ -1,0 +1,430 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "tarnkit/archive/HXArchiveReader.h"
+#include "tarnkit/archive/HXArchiveText.h"
+#include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/archive/HXKeyedArchiver.h"
+#include "tarnkit/platform/Array.h"
+#include "tarnkit/platform/Bundle.h"
+#include "tarnkit/platform/Dictionary.h"
+#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/Null.h"
+#include "tarnkit/platform/Number.h"
+#include "tarnkit/platform/PropertyListWriter.h"
+
+namespace tarnkit {
+namespace {
+
+using ::testing::HasSubstr;
+
+const Symbol kA{"a"};
+const Symbol kB{"b"};
+const Symbol kC{"c"};
+const Symbol kPMThing{"PMThing"};
+const Symbol kPMOther{"PMOther"};
+
+// An object whose encoding is given by the test.
+class Scripted : public Object {
+  TARNKIT_CLASS
+ public:
+  explicit Scripted(std::function<void(Encoder&)> script = {}) : script_(std::move(script)) {}
+  void setScript(std::function<void(Encoder&)> script) { script_ = std::move(script); }
+  void encodeWithCoder(Encoder& coder) const override {
+    if (script_) script_(coder);
+  }
+
+ private:
+  std::function<void(Encoder&)> script_;
+};
+class ScriptedKind final : public Scripted {
+  TARNKIT_CLASS
+ public:
+  using Scripted::Scripted;
+};
+const Class Scripted::kClass{"Scripted", &Object::kClass};
+const Class ScriptedKind::kClass{"ScriptedKind", &Scripted::kClass};
+
+// The archive in its readable form without the first line.
+std::string shown(const Data& data) {
+  HXArchiveReader reader;
+  std::string error;
+  if (!reader.open(data.bytes(), &error)) return "ERROR: " + error;
+  const std::string text = HXArchiveText::indented(reader);
+  return text.substr(text.find('\n') + 1);
+}
+std::string shown(const Object& root) {
+  return shown(*HXKeyedArchiver::archivedDataWithRootObject(&root));
+}
+
+TEST(HXKeyedArchiver, NumbersObjectsInPreOrder) {
+  const auto leaf = make<Scripted>();
+  const auto child = make<Scripted>([&](Encoder& coder) { coder.encodeObject(leaf, kA); });
+  const auto root = make<Scripted>([&](Encoder& coder) {
+    coder.encodeObject(child, kA);
+    coder.encodeBool(true, kB);
+    coder.encodeObject(leaf, kC);  // a second time
+  });
+  EXPECT_EQ(shown(*root),
+            "$object-0 Scripted\n"
+            "  a: $object-1 Scripted\n"
+            "    a: $object-2 Scripted\n"
+            "  b: true\n"
+            "  c: $object-2 Scripted (above)\n");
+}
+
+TEST(HXKeyedArchiver, WritesEveryKindOfValueInItsForm) {
+  const auto root = make<Scripted>([](Encoder& coder) {
+    static const Symbol keys[] = {Symbol("k0"), Symbol("k1"), Symbol("k2"), Symbol("k3"),
+                                  Symbol("k4"), Symbol("k5"), Symbol("k6"), Symbol("k7"),
+                                  Symbol("k8"), Symbol("k9")};
+    coder.encodeInt(-1, keys[0]);
+    coder.encodeInt64(std::int64_t{1} << 40, keys[1]);
+    coder.encodeFloat(0.1F, keys[2]);
+    coder.encodeDouble(0.1, keys[3]);
+    coder.encodeBytes(bytesOf("xyz"), keys[4]);
+    coder.encodeObject(make<Data>(bytesOf("xy")), keys[5]);
+    coder.encodeString("text", keys[6]);
+    coder.encodeObject(Number::withFloat(2.5F), keys[7]);
+    coder.encodeString(String(), keys[8]);  // nil: the key stays absent
+    coder.encodeObject(Null::null(), keys[9]);
+  });
+  EXPECT_EQ(shown(*root),
+            "$object-0 Scripted\n"
+            "  k0: -1\n  k1: 1099511627776\n  k2: 0.1\n  k3: 0.1\n  k4: <3 bytes>\n"
+            "  k5: $object-1 <2 bytes>\n  k6: \"text\"\n  k7: 2.5\n"
+            "  k9: $object-2 NSNull\n");
+}
+
+TEST(HXKeyedArchiver, GivesContainersIDsOfTheirOwn) {
+  const auto leaf = make<Scripted>();
+  auto list = make<Array>();
+  list->add(leaf);
+  list->add(String("text").object());
+  auto map = make<Dictionary>();
+  map->setObject(make<Scripted>(), "b");
+  map->setObject(make<Scripted>(), "a");  // the lower ID, though added later
+  auto ordered = make<OrderedSet>();
+  ordered->add(leaf);
+  ordered->add(Number::withInt(1));
+  auto set = make<Set>();
+  set->add(leaf);
+  const std::vector<Ref<Scripted>> vector{leaf, make<Scripted>()};
+  OrderedMap<Ref<Scripted>> table;
+  table.set("z", leaf);
+  table.set("y", make<Scripted>());
+  const auto root = make<Scripted>([&](Encoder& coder) {
+    static const Symbol keys[] = {Symbol("k0"), Symbol("k1"), Symbol("k2"), Symbol("k3"),
+                                  Symbol("k4"), Symbol("k5"), Symbol("k6"), Symbol("k7")};
+    coder.encodeObject(list, keys[0]);
+    coder.encodeObject(map, keys[1]);
+    coder.encodeObject(ordered, keys[2]);
+    coder.encodeObject(set, keys[3]);
+    coder.encodeList(vector, keys[4]);
+    coder.encodeMap(table, keys[5]);
+    coder.encodeMembers(*ordered, keys[6]);
+    coder.encodeList(vector, keys[7]);
+  });
+  EXPECT_EQ(shown(*root),
+            "$object-0 Scripted\n"
+            "  k0: $object-1 list of 2\n"
+            "    - $object-2 Scripted\n"
+            "    - \"text\"\n"
+            "  k1: $object-3 map\n"
+            "    a: $object-4 Scripted\n"
+            "    b: $object-5 Scripted\n"
+            "  k2: $object-6 NSOrderedSet\n"
+            "    NS.object.0: $object-2 Scripted (above)\n"
+            "    NS.object.1: 1\n"
+            "  k3: $object-7 NSSet\n"
+            "    NS.objects: list of 1\n"
+            "      - $object-2 Scripted (above)\n"
+            "  k4: $object-8 list of 2\n"
+            "    - $object-2 Scripted (above)\n"
+            "    - $object-9 Scripted\n"
+            "  k5: $object-10 map\n"
+            "    y: $object-11 Scripted\n"
+            "    z: $object-2 Scripted (above)\n"
+            "  k6: $object-12 NSOrderedSet\n"
+            "    NS.object.0: $object-2 Scripted (above)\n"
+            "    NS.object.1: 1\n"
+            "  k7: $object-13 list of 2\n"
+            "    - $object-2 Scripted (above)\n"
+            "    - $object-9 Scripted (above)\n");
+}
+
+TEST(HXKeyedArchiver, ConditionalReferencesKeepTheirNumber) {
+  const auto absent = make<Scripted>();
+  const auto promoted = make<Scripted>();
+  const auto root = make<Scripted>();
+  const auto child = make<Scripted>([&](Encoder& coder) {
+    coder.encodeConditionalObject(static_cast<const Object*>(root.get()), kA);  // on the way
+  });
+  root->setScript([&](Encoder& coder) {
+    static const Symbol keys[] = {Symbol("k0"), Symbol("k1"), Symbol("k2"), Symbol("k3")};
+    coder.encodeConditionalObject(static_cast<const Object*>(absent.get()), keys[0]);
+    coder.encodeConditionalObject(static_cast<const Object*>(promoted.get()), keys[1]);
+    coder.encodeObject(child, keys[2]);
+    coder.encodeObject(promoted, keys[3]);
+  });
+  EXPECT_EQ(shown(*root),
+            "$object-0 Scripted\n"
+            "  k0: nil\n"
+            "  k1: $object-2 Scripted\n"
+            "  k2: $object-3 Scripted\n"
+            "    a: $object-0 Scripted (above)\n"
+            "  k3: $object-2 Scripted (above)\n");
+  HXArchiveReader reader;
+  const auto data = HXKeyedArchiver::archivedDataWithRootObject(root.get());
+  ASSERT_TRUE(reader.open(data->bytes()));
+  EXPECT_EQ(reader.objectCount(), 3U);
+  EXPECT_EQ(reader.objectNamed("$object-1"), HXArchiveReader::kNoObject);
+}
+
+TEST(HXKeyedArchiver, SubstitutesClassNamesAfterTheObjectWasWritten) {
+  // A substitution is looked up when everything below the object is written, and counts for exactly
+  // that class: objects of it that were complete before keep their name.
+  const auto early = make<Scripted>();
+  const auto late = make<Scripted>();
+  const auto kind = make<ScriptedKind>();
+  const auto middle = make<Scripted>([&](Encoder& coder) {
+    coder.setClassName(kPMThing, Scripted::kClass);
+    coder.encodeObject(late, kA);
+  });
+  const auto root = make<ScriptedKind>([&](Encoder& coder) {
+    static const Symbol keys[] = {Symbol("k0"), Symbol("k1"), Symbol("k2")};
+    coder.encodeObject(early, keys[0]);
+    coder.encodeObject(middle, keys[1]);
+    coder.encodeObject(kind, keys[2]);
+    coder.setClassName(kPMOther, ScriptedKind::kClass);
+  });
+  EXPECT_EQ(shown(*root),
+            "$object-0 PMOther\n"
+            "  k0: $object-1 Scripted\n"
+            "  k1: $object-2 PMThing\n"
+            "    a: $object-3 PMThing\n"
+            "  k2: $object-4 ScriptedKind\n");
+}
+
+TEST(HXKeyedArchiver, AnswersTheSubstitutionInEffect) {
+  HXKeyedArchiver archiver(make<Data>());
+  EXPECT_TRUE(archiver.classNameForClass(Scripted::kClass).isNil());
+  String inside;
+  const auto root = make<Scripted>([&](Encoder& coder) {
+    coder.setClassName(kPMThing, Scripted::kClass);
+    inside = archiver.classNameForClass(Scripted::kClass);
+    EXPECT_EQ(archiver.stackDepth(), 2U);
+    coder.setClassName(kPMOther, Scripted::kClass);  // replaces the first
+  });
+  archiver.encodeRootObject(root.get());
+  EXPECT_EQ(inside, "PMThing");
+  EXPECT_EQ(archiver.classNameForClass(Scripted::kClass), "PMOther");
+  EXPECT_EQ(archiver.stackDepth(), 1U);
+}
+
+TEST(HXKeyedArchiver, StartsAgainAfterFinishing) {
+  const auto data = make<Data>();
+  HXKeyedArchiver archiver(data);
+  archiver.setClassName(kPMThing, Scripted::kClass);
+  for (int i = 0; i < 2; ++i) {
+    const auto root =
+        make<Scripted>([](Encoder& coder) { coder.encodeObject(make<Scripted>(), kA); });
+    archiver.encodeRootObject(root.get());
+    archiver.finishEncoding();
+    EXPECT_EQ(shown(*data), "$object-0 PMThing\n  a: $object-1 PMThing\n") << i;
+  }
+  const auto before = Object::liveObjectCount();
+  archiver.encodeRootObject(make<Scripted>().get());
+  EXPECT_GT(Object::liveObjectCount(), before);  // owned until it is finished
+  archiver.finishEncoding();
+  EXPECT_EQ(Object::liveObjectCount(), before);
+}
+
+TEST(HXKeyedArchiver, TakesValuesWithoutARoot) {
+  const auto data = make<Data>();
+  HXKeyedArchiver archiver(data);
+  archiver.encodeInt(1, kA);
+  archiver.encodeObject(make<Scripted>([](Encoder& coder) { coder.encodeInt(5, kA); }), kB);
+  archiver.encodeInt(2, kA);
+  archiver.finishEncoding();
+  EXPECT_EQ(shown(*data), "{…}\n  a: 2\n  b: $object-0 Scripted\n    a: 5\n");
+  archiver.encodeRootObject(nullptr);
+  archiver.finishEncoding();
+  EXPECT_EQ(shown(*data), "{}\n");
+  archiver.encodeInt(1, kA);
+  archiver.encodeRootObject(make<Scripted>().get());
+  archiver.finishEncoding();
+  EXPECT_EQ(shown(*data), "$object-0 Scripted\n");
+  archiver.encodeRootObject(String("root").object().get());
+  archiver.finishEncoding();
+  EXPECT_EQ(shown(*data), "$object-0 \"root\"\n");
+}
+
+TEST(HXKeyedArchiver, LaterValuesReplaceEarlierOnes) {
+  static const Symbol classKey{"$class"};
+  const auto root = make<Scripted>([](Encoder& coder) {
+    coder.encodeObject(make<Scripted>(), kA);
+    coder.encodeInt(1, classKey);  // the archiver's own
+    coder.encodeInt(2, kA);
+    coder.encodeObject(make<Scripted>(), kB);
+  });
+  EXPECT_EQ(shown(*root), "$object-0 Scripted\n  a: 2\n  b: $object-2 Scripted\n");
+}
+
+TEST(HXKeyedArchiver, RefusesAnObjectThatHoldsItself) {
+  const auto data = make<Data>();
+  HXKeyedArchiver archiver(data);
+  const auto root = make<Scripted>();
+  const auto child = make<Scripted>([&](Encoder& coder) { coder.encodeObject(root, kA); });
+  root->setScript([&](Encoder& coder) { coder.encodeObject(child, kA); });
+  try {
+    archiver.encodeRootObject(root.get());
+    FAIL() << "it was written";
+  } catch (const HXArchiveRecursionError& error) {
+    EXPECT_STREQ(error.what(),
+                 "a Scripted is written unconditionally from inside its own encoding");
+  }
+  auto list = make<Array>();
+  list->add(make<Scripted>([&](Encoder& coder) { coder.encodeObject(list, kA); }));
+  EXPECT_THROW(archiver.encodeObject(list, kB), std::logic_error);
+  // The archiver is empty and goes on.
+  root->setScript({});
+  archiver.encodeRootObject(root.get());
+  archiver.finishEncoding();
+  EXPECT_EQ(shown(*data), "$object-0 Scripted\n");
+}
+
+TEST(HXKeyedArchiver, LogsWhatCannotBeSerialized) {
+  std::string log;
+  const auto sink = Log::setSink([&](std::string_view line) { log = line; });
+  const auto data = make<Data>(bytesOf("old"));
+  HXKeyedArchiver archiver(data);
+  archiver.encodeMap(
+      1,
+      [](std::size_t) {
+        static const String nil;
+        return Encoder::MapEntry{nil, Null::null().get()};
+      },
+      kA);
+  archiver.finishEncoding();
+  EXPECT_EQ(log, "WARNING: [HXKeyedArchiver] a key of a map is not a string");
+  EXPECT_EQ(data->size(), 0U);
+  log.clear();
+  archiver.finishEncoding();
+  Log::setSink(sink);
+  EXPECT_EQ(log, "");
+  EXPECT_GT(data->size(), 0U);
+}
+
+TEST(HXKeyedArchiver, FollowsGraphsOfAnyDepth) {
+  Ref<Object> inner = make<Scripted>();
+  for (int i = 0; i < 100000; ++i) {
+    auto outer = make<Scripted>([inner](Encoder& coder) { coder.encodeObject(inner, kA); });
+    inner = outer;
+  }
+  const auto data = HXKeyedArchiver::archivedDataWithRootObject(inner.get());
+  HXArchiveReader reader;
+  ASSERT_TRUE(reader.open(data->bytes()));
+  EXPECT_EQ(reader.objectCount(), 100001U);
+  EXPECT_LT(HXArchiveText::indented(reader).size(), 20000000U);
+}
+
+TEST(HXKeyedArchiver, ArchivesToAFile) {
+  std::string error;
+  EXPECT_FALSE(HXKeyedArchiver::archiveRootObject(make<Scripted>().get(), "/dev/full", &error));
+  EXPECT_EQ(error, "/dev/full: No space left on device");
+  EXPECT_TRUE(HXKeyedArchiver::archiveRootObject(make<Scripted>().get(), "/dev/null"));
+}
+
+TEST(HXArchiveReader, TellsFilesApart) {
+  static const Symbol entry{"PMImageStoreEntry"};
+  const auto data = make<Data>();
+  HXKeyedArchiver archiver(data);
+  archiver.encodeRootObject(make<Scripted>().get());
+  archiver.finishEncoding();
+  EXPECT_EQ(HXArchiveReader::sniff(data->bytes()), HXArchiveKind::deviceGraph);
+  archiver.setClassName(entry, Scripted::kClass);
+  archiver.encodeRootObject(make<Scripted>().get());
+  archiver.finishEncoding();
+  EXPECT_EQ(HXArchiveReader::sniff(data->bytes()), HXArchiveKind::imageArchive);
+  const std::string document =
+      "<plist><dict><key>$archiver</key><string>NSKeyedArchiver</string>"
+      "<key>$objects</key><array/></dict></plist>";
+  EXPECT_EQ(HXArchiveReader::sniff(bytesOf(document)), HXArchiveKind::editorDocument);
+  for (const char* other :
+       {"", "text", "<plist><dict/></plist>", "<plist><string>a</string></plist>"}) {
+    EXPECT_EQ(HXArchiveReader::sniff(bytesOf(other)), HXArchiveKind::none) << other;
+    HXArchiveReader reader;
+    std::string error;
+    EXPECT_FALSE(reader.open(bytesOf(other), &error));
+    EXPECT_FALSE(error.empty());
+  }
+}
+
+TEST(HXArchiveReader, WritesJSON) {
+  const auto absent = make<Scripted>();
+  const auto child = make<Scripted>();
+  auto list = make<Array>();
+  list->add(child);
+  list->add(child);
+  const auto root = make<Scripted>([&](Encoder& coder) {
+    static const Symbol keys[] = {Symbol("k0"), Symbol("k1"), Symbol("k2"),
+                                  Symbol("k3"), Symbol("k4"), Symbol("k5")};
+    coder.encodeObject(list, keys[0]);
+    coder.encodeString("a \"quoted\"\n\x01", keys[1]);
+    coder.encodeFloat(0.1F, keys[2]);
+    coder.encodeDouble(-1.0 / 0.0, keys[3]);
+    coder.encodeBytes(bytesOf("xyz"), keys[4]);
+    coder.encodeConditionalObject(static_cast<const Object*>(absent.get()), keys[5]);
+  });
+  HXArchiveReader reader;
+  const auto data = HXKeyedArchiver::archivedDataWithRootObject(root.get());
+  ASSERT_TRUE(reader.open(data->bytes()));
+  const std::string version(reader.version());
+  EXPECT_EQ(HXArchiveText::json(reader),
+            R"({"kind":"deviceGraph","version":")" + version +
+                R"(","objects":3,"root":)"
+                R"({"id":"$object-0","class":"Scripted","values":{)"
+                R"("k0":{"id":"$object-1","elements":[)"
+                R"({"id":"$object-2","class":"Scripted","values":{}},{"reference":"$object-2"}]},)"
+                R"("k1":"a \"quoted\"\n\u0001","k2":0.1,"k3":"-inf","k4":{"data":3},"k5":null}}})");
+}
+
+// Lists that stand inline in many places, and a long text in many: neither may be written out
+// every time.
+TEST(HXArchiveReader, DoesNotExpandWhatIsShared) {
+  PropertyListWriter writer;
+  const auto top = writer.reserve();
+  const auto root = writer.reserve();
+  const auto text = writer.addString(std::string(100000, 'x'));
+  auto shared = writer.addArray(std::vector<PropertyListWriter::Index>(1000, text));
+  for (int i = 0; i < 50; ++i) {
+    shared = writer.addArray(std::vector<PropertyListWriter::Index>(10, shared));
+  }
+  const auto key = writer.addString("key");
+  const auto rootEntry = writer.fillMap(root, 1);
+  rootEntry[0] = key;
+  rootEntry[1] = shared;
+  const PropertyListWriter::Index values[] = {root, writer.addMap({}, {}), writer.addString("1")};
+  const PropertyListWriter::Index keys[] = {writer.addString("$root"), writer.addString("$objects"),
+                                            writer.addString("$version")};
+  const auto into = writer.fillMap(top, 3);
+  std::copy_n(values, 3, std::copy_n(keys, 3, into.begin()));
+  const auto file = writer.finish(top);
+  HXArchiveReader reader;
+  std::string error;
+  ASSERT_TRUE(reader.open(file, &error)) << error;
+  EXPECT_LT(HXArchiveText::indented(reader).size(), 1000000U);
+  EXPECT_LT(HXArchiveText::json(reader).size(), 1000000U);
+}
+
+TEST(HXCoding, KnowsTheEditorsTypes) {
+  for (const int type : {0, 1, 3}) EXPECT_TRUE(isEditorCodingType(type));
+  for (const int type : {-1, 2, 4}) EXPECT_FALSE(isEditorCodingType(type));
+}
+
+}  // namespace
+}  // namespace tarnkit

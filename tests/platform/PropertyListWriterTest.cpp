@@ -1,0 +1,164 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+#include "tarnkit/platform/PropertyList.h"
+#include "tarnkit/platform/PropertyListReader.h"
+#include "tarnkit/platform/PropertyListWriter.h"
+
+namespace tarnkit {
+namespace {
+
+using Kind = PropertyList::Kind;
+
+// The bytes of the only object of a list.
+std::string encoded(PropertyListWriter& writer) {
+  const auto file = writer.finish(0);
+  std::size_t table = 0;  // its place stands in the last 8 bytes
+  for (std::size_t i = file.size() - 8; i < file.size(); ++i) table = table * 256 + file[i];
+  return std::string(file.begin() + 8, file.begin() + static_cast<std::ptrdiff_t>(table));
+}
+
+std::string bytes(std::initializer_list<int> values) {
+  std::string text;
+  for (const int value : values) text += static_cast<char>(value);
+  return text;
+}
+
+TEST(PropertyListWriter, WritesIntegersInTheFewestBytesThatReadersTake) {
+  const struct {
+    std::int64_t value;
+    std::string expected;
+  } cases[] = {
+      {0, bytes({0x10, 0})},
+      {128, bytes({0x10, 0x80})},
+      {255, bytes({0x10, 0xFF})},
+      {256, bytes({0x11, 1, 0})},
+      {65535, bytes({0x11, 0xFF, 0xFF})},
+      {65536, bytes({0x12, 0, 1, 0, 0})},
+      {0xFFFFFFFFLL, bytes({0x12, 0xFF, 0xFF, 0xFF, 0xFF})},
+      {0x100000000LL, bytes({0x13, 0, 0, 0, 1, 0, 0, 0, 0})},
+      {-1, bytes({0x13, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF})},
+      {std::numeric_limits<std::int64_t>::min(), bytes({0x13, 0x80, 0, 0, 0, 0, 0, 0, 0})},
+  };
+  for (const auto& item : cases) {
+    PropertyListWriter writer;
+    writer.addInt(item.value);
+    EXPECT_EQ(encoded(writer), item.expected) << item.value;
+  }
+}
+
+TEST(PropertyListWriter, WritesTextAsASCIIOrUTF16) {
+  const struct {
+    std::string text;
+    std::string expected;
+  } cases[] = {
+      {"", bytes({0x50})},
+      {"abc",
+       "\x53"
+       "abc"},
+      {std::string(14, 'x'), "\x5E" + std::string(14, 'x')},
+      {std::string(15, 'x'), bytes({0x5F, 0x10, 15}) + std::string(15, 'x')},
+      {std::string(256, 'x'), bytes({0x5F, 0x11, 1, 0}) + std::string(256, 'x')},
+      {"\xC3\xA9", bytes({0x61, 0, 0xE9})},
+      {"\xF0\x9F\x98\x80", bytes({0x62, 0xD8, 0x3D, 0xDE, 0x00})},
+      // Bytes that begin no character, an overlong form and half a pair each become U+FFFD.
+      {"a\xFF", bytes({0x62, 0, 'a', 0xFF, 0xFD})},
+      {"\xC0\x80", bytes({0x62, 0xFF, 0xFD, 0xFF, 0xFD})},
+      {"\xED\xA0\x80", bytes({0x63, 0xFF, 0xFD, 0xFF, 0xFD, 0xFF, 0xFD})},
+      {"\xE2\x82", bytes({0x62, 0xFF, 0xFD, 0xFF, 0xFD})},
+  };
+  for (const auto& item : cases) {
+    PropertyListWriter writer;
+    writer.addString(item.text);
+    EXPECT_EQ(encoded(writer), item.expected) << item.text;
+  }
+}
+
+TEST(PropertyListWriter, SharesScalarsWhoseKindWidthAndBytesAgree) {
+  static const Symbol name{"name"};
+  PropertyListWriter writer;
+  EXPECT_EQ(writer.addInt(1), writer.addInt(1));
+  EXPECT_NE(writer.addInt(1), writer.addReal32(1));
+  EXPECT_NE(writer.addReal32(1), writer.addReal64(1));
+  EXPECT_NE(writer.addInt(1), writer.addBool(true));
+  EXPECT_NE(writer.addReal64(0.0), writer.addReal64(-0.0));
+  EXPECT_EQ(writer.addBool(false), writer.addBool(false));
+  EXPECT_EQ(writer.addString("name"), writer.addSymbol(name));
+  EXPECT_NE(writer.addString("\x10"), writer.addInt(0x10));
+  EXPECT_EQ(writer.addUID(7), writer.addUID(7));
+  EXPECT_NE(writer.addUID(7), writer.addInt(7));
+  EXPECT_NE(writer.addDistinctString("name"), writer.addString("name"));
+  const std::uint8_t data[] = {1};
+  EXPECT_NE(writer.addData(data), writer.addData(data));
+}
+
+TEST(PropertyListWriter, RefersToObjectsThatAreFilledLater) {
+  // Enough objects for references of 1, 2 and 4 bytes.
+  for (const std::uint32_t count : {3U, 300U, 70000U}) {
+    PropertyListWriter writer;
+    const auto root = writer.reserve();
+    const auto list = writer.reserve();
+    std::vector<PropertyListWriter::Index> numbers;
+    for (std::uint32_t i = 0; i < count; ++i) numbers.push_back(writer.addInt(i * 3));
+    const auto elements = writer.fillArray(list, count);
+    std::copy(numbers.begin(), numbers.end(), elements.begin());
+    const auto key = writer.addString("numbers");
+    const auto entry = writer.fillMap(root, 1);
+    entry[0] = key;
+    entry[1] = list;
+    const auto file = writer.finish(root);
+
+    PropertyList read;
+    std::string error;
+    ASSERT_TRUE(PropertyListReader::read(file, read, &error)) << error;
+    EXPECT_EQ(read.root(), 0U);
+    const auto array = read.valueForKey(read.root(), "numbers");
+    ASSERT_NE(array, PropertyList::kNone);
+    ASSERT_EQ(read.count(array), count);
+    for (std::uint32_t i = 0; i < count; ++i) {
+      ASSERT_EQ(read.integer(read.elements(array)[i]), i * 3);
+    }
+  }
+}
+
+TEST(PropertyListWriter, RefusesToFinishWithAnObjectThatWasNeverFilled) {
+  PropertyListWriter writer;
+  writer.reserve();
+  EXPECT_THROW(writer.finish(0), std::logic_error);
+}
+
+TEST(PropertyListWriter, KeepsEveryValueAsItWasWritten) {
+  PropertyListWriter writer;
+  const auto root = writer.reserve();
+  const std::vector<PropertyListWriter::Index> values{
+      writer.addReal32(0.1F),
+      writer.addReal64(0.1),
+      writer.addReal64(std::numeric_limits<double>::infinity()),
+      writer.addBool(true),
+      writer.addData(bytesOf("\xFF\x01")),
+      writer.addUID(70000),
+      writer.addString("gr\xC3\xBC\xC3\x9F \xF0\x9F\x98\x80"),
+  };
+  const auto into = writer.fillArray(root, values.size());
+  std::copy(values.begin(), values.end(), into.begin());
+  const auto file = writer.finish(root);
+  PropertyList list;
+  ASSERT_TRUE(PropertyListReader::read(file, list));
+  const auto read = list.elements(list.root());
+  EXPECT_EQ(list.kind(read[0]), Kind::real32);
+  EXPECT_EQ(static_cast<float>(list.real(read[0])), 0.1F);
+  EXPECT_EQ(list.kind(read[1]), Kind::real64);
+  EXPECT_EQ(list.real(read[1]), 0.1);
+  EXPECT_EQ(list.real(read[2]), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(list.kind(read[3]), Kind::boolean);
+  EXPECT_TRUE(list.boolean(read[3]));
+  EXPECT_EQ(list.data(read[4]).size(), 2U);
+  EXPECT_EQ(list.uid(read[5]), 70000U);
+  EXPECT_EQ(list.string(read[6]), "gr\xC3\xBC\xC3\x9F \xF0\x9F\x98\x80");
+}
+
+}  // namespace
+}  // namespace tarnkit
