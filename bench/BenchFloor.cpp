@@ -103,7 +103,7 @@ FloorGraph::~FloorGraph() = default;
 FloorDeviceGraph::FloorDeviceGraph(ByteSpan deviceGraph) {
   PropertyList list;
   std::string error;
-  if (!PropertyListReader::read(deviceGraph, list, error)) throw std::runtime_error(error);
+  if (!PropertyListReader::read(deviceGraph, list, &error)) throw std::runtime_error(error);
   std::unordered_map<std::string_view, std::uint32_t> ids;
   const auto idOf = [&](std::string_view text) {
     const auto [entry, isNew] = ids.emplace(text, static_cast<std::uint32_t>(ids_.size()));

@@ -61,9 +61,8 @@ const Symbol& HXGroup::processClassName() const {
 }
 
 HXGroup& HXGroup::inForce() noexcept {
-  HXGroup* group = this;
-  while (auto* successor = group->successor_.get()) group = successor;
-  return *group;
+  const auto* owner = formerNode_.get();
+  return owner && owner->subnodeGroup() ? *owner->subnodeGroup() : *this;
 }
 
 std::vector<Ref<HXNode>> HXGroup::subnodes() const {
@@ -92,7 +91,8 @@ std::vector<Ref<HXNode>> HXGroup::selectedNodes() const {
 void HXGroup::addNode(HXNode& node) {
   HXGroup& here = inForce();
   const Ref<HXNode> kept(&node);
-  if (node.subnodeGroup()) {
+  const auto* subnodes = node.subnodeGroup().get();
+  if (subnodes && (subnodes == &here || !subnodes->subnodes_.empty())) {
     for (const HXNode* at = here.node(); at; at = at->enclosingNode()) {
       if (at != &node) continue;
       Log::warning("HXGroup", "Attempting to add a node to a group inside itself.");

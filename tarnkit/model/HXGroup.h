@@ -135,7 +135,7 @@ class HXGroup : public Object {
   Ref<OrderedSet> symbolicOutputPorts_;
   String uniqueKey_;
   WeakRef<HXNode> node_;
-  WeakRef<HXGroup> successor_;
+  WeakRef<HXNode> formerNode_;  // set once the node has replaced this group
   HXPoint canvasCenter_;
   bool opaque_ = false;
   std::vector<Ref<HXNode>> decodedSubnodes_;

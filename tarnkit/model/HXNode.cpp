@@ -201,7 +201,7 @@ void HXNode::swapSubnodeGroupToViewGroup() {
 void HXNode::hx_swapSubnodeGroupToGroup(Ref<HXGroup> group) {
   const Ref<HXGroup> old = std::exchange(subnodeGroup_, group);
   old->setNode(nullptr);
-  old->successor_ = group;
+  old->formerNode_ = this;
   group->setNode(this);
   detail::announce(HXNodeSubnodeGroupDidChangeNotification, *this, *this,
                    [&](const Ref<Object>& documentKey) {
@@ -230,8 +230,9 @@ HXPortGroup* HXNode::portGroupForKey(const String& key, std::int32_t orientation
 std::vector<Ref<HXPortGroup>> HXNode::portGroups(std::int32_t orientation) const {
   const auto& collection = orientation == HXOrientationInput ? inputPortGroupCollection_
                                                              : outputPortGroupCollection_;
+  const Ref<const OrderedSet> keys = collection->portGroupKeys();
   std::vector<Ref<HXPortGroup>> groups;
-  for (const auto& key : *collection->portGroupKeys()) {
+  for (const auto& key : *keys) {
     if (auto* group = portGroupForKey(String::from(key.get()), orientation)) {
       groups.emplace_back(group);
     }
@@ -269,7 +270,8 @@ std::vector<Ref<HXPort>> HXNode::shownPorts(std::int32_t orientation) const {
   std::vector<Ref<HXPort>> ports;
   for (const auto& group : portGroups(orientation)) {
     if (group->hidden()) continue;
-    for (const auto& member : *group->portKeys()) {
+    const Ref<OrderedSet> portKeys = group->portKeys();
+    for (const auto& member : *portKeys) {
       const String key = String::from(member.get());
       const auto* own = manyPublished ? portsByUniqueKey_.find(key) : nullptr;
       HXPort* port = own ? own->get() : manyPublished ? published.get(key) : portForKey(key);

@@ -1,0 +1,187 @@
+#include "ModelFixture.h"
+#include "tarnkit/model/HXSubviewGroup.h"
+
+namespace tarnkit::test {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class GroupTest : public ModelTest {
+ protected:
+  static std::string order(const HXNode& node) {
+    const auto* group = as<HXSubviewGroup>(node.subnodeGroup().get());
+    if (!group) return "none";
+    std::string names;
+    for (const auto& view : group->subviewNodes()) {
+      names += static_cast<const HXNode&>(*view).name().view();
+    }
+    return names;
+  }
+  Ref<HXNode> addView(HXNode& to, const char* name) {
+    auto view = nodeOf("HXRColorViewNode");
+    view->setName(name);
+    to.subnodeGroup()->addNode(*view);
+    return view;
+  }
+};
+
+TEST_F(GroupTest, ViewNodesComingAndGoingSwapTheGroup) {
+  const auto group = add("");
+  const auto clamp = add("HXRClampNode", group.get());
+  const Ref<HXGroup> plain = group->subnodeGroup();
+  const String key = plain->uniqueKey();
+  plain->setOpaque(true);
+  Recorder recorder;
+  const auto view = addView(*group, "V");
+  EXPECT_THAT(
+      recorder.take(),
+      ElementsAre("HXGroupAddNodeNotification HXGroup Group=HXGroup Node=V",
+                  "HXNodeSubnodeGroupDidChangeNotification Group Node=Group OldGroup=HXGroup "
+                  "NewGroup=HXSubviewGroup",
+                  // The group became a view itself, so the one above follows.
+                  "HXNodeSubnodeGroupDidChangeNotification Top Node=Top OldGroup=HXGroup "
+                  "NewGroup=HXSubviewGroup"));
+  EXPECT_EQ(order(*group), "V");
+  EXPECT_EQ(group->subnodeGroup()->uniqueKey(), key);
+  EXPECT_FALSE(group->subnodeGroup()->isOpaque()) << "opacity stays behind";
+  EXPECT_EQ(clamp->parentGroup(), group->subnodeGroup().get());
+
+  group->subnodeGroup()->removeNode(view.get());
+  EXPECT_EQ(order(*group), "none");
+  EXPECT_EQ(order(*document), "none");
+  EXPECT_THAT(
+      recorder.take(),
+      ElementsAre("HXSubviewGroupSubviewOrderDidChangeNotification HXSubviewGroup "
+                  "Node=HXSubviewGroup SubviewNodes=",
+                  "HXGroupRemoveNodeNotification HXSubviewGroup Group=HXSubviewGroup Node=V",
+                  "HXNodeSubnodeGroupDidChangeNotification Group Node=Group "
+                  "OldGroup=HXSubviewGroup NewGroup=HXGroup",
+                  "HXNodeSubnodeGroupDidChangeNotification Top Node=Top OldGroup=HXSubviewGroup "
+                  "NewGroup=HXGroup"));
+}
+
+TEST_F(GroupTest, AGroupThatWasReplacedHandsOperationsOn) {
+  const auto group = add("");
+  const auto view = addView(*group, "V");
+  const Ref<HXGroup> held = group->subnodeGroup();
+  // Adding the only view node again swaps to a plain group and back meanwhile.
+  held->addNode(*view);
+  EXPECT_EQ(view->parentGroup(), group->subnodeGroup().get());
+  EXPECT_NE(group->subnodeGroup(), held);
+  EXPECT_EQ(order(*group), "V");
+  EXPECT_EQ(group->subnodeGroup()->subnodes().size(), 1U);
+  const auto clamp = nodeOf("HXRClampNode");
+  held->addNode(*clamp);
+  EXPECT_EQ(clamp->parentGroup(), group->subnodeGroup().get());
+  held->removeNode(view.get());
+  EXPECT_EQ(order(*group), "none");
+  EXPECT_FALSE(view->parentGroup());
+}
+
+TEST_F(GroupTest, AnObserverMaySwapTheGroupUnderAnOperation) {
+  const auto group = add("");
+  const auto clamp = nodeOf("HXRClampNode");
+  bool swapped = false;
+  const auto token = NotificationCenter::defaultCenter().addObserver(
+      HXGroupAddNodeNotification, [&](const Notification&) {
+        if (std::exchange(swapped, true)) return;
+        group->swapSubnodeGroupToViewGroup();
+      });
+  group->subnodeGroup()->addNode(*clamp);
+  NotificationCenter::defaultCenter().removeObserver(token);
+  EXPECT_EQ(clamp->parentGroup(), group->subnodeGroup().get());
+  EXPECT_EQ(group->subnodeGroup()->subnodeForKey(clamp->uniqueKey()), clamp.get());
+}
+
+TEST_F(GroupTest, SubviewsMoveAndAreClampedToTheEnd) {
+  const auto group = add("");
+  const Ref<HXNode> views[] = {addView(*group, "A"), addView(*group, "B"), addView(*group, "C")};
+  auto& subviews = static_cast<HXSubviewGroup&>(*group->subnodeGroup());
+  const struct {
+    int view;
+    std::uint64_t index;
+    const char* order;
+  } moves[] = {{0, 99, "BCA"}, {0, 0, "ABC"}, {1, 1, "ABC"}, {2, 1, "ACB"}};
+  for (const auto& [view, index, expected] : moves) {
+    Recorder recorder;
+    subviews.moveSubviewNode(*views[view], index);
+    EXPECT_EQ(order(*group), expected);
+    EXPECT_EQ(recorder.take().size(), 1U);
+  }
+  const auto clamp = add("HXRClampNode", group.get());
+  Recorder recorder;
+  subviews.moveSubviewNode(*clamp, 0);
+  EXPECT_THAT(recorder.take(), IsEmpty());
+  EXPECT_EQ(subviews.indexOfSubviewNode(clamp.get()), kNotFoundIndex);
+  EXPECT_EQ(subviews.indexOfSubviewNode(views[1].get()), 2);
+}
+
+TEST_F(GroupTest, PublishingAnnouncesEachStep) {
+  const auto group = add("");
+  const auto clamp = add("HXRClampNode", group.get());
+  auto& value = port(*clamp, "Tarn.valueInput");
+  Recorder recorder;
+  const auto symbolic = group->subnodeGroup()->addSymbolicPortForPort(value);
+  EXPECT_THAT(
+      recorder.take(),
+      ElementsAre("HXPortNameDidChangeNotification Value Port=Value Name=Value",
+                  "HXPortDidAddSymbolicReferenceNotification Value Port=Value",
+                  "HXNodeAddPortGroupNotification Group Node=Group PortGroup=Published",
+                  "HXGroupAddSymbolicPortForPortNotification HXGroup Group=HXGroup Port=Value"));
+  EXPECT_THAT(keys(group->inputPorts()), ElementsAre(symbolic->uniqueKey().toStdString()));
+  symbolic->setName("Size: Width");
+  EXPECT_THAT(recorder.take(),
+              ElementsAre("HXNodeRemovePortGroupNotification Group Node=Group PortGroup=Published",
+                          "HXNodeAddPortGroupNotification Group Node=Group PortGroup=Size",
+                          "HXPortNameDidChangeNotification Size: Width Port=Size: Width "
+                          "Name=Size: Width"));
+  symbolic->setName("Size: Width");
+  EXPECT_EQ(recorder.take().size(), 1U) << "a published port's rename is always announced";
+  group->subnodeGroup()->removeSymbolicPortForPort(&value);
+  EXPECT_THAT(
+      recorder.take(),
+      ElementsAre("HXPortDidRemoveSymbolicReferenceNotification Value Port=Value",
+                  "HXNodeRemovePortGroupNotification Group Node=Group PortGroup=Size",
+                  "HXGroupRemoveSymbolicPortForPortNotification HXGroup Group=HXGroup Port=Value"));
+  group->subnodeGroup()->removeSymbolicPortForPort(&value);
+  EXPECT_THAT(recorder.take(), IsEmpty());
+  group->subnodeGroup()->restoreSymbolicPort(*symbolic);
+  EXPECT_EQ(value.symbolicPort(), symbolic.get());
+  EXPECT_EQ(keys(group->inputPorts()).size(), 1U);
+
+  const auto stray = make<HXPatchPort>(clamp.get(), 7, HXConnectionRelationshipOne);
+  EXPECT_FALSE(group->subnodeGroup()->addSymbolicPortForPort(*stray));
+}
+
+TEST_F(GroupTest, RemovingANodeEndsItsPublicationsAtEveryLevel) {
+  const auto outer = add("");
+  const auto inner = add("", outer.get());
+  const auto clamp = add("HXRClampNode", inner.get());
+  const auto target = add("HXRClampNode");
+  auto& result = port(*clamp, "Tarn.resultOutput");
+  const auto first = inner->subnodeGroup()->addSymbolicPortForPort(result);
+  const auto second = outer->subnodeGroup()->addSymbolicPortForPort(*first);
+  document->connectPort(*second, port(*target, "Tarn.valueInput"));
+  inner->subnodeGroup()->removeNode(clamp.get());
+  EXPECT_TRUE(outer->symbolicOutputPorts().isEmpty());
+  EXPECT_TRUE(inner->symbolicOutputPorts().isEmpty());
+  EXPECT_THAT(outer->outputPorts(), IsEmpty());
+  EXPECT_TRUE(result.connections().isEmpty());
+  EXPECT_TRUE(port(*target, "Tarn.valueInput").connections().isEmpty());
+  EXPECT_FALSE(clamp->parentGroup());
+}
+
+TEST_F(GroupTest, ManyPublishedPortsAreListedInOrder) {
+  const auto group = add("");
+  std::vector<std::string> expected;
+  for (int i = 0; i < 30; ++i) {
+    const auto clamp = add("HXRClampNode", group.get());
+    expected.push_back(group->subnodeGroup()
+                           ->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"))
+                           ->uniqueKey()
+                           .toStdString());
+  }
+  EXPECT_EQ(keys(group->inputPorts()), expected);
+}
+
+}  // namespace tarnkit::test

@@ -1,0 +1,91 @@
+#include "ModelFixture.h"
+
+#include <fmt/format.h>
+
+#include "tarnkit/model/HXParameter.h"
+#include "tarnkit/model/HXPortGroup.h"
+#include "tarnkit/platform/Null.h"
+#include "tarnkit/platform/Number.h"
+
+namespace tarnkit::test {
+
+namespace {
+
+std::string nameOf(const Object* object) {
+  const auto text = [](std::string_view key) { return std::string(key); };
+  if (const auto* node = as<HXNode>(object)) return text(node->name());
+  if (as<HXGroup>(object)) return text(object->isa().name());
+  if (const auto* port = as<HXPort>(object)) return text(port->name());
+  if (const auto* group = as<HXPortGroup>(object)) return text(group->groupKey());
+  if (const auto* parameter = as<HXParameter>(object)) return text(parameter->uniqueKey());
+  if (as<HXConnection>(object)) return "connection";
+  if (const auto* primitive = as<PMRPrimitive>(object)) return text(primitive->stringValue());
+  if (const auto* set = as<OrderedSet>(object)) {
+    std::string members;
+    for (const auto& member : *set) members += (members.empty() ? "" : "+") + nameOf(member.get());
+    return members;
+  }
+  if (as<Null>(object)) return "null";
+  return text(object->description());
+}
+
+}  // namespace
+
+Recorder::Recorder() {
+  token_ = NotificationCenter::defaultCenter().addObserver(
+      nullptr, nullptr, [this](const Notification& notification) {
+        std::string line(notification.name.text());
+        line += fmt::format(" {}", nameOf(&notification.object));
+        for (const auto& entry : notification.userInfo) {
+          if (*entry.key == HXDocumentKeyInfo) continue;
+          line += fmt::format(" {}={}", entry.key->text(), nameOf(entry.value.get()));
+        }
+        EXPECT_TRUE(notification.userInfo.contains(HXDocumentKeyInfo)) << line;
+        lines_.push_back(line);
+      });
+  earlier_ = Log::setSink([this](std::string_view line) { log_.emplace_back(line); });
+}
+
+Recorder::~Recorder() {
+  NotificationCenter::defaultCenter().removeObserver(token_);
+  Log::setSink(earlier_);
+}
+
+Ref<HXNode> ModelTest::nodeOf(const char* patchClass) {
+  auto node = make<HXNode>();
+  if (*patchClass == '\0') {
+    node->setForceAllowsSubnodes(true);
+    node->setName("Group");
+    node->setPatch(nullptr);
+  } else {
+    const auto* record = patchClassNamed(patchClass);
+    EXPECT_TRUE(record) << patchClass;
+    node->setPatch(record->makeDefinition());
+  }
+  return node;
+}
+
+Ref<HXNode> ModelTest::add(const char* patchClass, HXNode* to) {
+  auto node = nodeOf(patchClass);
+  (to ? to : document.get())->subnodeGroup()->addNode(*node);
+  return node;
+}
+
+HXPatchPort& ModelTest::port(HXNode& node, const char* key) {
+  auto* port = as<HXPatchPort>(node.portForKey(key));
+  EXPECT_TRUE(port) << key;
+  return *port;
+}
+
+Ref<HXConnection> ModelTest::connect(HXNode& from, const char* output, HXNode& to,
+                                     const char* input) {
+  return document->connectPort(port(from, output), port(to, input));
+}
+
+std::vector<std::string> ModelTest::keys(const std::vector<Ref<HXPort>>& ports) {
+  std::vector<std::string> keys;
+  for (const auto& port : ports) keys.push_back(port->uniqueKey().toStdString());
+  return keys;
+}
+
+}  // namespace tarnkit::test

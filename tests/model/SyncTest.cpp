@@ -1,0 +1,234 @@
+#include "ModelFixture.h"
+#include "tarnkit/model/HXParameterKinds.h"
+#include "tarnkit/model/HXPortGroup.h"
+#include "tarnkit/patches/PatchDeclaration.h"
+#include "tarnkit/patches/catalogue/Catalogue.h"
+
+namespace tarnkit::test {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class SyncTest : public ModelTest {
+ protected:
+  static HXIndexParameter& index(HXNode& node, const char* key) {
+    auto* parameter = as<HXIndexParameter>(node.parameterForKey(key));
+    EXPECT_TRUE(parameter) << key;
+    return *parameter;
+  }
+};
+
+TEST_F(SyncTest, TheSamePatchAgainChangesNothing) {
+  const auto node = add("HXRInterpolationNode");
+  const auto source = add("HXRClampNode");
+  port(*node, "Tarn.inputMinInput").setStaticValue(PMRPrimitive::primitiveWithNumberValue(4));
+  connect(*source, "Tarn.resultOutput", *node, "Tarn.input");
+  const auto before = node->ports();
+  Recorder recorder;
+  node->setPatch(node->patch());
+  EXPECT_THAT(recorder.take(), IsEmpty());
+  EXPECT_EQ(node->ports(), before);
+  EXPECT_EQ(port(*node, "Tarn.input").connections().count(), 1U);
+}
+
+TEST_F(SyncTest, GrowingPortsAreAnnouncedOnceAndTheOthersKeepTheirs) {
+  const auto node = add("HXRMultiplexerNode");
+  const auto other = add("HXRMultiplexerNode");
+  const auto source = add("HXRClampNode");
+  connect(*source, "Tarn.resultOutput", *node, "Tarn.source1Input");
+  port(*node, "Tarn.source0Input").setStaticValue(PMRPrimitive::primitiveWithIndexValue(7));
+  Recorder recorder;
+  index(*node, "Tarn.numberOfSourcesParameter").setValue(3);
+  EXPECT_THAT(recorder.take(),
+              ElementsAre("HXParameterValueDidChangeNotification Tarn.numberOfSourcesParameter "
+                          "Node=Multiplexer Parameter=Tarn.numberOfSourcesParameter",
+                          "HXNodeAddPortNotification Multiplexer Node=Multiplexer Port=Source 2"));
+  EXPECT_EQ(port(*node, "Tarn.source1Input").connections().count(), 1U);
+  EXPECT_EQ(port(*node, "Tarn.source0Input").staticValue()->indexValue(), 7);
+  EXPECT_EQ(other->portsByUniqueKey().size(), 4U) << "another node of the class is not concerned";
+
+  index(*node, "Tarn.numberOfSourcesParameter").setValue(1);
+  const auto lines = recorder.take();
+  EXPECT_THAT(lines,
+              ::testing::Contains("HXNodeRemovePortNotification Multiplexer Node=Multiplexer "
+                                  "Port=Source 1"));
+  EXPECT_TRUE(port(*source, "Tarn.resultOutput").connections().isEmpty());
+}
+
+TEST_F(SyncTest, AnotherPatchKeepsWhatItsKeysShare) {
+  const auto node = add("HXRTransitionNode");
+  const auto source = add("HXRClampNode");
+  connect(*source, "Tarn.resultOutput", *node, "Tarn.input");
+  const auto group = add("");
+  const Ref<HXPort> kept(&port(*node, "Tarn.input"));
+  Recorder recorder;
+  node->setPatch(HXRInterpolationNode.makeDefinition());
+  EXPECT_EQ(node->portForKey("Tarn.input"), kept.get());
+  EXPECT_EQ(node->name(), "Transition") << "a name once given stays";
+  EXPECT_EQ(kept->connections().count(), 1U);
+  const auto lines = recorder.take();
+  EXPECT_THAT(lines, ::testing::Contains("HXNodeRemovePortGroupNotification Transition "
+                                         "Node=Transition PortGroup=Value Range"));
+  node->setPatch(nullptr);
+  EXPECT_TRUE(node->portsByUniqueKey().empty());
+  EXPECT_TRUE(port(*source, "Tarn.resultOutput").connections().isEmpty());
+}
+
+TEST_F(SyncTest, APortThatTurnsOverIsReplacedWithoutBeingWithdrawn) {
+  static const HXRNodeClass turning("TurningNode", &HXRNode::kClass, {},
+                                    [](PatchDeclaration& patch) {
+                                      patch.in<HXRGestureInputPort>("Value", "Tarn.valueInput");
+                                    });
+  const auto node = add("HXRClampNode");
+  const auto source = add("HXRClampNode");
+  const auto connection = connect(*source, "Tarn.resultOutput", *node, "Tarn.valueInput");
+  const Ref<HXPort> earlier(&port(*node, "Tarn.valueInput"));
+  Recorder recorder;
+  node->setPatch(turning.makeDefinition());
+  EXPECT_NE(node->portForKey("Tarn.valueInput"), earlier.get());
+  EXPECT_TRUE(earlier->connections().contains(connection.get()));
+  EXPECT_EQ(port(*source, "Tarn.resultOutput").connections().count(), 1U);
+  std::vector<std::string> ports;
+  for (const auto& line : recorder.take()) {
+    if (line.find("PortNotification") != std::string::npos) ports.push_back(line);
+  }
+  EXPECT_THAT(ports, ElementsAre("HXNodeRemovePortNotification Clamp Node=Clamp Port=Minimum",
+                                 "HXNodeRemovePortNotification Clamp Node=Clamp Port=Maximum",
+                                 "HXNodeRemovePortNotification Clamp Node=Clamp Port=Result",
+                                 "HXNodeAddPortNotification Clamp Node=Clamp Port=Value"));
+}
+
+TEST_F(SyncTest, NewGroupsStartHiddenWhereTheDefinitionSaysSo) {
+  static const char* const hiddenKeys[] = {"Extra", nullptr};
+  static const auto declare = [](PatchDeclaration& patch) {
+    patch.group("Extra");
+    patch.in("Value", "Tarn.valueInput");
+  };
+  static const HXRNodeClass hiding("HidingNode", &HXRNode::kClass,
+                                   {.hiddenPortGroupKeys = hiddenKeys}, declare);
+  static const HXRNodeClass showing("ShowingNode", &HXRNode::kClass, {}, declare);
+  const auto node = make<HXNode>();
+  node->setPatch(hiding.makeDefinition());
+  auto* group = node->portGroupForKey("Extra", HXOrientationInput);
+  ASSERT_TRUE(group);
+  EXPECT_TRUE(group->hidden());
+  group->setHidden(false);
+  node->setPatch(hiding.makeDefinition());
+  EXPECT_FALSE(group->hidden()) << "the user's choice outlives the definition";
+  group->setHidden(true);
+  node->setPatch(showing.makeDefinition());
+  EXPECT_TRUE(group->hidden());
+  EXPECT_EQ(node->portGroupForKey("Extra", HXOrientationInput), group);
+}
+
+TEST_F(SyncTest, PortsThatComeTogetherUnderANewPrefixMeetAtTheNextSynchronisation) {
+  const auto group = add("");
+  const auto clamp = add("HXRClampNode", group.get());
+  const auto a = group->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"));
+  const auto b = group->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.minimumInput"));
+  const auto count = [&](const char* key) {
+    const auto* found = group->portGroupForKey(key, HXOrientationInput);
+    return found ? static_cast<int>(found->portKeys()->count()) : -1;
+  };
+  EXPECT_EQ(count("Published"), 2);
+  a->setName("Box: A");
+  EXPECT_EQ(count("Box"), 1);
+  EXPECT_EQ(count("Published"), 1);
+  b->setName("Box: B");
+  EXPECT_EQ(count("Box"), 2);
+  EXPECT_EQ(count("Published"), -1);
+  // Both at once, as after reading a document: each makes a group, the last stands.
+  const auto fresh = make<HXNode>();
+  fresh->setForceAllowsSubnodes(true);
+  document->subnodeGroup()->addNode(*fresh);
+  const auto moved = add("HXRClampNode", fresh.get());
+  auto* inner = fresh->subnodeGroup().get();
+  for (const char* key : {"Tarn.valueInput", "Tarn.minimumInput"}) {
+    const auto symbolic = make<HXSymbolicPort>(&port(*moved, key), nullptr, HXOrientationInput,
+                                               HXConnectionRelationshipOne);
+    symbolic->setName("Pair: x");
+    const_cast<OrderedSet&>(inner->symbolicInputPorts()).add(symbolic);
+  }
+  Recorder recorder;
+  fresh->setPatch(nullptr);
+  EXPECT_EQ(fresh->portGroupForKey("Pair", HXOrientationInput)->portKeys()->count(), 1U);
+  EXPECT_THAT(recorder.take(),
+              ElementsAre("HXNodeNameDidChangeNotification HXRNode Node=HXRNode Name=HXRNode",
+                          "HXNodeAddPortGroupNotification HXRNode Node=HXRNode PortGroup=Pair",
+                          "HXNodeAddPortGroupNotification HXRNode Node=HXRNode PortGroup=Pair"));
+  fresh->setPatch(nullptr);
+  EXPECT_EQ(fresh->portGroupForKey("Pair", HXOrientationInput)->portKeys()->count(), 2U);
+}
+
+TEST_F(SyncTest, ParametersAreReplacedByKindAndNeverDropped) {
+  static const HXRNodeClass number("NumberNode", &HXRNode::kClass, {}, [](PatchDeclaration& patch) {
+    patch.parameter("Sources", "Tarn.numberOfSourcesParameter", 0.5F, 0.0F, 1.0F);
+  });
+  const auto node = add("HXRMultiplexerNode");
+  Recorder recorder;
+  node->setPatch(number.makeDefinition());
+  auto* replaced = as<HXNumberParameter>(node->parameterForKey("Tarn.numberOfSourcesParameter"));
+  ASSERT_TRUE(replaced);
+  EXPECT_EQ(replaced->value(), 0.5F);
+  const auto lines = recorder.take();
+  ASSERT_GE(lines.size(), 2U);
+  EXPECT_THAT(lines[0], ::testing::StartsWith("HXNodeRemoveParameterNotification"));
+  EXPECT_THAT(lines[1], ::testing::StartsWith("HXNodeAddParameterNotification"));
+  node->setPatch(HXRClampNode.makeDefinition());
+  EXPECT_TRUE(node->parameterForKey("Tarn.numberOfSourcesParameter"));
+}
+
+TEST_F(SyncTest, ParametersFollowTheDefaultUntilSet) {
+  static const HXRNodeClass five("FiveNode", &HXRNode::kClass, {}, [](PatchDeclaration& patch) {
+    patch.parameter("Count", "Tarn.countParameter", 5, 0, 9);
+    patch.parameter("Text", "Tarn.textParameter", "five");
+  });
+  static const HXRNodeClass six("SixNode", &HXRNode::kClass, {}, [](PatchDeclaration& patch) {
+    patch.parameter("Count", "Tarn.countParameter", 6, 0, 9);
+    patch.parameter("Text", "Tarn.textParameter", "six");
+  });
+  const auto node = make<HXNode>();
+  document->subnodeGroup()->addNode(*node);
+  node->setPatch(five.makeDefinition());
+  auto& count = index(*node, "Tarn.countParameter");
+  EXPECT_EQ(count.value(), 5);
+  EXPECT_EQ(count.maximumValue(), 9);
+  node->setPatch(six.makeDefinition());
+  EXPECT_EQ(count.value(), 6);
+  Recorder recorder;
+  count.setValue(7);
+  count.setValue(7);
+  EXPECT_EQ(recorder.take().size(), 1U);
+  node->setPatch(five.makeDefinition());
+  EXPECT_EQ(count.value(), 7);
+  EXPECT_THAT(recorder.take(), ::testing::Contains(::testing::StartsWith(
+                                   "HXParameterValueDidChangeNotification Tarn.countParameter")));
+  auto* text = as<HXStringParameter>(node->parameterForKey("Tarn.textParameter"));
+  const String same("x");
+  recorder.take();
+  text->setValue(same);
+  text->setValue(same);
+  text->setValue(String(std::string("x")));
+  EXPECT_EQ(recorder.take().size(), 2U) << "an equal string that is another object is a change";
+  EXPECT_FALSE(HXParameter::create(HXParameter::kClass, node.get()));
+  EXPECT_THAT(recorder.takeLog(),
+              ElementsAre("WARNING: [HXParameter] Attempting to create vanilla HXParameter. "
+                          "Returning nil."));
+}
+
+TEST_F(SyncTest, AskingForADescriptionEndsTheSharingOfThatNodeOnly) {
+  const auto a = add("HXRClampNode");
+  const auto b = add("HXRClampNode");
+  auto& portOfA = port(*a, "Tarn.valueInput");
+  EXPECT_EQ(portOfA.definition(), port(*b, "Tarn.valueInput").definition());
+  Recorder recorder;
+  portOfA.patchPort()->setName("Renamed");
+  EXPECT_EQ(portOfA.name(), "Renamed");
+  EXPECT_EQ(port(*b, "Tarn.valueInput").name(), "Value");
+  EXPECT_EQ(a->patch()->portForKey("Tarn.valueInput"), portOfA.patchPort());
+  EXPECT_THAT(recorder.take(), ElementsAre("HXPortNameDidChangeNotification Renamed Port=Renamed "
+                                           "Name=Renamed"));
+  EXPECT_EQ(keys(a->inputPorts()), keys(b->inputPorts()));
+}
+
+}  // namespace tarnkit::test
