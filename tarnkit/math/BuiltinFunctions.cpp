@@ -31,7 +31,12 @@ constexpr BuiltinFunction binary(std::string_view name, Builtin id, Binary funct
 }
 constexpr BuiltinFunction list(std::string_view name, Builtin id, std::uint32_t minimum,
                                List function) {
-  return {name, id, BuiltinShape::list, BuiltinAngle::none, minimum, BuiltinFunction::kAnyCount,
+  return {name,
+          id,
+          BuiltinShape::list,
+          BuiltinAngle::none,
+          minimum,
+          BuiltinFunction::kAnyCount,
           {.list = function}};
 }
 constexpr BuiltinFunction special(std::string_view name, Builtin id, std::uint32_t minimum,
@@ -196,7 +201,8 @@ constexpr PackedName pack(std::string_view name) {
 
 constexpr std::size_t kSlots = 512;
 constexpr std::size_t slotOf(const PackedName& name) {
-  const std::uint64_t mixed = (name.low ^ (name.high * 0x9E3779B97F4A7C15ULL)) * 0xD6E8FEB86659FD93ULL;
+  const std::uint64_t mixed =
+      (name.low ^ (name.high * 0x9E3779B97F4A7C15ULL)) * 0xD6E8FEB86659FD93ULL;
   return static_cast<std::size_t>(mixed >> 55) & (kSlots - 1);
 }
 

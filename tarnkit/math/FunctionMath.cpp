@@ -34,8 +34,7 @@ double bitNot(double x) noexcept { return fromInteger(~toInteger(x)); }
 double shiftLeft(double x, double y) noexcept {
   const std::int64_t count = toInteger(y);
   if (count < 0 || count >= kIntegerBits) return 0;
-  return fromInteger(
-      static_cast<std::int64_t>(static_cast<std::uint64_t>(toInteger(x)) << count));
+  return fromInteger(static_cast<std::int64_t>(static_cast<std::uint64_t>(toInteger(x)) << count));
 }
 
 double shiftRight(double x, double y) noexcept {

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What the operators and the built-in functions compute on doubles: the one definition behind every
-/// road of evaluation, so that all of them give the same bits.
+/// What the operators and the built-in functions compute on doubles: the one definition behind
+/// every road of evaluation, so that all of them give the same bits.
 namespace tarnkit::detail::math {
 
 /// Half a turn, and the constants of the function table, to the nearest double.

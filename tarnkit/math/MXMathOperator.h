@@ -54,9 +54,9 @@ inline constexpr const char* MXOperatorUnaryPlus = "positive";
 class MXMathOperator final : public Object {
   TARNKIT_CLASS
  public:
-  /// A new operator of precedence 0 whose tokens are lower-cased. Throws std::invalid_argument for an
-  /// unknown arity ("Unable to create operator with unknown arity") or an invalid token ("Invalid
-  /// operator token: …").
+  /// A new operator of precedence 0 whose tokens are lower-cased. Throws std::invalid_argument for
+  /// an unknown arity ("Unable to create operator with unknown arity") or an invalid token
+  /// ("Invalid operator token: …").
   static Ref<MXMathOperator> withOperatorFunction(const String& function,
                                                   const std::vector<String>& tokens,
                                                   MXOperatorArity arity,
@@ -72,8 +72,8 @@ class MXMathOperator final : public Object {
   /// The table that every new set is built from, with the precedences before "mod" joins it. Built
   /// once; not to be changed.
   static const std::vector<Ref<MXMathOperator>>& defaultOperators();
-  /// Whether a text may be a token: not empty, no blanks at its ends, and not beginning with a decimal
-  /// digit, a quote mark, an apostrophe, "$" or ".".
+  /// Whether a text may be a token: not empty, no blanks at its ends, and not beginning with a
+  /// decimal digit, a quote mark, an apostrophe, "$" or ".".
   static bool isValidToken(std::string_view token);
 
   /// Answers the value of "2 ** 3 ** 2"; the power operator groups to the right when it is 512.

@@ -24,9 +24,8 @@ MXMathOperatorSet::MXMathOperatorSet() {
     enterTokens(own, own->tokens());
     operators_.push_back(std::move(own));
   }
-  std::stable_sort(operators_.begin(), operators_.end(), [](const auto& a, const auto& b) {
-    return a->precedence() < b->precedence();
-  });
+  std::stable_sort(operators_.begin(), operators_.end(),
+                   [](const auto& a, const auto& b) { return a->precedence() < b->precedence(); });
   addPercentOperator();
 }
 
@@ -94,16 +93,15 @@ void MXMathOperatorSet::add(const Ref<MXMathOperator>& newOperator,
   }
   operators_.push_back(newOperator);
   renumber(*newOperator, precedence, place);
-  std::stable_sort(operators_.begin(), operators_.end(), [](const auto& a, const auto& b) {
-    return a->precedence() < b->precedence();
-  });
+  std::stable_sort(operators_.begin(), operators_.end(),
+                   [](const auto& a, const auto& b) { return a->precedence() < b->precedence(); });
   operatorsByFunction_.set(newOperator->function(), newOperator);
   enterTokens(newOperator, tokens);
 }
 
 // The new operator is raised with the others when it goes above its neighbour, and is the only one
-// at or below the bound that is raised when it goes below: the editor's operator tables count on the
-// numbers that come out.
+// at or below the bound that is raised when it goes below: the editor's operator tables count on
+// the numbers that come out.
 void MXMathOperatorSet::renumber(MXMathOperator& added, std::int64_t existing, Place place) {
   if (place == Place::same) return;
   for (const auto& each : operators_) {

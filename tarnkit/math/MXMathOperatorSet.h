@@ -45,9 +45,9 @@ class MXMathOperatorSet final : public Object {
 
   /// Gives an operator further tokens. Throws "No operator is defined for function '…'".
   void addTokens(const std::vector<String>& tokens, const String& forOperatorFunction);
-  /// Adds an operator next to an existing one. One whose function the set has already only lends its
-  /// tokens to that one; otherwise a token that is taken throws "An operator is already defined for
-  /// '…'". The new operator ends level with what stood right above the existing one.
+  /// Adds an operator next to an existing one. One whose function the set has already only lends
+  /// its tokens to that one; otherwise a token that is taken throws "An operator is already defined
+  /// for '…'". The new operator ends level with what stood right above the existing one.
   void addOperatorWithPrecedenceHigherThan(const Ref<MXMathOperator>& newOperator,
                                            const Ref<MXMathOperator>& existing);
   void addOperatorWithPrecedenceSameAs(const Ref<MXMathOperator>& newOperator,

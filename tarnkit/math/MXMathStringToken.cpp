@@ -55,11 +55,11 @@ String MXMathStringToken::description() const {
 String MXMathStringToken::debugDescription() const {
   if (type_ != MXTokenType::op) return description();
   constexpr const char* kArities[] = {"unknown arity", "unary", "binary"};
-  return String(fmt::format(
-      "{} {{{}, {}, {}, precedence {}}}", token_.view(), operatorType().view(),
-      kArities[static_cast<int>(operatorArity())],
-      operatorAssociativity() == MXOperatorAssociativity::left ? "left" : "right",
-      operatorPrecedence()));
+  return String(
+      fmt::format("{} {{{}, {}, {}, precedence {}}}", token_.view(), operatorType().view(),
+                  kArities[static_cast<int>(operatorArity())],
+                  operatorAssociativity() == MXOperatorAssociativity::left ? "left" : "right",
+                  operatorPrecedence()));
 }
 
 }  // namespace tarnkit

@@ -10,14 +10,14 @@ namespace tarnkit {
 
 enum class MXTokenType : std::uint8_t { number = 0, op = 1, function = 2, variable = 3 };
 
-/// One token of an expression text. Immutable but for the resolution of an operator. One thread at a
-/// time may resolve it.
+/// One token of an expression text. Immutable but for the resolution of an operator. One thread at
+/// a time may resolve it.
 class MXMathStringToken final : public Object {
   TARNKIT_CLASS
  public:
   /// A number token reads its value from the text (one that is no number logs "supposedly invalid
-  /// number: …" and is 0). An operator token asks the default operator set: null when no operator has
-  /// that token, ambiguous when several have.
+  /// number: …" and is 0). An operator token asks the default operator set: null when no operator
+  /// has that token, ambiguous when several have.
   static Ref<MXMathStringToken> mathStringTokenWithToken(const String& token, MXTokenType type);
 
   /// The text: lower-cased for an operator, the bare name for a variable.

@@ -18,8 +18,8 @@ namespace tarnkit {
 class MXMathStringTokenizer : public Object {
   TARNKIT_CLASS
  public:
-  /// Null, with the error in the slot, when the text has something that is no token. No operator set
-  /// means the default one.
+  /// Null, with the error in the slot, when the text has something that is no token. No operator
+  /// set means the default one.
   static Ref<MXMathStringTokenizer> tokenizerWithString(std::string_view string,
                                                         const Ref<MXMathOperatorSet>& operatorSet,
                                                         MXError* error);
@@ -44,7 +44,8 @@ class MXMathStringTokenizer : public Object {
 
   /// The set that governs operator characters; the default one unless another was given.
   const Ref<MXMathOperatorSet>& operatorSet() const noexcept { return operatorSet_; }
-  /// The characters of all tokens of all operators of the set, in ascending order; built at first use.
+  /// The characters of all tokens of all operators of the set, in ascending order; built at first
+  /// use.
   const std::vector<char32_t>& operatorCharacters();
 
  protected:

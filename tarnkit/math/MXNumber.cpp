@@ -20,7 +20,7 @@ std::size_t skipDigits(std::string_view text, std::size_t at) noexcept {
   return at;
 }
 
-bool isNumber(std::string_view text) noexcept {
+bool isUnsignedNumber(std::string_view text) noexcept {
   std::size_t at = skipDigits(text, 0);
   std::size_t digits = at;
   if (at < text.size() && text[at] == '.') {
@@ -38,10 +38,18 @@ bool isNumber(std::string_view text) noexcept {
 
 }  // namespace
 
+bool MXNumber::isNumberText(std::string_view text) noexcept {
+  return isUnsignedNumber(!text.empty() && text.front() == '-' ? text.substr(1) : text);
+}
+
+bool MXNumber::isShortest() const {
+  return !isDecimal() || fromText(shortestText(value_)) == *this;
+}
+
 MXNumber MXNumber::fromText(std::string_view text) {
   const bool negative = !text.empty() && text.front() == '-';
   const auto digits = negative ? text.substr(1) : text;
-  if (!isNumber(digits)) {
+  if (!isUnsignedNumber(digits)) {
     Log::line(fmt::format("supposedly invalid number: {}", text));
     return 0.0;
   }

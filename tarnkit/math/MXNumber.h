@@ -16,18 +16,23 @@ class MXNumber {
  public:
   /// A plain number.
   MXNumber(double value = 0) noexcept : value_(value) {}
-  /// The decimal number of a text of digits ("12", "1.5", "2e-3"). One outside the range of a decimal
-  /// (38 digits, exponents -128 to 127) is a plain double, infinite when too large. Anything but a
-  /// number logs "supposedly invalid number: …" and gives 0.
+  /// The decimal number of a text of digits ("12", "1.5", "2e-3"). One outside the range of a
+  /// decimal (38 digits, exponents -128 to 127) is a plain double, infinite when too large.
+  /// Anything but a number logs "supposedly invalid number: …" and gives 0.
   static MXNumber fromText(std::string_view text);
   /// The same for digits that are known to be a number.
   static MXNumber fromDigits(std::string_view digits, double value);
   static MXNumber fromNumber(const Number& number) noexcept { return number.doubleValue(); }
+  /// Whether `fromText` reads the text as a number: digits, a point, an exponent, after a "-" or
+  /// not.
+  static bool isNumberText(std::string_view text) noexcept;
 
   double doubleValue() const noexcept { return value_; }
   /// The decimal digits ("0.5", "100000": no exponent, no needless zeros); nil for a plain number.
   const String& decimalText() const noexcept { return decimal_; }
   bool isDecimal() const noexcept { return !decimal_.isNil(); }
+  /// Whether the double alone stands for the same number.
+  bool isShortest() const;
   /// The decimal digits, or the shortest text that reads back to the same double.
   String description() const;
   std::string text() const;

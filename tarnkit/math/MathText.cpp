@@ -107,8 +107,8 @@ std::string_view wellFormed(std::string_view text, std::string& storage) {
     if (c < 0) {
       appendCodePoint(storage, kReplacement);
     } else {
-      storage.append(text.substr(static_cast<std::size_t>(start),
-                                 static_cast<std::size_t>(at - start)));
+      storage.append(
+          text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(at - start)));
     }
   }
   return changed ? std::string_view(storage) : text;

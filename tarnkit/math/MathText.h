@@ -33,8 +33,8 @@ String lowerCase(const String& text);
 /// in all. Rounded to the nearest double; too large gives infinity.
 double readNumber(std::string_view text) noexcept;
 /// The digits of such a number as a decimal value writes them: no exponent, no leading or trailing
-/// zeros ("0.5", "100000"), rounded to 38 significant digits, halves to even. Empty when the value is
-/// outside a decimal's range (exponents -128 to 127 over 38 digits).
+/// zeros ("0.5", "100000"), rounded to 38 significant digits, halves to even. Empty when the value
+/// is outside a decimal's range (exponents -128 to 127 over 38 digits).
 std::string decimalText(std::string_view number);
 
 }  // namespace tarnkit::detail

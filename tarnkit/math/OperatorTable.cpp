@@ -83,12 +83,10 @@ OperatorTable::OperatorTable(const MXMathOperatorSet& tokenSet, const MXMathOper
     return row != kNoRow && rows_[row].role == role;
   };
   allowsOnePass_ = allowsOnePass_ && hasRole(open_, OperatorRole::open) &&
-                   hasRole(close_, OperatorRole::close) &&
-                   hasRole(multiply_, OperatorRole::binary);
+                   hasRole(close_, OperatorRole::close) && hasRole(multiply_, OperatorRole::binary);
 }
 
-void OperatorTable::addRows(const MXMathOperatorSet& tokenSet,
-                            const MXMathOperatorSet& parserSet) {
+void OperatorTable::addRows(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet) {
   std::vector<std::int64_t> precedences;
   for (const auto& each : tokenSet) precedences.push_back(each->precedence());
   std::sort(precedences.begin(), precedences.end());

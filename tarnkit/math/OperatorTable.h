@@ -16,7 +16,16 @@ class MXMathOperatorSet;
 namespace tarnkit::detail {
 
 /// What the parser does with an operator; `other` has an unknown arity.
-enum class OperatorRole : std::uint8_t { binary, prefix, postfix, open, close, comma, positive, other };
+enum class OperatorRole : std::uint8_t {
+  binary,
+  prefix,
+  postfix,
+  open,
+  close,
+  comma,
+  positive,
+  other
+};
 
 /// One operator, laid out for the tokenizer and the parser.
 struct OperatorRow {
@@ -34,10 +43,10 @@ struct OperatorRow {
 
 /// What one operator token stands for.
 struct OperatorToken {
-  std::string text;           // in lower case
-  std::uint16_t row;          // kNoRow while ambiguous
-  std::uint16_t unaryRow;     // of an ambiguous token: what it is where an operand may begin
-  std::uint16_t binaryRow;    // of an ambiguous token: what it is after an operand
+  std::string text;         // in lower case
+  std::uint16_t row;        // kNoRow while ambiguous
+  std::uint16_t unaryRow;   // of an ambiguous token: what it is where an operand may begin
+  std::uint16_t binaryRow;  // of an ambiguous token: what it is after an operand
   std::uint8_t codePoints;
 };
 

@@ -49,14 +49,17 @@ std::string tokenText(const ScannedToken& token, std::string_view text, const Op
 std::uint64_t hexadecimalValue(std::string_view digits) noexcept;
 bool isLoneIdentifier(char32_t codePoint) noexcept;
 
-/// Cuts a prepared text into tokens: the readers, the resolution of ambiguous operators, the inserted
-/// parentheses and multiplications. One pass, no memory of its own; `sink(token)` takes each token
-/// and answers whether to go on.
+/// Cuts a prepared text into tokens: the readers, the resolution of ambiguous operators, the
+/// inserted parentheses and multiplications. One pass, no memory of its own; `sink(token)` takes
+/// each token and answers whether to go on.
 template <class Sink>
 class TokenScanner {
  public:
   TokenScanner(std::string_view text, const OperatorTable& table, Sink& sink) noexcept
-      : begin_(text.data()), end_(text.data() + text.size()), at_(begin_), table_(table),
+      : begin_(text.data()),
+        end_(text.data() + text.size()),
+        at_(begin_),
+        table_(table),
         sink_(sink) {}
 
   /// False when a token cannot be read (see `failure`) or the sink has stopped it.

@@ -1,0 +1,156 @@
+#include "tarnkit/math/MXMathEvaluator.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tarnkit/math/MXExpressionRewriter.h"
+#include "tarnkit/math/MXFunctionEvaluator.h"
+#include "tarnkit/math/MXFunctionExpression.h"
+#include "tarnkit/math/MXParser.h"
+#include "tarnkit/math/MathText.h"
+#include "tarnkit/math/OnePassParser.h"
+#include "tarnkit/math/RandomNumbers.h"
+#include "tarnkit/math/TreeEvaluation.h"
+#include "tarnkit/platform/Log.h"
+
+namespace tarnkit {
+
+const Class MXMathEvaluator::kClass{"MXMathEvaluator", &Object::kClass};
+
+namespace {
+
+struct Alias {
+  const char* name;
+  const char* function;
+};
+constexpr Alias kStandardAliases[] = {
+    {"avg", "average"}, {"mean", "average"}, {"trunc", "floor"},     {"modulo", "mod"},
+    {"\u03C0", "pi"},   {"tau_2", "pi"},     {"\u03C4", "tau"},      {"\u03D5", "phi"},
+    {"vers", "versin"}, {"ver", "versin"},   {"vercos", "vercosin"}, {"cvs", "coversin"},
+    {"chord", "crd"},
+};
+
+}  // namespace
+
+const Ref<MXMathEvaluator>& MXMathEvaluator::defaultMathEvaluator() {
+  static const auto shared = make<MXMathEvaluator>();
+  return shared;
+}
+
+MXMathEvaluator::MXMathEvaluator()
+    : functionEvaluator_(make<detail::MXFunctionEvaluator>(this)),
+      operatorSet_(MXMathOperatorSet::defaultOperatorSet()),
+      randomNumbers_(std::make_unique<detail::RandomNumbers>()) {
+  for (const Alias& alias : kStandardAliases) {
+    addAlias(String::interned(alias.name), String::interned(alias.function));
+  }
+}
+
+MXMathEvaluator::~MXMathEvaluator() = default;
+
+bool MXMathEvaluator::registerFunction(MXMathFunction function, const String& forName) {
+  return function && enter(forName, {nullptr, std::move(function)});
+}
+
+bool MXMathEvaluator::addAlias(const String& alias, const String& forFunctionName) {
+  return enter(alias, {detail::lowerCase(forFunctionName), {}});
+}
+
+bool MXMathEvaluator::enter(const String& name, RegisteredFunction function) {
+  const String lower = detail::lowerCase(name);
+  if (lower.isNil() || detail::MXFunctionEvaluator::isStandardFunction(lower) ||
+      functionMap_.contains(lower)) {
+    return false;
+  }
+  functionMap_.set(lower, std::move(function));
+  return true;
+}
+
+void MXMathEvaluator::unregisterFunctionWithName(const String& name) {
+  functionMap_.take(detail::lowerCase(name));
+}
+
+std::vector<String> MXMathEvaluator::registeredFunctions() const {
+  std::vector<String> names = detail::MXFunctionEvaluator::standardFunctions();
+  for (const auto& entry : functionMap_) names.push_back(entry.key);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+void MXMathEvaluator::setOperatorSet(const Ref<MXMathOperatorSet>& operatorSet) {
+  operatorSet_ = operatorSet ? operatorSet : MXMathOperatorSet::defaultOperatorSet();
+}
+
+std::optional<MXNumber> MXMathEvaluator::evaluateString(std::string_view string,
+                                                        const MXSubstitutions& substitutions,
+                                                        MXError* error) const {
+  std::string storage;
+  std::string_view text = string;
+  if (detail::prepareText(text, storage)) {
+    detail::TreeBuilder tree(text);
+    if (detail::OnePassParser(text, operatorSet_->table(), tree).parse()) {
+      double value = 0;
+      const auto view = tree.view();
+      if (view.root > 0 && computesInDoubles_ && tree.summary().isPlain &&
+          detail::evaluatePlainTree(view, tree.summary().stackDepth, substitutions,
+                                    angleMode_ == MXAngleMeasurementMode::degrees, value)) {
+        return value;
+      }
+      return evaluateExpression(*MXExpression::expressionWithTree(tree), substitutions, error);
+    }
+  }
+  const auto parser = MXParser::parserWithTokenizer(
+      MXMathStringTokenizer::tokenizerWithString(string, operatorSet_, error), error);
+  const auto expression = parser ? parser->parsedExpressionWithError(error) : nullptr;
+  if (!expression) return std::nullopt;
+  return evaluateExpression(*expression, substitutions, error);
+}
+
+std::optional<MXNumber> MXMathEvaluator::evaluateString(
+    std::string_view string, const MXSubstitutions& substitutions) const {
+  MXError error;
+  auto value = evaluateString(string, substitutions, &error);
+  if (!value) Log::line(fmt::format("error: {}", error.localizedDescription()));
+  return value;
+}
+
+std::optional<MXNumber> MXMathEvaluator::evaluateExpression(const MXExpression& expression,
+                                                            const MXSubstitutions& substitutions,
+                                                            MXError* error) const {
+  if (expression.isMemberOf(detail::MXFunctionExpression::kClass)) {
+    const auto& function = static_cast<const detail::MXFunctionExpression&>(expression);
+    const auto& tree = function.tree();
+    const auto view = tree.view(function.root());
+    double value = 0;
+    // A percentage that is the root asks the function that holds it.
+    if (computesInDoubles_ && tree.summary().isPlain &&
+        !view.top().isFunction(detail::Builtin::percent) &&
+        detail::evaluatePlainTree(view, tree.summary().stackDepth, substitutions,
+                                  angleMode_ == MXAngleMeasurementMode::degrees, value)) {
+      return value;
+    }
+  }
+  return detail::TreeEvaluation(*this, substitutions, error).evaluate(expression);
+}
+
+Ref<MXExpression> MXMathEvaluator::expressionByRewritingExpression(
+    const Ref<MXExpression>& expression) const {
+  return MXExpressionRewriter::defaultRewriter()->expressionByRewritingExpression(expression,
+                                                                                  *this);
+}
+
+void MXMathEvaluator::addRewriteRule(const String& replacement,
+                                     const String& forExpressionsMatchingTemplate,
+                                     const String& condition) const {
+  MXExpressionRewriter::defaultRewriter()->addRewriteRule(
+      replacement, forExpressionsMatchingTemplate, condition);
+}
+
+void MXMathEvaluator::seedRandomNumbers(std::uint64_t seed) const { randomNumbers_->seed(seed); }
+
+double MXMathEvaluator::randomNumber(std::uint32_t lower, std::uint32_t upper) const {
+  return static_cast<double>(randomNumbers_->between(lower, upper));
+}
+
+}  // namespace tarnkit

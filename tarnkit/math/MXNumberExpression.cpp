@@ -1,0 +1,52 @@
+#include "tarnkit/math/MXNumberExpression.h"
+
+#include "tarnkit/platform/Coder.h"
+
+namespace tarnkit::detail {
+
+const Class MXNumberExpression::kClass{"_MXNumberExpression", &MXExpression::kClass,
+                                       &makeByDefault<MXNumberExpression>};
+
+namespace {
+constexpr Symbol kNumberKey("number");
+}
+
+Ref<MXExpression> MXNumberExpression::copy() const { return make<MXNumberExpression>(number_); }
+
+Ref<MXExpression> MXNumberExpression::simplifiedExpressionWithEvaluator(const MXMathEvaluator*,
+                                                                        MXError*) const {
+  return Ref<MXExpression>(const_cast<MXNumberExpression*>(this));
+}
+
+void MXNumberExpression::encodeWithCoder(Encoder& coder) const {
+  const double value = number_.doubleValue();
+  archived_ = number_.isShortest() ? Ref<Object>(Number::withDouble(value))
+                                   : Ref<Object>(number_.decimalText().object());
+  coder.encodeObject(archived_, kNumberKey);
+}
+
+void MXNumberExpression::initWithCoder(Decoder& coder) {
+  const auto value = coder.decodeObject(kNumberKey);
+  if (const auto* number = as<Number>(value.get())) {
+    number_ = MXNumber::fromNumber(*number);
+  } else if (const auto* digits = as<StringObject>(value.get());
+             digits && MXNumber::isNumberText(digits->view())) {
+    number_ = MXNumber::fromText(digits->view());
+  } else {
+    coder.fail("a number expression without a number");
+  }
+}
+
+TreeView MXNumberExpression::view(ExpressionNode& storage) const {
+  const auto digits = number_.decimalText().view();
+  storage = {NodeKind::number,
+             Builtin::none,
+             number_.isDecimal() ? ExpressionNode::kLiteral : std::uint16_t{0},
+             1,
+             {.number = number_.doubleValue()},
+             0,
+             static_cast<std::uint32_t>(digits.size())};
+  return {&storage, 0, digits.data(), digits.size(), nullptr};
+}
+
+}  // namespace tarnkit::detail

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <type_traits>
+
+namespace tarnkit::detail {
+
+/// A growing run of plain records whose first `N` need no memory from the heap. One owner, no
+/// copies; appending is amortised constant time.
+template <class T, std::size_t N>
+class SmallStack {
+  static_assert(std::is_trivially_copyable_v<T>);
+
+ public:
+  SmallStack() noexcept = default;
+  SmallStack(const SmallStack&) = delete;
+  SmallStack& operator=(const SmallStack&) = delete;
+
+  T* data() noexcept { return data_; }
+  const T* data() const noexcept { return data_; }
+  std::size_t size() const noexcept { return size_; }
+  bool empty() const noexcept { return size_ == 0; }
+  T& operator[](std::size_t index) noexcept { return data_[index]; }
+  const T& operator[](std::size_t index) const noexcept { return data_[index]; }
+  T& back() noexcept { return data_[size_ - 1]; }
+  const T& back() const noexcept { return data_[size_ - 1]; }
+  void push(const T& value) {
+    if (size_ == capacity_) grow(size_ + 1);
+    data_[size_++] = value;
+  }
+  void append(const T* values, std::size_t count) {
+    if (size_ + count > capacity_) grow(size_ + count);
+    if (count != 0) std::memcpy(data_ + size_, values, count * sizeof(T));
+    size_ += count;
+  }
+  void pop() noexcept { --size_; }
+  void resize(std::size_t size) {
+    if (size > capacity_) grow(size);
+    size_ = size;
+  }
+  void clear() noexcept { size_ = 0; }
+
+ private:
+  void grow(std::size_t needed) {
+    const std::size_t capacity = needed > capacity_ * 2 ? needed : capacity_ * 2;
+    auto* const fresh = static_cast<T*>(::operator new(capacity * sizeof(T)));
+    std::memcpy(static_cast<void*>(fresh), data_, size_ * sizeof(T));
+    heap_.reset(fresh);
+    data_ = fresh;
+    capacity_ = capacity;
+  }
+  struct Release {
+    void operator()(T* memory) const noexcept { ::operator delete(memory); }
+  };
+
+  alignas(T) unsigned char inline_[N * sizeof(T)];
+  T* data_ = reinterpret_cast<T*>(inline_);
+  std::size_t size_ = 0;
+  std::size_t capacity_ = N;
+  std::unique_ptr<T, Release> heap_;
+};
+
+}  // namespace tarnkit::detail

@@ -1,0 +1,390 @@
+#include "tarnkit/math/TermReduction.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tarnkit/math/MXParser.h"
+
+namespace tarnkit::detail {
+
+bool TermReduction::reduce(MXError* error) {
+  if (buildTerms() && resolveAll() && produce()) return true;
+  MXError::set(error, error_);
+  return false;
+}
+
+TermReduction::Index TermReduction::addTerm(Kind kind, Index token) {
+  Term term;
+  term.kind = kind;
+  term.token = token;
+  terms_.push_back(term);
+  return static_cast<Index>(terms_.size() - 1);
+}
+
+void TermReduction::append(Index group, Index index) {
+  Term& owner = terms_[group];
+  Term& term = terms_[index];
+  term.owner = group;
+  term.next = kNone;
+  term.previous = owner.last;
+  (owner.last == kNone ? owner.first : terms_[owner.last].next) = index;
+  owner.last = index;
+  ++owner.count;
+}
+
+void TermReduction::detach(Index group, Index index) {
+  Term& owner = terms_[group];
+  Term& term = terms_[index];
+  (term.previous == kNone ? owner.first : terms_[term.previous].next) = term.next;
+  (term.next == kNone ? owner.last : terms_[term.next].previous) = term.previous;
+  term.next = term.previous = term.owner = kNone;
+  --owner.count;
+}
+
+bool TermReduction::buildTerms() {
+  terms_.reserve(tokens_.size() + 1);
+  open_.push_back(addTerm(Kind::group, kNone));
+  for (Index i = 0; i < tokens_.size(); ++i) {
+    const MXMathStringToken& token = *tokens_[i];
+    Index term = kNone;
+    switch (token.tokenType()) {
+      case MXTokenType::number:
+        term = addTerm(Kind::number, i);
+        break;
+      case MXTokenType::variable:
+        term = addTerm(Kind::variable, i);
+        break;
+      case MXTokenType::function:
+        term = addTerm(Kind::function, i);
+        append(open_.back(), term);
+        open_.push_back(term);
+        ++i;  // its "(", which the tokenizer has made sure of
+        continue;
+      case MXTokenType::op:
+        if (token.operatorFunction() == MXOperatorParenthesisOpen) {
+          term = addTerm(Kind::group, i);
+          append(open_.back(), term);
+          open_.push_back(term);
+          continue;
+        }
+        if (open_.size() > 1 && token.operatorFunction() == MXOperatorParenthesisClose) {
+          closeGroup();
+          continue;
+        }
+        term = addTerm(Kind::op, i);
+        break;
+    }
+    append(open_.back(), term);
+  }
+  return open_.size() == 1 || failUnclosed();
+}
+
+bool TermReduction::closeGroup() {
+  const Index group = open_.back();
+  open_.pop_back();
+  if (terms_[group].kind == Kind::function) splitArguments(group);
+  return true;
+}
+
+// The error of the innermost group travels outward, and each function on its way puts its own name.
+bool TermReduction::failUnclosed() {
+  const auto function = std::find_if(open_.begin(), open_.end(), [this](Index term) {
+    return terms_[term].kind == Kind::function;
+  });
+  if (function == open_.end()) {
+    return fail(MXErrorCode::imbalancedParentheses, "imbalanced parentheses");
+  }
+  return fail(
+      MXErrorCode::imbalancedParentheses,
+      fmt::format("missing parentheses after function \"{}\"", tokenOf(*function).token().view()));
+}
+
+void TermReduction::splitArguments(Index function) {
+  Index at = terms_[function].first;
+  terms_[function].first = terms_[function].last = kNone;
+  terms_[function].count = 0;
+  Index first = kNone;
+  Index last = kNone;
+  Index count = 0;
+  while (at != kNone) {
+    const Index next = terms_[at].next;
+    if (isOperator(at) && tokenOf(at).operatorFunction() == MXOperatorComma) {
+      addArgument(function, first, last, count, true);
+      first = last = kNone;
+      count = 0;
+    } else {
+      if (first == kNone) first = at;
+      last = at;
+      ++count;
+    }
+    at = next;
+  }
+  addArgument(function, first, last, count, false);
+}
+
+void TermReduction::addArgument(Index function, Index first, Index last, Index count, bool closes) {
+  if (count == 1) {
+    append(function, first);
+    return;
+  }
+  if (count == 0 && !closes) return;
+  const Index group = addTerm(Kind::group, kNone);
+  append(function, group);
+  for (Index at = first; count > 0; --count) {
+    const Index next = at == last ? kNone : terms_[at].next;
+    append(group, at);
+    at = next;
+  }
+}
+
+bool TermReduction::resolveAll() {
+  waiting_.push_back(0);
+  while (!waiting_.empty()) {
+    const Index index = waiting_.back();
+    waiting_.pop_back();
+    switch (terms_[index].kind) {
+      case Kind::number:
+      case Kind::variable:
+        break;
+      case Kind::op:
+        return failUnfolded(index);
+      case Kind::group:
+        if (!reduceGroup(index)) return false;
+        if (terms_[index].count == 1) waiting_.push_back(terms_[index].first);
+        break;
+      case Kind::function:
+        for (Index at = terms_[index].last; at != kNone; at = terms_[at].previous) {
+          waiting_.push_back(at);
+        }
+        break;
+    }
+  }
+  return true;
+}
+
+bool TermReduction::reduceGroup(Index group) {
+  if (terms_[group].count < 2) return true;
+  candidates_.clear();
+  for (Index at = terms_[group].first; at != kNone; at = terms_[at].next) {
+    if (isOperator(at)) candidates_.push_back({tokenOf(at).operatorPrecedence(), at});
+  }
+  std::stable_sort(
+      candidates_.begin(), candidates_.end(),
+      [](const Candidate& a, const Candidate& b) { return a.precedence > b.precedence; });
+  const Candidate* const end = candidates_.data() + candidates_.size();
+  for (const Candidate* from = candidates_.data(); from != end && terms_[group].count > 1;) {
+    const Candidate* to = from;
+    while (to != end && to->precedence == from->precedence) ++to;
+    if (!reduceLevel(group, from, to)) return false;
+    from = to;
+  }
+  if (terms_[group].count > 1) {
+    return fail(MXErrorCode::invalidFormat, fmt::format("invalid format: {}", describe(group)));
+  }
+  return true;
+}
+
+bool TermReduction::reduceLevel(Index group, const Candidate* from, const Candidate* to) {
+  while (terms_[group].count > 1) {
+    while (from != to && terms_[from->term].owner != group) ++from;
+    while (from != to && terms_[to[-1].term].owner != group) --to;
+    if (from == to) return true;
+    if (!fold(group, groupsRight(from->term) ? to[-1].term : from->term)) return false;
+  }
+  return true;
+}
+
+bool TermReduction::fold(Index group, Index op) {
+  switch (tokenOf(op).operatorArity()) {
+    case MXOperatorArity::binary:
+      return foldBinary(group, op);
+    case MXOperatorArity::unary:
+      return foldUnary(group, op);
+    default:
+      return failAt(MXErrorCode::unknownArity, "unknown arity for operator: {}", op);
+  }
+}
+
+bool TermReduction::foldBinary(Index group, Index op) {
+  if (terms_[op].previous == kNone) {
+    return failAt(MXErrorCode::noLeftOperandToBinary, "no left operand to binary {}", op);
+  }
+  if (terms_[op].next == kNone) {
+    return failAt(MXErrorCode::noRightOperandToBinary, "no right operand to binary {}", op);
+  }
+  if (isOperator(terms_[op].next) && !wrapRightOperand(group, op)) return false;
+  replace(group, terms_[op].previous, terms_[op].next, op);
+  return true;
+}
+
+// A run of unary operators and the operand behind it become a group. A run before a binary operator
+// has no operand to wrap: its first operator stays as the operand and fails when it is resolved.
+bool TermReduction::wrapRightOperand(Index group, Index op) {
+  const Index first = terms_[op].next;
+  Index end = first;
+  Index last = kNone;
+  while (end != kNone && isOperator(end) &&
+         tokenOf(end).operatorArity() == MXOperatorArity::unary) {
+    last = end;
+    end = terms_[end].next;
+  }
+  if (end == kNone) {
+    return failAt(MXErrorCode::noRightOperandToUnary, "no right operand to unary {}", last);
+  }
+  if (last == kNone || isOperator(end)) return true;
+  const Index behind = terms_[end].next;
+  const Index wrapped = addTerm(Kind::group, kNone);
+  for (Index at = first; at != behind;) {
+    const Index next = terms_[at].next;
+    detach(group, at);
+    append(wrapped, at);
+    at = next;
+  }
+  terms_[wrapped].owner = group;
+  terms_[wrapped].previous = op;
+  terms_[wrapped].next = behind;
+  terms_[op].next = wrapped;
+  (behind == kNone ? terms_[group].last : terms_[behind].previous) = wrapped;
+  ++terms_[group].count;
+  return true;
+}
+
+bool TermReduction::foldUnary(Index group, Index op) {
+  const bool prefix = groupsRight(op);
+  if (prefix && terms_[op].next == kNone) {
+    return failAt(MXErrorCode::noRightOperandToUnary, "no right operand to unary {}", op);
+  }
+  if (!prefix && terms_[op].previous == kNone) {
+    return failAt(MXErrorCode::noLeftOperandToUnary, "no left operand to unary {}", op);
+  }
+  replace(group, prefix ? op : terms_[op].previous, prefix ? terms_[op].next : op, op);
+  return true;
+}
+
+// Puts a function of the other terms between `first` and `last` in the place of all of them.
+void TermReduction::replace(Index group, Index first, Index last, Index op) {
+  const Index function = addTerm(Kind::function, terms_[op].token);
+  terms_[function].folded = true;
+  const Index before = terms_[first].previous;
+  const Index behind = terms_[last].next;
+  for (Index at = first; at != behind;) {
+    const Index next = terms_[at].next;
+    detach(group, at);
+    if (at != op) append(function, at);
+    at = next;
+  }
+  terms_[function].owner = group;
+  terms_[function].previous = before;
+  terms_[function].next = behind;
+  (before == kNone ? terms_[group].first : terms_[before].next) = function;
+  (behind == kNone ? terms_[group].last : terms_[behind].previous) = function;
+  ++terms_[group].count;
+}
+
+bool TermReduction::failUnfolded(Index op) {
+  if (tokenOf(op).operatorArity() != MXOperatorArity::unary) {
+    return failAt(MXErrorCode::missingOperands, "missing operands for operator: {}", op);
+  }
+  if (groupsRight(op)) {
+    return failAt(MXErrorCode::noRightOperandToUnary, "no right operand to unary {}", op);
+  }
+  return failAt(MXErrorCode::noLeftOperandToUnary, "no left operand to unary {}", op);
+}
+
+bool TermReduction::produce() {
+  // A function comes twice: before its arguments, and behind them when they stand in the tree.
+  struct Step {
+    Index term;
+    bool closes;
+    std::uint32_t firstNode;
+  };
+  std::vector<Step> steps{{0, false, 0}};
+  while (!steps.empty()) {
+    const Step step = steps.back();
+    steps.pop_back();
+    const Term& term = terms_[step.term];
+    if (step.closes) {
+      const std::string name = functionName(term);
+      tree_.addNamed(builtinNamed(name), name, term.count, tree_.count() - step.firstNode);
+    } else if (term.kind == Kind::group) {
+      if (term.count != 1) {
+        return fail(MXErrorCode::invalidFormat,
+                    fmt::format("Unable to create expression from term: {}", describe(step.term)));
+      }
+      steps.push_back({term.first, false, 0});
+    } else if (term.kind == Kind::function) {
+      steps.push_back({step.term, true, tree_.count()});
+      for (Index at = term.last; at != kNone; at = terms_[at].previous) {
+        steps.push_back({at, false, 0});
+      }
+    } else if (!produceLeaf(step.term)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool TermReduction::produceLeaf(Index index) {
+  const MXMathStringToken& token = tokenOf(index);
+  if (terms_[index].kind == Kind::number) {
+    const MXNumber& number = token.numberValue();
+    const auto digits = token.token().view();
+    tree_.addLiteral(number.doubleValue(), tree_.keep(digits),
+                     static_cast<std::uint32_t>(digits.size()));
+    return true;
+  }
+  auto name = token.token().view();
+  if (!name.empty() && name.front() == '$') name.remove_prefix(1);
+  if (name.empty()) {
+    return fail(MXErrorCode::invalidVariable, "variable names must be at least 1 character long");
+  }
+  tree_.addVariable(tree_.keep(name), static_cast<std::uint32_t>(name.size()));
+  return true;
+}
+
+bool TermReduction::groupsRight(Index op) const {
+  return parser_.associativityForOperatorFunction(tokenOf(op).operatorFunction()) ==
+         MXOperatorAssociativity::right;
+}
+
+std::string TermReduction::functionName(const Term& term) const {
+  const MXMathStringToken& token = *tokens_[term.token];
+  return (term.folded ? token.operatorFunction() : token.token()).toStdString();
+}
+
+std::string TermReduction::describe(Index term) const {
+  std::string text;
+  struct Step {
+    Index term;
+    const char* text;  // written when there is no term
+  };
+  std::vector<Step> steps{{term, nullptr}};
+  while (!steps.empty()) {
+    const Step step = steps.back();
+    steps.pop_back();
+    if (step.term == kNone) {
+      text += step.text;
+      continue;
+    }
+    const Term& at = terms_[step.term];
+    if (at.kind == Kind::group || at.kind == Kind::function) {
+      const bool isFunction = at.kind == Kind::function;
+      text += isFunction ? functionName(at) + "(" : "(";
+      steps.push_back({kNone, ")"});
+      for (Index sub = at.last; sub != kNone; sub = terms_[sub].previous) {
+        steps.push_back({sub, nullptr});
+        if (isFunction && terms_[sub].previous != kNone) steps.push_back({kNone, ","});
+      }
+    } else {
+      text += tokenOf(step.term).description().view();
+    }
+  }
+  return text;
+}
+
+bool TermReduction::failAt(MXErrorCode code, const char* message, Index op) {
+  return fail(code, fmt::format(fmt::runtime(message), tokenOf(op).token().view()));
+}
+
+}  // namespace tarnkit::detail

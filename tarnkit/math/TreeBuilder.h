@@ -1,0 +1,112 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tarnkit/math/ExpressionTree.h"
+#include "tarnkit/math/SmallStack.h"
+
+namespace tarnkit::detail {
+
+/// Collects the nodes of a tree in postorder. Small trees need no memory from the heap until they
+/// are made into an `ExpressionTree`; they can be evaluated where they stand.
+class TreeBuilder {
+ public:
+  static constexpr std::size_t kInlineNodes = 48;
+
+  /// `text` is what slices of the nodes refer to, and must outlive the builder.
+  explicit TreeBuilder(std::string_view text = {}) noexcept : text_(text) {}
+
+  std::uint32_t count() const noexcept { return static_cast<std::uint32_t>(nodes_.size()); }
+  const ExpressionNode& node(std::uint32_t index) const noexcept { return nodes_[index]; }
+  ExpressionNode& node(std::uint32_t index) noexcept { return nodes_[index]; }
+  /// The tree whose root was added last.
+  TreeView view() const noexcept {
+    return {nodes_.data(), count() - 1, text_.data(), text_.size(), moreText_.data()};
+  }
+  const TreeSummary& summary() const noexcept { return summary_; }
+  Ref<ExpressionTree> finish() const {
+    return ExpressionTree::make(nodes_.data(), nodes_.size(), text_, moreText_, summary_);
+  }
+  void clear() noexcept;
+
+  /// Keeps a text and answers where slices find it.
+  std::uint32_t keep(std::string_view text);
+
+  void addNumber(double value) {
+    add({NodeKind::number, Builtin::none, 0, 1, {.number = value}, 0, 0});
+  }
+  void addLiteral(double value, std::uint32_t offset, std::uint32_t length) {
+    add({NodeKind::number,
+         Builtin::none,
+         ExpressionNode::kLiteral,
+         1,
+         {.number = value},
+         offset,
+         length});
+  }
+  void addNumber(const MXNumber& number);
+  void addVariable(std::uint32_t offset, std::uint32_t length) {
+    ExpressionNode node{NodeKind::variable, Builtin::none, 0, 1, {}, offset, length};
+    node.ordinal = summary_.variableCount++;
+    add(node);
+  }
+  /// A function of the `arguments` subtrees that were added last, `nodes` nodes together, with a
+  /// slice for its name.
+  void addFunction(Builtin builtin, std::uint32_t arguments, std::uint32_t nodes,
+                   std::uint32_t offset, std::uint32_t length) {
+    addFunction(builtin, 0, arguments, nodes, offset, length);
+  }
+  /// The same, with the name of the table.
+  void addBuiltin(Builtin builtin, std::uint32_t arguments, std::uint32_t nodes) {
+    addFunction(builtin, ExpressionNode::kTableName, arguments, nodes, 0, 0);
+  }
+  /// As either, with the name of a node of another tree.
+  void addFunctionLike(const TreeView& other, const ExpressionNode& node, std::uint32_t arguments,
+                       std::uint32_t nodes);
+  /// A built-in, or another function by its name.
+  void addNamed(Builtin builtin, std::string_view name, std::uint32_t arguments,
+                std::uint32_t nodes);
+  /// An operator's two or one operands, which were added last.
+  void addBinary(Builtin builtin, std::string_view name) {
+    const std::uint32_t right = nodes_.back().size;
+    addNamed(builtin, name, 2, right + nodes_[nodes_.size() - 1 - right].size);
+  }
+  void addUnary(Builtin builtin, std::string_view name) {
+    addNamed(builtin, name, 1, nodes_.back().size);
+  }
+  /// A copy of a subtree of another tree.
+  void addCopy(const TreeView& other);
+  /// Takes the last subtrees away again.
+  void drop(std::uint32_t nodes, std::uint32_t subtrees) noexcept;
+
+ private:
+  void add(const ExpressionNode& node) {
+    if (++depth_ > summary_.stackDepth) summary_.stackDepth = depth_;
+    nodes_.push(node);
+  }
+  void addFunction(Builtin builtin, std::uint16_t flags, std::uint32_t arguments,
+                   std::uint32_t nodes, std::uint32_t offset, std::uint32_t length) {
+    const BuiltinFunction& row = builtinFunction(builtin);
+    if (builtin == Builtin::none || !row.takes(arguments) ||
+        (row.shape == BuiltinShape::special && builtin != Builtin::percent)) {
+      summary_.isPlain = false;
+    }
+    if (builtin <= Builtin::subtract && builtin != Builtin::none && arguments == 2 &&
+        nodes_.back().isFunction(Builtin::percent)) {
+      nodes_.back().flags |= ExpressionNode::kPercentOfFirst;
+    }
+    depth_ -= arguments;
+    ExpressionNode node{NodeKind::function, builtin, flags, nodes + 1, {}, offset, length};
+    node.argumentCount = arguments;
+    add(node);
+  }
+
+  std::string_view text_;
+  std::string moreText_;
+  std::uint32_t depth_ = 0;
+  TreeSummary summary_;
+  SmallStack<ExpressionNode, kInlineNodes> nodes_;
+};
+
+}  // namespace tarnkit::detail

@@ -1,0 +1,336 @@
+#include "tarnkit/math/TreeEvaluation.h"
+
+#include <fmt/format.h>
+
+#include <span>
+
+#include "tarnkit/math/FunctionMath.h"
+#include "tarnkit/math/MXFunctionEvaluator.h"
+#include "tarnkit/math/MathText.h"
+#include "tarnkit/math/SmallStack.h"
+#include "tarnkit/math/TreeOperations.h"
+
+namespace tarnkit::detail {
+
+namespace {
+
+constexpr std::uint32_t kInlineDepth = 64;
+constexpr std::uint32_t kSearchedInPlace = 8;
+constexpr int kMaximumAliasChain = 64;
+
+/// What the evaluations on this thread's stack have used so far.
+struct Nesting {
+  int depth = 0;
+  std::uint64_t work = 0;
+};
+thread_local Nesting nesting;
+
+const Number* numberNamed(const MXSubstitutions& substitutions, std::string_view name) {
+  const Ref<Object>* found = nullptr;
+  if (substitutions.size() <= kSearchedInPlace) {
+    for (const auto& entry : substitutions) {
+      if (entry.key.view() == name) {
+        found = &entry.value;
+        break;
+      }
+    }
+  } else {
+    found = substitutions.find(String(name));
+  }
+  return found && *found && (*found)->isMemberOf(Number::kClass)
+             ? static_cast<const Number*>(found->get())
+             : nullptr;
+}
+
+// Computes the function at `node` on the values before `top`; answers where the top is afterwards.
+double* computeInPlace(const ExpressionNode* node, double* top, bool degrees) {
+  switch (node->builtin) {
+    case Builtin::add:
+      --top;
+      top[-1] = top[-1] + top[0];
+      return top;
+    case Builtin::subtract:
+      --top;
+      top[-1] = top[-1] - top[0];
+      return top;
+    case Builtin::multiply:
+      --top;
+      top[-1] = top[-1] * top[0];
+      return top;
+    case Builtin::divide:
+      --top;
+      top[-1] = top[-1] / top[0];
+      return top;
+    case Builtin::negate:
+      top[-1] = -top[-1];
+      return top;
+    default:
+      break;
+  }
+  const BuiltinFunction& function = builtinFunction(node->builtin);
+  const std::uint32_t count = node->argumentCount;
+  const double base = (node->flags & ExpressionNode::kPercentOfFirst) != 0 ? top[-2] : 1.0;
+  double* const first = top - count;
+  *first = computeBuiltin(function, first, count, degrees,
+                          count == 1 && node[-1].isFunction(Builtin::dtor), base);
+  return first + 1;
+}
+
+}  // namespace
+
+bool evaluatePlainTree(const TreeView& tree, std::uint32_t stackDepth,
+                       const MXSubstitutions& substitutions, bool degrees, double& result) {
+  double room[kInlineDepth];
+  std::vector<double> moreRoom;
+  double* top = room;
+  if (stackDepth > kInlineDepth) {
+    moreRoom.resize(stackDepth);
+    top = moreRoom.data();
+  }
+  const ExpressionNode* const end = tree.nodes + tree.root + 1;
+  for (const ExpressionNode* node = tree.nodes + tree.begin(); node != end; ++node) {
+    if (node->kind == NodeKind::number) {
+      *top++ = node->number;
+    } else if (node->kind == NodeKind::function) {
+      top = computeInPlace(node, top, degrees);
+    } else {
+      const Number* const number = numberNamed(substitutions, tree.slice(*node));
+      if (!number) return false;
+      *top++ = number->doubleValue();
+    }
+  }
+  result = top[-1];
+  return true;
+}
+
+TreeEvaluation::TreeEvaluation(const MXMathEvaluator& evaluator,
+                               const MXSubstitutions& substitutions, MXError* error)
+    : evaluator_(evaluator), substitutions_(substitutions), error_(error ? error : &own_) {
+  if (nesting.depth++ == 0) nesting.work = 0;
+}
+
+TreeEvaluation::~TreeEvaluation() { --nesting.depth; }
+
+std::optional<MXNumber> TreeEvaluation::evaluate(const MXExpression& expression) {
+  if (nesting.depth > MXMathEvaluator::kMaximumNesting) {
+    fail(MXErrorCode::invalidFormat, "the expression refers to itself or is nested too deeply");
+    return std::nullopt;
+  }
+  root_ = &expression;
+  ExpressionNode storage;
+  tree_ = expression.view(storage);
+  if (!step(tree_.root, 0)) return std::nullopt;
+  while (!frames_.empty()) {
+    Frame& frame = frames_.back();
+    if (frame.waiting == 0) {
+      if (!leaveFunction()) return std::nullopt;
+      continue;
+    }
+    const std::uint32_t node = children_.back();
+    children_.pop_back();
+    const std::uint32_t place = tree_.nodes[frame.node].argumentCount - frame.waiting;
+    --frame.waiting;
+    if (!step(node, place)) return std::nullopt;
+  }
+  return values_.back();
+}
+
+bool TreeEvaluation::step(std::uint32_t node, std::uint32_t place) {
+  switch (tree_.nodes[node].kind) {
+    case NodeKind::number:
+      values_.push_back(tree_.number(tree_.nodes[node]));
+      return true;
+    case NodeKind::variable:
+      return pushVariable(node);
+    case NodeKind::function:
+      break;
+  }
+  return enterFunction(node, place);
+}
+
+bool TreeEvaluation::enterFunction(std::uint32_t node, std::uint32_t place) {
+  const Builtin builtin = tree_.nodes[node].builtin;
+  if (builtin != Builtin::none) return enterBuiltin(node, place, builtin);
+  String name(functionName(tree_.at(node)));
+  for (int hops = 0; hops < kMaximumAliasChain; ++hops) {
+    const auto* registered = evaluator_.registeredFunction(name);
+    if (!registered) return resolveUnknown(name, node, place);
+    if (registered->aliasOf.isNil()) {
+      return callRegistered(registered->function, node, place, name);
+    }
+    name = registered->aliasOf;
+    const Builtin target = builtinNamed(name);
+    if (target != Builtin::none) return enterBuiltin(node, place, target);
+  }
+  return fail(MXErrorCode::invalidFormat, fmt::format("the alias {} leads to itself", name.view()));
+}
+
+bool TreeEvaluation::enterBuiltin(std::uint32_t index, std::uint32_t place, Builtin builtin) {
+  const ExpressionNode& node = tree_.nodes[index];
+  const BuiltinFunction& function = builtinFunction(builtin);
+  const std::uint32_t count = node.argumentCount;
+  if (!function.takes(count)) {
+    if (builtin == Builtin::random) {
+      return fail(MXErrorCode::invalidArgument, "random() may only have up to 2 arguments");
+    }
+    const std::uint32_t wanted = function.minimumArguments;
+    return fail(MXErrorCode::invalidArgument,
+                fmt::format("{} requires {}{} argument{}", function.name,
+                            function.maximumArguments == wanted ? "" : "at least ", wanted,
+                            wanted == 1 ? "" : "s"));
+  }
+  if (builtin == Builtin::count) {
+    values_.push_back(static_cast<double>(count));
+    return true;
+  }
+  frames_.push_back({index, count, place, values_.size(), builtin, nullptr});
+  std::uint32_t child = index - 1;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    children_.push_back(child);
+    child -= tree_.nodes[child].size;
+  }
+  return true;
+}
+
+bool TreeEvaluation::leaveFunction() {
+  const Frame& frame = frames_.back();
+  BuiltinCall call{builtinFunction(frame.builtin)};
+  call.degrees = evaluator_.angleMeasurementMode() == MXAngleMeasurementMode::degrees;
+  const std::size_t count = values_.size() - frame.firstValue;
+  call.argumentIsRadians = count == 1 && tree_.nodes[frame.node - 1].isFunction(Builtin::dtor);
+  if (frame.builtin == Builtin::percent && !pushPercentBase(frame, call.percentBase)) return false;
+  auto value = evaluator_.functionEvaluator().compute(
+      call, std::span<const MXNumber>(values_.data() + frame.firstValue, count), error_);
+  if (!value) {
+    return fail(MXErrorCode::invalidArgument,
+                fmt::format("invalid return type from {} function", call.function.name));
+  }
+  values_.resize(frame.firstValue);
+  values_.push_back(std::move(*value));
+  frames_.pop_back();
+  return true;
+}
+
+// The second argument of an addition or a subtraction is a part of the first one's value, which
+// stands right below its own.
+bool TreeEvaluation::pushPercentBase(const Frame& frame, MXNumber& base) {
+  if (frames_.size() > 1) {
+    const Frame& parent = frames_[frames_.size() - 2];
+    const bool isSum = parent.builtin == Builtin::add || parent.builtin == Builtin::subtract;
+    if (isSum && frame.place == 1) base = values_[parent.firstValue];
+    return true;
+  }
+  const auto parent = root_->parentExpression();
+  if (!parent) return true;
+  const Builtin sum = builtinNamed(parent->function());
+  const auto& arguments = parent->arguments();
+  if ((sum != Builtin::add && sum != Builtin::subtract) || arguments.size() != 2 ||
+      arguments[1] != root_) {
+    return true;
+  }
+  const auto value = reduce(arguments[0].get());
+  if (value) base = *value;
+  return value.has_value();
+}
+
+bool TreeEvaluation::callRegistered(const MXMathFunction& function, std::uint32_t,
+                                    std::uint32_t place, const String& name) {
+  const auto object = objectOf(place);
+  const MXMathFunction called = function;  // it may unregister itself
+  const auto result = called(object->arguments(), substitutions_, evaluator_, error_);
+  if (!result) {
+    failResolving("unable to resolve function: {}", MXUnknownFunctionKey,
+                  MXErrorCode::invalidIdentifier, name);
+    return false;
+  }
+  auto value = reduce(result.get());
+  if (!value) {
+    return fail(MXErrorCode::invalidArgument,
+                fmt::format("invalid return type from {} function", name.view()));
+  }
+  values_.push_back(std::move(*value));
+  return true;
+}
+
+bool TreeEvaluation::resolveUnknown(const String& name, std::uint32_t node, std::uint32_t place) {
+  if (evaluator_.resolvesFunctionsAsVariables()) {
+    if (auto value = variableValue(name)) {
+      values_.push_back(std::move(*value));
+      return true;
+    }
+  }
+  if (const auto& resolver = evaluator_.functionResolver()) {
+    if (const MXMathFunction function = resolver(name)) {
+      return callRegistered(function, node, place, name);
+    }
+  }
+  failResolving("unable to resolve function: {}", MXUnknownFunctionKey,
+                MXErrorCode::invalidIdentifier, name);
+  return false;
+}
+
+bool TreeEvaluation::pushVariable(std::uint32_t node) {
+  const String name(tree_.slice(tree_.nodes[node]));
+  if (auto value = variableValue(name)) {
+    values_.push_back(std::move(*value));
+    return true;
+  }
+  failResolving("unable to resolve variable: {}", MXUnknownVariableKey,
+                MXErrorCode::invalidVariable, name);
+  return false;
+}
+
+std::optional<MXNumber> TreeEvaluation::variableValue(const String& name) {
+  if (const auto* substitution = substitutions_.find(name); substitution && *substitution) {
+    return reduce(substitution->get());
+  }
+  if (const auto& resolver = evaluator_.variableResolver()) return resolver(name);
+  return std::nullopt;
+}
+
+std::optional<MXNumber> TreeEvaluation::reduce(const Object* value) {
+  if (const auto* number = as<Number>(value)) return MXNumber::fromNumber(*number);
+  const auto* string = as<StringObject>(value);
+  const auto* expression = as<MXExpression>(value);
+  if (!string && !expression) return std::nullopt;
+  ExpressionNode storage;
+  nesting.work += 1 + (string ? string->view().size() : expression->view(storage).top().size);
+  if (nesting.work > MXMathEvaluator::kMaximumSubstitutedWork) {
+    fail(MXErrorCode::invalidFormat, "the substitutions refer to each other too often");
+    return std::nullopt;
+  }
+  return string ? evaluator_.evaluateString(string->view(), substitutions_, error_)
+                : evaluator_.evaluateExpression(*expression, substitutions_, error_);
+}
+
+// The object of the function that is about to be called as an argument of the innermost frame.
+Ref<MXExpression> TreeEvaluation::objectOf(std::uint32_t place) {
+  std::size_t known = frames_.size();
+  while (known > 0 && !frames_[known - 1].object) --known;
+  Ref<MXExpression> object =
+      known > 0 ? frames_[known - 1].object : Ref<MXExpression>(const_cast<MXExpression*>(root_));
+  if (known == 0 && !frames_.empty()) {
+    frames_[0].object = object;
+    known = 1;
+  }
+  for (; known < frames_.size(); ++known) {
+    object = object->arguments()[frames_[known].place];
+    frames_[known].object = object;
+  }
+  return frames_.empty() ? object : object->arguments()[place];
+}
+
+// An error that a function or an inner evaluation has left is never overwritten.
+bool TreeEvaluation::fail(MXErrorCode code, std::string message) {
+  if (!*error_) *error_ = MXError(code, std::move(message));
+  return false;
+}
+
+void TreeEvaluation::failResolving(const char* what, const char* key, MXErrorCode code,
+                                   const String& name) {
+  if (*error_) return;
+  *error_ = MXError(code, fmt::format(fmt::runtime(what), name.view()));
+  error_->setUserInfo(name, String(key));
+}
+
+}  // namespace tarnkit::detail

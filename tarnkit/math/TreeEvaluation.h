@@ -1,0 +1,65 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "tarnkit/math/MXMathEvaluator.h"
+
+namespace tarnkit::detail {
+
+/// Evaluates a tree of built-in functions in doubles; false when a variable has no number among the
+/// substitutions (then `TreeEvaluation` finds its value or the error). No side effects, no memory
+/// for trees of ordinary depth.
+bool evaluatePlainTree(const TreeView& tree, std::uint32_t stackDepth,
+                       const MXSubstitutions& substitutions, bool degrees, double& result);
+
+/// Evaluates any expression in the order of its arguments, from a stack of its own: registered
+/// functions, aliases, resolvers, substituted strings and expressions, and every error. Used once.
+class TreeEvaluation {
+ public:
+  TreeEvaluation(const MXMathEvaluator& evaluator, const MXSubstitutions& substitutions,
+                 MXError* error);
+  ~TreeEvaluation();
+  TreeEvaluation(const TreeEvaluation&) = delete;
+  TreeEvaluation& operator=(const TreeEvaluation&) = delete;
+
+  std::optional<MXNumber> evaluate(const MXExpression& expression);
+
+ private:
+  /// A function whose arguments are being evaluated.
+  struct Frame {
+    std::uint32_t node;
+    std::uint32_t waiting;  // arguments still to come, on top of `children_`
+    std::uint32_t place;    // which argument of its parent it is
+    std::size_t firstValue;
+    Builtin builtin;           // what computes it, aliases followed
+    Ref<MXExpression> object;  // made when a registered function asks for it
+  };
+
+  bool step(std::uint32_t node, std::uint32_t place);
+  bool enterFunction(std::uint32_t node, std::uint32_t place);
+  bool enterBuiltin(std::uint32_t node, std::uint32_t place, Builtin builtin);
+  bool leaveFunction();
+  bool callRegistered(const MXMathFunction& function, std::uint32_t node, std::uint32_t place,
+                      const String& name);
+  bool resolveUnknown(const String& name, std::uint32_t node, std::uint32_t place);
+  bool pushVariable(std::uint32_t node);
+  bool pushPercentBase(const Frame& frame, MXNumber& base);
+  std::optional<MXNumber> variableValue(const String& name);
+  std::optional<MXNumber> reduce(const Object* value);
+  Ref<MXExpression> objectOf(std::uint32_t place);
+  bool fail(MXErrorCode code, std::string message);
+  void failResolving(const char* what, const char* key, MXErrorCode code, const String& name);
+
+  const MXMathEvaluator& evaluator_;
+  const MXSubstitutions& substitutions_;
+  MXError own_;  // takes the error when the caller gave no slot
+  MXError* error_;
+  const MXExpression* root_ = nullptr;
+  TreeView tree_;
+  std::vector<Frame> frames_;
+  std::vector<std::uint32_t> children_;
+  std::vector<MXNumber> values_;
+};
+
+}  // namespace tarnkit::detail
