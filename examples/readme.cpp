@@ -1,5 +1,6 @@
 #include <cstdio>
 
+#include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/patches/PatchRegistry.h"
 
