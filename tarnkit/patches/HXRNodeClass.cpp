@@ -55,7 +55,9 @@ Ref<HXRNode> HXRNodeClass::constructInstance() const {
 
 void HXRNodeClass::declareInto(PatchDeclaration& patch) const {
   if (base_) base_->declareInto(patch);
-  if (declare_) declare_(patch);
+  if (!declare_) return;
+  patch.group();
+  declare_(patch);
 }
 
 HXRNode& HXRNodeClass::prototype() const {
