@@ -260,7 +260,7 @@ void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
   here.symbolicInputPorts_->remove(&symbolicPort);
   here.symbolicOutputPorts_->remove(&symbolicPort);
   port.setSymbolicPort(nullptr);
-  if (const Ref<HXNode> owner{inForce().node()}) owner->symbolicPortNameWasRemoved(port);
+  if (const Ref<HXNode> owner{inForce().node()}) owner->symbolicPortNameWasRemoved(port, symbolicPort);
   HXGroup& now = inForce();
   detail::announce(HXGroupRemoveSymbolicPortForPortNotification, now, now,
                    [&](const Ref<Object>& documentKey) {

@@ -50,7 +50,8 @@ inline constinit const Symbol HXNodeRemoveParameterNotification{
 /// wherever a key survives. While it is in no document it announces nothing. For one thread. Setters
 /// and look-ups take constant time; in a document, an observed change also climbs to the document.
 ///
-/// Three sources: HXNode.cpp edits, HXNodeCoding.cpp archives, HXNodeSync.cpp follows the definition.
+/// Four sources: HXNode.cpp edits, HXNodeCoding.cpp archives, HXNodeSync.cpp follows the definition,
+/// HXNodePublishing.cpp the published ports.
 class HXNode : public HXRNodeOwner {
   TARNKIT_CLASS
  public:
@@ -169,9 +170,9 @@ class HXNode : public HXRNodeOwner {
 
   // Told by symbolic ports and by the subnode group: the port groups follow the published names.
   virtual void symbolicPortNameDidChange(HXSymbolicPort& symbolicPort);
-  /// With the inner port.
+  /// With the inner port; of a removal also the symbolic port, which the inner port has lost already.
   virtual void symbolicPortNameWasAdded(HXPort& port);
-  virtual void symbolicPortNameWasRemoved(HXPort& port);
+  virtual void symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& symbolicPort);
 
   String description() const override;
   void encodeWithCoder(Encoder& coder) const override;
@@ -216,6 +217,10 @@ class HXNode : public HXRNodeOwner {
   void hx_syncPortGroups(PortSide side, std::vector<Ref<HXPortGroup>>& gone,
                          std::vector<Ref<HXPortGroup>>& added);
   PortSide portSide(std::int32_t orientation);
+  /// One published port more or less in the groups; false, and nothing done, when the groups must be
+  /// synchronised as a whole.
+  bool hx_showSymbolicPort(const HXSymbolicPort& symbolicPort);
+  bool hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort);
   void hx_decodePatchWithCoder(Decoder& coder);
   void decodeParameters(Decoder& coder);
 
@@ -239,6 +244,7 @@ class HXNode : public HXRNodeOwner {
   bool syncingPorts_ = false;
   bool syncingParameters_ = false;
   bool decoding_ = false;
+  bool portGroupsSettled_ = false;  // synchronising the port groups again would change nothing
 };
 
 }  // namespace tarnkit

@@ -2,6 +2,7 @@
 
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXNodePortSide.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
@@ -25,28 +26,11 @@ template <class T>
 void announceChanges(HXNode& node, const Symbol& removal, const std::vector<Ref<T>>& gone,
                      const Symbol& addition, const std::vector<Ref<T>>& added,
                      const Symbol& infoKey) {
-  const auto announceEach = [&](const Symbol& name, const std::vector<Ref<T>>& objects) {
-    for (const auto& object : objects) {
-      detail::announce(name, node, node, [&](const Ref<Object>& documentKey) {
-        return UserInfo{{HXDocumentKeyInfo, documentKey},
-                        {HXNodeInfo, Ref<Object>(&node)},
-                        {infoKey, Ref<Object>(object.get())}};
-      });
-    }
-  };
-  announceEach(removal, gone);
-  announceEach(addition, added);
+  for (const auto& object : gone) detail::announceOfNode(removal, node, infoKey, *object);
+  for (const auto& object : added) detail::announceOfNode(addition, node, infoKey, *object);
 }
 
 }  // namespace
-
-struct HXNode::PortSide {
-  std::int32_t orientation;
-  HXPortGroupCollection& collection;
-  OrderedMap<Ref<HXPortGroup>>& groups;
-  const HXRPortGroupCollection* definition;  // null without a patch
-  const OrderedSet& symbolicPorts;
-};
 
 HXNode::PortSide HXNode::portSide(std::int32_t orientation) {
   if (orientation == HXOrientationInput) {
@@ -140,6 +124,7 @@ void HXNode::hx_syncPortGroupsWithPatch() {
   if (decoding_) return;
   std::vector<Ref<HXPortGroup>> gone;
   std::vector<Ref<HXPortGroup>> added;
+  portGroupsSettled_ = true;
   hx_syncPortGroups(portSide(HXOrientationInput), gone, added);
   hx_syncPortGroups(portSide(HXOrientationOutput), gone, added);
   announceChanges(*this, HXNodeRemovePortGroupNotification, gone, HXNodeAddPortGroupNotification,
@@ -196,6 +181,11 @@ void HXNode::hx_syncPortGroups(PortSide side, std::vector<Ref<HXPortGroup>>& gon
       added.push_back(group);
     }
     group->symbolicPorts_->add(member);
+    // Another synchronisation would come to something else where a group was there already that is
+    // not among the old ones.
+    if (side.groups.contains(port.groupKey()) && side.groups.get(port.groupKey()) != group) {
+      portGroupsSettled_ = false;
+    }
     side.groups.set(port.groupKey(), group);
   }
   for (const auto& member : side.symbolicPorts) {
@@ -279,9 +269,5 @@ void HXNode::patchLayoutWasCopied() {
     }
   }
 }
-
-void HXNode::symbolicPortNameDidChange(HXSymbolicPort&) { hx_syncPortGroupsWithPatch(); }
-void HXNode::symbolicPortNameWasAdded(HXPort&) { hx_syncPortGroupsWithPatch(); }
-void HXNode::symbolicPortNameWasRemoved(HXPort&) { hx_syncPortGroupsWithPatch(); }
 
 }  // namespace tarnkit

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXPortGroup.h"
+#include "tarnkit/model/HXPortGroupCollection.h"
+
+namespace tarnkit {
+
+/// What the synchronisation of a node's port groups works on: one orientation of the node. Private to
+/// the sources of `HXNode`; lives during a call.
+struct HXNode::PortSide {
+  std::int32_t orientation;
+  HXPortGroupCollection& collection;
+  OrderedMap<Ref<HXPortGroup>>& groups;
+  const HXRPortGroupCollection* definition;  // null without a patch
+  const OrderedSet& symbolicPorts;
+};
+
+namespace detail {
+
+/// Announces, on behalf of the node, what came to it or went from it.
+inline void announceOfNode(const Symbol& name, HXNode& node, const Symbol& infoKey,
+                           Object& object) {
+  announce(name, node, node, [&](const Ref<Object>& documentKey) {
+    return UserInfo{{HXDocumentKeyInfo, documentKey},
+                    {HXNodeInfo, Ref<Object>(&node)},
+                    {infoKey, Ref<Object>(&object)}};
+  });
+}
+
+}  // namespace detail
+
+}  // namespace tarnkit
