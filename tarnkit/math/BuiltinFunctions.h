@@ -137,6 +137,14 @@ struct BuiltinFunction {
 
 /// The row of a built-in; `id` is not `none`.
 const BuiltinFunction& builtinFunction(Builtin id) noexcept;
+/// Whether a call computes from the values of its arguments alone (and, for a percentage, from its
+/// place): a built-in other than `count` and `random`, with a fitting number of arguments.
+inline bool isPlainCall(Builtin id, std::uint32_t arguments) noexcept {
+  if (id >= Builtin::add && id <= Builtin::greaterOrEqual) return arguments == 2;
+  if (id >= Builtin::negate && id <= Builtin::rtod) return arguments == 1;
+  return id > Builtin::rtod && id != Builtin::count && id != Builtin::random &&
+         builtinFunction(id).takes(arguments);
+}
 /// The built-in of a name in any case; `none` when there is none. Costs a hash of the name.
 Builtin builtinNamed(std::string_view name) noexcept;
 /// How many built-ins there are, `none` not counted.

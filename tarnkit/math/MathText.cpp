@@ -91,6 +91,26 @@ bool isAscii(std::string_view text) noexcept {
   return ((seen | last) & 0x8080808080808080ULL) == 0;
 }
 
+bool isPlainText(std::string_view text) noexcept {
+  constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
+  constexpr std::uint64_t kTops = 0x8080808080808080ULL;
+  const char* at = text.data();
+  std::size_t left = text.size();
+  std::uint64_t seen = 0;  // a top bit for every byte that is 0 or has one
+  while (left >= sizeof seen) {
+    std::uint64_t word;
+    std::memcpy(&word, at, sizeof word);
+    seen |= word | (word - kOnes);
+    at += sizeof word;
+    left -= sizeof word;
+  }
+  for (; left != 0; --left, ++at) {
+    const auto byte = static_cast<std::uint64_t>(static_cast<unsigned char>(*at));
+    seen |= byte | (byte - 1);
+  }
+  return (seen & kTops) == 0;
+}
+
 std::string_view wellFormed(std::string_view text, std::string& storage) {
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
   const auto size = static_cast<std::int64_t>(text.size());

@@ -14,6 +14,8 @@ namespace tarnkit::detail {
 
 /// Whether every byte is below 0x80.
 bool isAscii(std::string_view text) noexcept;
+/// Whether every byte is below 0x80 and none is 0.
+bool isPlainText(std::string_view text) noexcept;
 /// The text with every byte sequence that is not UTF-8 read as U+FFFD; `text` itself, and nothing
 /// stored, when it is well-formed.
 std::string_view wellFormed(std::string_view text, std::string& storage);

@@ -72,16 +72,11 @@ bool OnePassParser::addVariable(const ScannedToken& token) {
 
 bool OnePassParser::openFunction(const ScannedToken& token) {
   if (!expectsOperand_) return false;
-  frames_.push(frame_);
-  frame_ = {static_cast<std::uint32_t>(operators_.size()),
-            tree_.count(),
-            0,
-            true,
-            builtinNamed(text_.substr(token.offset, token.length)),
-            token.offset,
-            token.length,
-            0,
-            0};
+  beginFrame();
+  frame_.isFunction = true;
+  frame_.builtin = builtinNamed(text_.substr(token.offset, token.length));
+  frame_.nameOffset = token.offset;
+  frame_.nameLength = token.length;
   opensArguments_ = true;
   return true;
 }
@@ -92,11 +87,17 @@ bool OnePassParser::openGroup() {
     return true;
   }
   if (!expectsOperand_) return false;
+  beginFrame();
+  return true;
+}
+
+void OnePassParser::beginFrame() {
   frames_.push(frame_);
-  frame_ = {};
   frame_.firstOperator = static_cast<std::uint32_t>(operators_.size());
   frame_.firstNode = tree_.count();
-  return true;
+  frame_.arguments = 0;
+  frame_.isFunction = false;
+  frame_.leftLevels = frame_.rightLevels = 0;
 }
 
 bool OnePassParser::closeGroup() {
@@ -150,7 +151,7 @@ bool OnePassParser::addPostfix(std::uint16_t index) {
   if (expectsOperand_ || row.precedence > lastPostfix_) return false;
   noteLevel(row);
   reduceTighter(row.precedence);
-  tree_.addUnary(row.builtin, row.info->function());
+  addUnary(row);
   lastPostfix_ = row.precedence;
   return true;
 }
@@ -160,8 +161,11 @@ bool OnePassParser::addBinary(std::uint16_t index) {
   if (expectsOperand_ || row.precedence > lastPostfix_) return false;
   noteLevel(row);
   reduceTighter(row.precedence);
-  operators_.push({row.precedence, row.precedence, index,
-                   row.parserAssociativity == MXOperatorAssociativity::right, false});
+  PendingOperator& pending = operators_.add();
+  pending.precedence = pending.ownPrecedence = row.precedence;
+  pending.row = index;
+  pending.groupsRight = row.parserAssociativity == MXOperatorAssociativity::right;
+  pending.isPrefix = false;
   expectsOperand_ = true;
   return true;
 }
@@ -184,11 +188,21 @@ void OnePassParser::reduceTop() {
   const PendingOperator& top = operators_.back();
   const OperatorRow& row = table_.row(top.row);
   if (top.isPrefix) {
-    tree_.addUnary(row.builtin, row.info->function());
+    addUnary(row);
+  } else if (row.hasTableName) {
+    tree_.addBinary(row.builtin);
   } else {
     tree_.addBinary(row.builtin, row.info->function());
   }
   operators_.pop();
+}
+
+void OnePassParser::addUnary(const OperatorRow& row) {
+  if (row.hasTableName) {
+    tree_.addUnary(row.builtin);
+  } else {
+    tree_.addUnary(row.builtin, row.info->function());
+  }
 }
 
 bool OnePassParser::endGroup() {

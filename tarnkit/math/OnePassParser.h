@@ -64,6 +64,7 @@ class OnePassParser {
   bool addVariable(const ScannedToken& token);
   bool openFunction(const ScannedToken& token);
   bool openGroup();
+  void beginFrame();
   bool closeGroup();
   bool nextArgument();
   bool addPrefix(std::uint16_t row);
@@ -73,6 +74,7 @@ class OnePassParser {
   void noteLevel(const OperatorRow& row) noexcept;
   void reduceTighter(std::int64_t precedence);
   void reduceTop();
+  void addUnary(const OperatorRow& row);
   bool endGroup();
   void operandEnds() noexcept {
     expectsOperand_ = false;

@@ -102,6 +102,8 @@ void OperatorTable::addRows(const MXMathOperatorSet& tokenSet, const MXMathOpera
     row.parserAssociativity = twin ? twin->associativity() : MXOperatorAssociativity::left;
     row.role = roleOf(*each, row.parserAssociativity);
     row.builtin = builtinNamed(each->function());
+    row.hasTableName = row.builtin != Builtin::none &&
+                       each->function() == builtinFunction(row.builtin).name;
     row.level = static_cast<std::uint8_t>(
         std::lower_bound(precedences.begin(), precedences.end(), row.precedence) -
         precedences.begin());
@@ -124,7 +126,8 @@ void OperatorTable::addTokens(const MXMathOperatorSet& tokenSet) {
   for (const String& text : texts) {
     const auto users = tokenSet.operatorsForToken(text);
     if (users.empty() || text.size() == 0) continue;
-    OperatorToken token{text.toStdString(), kNoRow, kNoRow, kNoRow, 0};
+    OperatorToken token{text.toStdString(), kNoRow, kNoRow, kNoRow, 0, 0};
+    if (token.text.size() == 2) token.second = token.text[1];
     bool reachable = true;
     for (std::size_t at = 0; at < text.size(); ++token.codePoints) {
       reachable = reachable && isOperatorCharacter(nextCodePoint(text, at));
@@ -160,6 +163,14 @@ void OperatorTable::classifyBytes() {
     const Range range = ranges_[byte];
     if (range.end - range.begin == 1 && tokens_[range.begin].text.size() == 1) {
       bits |= kLoneOperator;
+    }
+    const auto isShort = [](const OperatorToken& token) {
+      const auto isPlain = [](char each) { return isAsciiByte(each) && (each | 0x20) == each; };
+      return token.text.size() <= 2 && std::all_of(token.text.begin(), token.text.end(), isPlain);
+    };
+    if (range.begin != range.end &&
+        std::all_of(tokens_.begin() + range.begin, tokens_.begin() + range.end, isShort)) {
+      bits |= kShortOperator;
     }
     classes_[byte] = static_cast<std::uint8_t>(bits);
   }

@@ -37,6 +37,8 @@ struct OperatorRow {
   MXOperatorAssociativity parserAssociativity;
   OperatorRole role;
   Builtin builtin;
+  /// The function's name is that of the built-in, so nodes need not keep it.
+  bool hasTableName;
   /// The rank of the precedence among all, for sets of levels kept as bits.
   std::uint8_t level;
 };
@@ -48,6 +50,7 @@ struct OperatorToken {
   std::uint16_t unaryRow;   // of an ambiguous token: what it is where an operand may begin
   std::uint16_t binaryRow;  // of an ambiguous token: what it is after an operand
   std::uint8_t codePoints;
+  char second;  // of a token of two bytes below 0x80; else 0
 };
 
 /// The operators of the default set, with what another set says about characters and
@@ -64,7 +67,8 @@ class OperatorTable {
     kOperator = 4,
     kEndsIdentifier = 8,
     kPartial = 16,
-    kLoneOperator = 32,  // begins one token only, which is this byte
+    kLoneOperator = 32,   // begins one token only, which is this byte
+    kShortOperator = 64,  // begins tokens of one or two bytes only, none of them a letter
   };
 
   OperatorTable(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet,
@@ -81,6 +85,23 @@ class OperatorTable {
   /// The longest token at the beginning of `text` (well-formed, not empty), in any case of its
   /// letters, and how many bytes it takes; null when there is none.
   const OperatorToken* match(std::string_view text, std::size_t& length) const noexcept;
+  /// The same where the first byte is `kShortOperator`.
+  const OperatorToken* matchShort(const char* text, const char* end,
+                                  std::size_t& length) const noexcept {
+    const Range range = ranges_[static_cast<unsigned char>(*text)];
+    for (auto i = range.begin; i < range.end; ++i) {
+      const OperatorToken& token = tokens_[i];
+      if (token.second == 0) {
+        length = 1;
+        return &token;
+      }
+      if (text + 1 != end && text[1] == token.second) {
+        length = 2;
+        return &token;
+      }
+    }
+    return nullptr;
+  }
   const OperatorToken& loneToken(char byte) const noexcept {
     return tokens_[ranges_[static_cast<unsigned char>(byte)].begin];
   }

@@ -30,6 +30,12 @@ class SmallStack {
     if (size_ == capacity_) grow(size_ + 1);
     data_[size_++] = value;
   }
+  /// Room for one more record, to be filled in place: a record that is put together elsewhere and
+  /// then copied waits for its own stores.
+  T& add() {
+    if (size_ == capacity_) grow(size_ + 1);
+    return data_[size_++];
+  }
   void append(const T* values, std::size_t count) {
     if (size_ + count > capacity_) grow(size_ + count);
     if (count != 0) std::memcpy(data_ + size_, values, count * sizeof(T));

@@ -13,8 +13,9 @@ bool prepareText(std::string_view& text, std::string& storage) {
     // Replacing bytes may triple the text.
     if (text.size() > kMaximumTextLength || !isAscii(text)) return false;
   }
+  if (isPlainText(text)) return true;
   if (const auto nul = text.find('\0'); nul != text.npos) text = text.substr(0, nul);
-  if (!isAscii(text)) text = wellFormed(text, storage);
+  text = wellFormed(text, storage);
   return true;
 }
 

@@ -70,21 +70,21 @@ class TokenScanner {
   // What stands last in the list, as far as the next token is concerned.
   enum class Last : std::uint8_t { nothing, operand, function, binary, prefix, postfix, noArity };
 
-  bool next(ScannedToken& token);
-  bool process(ScannedToken token);
-  bool emit(const ScannedToken& token);
+  [[gnu::always_inline]] inline bool next(ScannedToken& token);
+  [[gnu::always_inline]] inline bool process(ScannedToken& token);
+  [[gnu::always_inline]] inline bool emit(const ScannedToken& token);
   bool insert(std::uint16_t row);
   std::uint16_t resolve(const ScannedToken& token) const noexcept;
   Last lastOf(std::uint16_t row) const noexcept;
 
-  void skipBlanks() noexcept;
+  [[gnu::always_inline]] inline void skipBlanks() noexcept;
   bool readNumber(ScannedToken& token) noexcept;
   bool readHexadecimal(ScannedToken& token) noexcept;
-  bool readVariable(ScannedToken& token) noexcept;
+  [[gnu::always_inline]] inline bool readVariable(ScannedToken& token) noexcept;
   bool readQuotedVariable(ScannedToken& token) noexcept;
-  bool readOperator(ScannedToken& token) noexcept;
+  [[gnu::always_inline]] inline bool readOperator(ScannedToken& token) noexcept;
   bool readIdentifier(ScannedToken& token, MXTokenType type) noexcept;
-  void takeIdentifier() noexcept;
+  [[gnu::always_inline]] inline void takeIdentifier() noexcept;
 
   // Of several readers that fail on one token, the first one's error stays.
   bool fail(MXErrorCode code, bool hexadecimal = false) noexcept {

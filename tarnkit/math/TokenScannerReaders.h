@@ -36,7 +36,7 @@ bool TokenScanner<Sink>::next(ScannedToken& token) {
 }
 
 template <class Sink>
-bool TokenScanner<Sink>::process(ScannedToken token) {
+bool TokenScanner<Sink>::process(ScannedToken& token) {
   bool opens = false;
   bool beginsOperand = true;
   if (token.type == MXTokenType::op) {
@@ -209,6 +209,9 @@ bool TokenScanner<Sink>::readOperator(ScannedToken& token) noexcept {
   std::size_t length = 1;
   if ((classAt(at_) & OperatorTable::kLoneOperator) != 0) {
     found = &table_.loneToken(*at_);
+  } else if ((classAt(at_) & OperatorTable::kShortOperator) != 0) {
+    found = table_.matchShort(at_, end_, length);
+    if (!found) return fail(MXErrorCode::invalidOperator);
   } else {
     std::size_t width = 0;
     const char32_t first = lowerCasePoint(nextCodePoint(rest(at_), width));

@@ -34,22 +34,19 @@ class TreeBuilder {
   std::uint32_t keep(std::string_view text);
 
   void addNumber(double value) {
-    add({NodeKind::number, Builtin::none, 0, 1, {.number = value}, 0, 0});
+    ExpressionNode& node = add(NodeKind::number, Builtin::none, 0, 1, 0, 0);
+    node.number = value;
   }
   void addLiteral(double value, std::uint32_t offset, std::uint32_t length) {
-    add({NodeKind::number,
-         Builtin::none,
-         ExpressionNode::kLiteral,
-         1,
-         {.number = value},
-         offset,
-         length});
+    ExpressionNode& node =
+        add(NodeKind::number, Builtin::none, ExpressionNode::kLiteral, 1, offset, length);
+    node.number = value;
   }
   void addNumber(const MXNumber& number);
   void addVariable(std::uint32_t offset, std::uint32_t length) {
-    ExpressionNode node{NodeKind::variable, Builtin::none, 0, 1, {}, offset, length};
+    ExpressionNode& node = add(NodeKind::variable, Builtin::none, 0, 1, offset, length);
+    node.number = 0;
     node.ordinal = summary_.variableCount++;
-    add(node);
   }
   /// A function of the `arguments` subtrees that were added last, `nodes` nodes together, with a
   /// slice for its name.
@@ -72,6 +69,11 @@ class TreeBuilder {
     const std::uint32_t right = nodes_.back().size;
     addNamed(builtin, name, 2, right + nodes_[nodes_.size() - 1 - right].size);
   }
+  void addBinary(Builtin builtin) {
+    const std::uint32_t right = nodes_.back().size;
+    addBuiltin(builtin, 2, right + nodes_[nodes_.size() - 1 - right].size);
+  }
+  void addUnary(Builtin builtin) { addBuiltin(builtin, 1, nodes_.back().size); }
   void addUnary(Builtin builtin, std::string_view name) {
     addNamed(builtin, name, 1, nodes_.back().size);
   }
@@ -81,25 +83,30 @@ class TreeBuilder {
   void drop(std::uint32_t nodes, std::uint32_t subtrees) noexcept;
 
  private:
-  void add(const ExpressionNode& node) {
+  ExpressionNode& add(NodeKind kind, Builtin builtin, std::uint16_t flags, std::uint32_t size,
+                      std::uint32_t offset, std::uint32_t length) {
     if (++depth_ > summary_.stackDepth) summary_.stackDepth = depth_;
-    nodes_.push(node);
+    ExpressionNode& node = nodes_.add();
+    node.kind = kind;
+    node.builtin = builtin;
+    node.flags = flags;
+    node.size = size;
+    node.textOffset = offset;
+    node.textLength = length;
+    return node;
   }
   void addFunction(Builtin builtin, std::uint16_t flags, std::uint32_t arguments,
                    std::uint32_t nodes, std::uint32_t offset, std::uint32_t length) {
-    const BuiltinFunction& row = builtinFunction(builtin);
-    if (builtin == Builtin::none || !row.takes(arguments) ||
-        (row.shape == BuiltinShape::special && builtin != Builtin::percent)) {
-      summary_.isPlain = false;
-    }
+    if (!isPlainCall(builtin, arguments)) summary_.isPlain = false;
     if (builtin <= Builtin::subtract && builtin != Builtin::none && arguments == 2 &&
         nodes_.back().isFunction(Builtin::percent)) {
       nodes_.back().flags |= ExpressionNode::kPercentOfFirst;
     }
     depth_ -= arguments;
-    ExpressionNode node{NodeKind::function, builtin, flags, nodes + 1, {}, offset, length};
+    ExpressionNode& node =
+        add(NodeKind::function, builtin, flags, nodes + 1, offset, length);
+    node.number = 0;
     node.argumentCount = arguments;
-    add(node);
   }
 
   std::string_view text_;
