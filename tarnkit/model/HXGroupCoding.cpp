@@ -1,8 +1,7 @@
 #include <fmt/format.h>
 
-#include <algorithm>
-
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/foundation/MapAdditions.h"
 #include "tarnkit/model/HXGroup.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXSymbolicPort.h"
@@ -34,10 +33,7 @@ void HXGroup::encodeWithCoder(Encoder& coder) const {
       coder.encodeMap(subnodes_, kSubnodesByUniqueKey);
     } else {
       // Sorted, so that two documents can be compared; the device graph deliberately is not.
-      auto sorted = subnodes();
-      std::sort(sorted.begin(), sorted.end(),
-                [](const auto& a, const auto& b) { return a->uniqueKey() < b->uniqueKey(); });
-      coder.encodeList(sorted, kSubnodes);
+      coder.encodeList(allValuesSortedByKey(subnodes_), kSubnodes);
     }
     coder.encodeFloat(canvasCenter_.x, kCanvasCenterX);
     coder.encodeFloat(canvasCenter_.y, kCanvasCenterY);

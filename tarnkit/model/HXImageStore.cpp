@@ -1,12 +1,12 @@
 #include "tarnkit/model/HXImageStore.h"
 
-#include <algorithm>
 #include <exception>
 #include <fmt/format.h>
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/archive/HXKeyedArchiver.h"
 #include "tarnkit/foundation/MD5.h"
+#include "tarnkit/foundation/MapAdditions.h"
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/platform/Log.h"
 #include "tarnkit/platform/Number.h"
@@ -20,15 +20,6 @@ namespace {
 
 constinit const Symbol kImageEntries{"HXImageStore.imageEntries"};
 constinit const Symbol kImageEntryCount{"HXImageStore.imageEntryCount"};
-
-std::vector<Ref<HXImageStoreEntry>> sortedByKey(
-    const OrderedMap<Ref<HXImageStoreEntry>>& entries) {
-  std::vector<Ref<HXImageStoreEntry>> sorted;
-  for (const auto& entry : entries) sorted.push_back(entry.value);
-  std::sort(sorted.begin(), sorted.end(),
-            [](const auto& a, const auto& b) { return a->key() < b->key(); });
-  return sorted;
-}
 
 }  // namespace
 
@@ -89,7 +80,7 @@ void HXImageStore::imageStoreEntryIsNoLongerReferenced(const HXImageStoreEntry& 
 
 std::vector<Ref<Data>> HXImageStore::dataRepresentationsOfAllEntries() const {
   std::vector<Ref<Data>> representations;
-  for (const auto& entry : sortedByKey(entries_)) {
+  for (const auto& entry : allValuesSortedByKey(entries_)) {
     auto data = make<Data>();
     try {
       HXKeyedArchiver archiver(data);

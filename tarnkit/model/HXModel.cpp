@@ -1,10 +1,14 @@
 #include "tarnkit/model/HXModel.h"
 
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXLoopNode.h"
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
+#include "tarnkit/model/HXRemoteGroupNode.h"
+#include "tarnkit/model/HXRemoteGroupProcessorNode.h"
+#include "tarnkit/model/HXReplicatorNode.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/patches/PatchRegistry.h"
@@ -27,7 +31,8 @@ Ref<Object> makeDocumentGraph(const HXRNodeClass& patchClass) {
 bool registerOnce() {
   registerPatchClasses();
   for (const Class* record :
-       {&HXNode::kClass, &HXDocument::kClass, &HXGroup::kClass, &HXSubviewGroup::kClass,
+       {&HXNode::kClass, &HXLoopNode::kClass, &HXRemoteGroupNode::kClass,
+        &HXRemoteGroupProcessorNode::kClass, &HXReplicatorNode::kClass, &HXDocument::kClass, &HXGroup::kClass, &HXSubviewGroup::kClass,
         &HXPatchPort::kClass, &HXSymbolicPort::kClass, &HXPatchPortGroup::kClass,
         &HXSymbolicPortGroup::kClass, &HXPortGroupCollection::kClass, &HXConnection::kClass,
         &HXIndexParameter::kClass, &HXNumberParameter::kClass, &HXBooleanParameter::kClass,

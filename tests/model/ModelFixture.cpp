@@ -4,6 +4,7 @@
 
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPortGroup.h"
+#include "tarnkit/platform/Array.h"
 #include "tarnkit/platform/Null.h"
 #include "tarnkit/platform/Number.h"
 
@@ -24,6 +25,11 @@ std::string nameOf(const Object* object) {
     std::string members;
     for (const auto& member : *set) members += (members.empty() ? "" : "+") + nameOf(member.get());
     return members;
+  }
+  if (const auto* array = as<Array>(object)) {
+    std::string elements;
+    for (const auto& element : *array) elements += (elements.empty() ? "" : " ") + nameOf(element.get());
+    return "(" + elements + ")";
   }
   if (as<Null>(object)) return "null";
   return text(object->description());

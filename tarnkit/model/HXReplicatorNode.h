@@ -1,0 +1,61 @@
+#pragma once
+
+#include "tarnkit/model/HXNode.h"
+#include "tarnkit/platform/IdentityMap.h"
+
+namespace tarnkit {
+
+/// Posted by a replicator, in a document or not, with "Node", "ResolvedPortNodeKeyPath" (keys of the
+/// nodes from the replicator's subnode down to the port's node), "ResolvedPortKey" and
+/// "ReplicatorOutputPortKey".
+inline constinit const Symbol HXReplicatorNodeAddOutputPortNotification{
+    "HXReplicatorNodeAddOutputPortNotification"};
+/// Posted by a replicator, in a document or not, with "Node" and "ReplicatorOutputPortKey".
+inline constinit const Symbol HXReplicatorNodeRemoveOutputPortNotification{
+    "HXReplicatorNodeRemoveOutputPortNotification"};
+
+/// The node of the Replicator patch: makes copies of its subnodes on the device, and collects every
+/// published inner port that takes many connections over all copies, in an array output of its own.
+///
+/// The array outputs belong to the node's definition; the node keeps which inner port each stands for,
+/// so that their keys survive a change of patch, a save and an opening.
+class HXReplicatorNode final : public HXNode {
+  TARNKIT_CLASS
+ public:
+  HXReplicatorNode() = default;
+
+  /// From each published inner port to the unique key of its array output.
+  const IdentityMap<HXPort, String>& replicatorArrayOutputPortKeyForPort() const noexcept {
+    return arrayOutputKeys_;
+  }
+
+  void symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) override;
+  void symbolicPortNameWasAdded(HXPort& port) override;
+  void symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& symbolicPort) override;
+
+  void encodeWithCoder(Encoder& coder) const override;
+  void initWithCoder(Decoder& coder) override;
+  void awakeAfterDecoding(Decoder& coder) override;
+  void abandonDecoding() override;
+
+ protected:
+  const Symbol& deviceClassName() const override;
+  void willSetPatch(const Ref<HXRNode>& patch) override;
+  void didSetPatch() override;
+
+ private:
+  explicit HXReplicatorNode(Decoding decoding) noexcept : HXNode(decoding) {}
+  static Ref<Object> makeForDecoding(const Class&);
+  template <class T, class... Args>
+  friend Ref<T> make(Args&&... args);
+
+  static bool hx_shouldMatchPortWithArrayOutputPort(const HXPort& port);
+  Ref<HXRPort> hx_replicatorArrayOutputPortForPort(const HXPort& port) const;
+  void addArrayOutput(HXRNode& patch, HXPort& port, const String& key) const;
+  void hx_hideSymbolicOutputPortGroups();
+  std::vector<String> hx_keyPathForNode(const HXNode* node) const;
+
+  IdentityMap<HXPort, String> arrayOutputKeys_;
+};
+
+}  // namespace tarnkit
