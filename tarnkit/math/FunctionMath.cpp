@@ -61,17 +61,13 @@ double average(const double* values, std::size_t count) noexcept {
 
 double minimum(const double* values, std::size_t count) noexcept {
   double smallest = values[0];
-  for (std::size_t i = 1; i < count; ++i) {
-    if (values[i] < smallest || std::isnan(values[i])) smallest = values[i];
-  }
+  for (std::size_t i = 1; i < count; ++i) smallest = smaller(smallest, values[i]);
   return smallest;
 }
 
 double maximum(const double* values, std::size_t count) noexcept {
   double largest = values[0];
-  for (std::size_t i = 1; i < count; ++i) {
-    if (values[i] > largest || std::isnan(values[i])) largest = values[i];
-  }
+  for (std::size_t i = 1; i < count; ++i) largest = larger(largest, values[i]);
   return largest;
 }
 

@@ -34,6 +34,10 @@ inline double logicalAnd(double x, double y) noexcept { return truth(x != 0 && y
 inline double logicalOr(double x, double y) noexcept { return truth(x != 0 || y != 0); }
 inline double logicalNot(double x) noexcept { return truth(x == 0); }
 
+/// The running smallest and largest: NaN as soon as one value is.
+inline double smaller(double x, double y) noexcept { return y < x || y != y ? y : x; }
+inline double larger(double x, double y) noexcept { return y > x || y != y ? y : x; }
+
 /// The integer that the bitwise functions work on: truncated toward zero, saturated, 0 for NaN.
 std::int64_t toInteger(double x) noexcept;
 /// As `toInteger`, for an unsigned 32-bit integer.

@@ -1,0 +1,139 @@
+#include "tarnkit/math/MXCompiledExpression.h"
+
+#include <algorithm>
+#include <memory>
+#include <unordered_set>
+
+#include "tarnkit/math/MXMathEvaluator.h"
+#include "tarnkit/math/ProgramCompiler.h"
+#include "tarnkit/math/TreeOperations.h"
+
+namespace tarnkit {
+
+const Class MXCompiledExpression::kClass{"MXCompiledExpression", &Object::kClass};
+
+using detail::kBlockRows;
+
+Ref<MXCompiledExpression> MXCompiledExpression::compile(const Ref<MXExpression>& expression,
+                                                        const Ref<MXMathEvaluator>& evaluator) {
+  return compile(expression, evaluator, {});
+}
+
+Ref<MXCompiledExpression> MXCompiledExpression::compile(const Ref<MXExpression>& expression,
+                                                        const Ref<MXMathEvaluator>& evaluator,
+                                                        std::vector<String> variables) {
+  return make<MXCompiledExpression>(expression, evaluator, std::move(variables));
+}
+
+MXCompiledExpression::MXCompiledExpression(Ref<MXExpression> expression,
+                                           Ref<MXMathEvaluator> evaluator,
+                                           std::vector<String> variables)
+    : expression_(std::move(expression)),
+      evaluator_(std::move(evaluator)),
+      variables_(std::move(variables)) {
+  addVariables();
+  detail::ExpressionNode storage;
+  const detail::TreeView tree = expression_->view(storage);
+  const bool asksItsParent =
+      tree.top().isFunction(detail::Builtin::percent) && expression_->parentExpression();
+  isPrepared_ = evaluator_->computesInDoubles() && !asksItsParent &&
+                detail::ProgramCompiler(tree, *evaluator_, variables_, program_).compile();
+  if (!isPrepared_) program_ = {};
+  isSimple_ = isPrepared_ && program_.segments.size() == 1 &&
+              program_.temporaries <= kTemporariesInPlace;
+  code_ = program_.instructions.data();
+}
+
+MXCompiledExpression::~MXCompiledExpression() = default;
+
+void MXCompiledExpression::addVariables() {
+  detail::ExpressionNode storage;
+  const detail::TreeView tree = expression_->view(storage);
+  std::unordered_set<std::string> known;
+  for (const String& name : variables_) known.insert(name.toStdString());
+  const auto add = [&](std::string name) {
+    if (known.insert(name).second) variables_.emplace_back(name);
+  };
+  for (std::uint32_t i = tree.begin(); i <= tree.root; ++i) {
+    const detail::ExpressionNode& node = tree.nodes[i];
+    if (node.kind == detail::NodeKind::variable) add(std::string(tree.slice(node)));
+    if (node.kind != detail::NodeKind::function || node.builtin != detail::Builtin::none ||
+        node.argumentCount != 0 || !evaluator_->resolvesFunctionsAsVariables()) {
+      continue;
+    }
+    const std::string name = detail::functionName(tree.at(i));
+    if (!evaluator_->registeredFunction(String(name))) add(name);
+  }
+}
+
+bool MXCompiledExpression::hasEnough(std::size_t given, MXError* error) const {
+  if (given >= variables_.size()) return true;
+  MXError::set(error, MXErrorCode::invalidArgument, "a variable has no value");
+  return false;
+}
+
+std::optional<double> MXCompiledExpression::evaluateOtherwise(std::span<const double> values,
+                                                              MXError* error) const {
+  if (!hasEnough(values.size(), error)) return std::nullopt;
+  if (!isPrepared_) return evaluateTree(values, error);
+  double room[kTemporariesInPlace];
+  std::unique_ptr<double[]> moreRoom;
+  double* temporaries = room;
+  if (program_.temporaries > kTemporariesInPlace) {
+    moreRoom = std::make_unique<double[]>(program_.temporaries);
+    temporaries = moreRoom.get();
+  }
+  double accumulator = 0;
+  for (const std::uint32_t segment : program_.segments) {
+    accumulator = code_[segment].run(code_ + segment, values.data(), temporaries, accumulator);
+  }
+  return accumulator;
+}
+
+std::optional<double> MXCompiledExpression::evaluateTree(std::span<const double> values,
+                                                         MXError* error) const {
+  MXSubstitutions substitutions;
+  for (std::size_t i = 0; i < variables_.size(); ++i) {
+    substitutions.set(variables_[i], Number::withDouble(values[i]));
+  }
+  const auto value = evaluator_->evaluateExpression(*expression_, substitutions, error);
+  if (!value) return std::nullopt;
+  return value->doubleValue();
+}
+
+bool MXCompiledExpression::evaluate(std::span<const double* const> columns, std::size_t count,
+                                    double* results, MXError* error) const {
+  if (!hasEnough(columns.size(), error)) return false;
+  if (!isPrepared_ || count < kBlockRows) return evaluateRows(columns, 0, count, results, error);
+  std::unique_ptr<double[]> temporaries;
+  if (program_.temporaries > 0) {
+    temporaries = std::make_unique<double[]>(program_.temporaries * kBlockRows);
+  }
+  detail::BlockState block;
+  std::fill_n(block.accumulator, kBlockRows, 0.0);
+  block.columns = columns.data();
+  block.temporaries = temporaries.get();
+  for (std::size_t row = 0; row < count; row += kBlockRows) {
+    // The last block reaches back over rows that are computed already, to the same results.
+    block.firstRow = std::min(row, count - kBlockRows);
+    for (const detail::Instruction& instruction : program_.instructions) {
+      instruction.runBlock(instruction, block);
+    }
+    std::copy_n(block.accumulator, kBlockRows, results + block.firstRow);
+  }
+  return true;
+}
+
+bool MXCompiledExpression::evaluateRows(std::span<const double* const> columns, std::size_t from,
+                                        std::size_t to, double* results, MXError* error) const {
+  std::vector<double> values(variables_.size());
+  for (std::size_t row = from; row < to; ++row) {
+    for (std::size_t i = 0; i < values.size(); ++i) values[i] = columns[i][row];
+    const auto value = evaluate(values, error);
+    if (!value) return false;
+    results[row] = *value;
+  }
+  return true;
+}
+
+}  // namespace tarnkit
