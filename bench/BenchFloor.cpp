@@ -149,7 +149,9 @@ FloorDeviceGraph::FloorDeviceGraph(ByteSpan deviceGraph) {
   for (std::uint32_t i = 0; i < list.count(objects); ++i) {
     const auto object = list.values(objects)[i];
     Record record{idOf(list.string(list.keys(objects)[i])),
-                  list.kind(object) == PropertyList::Kind::array, {}, {}};
+                  list.kind(object) == PropertyList::Kind::array,
+                  {},
+                  {}};
     if (record.isList) {
       for (const auto element : list.elements(object)) record.values.push_back(valueOf(element));
     } else {
@@ -213,16 +215,16 @@ std::vector<std::uint8_t> FloorDeviceGraph::write() const {
       }
     }
     const auto count = record.values.size();
-    const auto span = record.isList ? writer.fillArray(object, count) : writer.fillMap(object, count);
+    const auto span =
+        record.isList ? writer.fillArray(object, count) : writer.fillMap(object, count);
     std::copy(row.begin(), row.end(), span.begin());
   }
   const auto table = writer.fillMap(objects, records_.size());
   std::copy(recordIds.begin(), recordIds.end(), table.begin());
   std::copy(recordObjects.begin(), recordObjects.end(),
             table.begin() + static_cast<std::ptrdiff_t>(recordIds.size()));
-  const PropertyListWriter::Index keys[] = {writer.addString("$version"),
-                                            writer.addString("$objects"),
-                                            writer.addString("$root")};
+  const PropertyListWriter::Index keys[] = {
+      writer.addString("$version"), writer.addString("$objects"), writer.addString("$root")};
   const PropertyListWriter::Index values[] = {writer.addString(version_), objects,
                                               referenceIndex(root_)};
   const auto top = writer.fillMap(root, 3);

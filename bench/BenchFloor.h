@@ -10,8 +10,8 @@
 
 namespace tarnkit::bench {
 
-/// The least that a graph of this shape can cost: plain shared objects with names, an index, weak back
-/// references and connection lists in both directions; nothing announced, checked or archived.
+/// The least that a graph of this shape can cost: plain shared objects with names, an index, weak
+/// back references and connection lists in both directions; nothing announced, checked or archived.
 class FloorGraph {
  public:
   explicit FloorGraph(std::int64_t nodeCount);
@@ -22,8 +22,8 @@ class FloorGraph {
   std::unique_ptr<Document> document_;
 };
 
-/// A device graph as prepared values, and the loop that writes them with the library's property-list
-/// writer: the least that writing those bytes can cost.
+/// A device graph as prepared values, and the loop that writes them with the library's
+/// property-list writer: the least that writing those bytes can cost.
 class FloorDeviceGraph {
  public:
   explicit FloorDeviceGraph(ByteSpan deviceGraph);

@@ -6,9 +6,9 @@
 
 namespace tarnkit::bench {
 
-/// How the benchmark's graph is made: one document, groups of 100 nodes, each node a patch with three
-/// inputs with defaults, one output and one parameter, its first input connected to the output of the
-/// node before it, every tenth port published.
+/// How the benchmark's graph is made: one document, groups of 100 nodes, each node a patch with
+/// three inputs with defaults, one output and one parameter, its first input connected to the
+/// output of the node before it, every tenth port published.
 inline constexpr std::int64_t kNodesPerGroup = 100;
 inline constexpr int kPublishedPortStride = 10;
 

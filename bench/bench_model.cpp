@@ -23,9 +23,9 @@ namespace tarnkit::bench {
 namespace {
 
 void reportPerNode(benchmark::State& state) {
-  state.counters["per_node"] =
-      benchmark::Counter(static_cast<double>(state.range(0)),
-                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  state.counters["per_node"] = benchmark::Counter(
+      static_cast<double>(state.range(0)),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 Ref<HXDocument> graphOf(std::int64_t nodeCount) {
@@ -201,7 +201,8 @@ plist_t reference(const std::string& id) {
   return map;
 }
 
-// A tree of the shape of the device graph: for each node its map, its ports' map and four port maps.
+// A tree of the shape of the device graph: for each node its map, its ports' map and four port
+// maps.
 void BM_PeerPlistBuildAndWrite(benchmark::State& state) {
   for (auto _ : state) {
     plist_t root = plist_new_dict();
@@ -211,8 +212,8 @@ void BM_PeerPlistBuildAndWrite(benchmark::State& state) {
       const std::string nodeId = "$object-" + std::to_string(next++);
       const std::string portsId = "$object-" + std::to_string(next++);
       plist_t ports = plist_new_dict();
-      for (const char* key : {"Tarn.valueInput", "Tarn.minimumInput", "Tarn.maximumInput",
-                              "Tarn.resultOutput"}) {
+      for (const char* key :
+           {"Tarn.valueInput", "Tarn.minimumInput", "Tarn.maximumInput", "Tarn.resultOutput"}) {
         const std::string portId = "$object-" + std::to_string(next++);
         plist_t port = plist_new_dict();
         plist_dict_set_item(port, "$class", plist_new_string("PMPort"));

@@ -12,8 +12,8 @@ namespace tarnkit {
 class HXNode;
 class HXPort;
 
-/// One wire of the patch graph, from an output port to an input port: the patch ports that carry the
-/// value, and the ports that the user joined, which may be published ports.
+/// One wire of the patch graph, from an output port to an input port: the patch ports that carry
+/// the value, and the ports that the user joined, which may be published ports.
 ///
 /// Made by the document and kept alive by the patch ports' connection sets; it refers to all four
 /// ports weakly. For one thread.
@@ -34,15 +34,15 @@ class HXConnection final : public Object {
   HXPort* displayOutputPort() const noexcept { return displayOutputPort_.get(); }
   HXPort* displayInputPort() const noexcept { return displayInputPort_.get(); }
 
-  /// Where a connection runs: the nearest node that encloses both ends, and the keys from each end's
-  /// node (first) up to, not including, that node.
+  /// Where a connection runs: the nearest node that encloses both ends, and the keys from each
+  /// end's node (first) up to, not including, that node.
   struct Path {
     Ref<HXNode> parentNode;
     std::vector<String> outputKeyPath;
     std::vector<String> inputKeyPath;
   };
-  /// False, with one line logged and `path` untouched, when an end is gone or the ends have no common
-  /// ancestor. Costs the depth of the ends.
+  /// False, with one line logged and `path` untouched, when an end is gone or the ends have no
+  /// common ancestor. Costs the depth of the ends.
   bool traverseConnection(Path& path) const;
   static bool hx_traverseConnection(const HXPort* outputPort, const HXPort* inputPort, Path& path);
   /// The keys of the port's node and of every enclosing node, innermost first; empty for null.

@@ -5,8 +5,8 @@
 
 namespace tarnkit {
 
-/// The connections of a port, in the order in which they were made: a value that is copied by sharing
-/// and never changes under whoever was handed a copy.
+/// The connections of a port, in the order in which they were made: a value that is copied by
+/// sharing and never changes under whoever was handed a copy.
 ///
 /// None and one take no memory of their own; asking, adding and removing take constant time on
 /// average while nobody else holds the same set, and otherwise one copy.

@@ -68,8 +68,7 @@ Ref<HXConnection> HXDocument::connectPort(HXPort& first, HXPort& toPort) {
                 toPort);
     return nullptr;
   }
-  auto connection =
-      make<HXConnection>(resolvedOutput.get(), resolvedInput.get(), output, input);
+  auto connection = make<HXConnection>(resolvedOutput.get(), resolvedInput.get(), output, input);
   hx_addConnection(*connection);
   return connection;
 }
@@ -126,8 +125,8 @@ void HXDocument::awakeAfterDecoding(Decoder& coder) {
   setForceAllowsSubnodes(true);
 }
 
-// A node that the document does not hold may hold itself, through its own group, and would never go:
-// such nodes are taken apart.
+// A node that the document does not hold may hold itself, through its own group, and would never
+// go: such nodes are taken apart.
 void HXDocument::checkTree(Decoder& coder) {
   std::unordered_set<const HXNode*> held{this};
   std::vector<HXNode*> pending{this};

@@ -12,8 +12,8 @@ inline constinit const Symbol HXDocumentAddConnectionNotification{
 inline constinit const Symbol HXDocumentRemoveConnectionNotification{
     "HXDocumentRemoveConnectionNotification"};
 
-/// The editor document: the outermost node, which always has a subnode group (the top-level canvas),
-/// owns the image store, and is the only place where connections are made and broken.
+/// The editor document: the outermost node, which always has a subnode group (the top-level
+/// canvas), owns the image store, and is the only place where connections are made and broken.
 ///
 /// Owned by whoever made or opened it; owns everything below. The document key identifies an open
 /// document in this process, never a file. For one thread.
@@ -27,12 +27,13 @@ class HXDocument final : public HXNode {
   const Ref<HXImageStore>& imageStore() const noexcept { return imageStore_; }
   bool hx_forceAllowsSubnodes() const override { return true; }
 
-  /// Joins an output port and an input port, given in any order; published ports stand for what they
-  /// resolve to. Null, with one line logged, when the two are not one input and one output, or when a
-  /// published port resolves to nothing.
+  /// Joins an output port and an input port, given in any order; published ports stand for what
+  /// they resolve to. Null, with one line logged, when the two are not one input and one output, or
+  /// when a published port resolves to nothing.
   ///
-  /// It is not asked whether the ports take the connection, and nothing is broken first: that is the
-  /// caller's. An input that is taken refuses silently while the connection is made all the same.
+  /// It is not asked whether the ports take the connection, and nothing is broken first: that is
+  /// the caller's. An input that is taken refuses silently while the connection is made all the
+  /// same.
   Ref<HXConnection> connectPort(HXPort& first, HXPort& toPort);
   void breakConnection(HXConnection& connection);
   /// Breaks every connection that the port holds itself. Deliberately not resolved: of a published

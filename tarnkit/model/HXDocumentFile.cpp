@@ -69,8 +69,7 @@ bool HXDocumentFile::save(const HXDocument& document, const std::string& path,
   return !bytes.empty() && File::write(path, bytes, &error);
 }
 
-bool HXDocumentFile::send(const HXDocument& document, const std::string& path,
-                          std::string& error) {
+bool HXDocumentFile::send(const HXDocument& document, const std::string& path, std::string& error) {
   const auto bytes = deviceGraph(document);
   if (bytes.empty()) {
     error = fmt::format("{}: the device graph could not be written", path);

@@ -13,20 +13,19 @@ namespace tarnkit {
 /// result with the reason, and leaves no half-made document behind. For one thread.
 class HXDocumentFile {
  public:
-  /// A document in the editor's format. `codingType` is that under which it was written: 0 and 1 draw
-  /// fresh unique keys, 3 keeps those of the file. Null, with the reason, for anything that is not a
-  /// readable document; the bytes need not be trusted.
+  /// A document in the editor's format. `codingType` is that under which it was written: 0 and 1
+  /// draw fresh unique keys, 3 keeps those of the file. Null, with the reason, for anything that is
+  /// not a readable document; the bytes need not be trusted.
   static Ref<HXDocument> document(ByteSpan bytes, std::int32_t codingType, std::string& error);
-  /// The document in the editor's format; empty, with the reason, under a coding type that is not an
-  /// editor's.
+  /// The document in the editor's format; empty, with the reason, under a coding type that is not
+  /// an editor's.
   static std::vector<std::uint8_t> dataWithDocument(const HXDocument& document,
                                                     std::int32_t codingType, std::string& error);
   /// The device graph of the document.
   static std::vector<std::uint8_t> deviceGraph(const HXDocument& document);
 
   /// The same with files, named in the reason. A file is written whole or not at all.
-  static Ref<HXDocument> open(const std::string& path, std::int32_t codingType,
-                              std::string& error);
+  static Ref<HXDocument> open(const std::string& path, std::int32_t codingType, std::string& error);
   static bool save(const HXDocument& document, const std::string& path, std::int32_t codingType,
                    std::string& error);
   static bool send(const HXDocument& document, const std::string& path, std::string& error);

@@ -196,8 +196,8 @@ Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
   HXGroup& here = inForce();
   if (!here.symbolicPorts(port.orientation())) return nullptr;
   const Ref<HXGroup> kept(&here);
-  auto symbolicPort = make<HXSymbolicPort>(&port, here.node(), port.orientation(),
-                                           port.connectionRelationship());
+  auto symbolicPort =
+      make<HXSymbolicPort>(&port, here.node(), port.orientation(), port.connectionRelationship());
   symbolicPort->setName(port.name());
   here.inForce().hx_addSymbolicPort(*symbolicPort, port);
   return symbolicPort;
@@ -237,7 +237,8 @@ void HXGroup::removeSymbolicPortForPort(HXPort* port) {
   std::vector<Level> levels;
   HXGroup* group = this;
   while (group && port && port->symbolicPort()) {
-    levels.push_back({Ref<HXGroup>(group), Ref<HXPort>(port), Ref<HXSymbolicPort>(port->symbolicPort())});
+    levels.push_back(
+        {Ref<HXGroup>(group), Ref<HXPort>(port), Ref<HXSymbolicPort>(port->symbolicPort())});
     port = levels.back().symbolicPort.get();
     group = port->node() ? port->node()->parentGroup() : nullptr;
   }
@@ -260,7 +261,8 @@ void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
   here.symbolicInputPorts_->remove(&symbolicPort);
   here.symbolicOutputPorts_->remove(&symbolicPort);
   port.setSymbolicPort(nullptr);
-  if (const Ref<HXNode> owner{inForce().node()}) owner->symbolicPortNameWasRemoved(port, symbolicPort);
+  if (const Ref<HXNode> owner{inForce().node()})
+    owner->symbolicPortNameWasRemoved(port, symbolicPort);
   HXGroup& now = inForce();
   detail::announce(HXGroupRemoveSymbolicPortForPortNotification, now, now,
                    [&](const Ref<Object>& documentKey) {
@@ -285,8 +287,8 @@ String HXGroup::description() const {
     if (!nodes.empty()) nodes += ", ";
     nodes += fmt::format("{} {}", entry.value->isa().name(), entry.key.view());
   }
-  return String(fmt::format("<{}: {}, Nodes: ({})>", isa().name(), static_cast<const void*>(this),
-                            nodes));
+  return String(
+      fmt::format("<{}: {}, Nodes: ({})>", isa().name(), static_cast<const void*>(this), nodes));
 }
 
 }  // namespace tarnkit

@@ -35,15 +35,15 @@ struct HXPoint {
 ///
 /// Owned by its node, which replaces a plain group by a subview group, and back, as view nodes come
 /// and go; a group that was replaced hands every operation on to the one in force. Changes are
-/// announced while the node is in a document. Adding, finding and removing a node take constant time
-/// beside the node's own ports. For one thread.
+/// announced while the node is in a document. Adding, finding and removing a node take constant
+/// time beside the node's own ports. For one thread.
 class HXGroup : public Object {
   TARNKIT_CLASS
  public:
   /// Empty, with a new key.
   HXGroup();
-  /// Takes over the other group's key, subnodes (which change their parent) and published ports; not
-  /// its canvas centre, opacity and node.
+  /// Takes over the other group's key, subnodes (which change their parent) and published ports;
+  /// not its canvas centre, opacity and node.
   static Ref<HXGroup> initWithGroup(HXGroup& group);
 
   /// "group_%i".
@@ -60,8 +60,8 @@ class HXGroup : public Object {
   HXNode* subnodeForKey(const String& uniqueKey) const;
   /// Those of the subnodes that are selected.
   std::vector<Ref<HXNode>> selectedNodes() const;
-  /// Adds the node, taking it out of its present group first (this one included: its connections and
-  /// publications end). A node that encloses this group is refused, with one line logged.
+  /// Adds the node, taking it out of its present group first (this one included: its connections
+  /// and publications end). A node that encloses this group is refused, with one line logged.
   void addNode(HXNode& node);
   /// Unpublishes and disconnects every port of the node and takes it out. A node that is not in the
   /// group is ignored.
@@ -72,14 +72,14 @@ class HXGroup : public Object {
   /// The published inner ports (`HXSymbolicPort`), in the order of publishing.
   const OrderedSet& symbolicInputPorts() const noexcept { return *symbolicInputPorts_; }
   const OrderedSet& symbolicOutputPorts() const noexcept { return *symbolicOutputPorts_; }
-  /// Publishes the port under its own name; null when it is neither input nor output. It is not asked
-  /// whether the port is published already.
+  /// Publishes the port under its own name; null when it is neither input nor output. It is not
+  /// asked whether the port is published already.
   Ref<HXSymbolicPort> addSymbolicPortForPort(HXPort& port);
-  /// Ends the publication of the port here and at every level above, and every connection of the port
-  /// that it resolves to. A port that is null or not published is ignored.
+  /// Ends the publication of the port here and at every level above, and every connection of the
+  /// port that it resolves to. A port that is null or not published is ignored.
   void removeSymbolicPortForPort(HXPort* port);
-  /// Publishes again under a symbolic port that was removed: the same object, with its name. One whose
-  /// inner port is gone is ignored.
+  /// Publishes again under a symbolic port that was removed: the same object, with its name. One
+  /// whose inner port is gone is ignored.
   void restoreSymbolicPort(HXSymbolicPort& symbolicPort);
 
   bool isOpaque() const noexcept { return opaque_; }

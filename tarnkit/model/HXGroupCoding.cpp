@@ -52,21 +52,20 @@ void HXGroup::initWithCoder(Decoder& coder) {
   uniqueKey_ = hx_newUniqueKey();
   canvasCenter_ = {coder.decodeFloat(kCanvasCenterX), coder.decodeFloat(kCanvasCenterY)};
   opaque_ = coder.decodeBool(kOpaque);
-  coder.decodeEach<HXSymbolicPort>(
-      kSymbolicInputPorts,
-      [&](const Ref<HXSymbolicPort>& port) { symbolicInputPorts_->add(port); });
-  coder.decodeEach<HXSymbolicPort>(
-      kSymbolicOutputPorts,
-      [&](const Ref<HXSymbolicPort>& port) { symbolicOutputPorts_->add(port); });
+  coder.decodeEach<HXSymbolicPort>(kSymbolicInputPorts, [&](const Ref<HXSymbolicPort>& port) {
+    symbolicInputPorts_->add(port);
+  });
+  coder.decodeEach<HXSymbolicPort>(kSymbolicOutputPorts, [&](const Ref<HXSymbolicPort>& port) {
+    symbolicOutputPorts_->add(port);
+  });
   node_ = coder.decode<HXNode>(kNode);
   if (coder.codingType() == HXCodingTypeEditorWithKeys) {
-    coder.decodeEachEntry<HXNode>(kSubnodesByUniqueKey,
-                                  [&](const String&, const Ref<HXNode>& node) {
-                                    decodedSubnodes_.push_back(node);
-                                  });
+    coder.decodeEachEntry<HXNode>(
+        kSubnodesByUniqueKey,
+        [&](const String&, const Ref<HXNode>& node) { decodedSubnodes_.push_back(node); });
   } else if (isEditorCodingType(coder.codingType())) {
-    coder.decodeEach<HXNode>(
-        kSubnodes, [&](const Ref<HXNode>& node) { decodedSubnodes_.push_back(node); });
+    coder.decodeEach<HXNode>(kSubnodes,
+                             [&](const Ref<HXNode>& node) { decodedSubnodes_.push_back(node); });
   }
 }
 
@@ -80,8 +79,8 @@ void HXGroup::awakeAfterDecoding(Decoder& coder) {
     }
     subnodes_.set(node->uniqueKey(), node);
   }
-  // A published port must be one of a subnode: that is what keeps publications from standing for each
-  // other in a circle.
+  // A published port must be one of a subnode: that is what keeps publications from standing for
+  // each other in a circle.
   for (const auto& ports : {symbolicInputPorts_, symbolicOutputPorts_}) {
     for (const auto& member : *ports) {
       auto& symbolicPort = static_cast<HXSymbolicPort&>(*member);

@@ -1,7 +1,8 @@
 #include "tarnkit/model/HXImageStore.h"
 
-#include <exception>
 #include <fmt/format.h>
+
+#include <exception>
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/archive/HXKeyedArchiver.h"
@@ -63,11 +64,10 @@ void HXImageStore::removeImageEntry(const HXImageStoreEntry* entry) {
 }
 
 void HXImageStore::imageStoreEntryWasAdded(HXImageStoreEntry& entry) {
-  detail::announce(HXImageStoreAddImageNotification, *this, *this,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXImageEntryInfo, Ref<Object>(&entry)}};
-                   });
+  detail::announce(
+      HXImageStoreAddImageNotification, *this, *this, [&](const Ref<Object>& documentKey) {
+        return UserInfo{{HXDocumentKeyInfo, documentKey}, {HXImageEntryInfo, Ref<Object>(&entry)}};
+      });
 }
 
 void HXImageStore::imageStoreEntryIsNoLongerReferenced(const HXImageStoreEntry& entry) {
@@ -113,16 +113,18 @@ void HXImageStore::encodeWithCoder(Encoder& coder) const {
   auto at = counts_.begin();
   coder.encodeMap(
       counts.size(),
-      [&](std::size_t i) { return Encoder::MapEntry{(at++)->key, counts[i].get()}; },
+      [&](std::size_t i) {
+        return Encoder::MapEntry{(at++)->key, counts[i].get()};
+      },
       kImageEntryCount);
 }
 
 // The counts are deliberately not read back: whoever opens a document counts anew.
 void HXImageStore::initWithCoder(Decoder& coder) {
-  coder.decodeEachEntry<HXImageStoreEntry>(
-      kImageEntries, [&](const String&, const Ref<HXImageStoreEntry>& entry) {
-        decodedEntries_.push_back(entry);
-      });
+  coder.decodeEachEntry<HXImageStoreEntry>(kImageEntries,
+                                           [&](const String&, const Ref<HXImageStoreEntry>& entry) {
+                                             decodedEntries_.push_back(entry);
+                                           });
 }
 
 void HXImageStore::awakeAfterDecoding(Decoder&) {

@@ -17,8 +17,8 @@ inline constinit const Symbol HXImageStoreAddImageNotification{"HXImageStoreAddI
 inline constinit const Symbol HXImageStoreRemoveImageNotification{
     "HXImageStoreRemoveImageNotification"};
 
-/// The document's pool of images: each picture once, under its content key, with a count of how often
-/// it was added. Owned by its document. For one thread; adding and removing cost one look-up.
+/// The document's pool of images: each picture once, under its content key, with a count of how
+/// often it was added. Owned by its document. For one thread; adding and removing cost one look-up.
 class HXImageStore final : public Object {
   TARNKIT_CLASS
  public:
@@ -35,15 +35,15 @@ class HXImageStore final : public Object {
   std::int32_t countForKey(const String& key) const;
   /// Counts the entry; the first of its key is stored and announced. One without a key is ignored.
   void addImageEntry(const Ref<HXImageStoreEntry>& entry);
-  /// Counts the entry down; the last one leaves the store, which is announced, deliberately also for a
-  /// key that was never added. One without a key is ignored.
+  /// Counts the entry down; the last one leaves the store, which is announced, deliberately also
+  /// for a key that was never added. One without a key is ignored.
   void removeImageEntry(const HXImageStoreEntry* entry);
 
   void imageStoreEntryWasAdded(HXImageStoreEntry& entry);
   void imageStoreEntryIsNoLongerReferenced(const HXImageStoreEntry& entry);
 
-  /// One complete device archive for each entry, in ascending order of the keys. An entry that cannot
-  /// be written is logged and left out.
+  /// One complete device archive for each entry, in ascending order of the keys. An entry that
+  /// cannot be written is logged and left out.
   std::vector<Ref<Data>> dataRepresentationsOfAllEntries() const;
 
   HXDocument* document() const noexcept { return document_.get(); }

@@ -7,8 +7,8 @@
 
 namespace tarnkit {
 
-/// One image of a document's pool: the picture and its content key. Immutable; owned by the store and
-/// by the image parameters that show it.
+/// One image of a document's pool: the picture and its content key. Immutable; owned by the store
+/// and by the image parameters that show it.
 class HXImageStoreEntry final : public Object {
   TARNKIT_CLASS
  public:

@@ -30,14 +30,29 @@ Ref<Object> makeDocumentGraph(const HXRNodeClass& patchClass) {
 
 bool registerOnce() {
   registerPatchClasses();
-  for (const Class* record :
-       {&HXNode::kClass, &HXLoopNode::kClass, &HXRemoteGroupNode::kClass,
-        &HXRemoteGroupProcessorNode::kClass, &HXReplicatorNode::kClass, &HXDocument::kClass, &HXGroup::kClass, &HXSubviewGroup::kClass,
-        &HXPatchPort::kClass, &HXSymbolicPort::kClass, &HXPatchPortGroup::kClass,
-        &HXSymbolicPortGroup::kClass, &HXPortGroupCollection::kClass, &HXConnection::kClass,
-        &HXIndexParameter::kClass, &HXNumberParameter::kClass, &HXBooleanParameter::kClass,
-        &HXStringParameter::kClass, &HXColorParameter::kClass, &HXImageParameter::kClass,
-        &HXImageStore::kClass, &HXImageStoreEntry::kClass, &Image::kClass}) {
+  for (const Class* record : {&HXNode::kClass,
+                              &HXLoopNode::kClass,
+                              &HXRemoteGroupNode::kClass,
+                              &HXRemoteGroupProcessorNode::kClass,
+                              &HXReplicatorNode::kClass,
+                              &HXDocument::kClass,
+                              &HXGroup::kClass,
+                              &HXSubviewGroup::kClass,
+                              &HXPatchPort::kClass,
+                              &HXSymbolicPort::kClass,
+                              &HXPatchPortGroup::kClass,
+                              &HXSymbolicPortGroup::kClass,
+                              &HXPortGroupCollection::kClass,
+                              &HXConnection::kClass,
+                              &HXIndexParameter::kClass,
+                              &HXNumberParameter::kClass,
+                              &HXBooleanParameter::kClass,
+                              &HXStringParameter::kClass,
+                              &HXColorParameter::kClass,
+                              &HXImageParameter::kClass,
+                              &HXImageStore::kClass,
+                              &HXImageStoreEntry::kClass,
+                              &Image::kClass}) {
     ClassRegistry::add(*record);
   }
   HXRNodeClass::setDocumentGraphBuilder(&makeDocumentGraph);

@@ -63,10 +63,9 @@ String HXNode::hx_newUniqueKey() {
 
 String HXNode::description() const {
   const String documentKey = this->documentKey();
-  return String(fmt::format("<{}: {}, DocumentKey:{}, UniqueKey:{}>", isa().name(),
-                            static_cast<const void*>(this),
-                            documentKey.isNil() ? "(null)" : documentKey.view(),
-                            uniqueKey_.view()));
+  return String(fmt::format(
+      "<{}: {}, DocumentKey:{}, UniqueKey:{}>", isa().name(), static_cast<const void*>(this),
+      documentKey.isNil() ? "(null)" : documentKey.view(), uniqueKey_.view()));
 }
 
 void HXNode::setName(String name) {
@@ -83,21 +82,19 @@ void HXNode::setName(String name) {
 void HXNode::setPosition(HXPoint position) {
   if (position == position_) return;
   position_ = position;
-  detail::announce(HXNodePositionDidChangeNotification, *this, *this,
-                   [this](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXNodeInfo, Ref<Object>(this)}};
-                   });
+  detail::announce(
+      HXNodePositionDidChangeNotification, *this, *this, [this](const Ref<Object>& documentKey) {
+        return UserInfo{{HXDocumentKeyInfo, documentKey}, {HXNodeInfo, Ref<Object>(this)}};
+      });
 }
 
 void HXNode::setSelected(bool selected) {
   if (selected == selected_) return;
   selected_ = selected;
-  detail::announce(HXNodeSelectionDidChangeNotification, *this, *this,
-                   [this](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXNodeInfo, Ref<Object>(this)}};
-                   });
+  detail::announce(
+      HXNodeSelectionDidChangeNotification, *this, *this, [this](const Ref<Object>& documentKey) {
+        return UserInfo{{HXDocumentKeyInfo, documentKey}, {HXNodeInfo, Ref<Object>(this)}};
+      });
 }
 
 RGBA HXNode::defaultColor() const {
@@ -228,8 +225,8 @@ HXPortGroup* HXNode::portGroupForKey(const String& key, std::int32_t orientation
 }
 
 std::vector<Ref<HXPortGroup>> HXNode::portGroups(std::int32_t orientation) const {
-  const auto& collection = orientation == HXOrientationInput ? inputPortGroupCollection_
-                                                             : outputPortGroupCollection_;
+  const auto& collection =
+      orientation == HXOrientationInput ? inputPortGroupCollection_ : outputPortGroupCollection_;
   const Ref<const OrderedSet> keys = collection->portGroupKeys();
   std::vector<Ref<HXPortGroup>> groups;
   for (const auto& key : *keys) {
@@ -256,8 +253,8 @@ HXPort* HXNode::portForKey(const String& key) const {
 
 std::vector<Ref<HXPort>> HXNode::shownPorts(std::int32_t orientation) const {
   OrderedMap<HXPort*> published;
-  const bool manyPublished = symbolicInputPorts().count() + symbolicOutputPorts().count() >
-                             kPublishedPortsSearchedInPlace;
+  const bool manyPublished =
+      symbolicInputPorts().count() + symbolicOutputPorts().count() > kPublishedPortsSearchedInPlace;
   if (manyPublished) {
     for (const auto* ports : {&symbolicInputPorts(), &symbolicOutputPorts()}) {
       for (const auto& member : *ports) {

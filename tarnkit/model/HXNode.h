@@ -42,22 +42,24 @@ inline constinit const Symbol HXNodeAddParameterNotification{"HXNodeAddParameter
 inline constinit const Symbol HXNodeRemoveParameterNotification{
     "HXNodeRemoveParameterNotification"};
 
-/// One box of the patch graph: a patch definition placed in a group, with a name, a position, ports in
-/// port groups, parameters and, for containers, a subnode group.
+/// One box of the patch graph: a patch definition placed in a group, with a name, a position, ports
+/// in port groups, parameters and, for containers, a subnode group.
 ///
-/// The node owns all of these and its definition; it is owned by its parent group, which it refers to
-/// weakly. It keeps itself in step with its definition (`setPatch`), keeping what the user made
-/// wherever a key survives. While it is in no document it announces nothing. For one thread. Setters
-/// and look-ups take constant time; in a document, an observed change also climbs to the document.
+/// The node owns all of these and its definition; it is owned by its parent group, which it refers
+/// to weakly. It keeps itself in step with its definition (`setPatch`), keeping what the user made
+/// wherever a key survives. While it is in no document it announces nothing. For one thread.
+/// Setters and look-ups take constant time; in a document, an observed change also climbs to the
+/// document.
 ///
-/// Four sources: HXNode.cpp edits, HXNodeCoding.cpp archives, HXNodeSync.cpp follows the definition,
-/// HXNodePublishing.cpp the published ports.
+/// Four sources: HXNode.cpp edits, HXNodeCoding.cpp archives, HXNodeSync.cpp follows the
+/// definition, HXNodePublishing.cpp the published ports.
 class HXNode : public HXRNodeOwner {
   TARNKIT_CLASS
  public:
   /// A new key, no name, no patch, no ports.
   HXNode();
-  /// A node of the class of that name (`HXNode` or a kind of it, but no document); null for another.
+  /// A node of the class of that name (`HXNode` or a kind of it, but no document); null for
+  /// another.
   static Ref<HXNode> makeOfClass(std::string_view className);
 
   /// "node_%i".
@@ -85,8 +87,8 @@ class HXNode : public HXRNodeOwner {
   HXDocument* document() const noexcept;
   /// Nil while the node is in no document.
   virtual String documentKey() const;
-  /// This node's key, then those of the nodes that enclose it, the document's last; empty before the
-  /// node's place was first set.
+  /// This node's key, then those of the nodes that enclose it, the document's last; empty before
+  /// the node's place was first set.
   std::vector<String> keyPath() const;
   /// Forwarded to the parameters and to everything below.
   void hierarchyWillChange();
@@ -127,9 +129,9 @@ class HXNode : public HXRNodeOwner {
   const OrderedMap<Ref<HXPatchPort>>& portsByUniqueKey() const noexcept {
     return portsByUniqueKey_;
   }
-  /// The own port of the key, else the first published input, else the first published output of the
-  /// key; null when there is none. An own port costs one look-up, a published one a walk over the
-  /// node's published ports.
+  /// The own port of the key, else the first published input, else the first published output of
+  /// the key; null when there is none. An own port costs one look-up, a published one a walk over
+  /// the node's published ports.
   HXPort* portForKey(const String& key) const;
   /// The shown ports: in the order of the groups, hidden groups left out.
   std::vector<Ref<HXPort>> inputPorts() const;
@@ -154,8 +156,8 @@ class HXNode : public HXRNodeOwner {
   /// Takes the definition (null: none) and brings name, subnode group, parameters, port groups and
   /// ports in line with it; the same definition synchronises again.
   void setPatch(const Ref<HXRNode>& patch);
-  /// The class name of the patch as archived, when that class is known to nobody; nil otherwise. Such
-  /// a node keeps everything it was read with until a patch is set, and writes the name back.
+  /// The class name of the patch as archived, when that class is known to nobody; nil otherwise.
+  /// Such a node keeps everything it was read with until a patch is set, and writes the name back.
   const String& unknownPatchClass() const noexcept { return unknownPatchClass_; }
   /// The class of the patch; the root definition class without one.
   const HXRNodeClass& patchClass() const noexcept;
@@ -170,7 +172,8 @@ class HXNode : public HXRNodeOwner {
 
   // Told by symbolic ports and by the subnode group: the port groups follow the published names.
   virtual void symbolicPortNameDidChange(HXSymbolicPort& symbolicPort);
-  /// With the inner port; of a removal also the symbolic port, which the inner port has lost already.
+  /// With the inner port; of a removal also the symbolic port, which the inner port has lost
+  /// already.
   virtual void symbolicPortNameWasAdded(HXPort& port);
   virtual void symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& symbolicPort);
 
@@ -217,8 +220,8 @@ class HXNode : public HXRNodeOwner {
   void hx_syncPortGroups(PortSide side, std::vector<Ref<HXPortGroup>>& gone,
                          std::vector<Ref<HXPortGroup>>& added);
   PortSide portSide(std::int32_t orientation);
-  /// One published port more or less in the groups; false, and nothing done, when the groups must be
-  /// synchronised as a whole.
+  /// One published port more or less in the groups; false, and nothing done, when the groups must
+  /// be synchronised as a whole.
   bool hx_showSymbolicPort(const HXSymbolicPort& symbolicPort);
   bool hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort);
   void hx_decodePatchWithCoder(Decoder& coder);

@@ -116,9 +116,8 @@ void HXNode::initWithCoder(Decoder& coder) {
     outputPortGroupsByKey_.set(key, group);
   });
   decodeParameters(coder);
-  coder.decodeEachEntry<HXPatchPort>(kPortsByUniqueKey, [&](const String& key, auto& port) {
-    portsByUniqueKey_.set(key, port);
-  });
+  coder.decodeEachEntry<HXPatchPort>(
+      kPortsByUniqueKey, [&](const String& key, auto& port) { portsByUniqueKey_.set(key, port); });
 }
 
 // A patch class that nobody knows is kept by name, with everything that the node was read with.
@@ -133,26 +132,26 @@ void HXNode::hx_decodePatchWithCoder(Decoder& coder) {
   }
 }
 
-// The ordered set gives the order, the map the keys; what only one of them holds comes last, or (not
-// knowing its key) is dropped.
+// The ordered set gives the order, the map the keys; what only one of them holds comes last, or
+// (not knowing its key) is dropped.
 void HXNode::decodeParameters(Decoder& coder) {
   OrderedMap<Ref<HXParameter>> byKey;
   std::vector<std::pair<const HXParameter*, String>> keys;
-  coder.decodeEachEntry<HXParameter>(kParametersByUniqueKey, [&](const String& key, auto& parameter) {
-    byKey.set(key, parameter);
-    keys.emplace_back(parameter.get(), key);
-  });
+  coder.decodeEachEntry<HXParameter>(kParametersByUniqueKey,
+                                     [&](const String& key, auto& parameter) {
+                                       byKey.set(key, parameter);
+                                       keys.emplace_back(parameter.get(), key);
+                                     });
   std::sort(keys.begin(), keys.end(),
             [](const auto& a, const auto& b) { return std::less<>()(a.first, b.first); });
   coder.decodeEach<HXParameter>(kParameters, [&](const Ref<HXParameter>& parameter) {
-    const auto found = std::lower_bound(
-        keys.begin(), keys.end(), parameter.get(),
-        [](const auto& entry, const HXParameter* wanted) {
-          return std::less<>()(entry.first, wanted);
-        });
+    const auto found = std::lower_bound(keys.begin(), keys.end(), parameter.get(),
+                                        [](const auto& entry, const HXParameter* wanted) {
+                                          return std::less<>()(entry.first, wanted);
+                                        });
     if (found == keys.end() || found->first != parameter.get()) {
-      Log::warning("HXNode", fmt::format("Dropping a parameter of {} that has no key",
-                                         uniqueKey_.view()));
+      Log::warning("HXNode",
+                   fmt::format("Dropping a parameter of {} that has no key", uniqueKey_.view()));
       return;
     }
     parameters_.set(found->second, byKey.take(found->second));

@@ -6,8 +6,8 @@
 
 namespace tarnkit {
 
-/// What the synchronisation of a node's port groups works on: one orientation of the node. Private to
-/// the sources of `HXNode`; lives during a call.
+/// What the synchronisation of a node's port groups works on: one orientation of the node. Private
+/// to the sources of `HXNode`; lives during a call.
 struct HXNode::PortSide {
   std::int32_t orientation;
   HXPortGroupCollection& collection;

@@ -1,8 +1,8 @@
 #include "tarnkit/model/HXNodePortSide.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 
-// How a node's port groups follow its published ports. One port that comes or goes costs its own group
-// only; whatever else may have changed is left to the full synchronisation.
+// How a node's port groups follow its published ports. One port that comes or goes costs its own
+// group only; whatever else may have changed is left to the full synchronisation.
 
 namespace tarnkit {
 
@@ -18,8 +18,8 @@ OrderedSet& unshared(Ref<OrderedSet>& set) {
 }  // namespace
 
 void HXNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
-  const bool isPublished = symbolicInputPorts().contains(&symbolicPort) ||
-                           symbolicOutputPorts().contains(&symbolicPort);
+  const bool isPublished =
+      symbolicInputPorts().contains(&symbolicPort) || symbolicOutputPorts().contains(&symbolicPort);
   if (isPublished || !portGroupsSettled_) hx_syncPortGroupsWithPatch();
 }
 

@@ -9,16 +9,16 @@
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 
-// How a node follows its patch definition. What the user made (static values, connections, hidden and
-// collapsed groups, the order of groups) stays wherever the identity of a port, group or parameter
-// survives.
+// How a node follows its patch definition. What the user made (static values, connections, hidden
+// and collapsed groups, the order of groups) stays wherever the identity of a port, group or
+// parameter survives.
 
 namespace tarnkit {
 
 namespace {
 
-// A definition whose parameters change while they are attached is walked again; one that never comes
-// to rest is left after this many walks.
+// A definition whose parameters change while they are attached is walked again; one that never
+// comes to rest is left after this many walks.
 constexpr int kMaximumParameterWalks = 64;
 
 // Announces what went, then what came, on behalf of the node.

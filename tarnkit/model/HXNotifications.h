@@ -29,8 +29,8 @@ inline constinit const Symbol HXSubviewNodesInfo{"SubviewNodes"};
 namespace detail {
 
 /// The one place through which the model announces: posts with `object` when somebody observes the
-/// name and `source` (a node, port, group, …) is in a document. Nothing is built, and the document is
-/// not even looked for, when nobody observes. `makeInfo` receives the document key.
+/// name and `source` (a node, port, group, …) is in a document. Nothing is built, and the document
+/// is not even looked for, when nobody observes. `makeInfo` receives the document key.
 template <class Source, class MakeInfo>
 void announce(const Symbol& name, Object& object, const Source& source, MakeInfo makeInfo) {
   auto& center = NotificationCenter::defaultCenter();

@@ -15,21 +15,21 @@ inline constinit const Symbol HXParameterValueDidChangeNotification{
 /// The document's value of one parameter of a node's patch definition: abstract; the kinds add the
 /// value.
 ///
-/// Owned by its node, which also attaches the definition's description. Until the user (or an archive)
-/// has set the value it follows the description's default. For one thread.
+/// Owned by its node, which also attaches the definition's description. Until the user (or an
+/// archive) has set the value it follows the description's default. For one thread.
 class HXParameter : public Object {
  public:
   static const Class kClass;
 
-  /// A parameter of the kind for the node. Null, with one line logged, for the abstract class itself;
-  /// null for a class that is no parameter kind.
+  /// A parameter of the kind for the node. Null, with one line logged, for the abstract class
+  /// itself; null for a class that is no parameter kind.
   static Ref<HXParameter> create(const Class& parameterClass, HXNode* node);
 
   HXNode* node() const noexcept { return node_.get(); }
   /// The definition's description; null while the definition has none of the key.
   const Ref<HXRParameter>& patchParameter() const noexcept { return patchParameter_; }
-  /// Attaches the description. A value that was never set takes the description's default, silently;
-  /// one that was set stays, and a new description is announced as a change.
+  /// Attaches the description. A value that was never set takes the description's default,
+  /// silently; one that was set stays, and a new description is announced as a change.
   virtual void setPatchParameter(Ref<HXRParameter> patchParameter);
 
   /// From the description; nil and false without one.

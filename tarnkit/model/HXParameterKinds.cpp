@@ -47,8 +47,8 @@ constinit const ColorKeys kDeviceColorKeys{
     Symbol{"PMColorParameter.redValue"}, Symbol{"PMColorParameter.greenValue"},
     Symbol{"PMColorParameter.blueValue"}, Symbol{"PMColorParameter.alphaValue"}};
 
-// What a kind adds after the base: its substitution and its value in the device's vocabulary, or its
-// value in the editor's.
+// What a kind adds after the base: its substitution and its value in the device's vocabulary, or
+// its value in the editor's.
 template <class Encode>
 void encodeValue(const HXParameter& parameter, Encoder& coder, const Symbol& editorKey,
                  const Symbol& deviceClass, const Symbol& deviceKey, Encode encode) {

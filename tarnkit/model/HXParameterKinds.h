@@ -10,8 +10,8 @@ namespace tarnkit {
 
 namespace detail {
 
-/// What the parameter kinds have in common: a value, and how it meets its description. `Description`
-/// is the kind of the definition's parameter.
+/// What the parameter kinds have in common: a value, and how it meets its description.
+/// `Description` is the kind of the definition's parameter.
 template <class Value, class Description>
 class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
  public:

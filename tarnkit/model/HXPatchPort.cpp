@@ -40,9 +40,7 @@ HXRPort* HXPatchPort::patchPort() {
   return patchPort_.get();
 }
 
-String HXPatchPort::uniqueKey() const {
-  return patchPort_ ? patchPort_->uniqueKey() : String();
-}
+String HXPatchPort::uniqueKey() const { return patchPort_ ? patchPort_->uniqueKey() : String(); }
 
 String HXPatchPort::name() const { return patchPort_ ? patchPort_->name() : String(); }
 
@@ -125,12 +123,11 @@ Ref<PMRPrimitive> HXPatchPort::effectiveValue() const {
 }
 
 void HXPatchPort::hx_fireDidConnectNotification(HXConnection& connection) {
-  detail::announce(HXPortDidConnectNotification, *this, *this,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXPortInfo, Ref<Object>(this)},
-                                     {HXConnectionInfo, Ref<Object>(&connection)}};
-                   });
+  detail::announce(HXPortDidConnectNotification, *this, *this, [&](const Ref<Object>& documentKey) {
+    return UserInfo{{HXDocumentKeyInfo, documentKey},
+                    {HXPortInfo, Ref<Object>(this)},
+                    {HXConnectionInfo, Ref<Object>(&connection)}};
+  });
 }
 
 void HXPatchPort::hx_fireDidDisconnectNotification(HXConnection& connection) {

@@ -17,8 +17,9 @@ inline constinit const Symbol HXPatchPortStaticValueDidChangeNotification{
 inline constinit const Symbol HXPatchPortEffectiveValueDidChangeNotification{
     "HXPatchPortEffectiveValueDidChangeNotification"};
 
-/// A real port of a patch node: wraps one port description of the patch definition, holds the port's
-/// connections and, for value inputs, the static value that the user typed. Owned by its node.
+/// A real port of a patch node: wraps one port description of the patch definition, holds the
+/// port's connections and, for value inputs, the static value that the user typed. Owned by its
+/// node.
 class HXPatchPort final : public HXPort {
   TARNKIT_CLASS
  public:
@@ -38,8 +39,9 @@ class HXPatchPort final : public HXPort {
   bool canConnectToPort(const HXPort* other) const override;
   /// Always while it has no connection; then only when it takes many.
   bool acceptsNewConnections() const override;
-  /// A port of relationship one refuses a second connection and keeps the first; one of relationship
-  /// many keeps one entry for a connection given twice, and announces it twice; any other refuses.
+  /// A port of relationship one refuses a second connection and keeps the first; one of
+  /// relationship many keeps one entry for a connection given twice, and announces it twice; any
+  /// other refuses.
   bool connectConnection(HXConnection& connection) override;
   bool disconnectConnection(HXConnection& connection) override;
   void pruneInvalidConnections() override;

@@ -40,8 +40,8 @@ class HXPort : public HXRCollectedPort {
   std::int32_t connectionRelationship() const noexcept { return connectionRelationship_; }
   /// The port that publishes this one; null when none does.
   HXSymbolicPort* symbolicPort() const noexcept;
-  /// Announces an addition, or a removal (before it happens); replacing one symbolic port by another
-  /// announces the addition only.
+  /// Announces an addition, or a removal (before it happens); replacing one symbolic port by
+  /// another announces the addition only.
   void setSymbolicPort(HXSymbolicPort* symbolicPort);
 
   /// Nil while the node is in no document.
@@ -54,8 +54,8 @@ class HXPort : public HXRCollectedPort {
 
   /// The connections; none for ports that hold none themselves.
   virtual HXConnectionSet connections() const;
-  /// Whether the port takes a connection with the other (a published one stands for what it resolves
-  /// to).
+  /// Whether the port takes a connection with the other (a published one stands for what it
+  /// resolves to).
   virtual bool canConnectToPort(const HXPort* other) const = 0;
   virtual bool acceptsNewConnections() const;
   /// Records the connection; false when the port refuses it.

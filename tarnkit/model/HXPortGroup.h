@@ -11,8 +11,8 @@ namespace tarnkit {
 
 class HXNode;
 
-/// Posted by a port group with "PortGroup" and "Collapsed". These two constants are deliberately named
-/// with "Group" while their texts lack it: observers compare by text.
+/// Posted by a port group with "PortGroup" and "Collapsed". These two constants are deliberately
+/// named with "Group" while their texts lack it: observers compare by text.
 inline constinit const Symbol HXPortGroupCollapsedSidebarGroupDidChangeNotification{
     "HXPortGroupCollapsedSidebarDidChangeNotification"};
 inline constinit const Symbol HXPortGroupCollapsedCanvasGroupDidChangeNotification{

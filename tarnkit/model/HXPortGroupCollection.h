@@ -9,7 +9,8 @@ namespace tarnkit {
 
 class HXNode;
 
-/// The order of a node's port groups of one orientation: their keys. Owned by the node. For one thread.
+/// The order of a node's port groups of one orientation: their keys. Owned by the node. For one
+/// thread.
 class HXPortGroupCollection final : public Object {
   TARNKIT_CLASS
  public:
@@ -20,8 +21,8 @@ class HXPortGroupCollection final : public Object {
   std::int32_t orientation() const noexcept { return orientation_; }
   /// The keys (strings) in order; the set handed out never changes.
   Ref<const OrderedSet> portGroupKeys() const noexcept { return portGroupKeys_; }
-  /// Makes the keys those given: keys that stay keep their mutual order, new ones follow in the order
-  /// given.
+  /// Makes the keys those given: keys that stay keep their mutual order, new ones follow in the
+  /// order given.
   void updateWithPortGroupKeys(const Ref<OrderedSet>& keys);
 
   void encodeWithCoder(Encoder& coder) const override;

@@ -2,9 +2,12 @@
 
 namespace tarnkit {
 
-const Class HXRemoteGroupNode::kClass{"HXRemoteGroupNode", &HXNode::kClass, &HXRemoteGroupNode::makeForDecoding};
+const Class HXRemoteGroupNode::kClass{"HXRemoteGroupNode", &HXNode::kClass,
+                                      &HXRemoteGroupNode::makeForDecoding};
 
-Ref<Object> HXRemoteGroupNode::makeForDecoding(const Class&) { return make<HXRemoteGroupNode>(Decoding{}); }
+Ref<Object> HXRemoteGroupNode::makeForDecoding(const Class&) {
+  return make<HXRemoteGroupNode>(Decoding{});
+}
 
 const Symbol& HXRemoteGroupNode::deviceClassName() const {
   static constinit const Symbol name{"PMRemoteGroupNode"};

@@ -4,8 +4,8 @@
 
 namespace tarnkit {
 
-/// The node of the Remote Group patch: its subnodes are shown where a group processor stands, so it is
-/// itself never a view.
+/// The node of the Remote Group patch: its subnodes are shown where a group processor stands, so it
+/// is itself never a view.
 class HXRemoteGroupNode final : public HXNode {
   TARNKIT_CLASS
  public:

@@ -4,7 +4,8 @@
 
 namespace tarnkit {
 
-/// The node of the Group Processor patch: shows the views of a remote group, so it is always a view.
+/// The node of the Group Processor patch: shows the views of a remote group, so it is always a
+/// view.
 class HXRemoteGroupProcessorNode final : public HXNode {
   TARNKIT_CLASS
  public:

@@ -21,8 +21,8 @@ const Class HXReplicatorNode::kClass{"HXReplicatorNode", &HXNode::kClass,
 
 namespace {
 
-// The name says the reverse of what stands under it (key to port), and is kept for the documents that
-// have it.
+// The name says the reverse of what stands under it (key to port), and is kept for the documents
+// that have it.
 constinit const Symbol kArrayOutputs{"HXReplicatorNode.resolvedPortToArrayOutputPortKey"};
 constinit const Symbol kDeviceArrayOutputs{"PMReplicatorNode.arrayOutputPortKeyToKeyPath"};
 
@@ -94,13 +94,12 @@ void HXReplicatorNode::symbolicPortNameWasAdded(HXPort& port) {
     NotificationCenter::defaultCenter().postLazily(
         HXReplicatorNodeAddOutputPortNotification, *this, [&] {
           const auto* resolved = resolvedPort(port);
-          return UserInfo{
-              {HXDocumentKeyInfo, documentKey().object()},
-              {HXNodeInfo, Ref<Object>(this)},
-              {kResolvedPortNodeKeyPath,
-               arrayOf(hx_keyPathForNode(resolved ? resolved->node() : nullptr))},
-              {kResolvedPortKey, resolved ? resolved->uniqueKey().object() : nullptr},
-              {kReplicatorOutputPortKey, key.object()}};
+          return UserInfo{{HXDocumentKeyInfo, documentKey().object()},
+                          {HXNodeInfo, Ref<Object>(this)},
+                          {kResolvedPortNodeKeyPath,
+                           arrayOf(hx_keyPathForNode(resolved ? resolved->node() : nullptr))},
+                          {kResolvedPortKey, resolved ? resolved->uniqueKey().object() : nullptr},
+                          {kReplicatorOutputPortKey, key.object()}};
         });
   }
   HXNode::symbolicPortNameWasAdded(port);

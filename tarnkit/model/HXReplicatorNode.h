@@ -5,8 +5,8 @@
 
 namespace tarnkit {
 
-/// Posted by a replicator, in a document or not, with "Node", "ResolvedPortNodeKeyPath" (keys of the
-/// nodes from the replicator's subnode down to the port's node), "ResolvedPortKey" and
+/// Posted by a replicator, in a document or not, with "Node", "ResolvedPortNodeKeyPath" (keys of
+/// the nodes from the replicator's subnode down to the port's node), "ResolvedPortKey" and
 /// "ReplicatorOutputPortKey".
 inline constinit const Symbol HXReplicatorNodeAddOutputPortNotification{
     "HXReplicatorNodeAddOutputPortNotification"};
@@ -17,8 +17,8 @@ inline constinit const Symbol HXReplicatorNodeRemoveOutputPortNotification{
 /// The node of the Replicator patch: makes copies of its subnodes on the device, and collects every
 /// published inner port that takes many connections over all copies, in an array output of its own.
 ///
-/// The array outputs belong to the node's definition; the node keeps which inner port each stands for,
-/// so that their keys survive a change of patch, a save and an opening.
+/// The array outputs belong to the node's definition; the node keeps which inner port each stands
+/// for, so that their keys survive a change of patch, a save and an opening.
 class HXReplicatorNode final : public HXNode {
   TARNKIT_CLASS
  public:

@@ -4,8 +4,8 @@
 
 namespace tarnkit {
 
-/// Posted by a subview group with "Node" (the group itself, deliberately: the editor's views read it
-/// there) and "SubviewNodes", the group's live ordered set.
+/// Posted by a subview group with "Node" (the group itself, deliberately: the editor's views read
+/// it there) and "SubviewNodes", the group's live ordered set.
 inline constinit const Symbol HXSubviewGroupSubviewOrderDidChangeNotification{
     "HXSubviewGroupSubviewOrderDidChangeNotification"};
 

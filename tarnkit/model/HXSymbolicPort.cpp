@@ -46,7 +46,8 @@ String HXSymbolicPort::uniqueKey() const {
   for (auto at = chain.rbegin(); at != chain.rend(); ++at) {
     const HXSymbolicPort& symbolic = **at;
     const HXPort* published = symbolic.port();
-    const String ofNode = published && published->node() ? published->node()->uniqueKey() : String();
+    const String ofNode =
+        published && published->node() ? published->node()->uniqueKey() : String();
     if (symbolic.uniqueKey_.isNil() || symbolic.keyOfNode_ != ofNode ||
         symbolic.keyOfPort_ != key) {
       symbolic.uniqueKey_ = String(fmt::format("Symbolic.{}.{}", orNull(ofNode), orNull(key)));
@@ -74,8 +75,7 @@ const String& HXSymbolicPort::groupKey() const {
   static const String published = String::interned("Published");
   if (groupKey_.isNil()) {
     const auto colon = name_.view().find(':');
-    groupKey_ =
-        colon == std::string_view::npos ? published : String(name_.view().substr(0, colon));
+    groupKey_ = colon == std::string_view::npos ? published : String(name_.view().substr(0, colon));
   }
   return groupKey_;
 }

@@ -7,8 +7,8 @@ namespace tarnkit {
 /// A published port: stands on a group node for a port inside the group (a patch port, or another
 /// symbolic port one level further in), under a name of its own.
 ///
-/// It has no connections: whatever is joined to it is connected to the port it resolves to. Owned by
-/// the group that publishes. Refers weakly to the inner port: once that is gone it resolves to
+/// It has no connections: whatever is joined to it is connected to the port it resolves to. Owned
+/// by the group that publishes. Refers weakly to the inner port: once that is gone it resolves to
 /// nothing and refuses every connection.
 class HXSymbolicPort final : public HXPort {
   TARNKIT_CLASS

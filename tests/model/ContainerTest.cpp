@@ -64,14 +64,14 @@ TEST_F(ContainerTest, PublishedInnerPortsGetArrayOutputsThatFollowThem) {
   const auto symbolic = replicator->subnodeGroup()->addSymbolicPortForPort(result);
   const auto outputs = arrayOutputs(*replicator);
   ASSERT_EQ(outputs.size(), 1U);
-  EXPECT_THAT(outputs[0], ::testing::MatchesRegex(
-      "ReplicatorOutput\\.[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+  EXPECT_THAT(outputs[0], ::testing::MatchesRegex("ReplicatorOutput\\.[0-9A-F]{8}-[0-9A-F]{4}-4[0-"
+                                                  "9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
   EXPECT_THAT(recorder.take(),
-              ::testing::Contains("HXReplicatorNodeAddOutputPortNotification Replicator "
-                                  "Node=Replicator ResolvedPortNodeKeyPath=" +
-                                  std::string("(") + clamp->uniqueKey().toStdString() +
-                                  ") ResolvedPortKey=Tarn.resultOutput ReplicatorOutputPortKey=" +
-                                  outputs[0]));
+              ::testing::Contains(
+                  "HXReplicatorNodeAddOutputPortNotification Replicator "
+                  "Node=Replicator ResolvedPortNodeKeyPath=" +
+                  std::string("(") + clamp->uniqueKey().toStdString() +
+                  ") ResolvedPortKey=Tarn.resultOutput ReplicatorOutputPortKey=" + outputs[0]));
   EXPECT_THAT(keys(replicator->outputPorts()), ElementsAre(outputs[0]))
       << "the published port itself is hidden";
   symbolic->setName("Limited");
@@ -93,7 +93,8 @@ TEST_F(ContainerTest, PublishedInnerPortsGetArrayOutputsThatFollowThem) {
   EXPECT_TRUE(replicator->outputPorts().empty());
   EXPECT_THAT(recorder.take(),
               ::testing::Contains("HXReplicatorNodeRemoveOutputPortNotification Replicator "
-                                  "Node=Replicator ReplicatorOutputPortKey=" + outputs[0]));
+                                  "Node=Replicator ReplicatorOutputPortKey=" +
+                                  outputs[0]));
 }
 
 TEST_F(ContainerTest, ArrayOutputsKeepTheirKeysThroughAFile) {
@@ -109,8 +110,8 @@ TEST_F(ContainerTest, ArrayOutputsKeepTheirKeysThroughAFile) {
   document->connectPort(*replicator->portForKey(String(outputs[0])),
                         port(*target, "Tarn.arrayInput"));
   std::string error;
-  const auto opened = HXDocumentFile::document(
-      HXDocumentFile::dataWithDocument(*document, 0, error), 0, error);
+  const auto opened =
+      HXDocumentFile::document(HXDocumentFile::dataWithDocument(*document, 0, error), 0, error);
   ASSERT_TRUE(opened) << error;
   for (const auto& node : opened->subnodeGroup()->subnodes()) {
     const auto* again = as<HXReplicatorNode>(node.get());

@@ -1,7 +1,6 @@
-#include "tarnkit/model/HXDocumentFile.h"
-
 #include "ModelFixture.h"
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSubviewGroup.h"
@@ -71,8 +70,8 @@ TEST_F(DocumentFileTest, EverythingThatTheUserMadeComesBack) {
                   .staticValue()
                   ->isEqual(*PMRPrimitive::primitiveWithDegreesValue(90)));
   EXPECT_TRUE(mux2->portGroupForKey("Sources", HXOrientationInput)->collapsedCanvasGroup());
-  EXPECT_THAT(mux2->keyPath(), ElementsAre(mux2->uniqueKey(), group2->uniqueKey(),
-                                           opened->uniqueKey()));
+  EXPECT_THAT(mux2->keyPath(),
+              ElementsAre(mux2->uniqueKey(), group2->uniqueKey(), opened->uniqueKey()));
   const auto& symbolic = static_cast<HXSymbolicPort&>(**group2->symbolicInputPorts().begin());
   EXPECT_EQ(symbolic.name(), "Box: In");
   EXPECT_EQ(symbolic.resolvedPort(), &port(*mux2, "Tarn.source2Input"));

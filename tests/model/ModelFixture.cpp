@@ -28,7 +28,8 @@ std::string nameOf(const Object* object) {
   }
   if (const auto* array = as<Array>(object)) {
     std::string elements;
-    for (const auto& element : *array) elements += (elements.empty() ? "" : " ") + nameOf(element.get());
+    for (const auto& element : *array)
+      elements += (elements.empty() ? "" : " ") + nameOf(element.get());
     return "(" + elements + ")";
   }
   if (as<Null>(object)) return "null";

@@ -14,8 +14,8 @@
 
 namespace tarnkit::test {
 
-/// Records what is posted and logged while it lives: "NAME key=value …" with the user info in order,
-/// objects by their unique keys.
+/// Records what is posted and logged while it lives: "NAME key=value …" with the user info in
+/// order, objects by their unique keys.
 class Recorder {
  public:
   Recorder();
@@ -36,7 +36,8 @@ class ModelTest : public ::testing::Test {
  protected:
   ModelTest() : document(make<HXDocument>()) { document->setName("Top"); }
 
-  /// A node of the patch in the group (by default the top-level one); of "" a node that holds a group.
+  /// A node of the patch in the group (by default the top-level one); of "" a node that holds a
+  /// group.
   Ref<HXNode> add(const char* patchClass, HXNode* to = nullptr);
   static Ref<HXNode> nodeOf(const char* patchClass);
   static HXPatchPort& port(HXNode& node, const char* key);

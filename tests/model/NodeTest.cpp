@@ -18,7 +18,9 @@ TEST_F(NodeTest, KeysCountUpAndKeyPathsRunOutward) {
                                            outer->uniqueKey(), document->uniqueKey()));
   const auto loose = nodeOf("HXRClampNode");
   EXPECT_THAT(loose->keyPath(), IsEmpty());
-  const auto number = [](const HXNode& node) { return std::stoi(node.uniqueKey().toStdString().substr(5)); };
+  const auto number = [](const HXNode& node) {
+    return std::stoi(node.uniqueKey().toStdString().substr(5));
+  };
   EXPECT_EQ(number(*loose), number(*leaf) + 1);
   // Moved with everything in it, the path follows.
   document->subnodeGroup()->addNode(*inner);

@@ -75,7 +75,8 @@ TEST_F(PortTest, StaticValuesAnnounceThemselvesAndTheEffectiveValue) {
                           "StaticValue=null",
                           "HXPatchPortEffectiveValueDidChangeNotification Delay Port=Delay "
                           "EffectiveValue=1"));
-  // A port without a default: from nothing to something to nothing, and nothing never equals nothing.
+  // A port without a default: from nothing to something to nothing, and nothing never equals
+  // nothing.
   auto& value = port(*node, "Tarn.valueInput");
   value.setStaticValue(two);
   value.setStaticValue(nullptr);

@@ -75,10 +75,9 @@ TEST_F(SyncTest, AnotherPatchKeepsWhatItsKeysShare) {
 }
 
 TEST_F(SyncTest, APortThatTurnsOverIsReplacedWithoutBeingWithdrawn) {
-  static const HXRNodeClass turning("TurningNode", &HXRNode::kClass, {},
-                                    [](PatchDeclaration& patch) {
-                                      patch.in<HXRGestureInputPort>("Value", "Tarn.valueInput");
-                                    });
+  static const HXRNodeClass turning(
+      "TurningNode", &HXRNode::kClass, {},
+      [](PatchDeclaration& patch) { patch.in<HXRGestureInputPort>("Value", "Tarn.valueInput"); });
   const auto node = add("HXRClampNode");
   const auto source = add("HXRClampNode");
   const auto connection = connect(*source, "Tarn.resultOutput", *node, "Tarn.valueInput");

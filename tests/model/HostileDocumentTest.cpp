@@ -1,0 +1,205 @@
+#include <random>
+
+#include "ModelFixture.h"
+#include "tarnkit/model/HXDocumentFile.h"
+#include "tarnkit/model/HXParameterKinds.h"
+#include "tarnkit/model/HXReplicatorNode.h"
+#include "tarnkit/patches/catalogue/Catalogue.h"
+#include "tarnkit/platform/PropertyList.h"
+#include "tarnkit/platform/PropertyListReader.h"
+#include "tarnkit/platform/PropertyListWriter.h"
+
+// Documents that somebody has tampered with: whatever stands in them, opening ends in a document
+// that can be edited, saved and sent, or in one sentence and nothing left behind.
+
+namespace tarnkit::test {
+
+namespace {
+
+using Index = PropertyListWriter::Index;
+
+// A copy of a property list in which one map's value was exchanged or left out.
+class Tampering {
+ public:
+  explicit Tampering(const PropertyList& list) : list_(list) {}
+
+  std::vector<std::uint8_t> without(Index map, std::uint32_t entry) { return write(map, entry, 0); }
+  static constexpr int kReplacements = 8;
+  std::vector<std::uint8_t> replaced(Index map, std::uint32_t entry, int replacement) {
+    return write(map, entry, replacement + 1);
+  }
+
+ private:
+  std::vector<std::uint8_t> write(Index map, std::uint32_t entry, int change) {
+    PropertyListWriter writer;
+    for (Index i = 0; i < list_.count(); ++i) addOrReserve(writer, i);
+    const Index replacement = change == 0 ? 0 : replacementValue(writer, change);
+    for (Index i = 0; i < list_.count(); ++i) {
+      const auto kind = list_.kind(i);
+      if (kind == PropertyList::Kind::array) {
+        const auto elements = list_.elements(i);
+        std::copy(elements.begin(), elements.end(), writer.fillArray(i, elements.size()).begin());
+      } else if (kind == PropertyList::Kind::map) {
+        std::vector<Index> keys(list_.keys(i).begin(), list_.keys(i).end());
+        std::vector<Index> values(list_.values(i).begin(), list_.values(i).end());
+        if (i == map && change != 0) values[entry] = replacement;
+        if (i == map && change == 0) {
+          keys.erase(keys.begin() + entry);
+          values.erase(values.begin() + entry);
+        }
+        const auto span = writer.fillMap(i, keys.size());
+        std::copy(keys.begin(), keys.end(), span.begin());
+        std::copy(values.begin(), values.end(),
+                  span.begin() + static_cast<std::ptrdiff_t>(keys.size()));
+      }
+    }
+    return writer.finish(list_.root());
+  }
+
+  void addOrReserve(PropertyListWriter& writer, Index i) {
+    Index added = 0;
+    switch (list_.kind(i)) {
+      case PropertyList::Kind::boolean:
+        added = writer.addBool(list_.boolean(i));
+        break;
+      case PropertyList::Kind::integer:
+        added = writer.addInt(list_.integer(i));
+        break;
+      case PropertyList::Kind::real32:
+        added = writer.addReal32(static_cast<float>(list_.real(i)));
+        break;
+      case PropertyList::Kind::real64:
+        added = writer.addReal64(list_.real(i));
+        break;
+      case PropertyList::Kind::data:
+        added = writer.addData(list_.data(i));
+        break;
+      case PropertyList::Kind::string:
+        added = writer.addString(list_.string(i));
+        break;
+      case PropertyList::Kind::uid:
+        added = writer.addUID(static_cast<std::uint32_t>(list_.uid(i)));
+        break;
+      default:
+        added = writer.reserve();
+    }
+    ASSERT_EQ(added, i) << "the copy must number its objects as the list does";
+  }
+
+  Index replacementValue(PropertyListWriter& writer, int change) {
+    switch (change) {
+      case 1:
+        return writer.addString("tampered");
+      case 2:
+        return writer.addInt(-7);
+      case 3:
+        return writer.addReal64(1e300);
+      case 4:
+        return writer.addBool(true);
+      case 5:
+        return writer.addArray({});
+      case 6:
+        return writer.addUID(0);
+      case 7:
+        return writer.addUID(1);  // the document itself
+      default: {
+        const auto objects = list_.count(list_.valueForKey(list_.root(), "$objects"));
+        return writer.addUID(static_cast<std::uint32_t>(random_() % (objects + 2)));
+      }
+    }
+  }
+
+  const PropertyList& list_;
+  std::mt19937 random_{7};
+};
+
+}  // namespace
+
+class HostileDocumentTest : public ModelTest {
+ protected:
+  std::vector<std::uint8_t> documentWithEverything(std::int32_t codingType) {
+    const auto group = add("");
+    const auto mux = add("HXRMultiplexerNode", group.get());
+    as<HXIndexParameter>(mux->parameterForKey("Tarn.numberOfSourcesParameter"))->setValue(3);
+    const auto view = add("HXRColorViewNode", group.get());
+    const auto clamp = add("HXRClampNode");
+    port(*clamp, "Tarn.minimumInput").setStaticValue(PMRPrimitive::primitiveWithStringValue("s"));
+    connect(*clamp, "Tarn.resultOutput", *mux, "Tarn.source0Input");
+    const auto symbolic = group->subnodeGroup()->addSymbolicPortForPort(port(*mux, "Tarn.output"));
+    document->connectPort(*symbolic, port(*clamp, "Tarn.valueInput"));
+    auto replicator = make<HXReplicatorNode>();
+    replicator->setPatch(HXRReplicatorNode.makeDefinition());
+    document->subnodeGroup()->addNode(*replicator);
+    const auto inner = add("HXRClampNode", replicator.get());
+    replicator->subnodeGroup()->addSymbolicPortForPort(port(*inner, "Tarn.resultOutput"));
+    add("HXRImageNode");
+    document->imageStore()->addImageEntry(
+        HXImageStore::createImageEntry(Image::imageWithPixels(2, 1, {1, 2, 3, 255, 4, 5, 6, 255})));
+    std::string error;
+    return HXDocumentFile::dataWithDocument(*document, codingType, error);
+  }
+
+  // Opens the file; whatever opens is used.
+  static bool openAndUse(const std::vector<std::uint8_t>& bytes, std::int32_t codingType) {
+    std::string error;
+    const auto opened = HXDocumentFile::document(bytes, codingType, error);
+    EXPECT_NE(static_cast<bool>(opened), !error.empty()) << error;
+    if (!opened) return false;
+    const auto again = HXDocumentFile::dataWithDocument(*opened, codingType, error);
+    EXPECT_TRUE(HXDocumentFile::document(again, codingType, error)) << error;
+    EXPECT_FALSE(HXDocumentFile::deviceGraph(*opened).empty());
+    opened->pruneInvalidConnections();
+    for (const auto& node : opened->subnodeGroup()->subnodes()) {
+      node->ports();
+      opened->subnodeGroup()->removeNode(node.get());
+    }
+    return true;
+  }
+};
+
+TEST_F(HostileDocumentTest, AnyValueMayBeOfAnyTypeUnderAnyKey) {
+  for (const std::int32_t codingType : {0, 3}) {
+    document = make<HXDocument>();
+    const auto bytes = documentWithEverything(codingType);
+    PropertyList list;
+    ASSERT_TRUE(PropertyListReader::read(bytes, list));
+    ASSERT_TRUE(openAndUse(bytes, codingType));
+    Recorder quiet;
+    Tampering tampering(list);
+    const auto alive = Object::liveObjectCount();
+    int opened = 0;
+    int tried = 0;
+    for (Index map = 0; map < list.count(); ++map) {
+      if (list.kind(map) != PropertyList::Kind::map) continue;
+      for (std::uint32_t entry = 0; entry < list.count(map); ++entry) {
+        opened += openAndUse(tampering.without(map, entry), codingType);
+        for (int i = codingType; i < Tampering::kReplacements; i += 1 + codingType, ++tried) {
+          opened += openAndUse(tampering.replaced(map, entry, i), codingType);
+        }
+      }
+    }
+    EXPECT_GT(opened, tried / 20);
+    EXPECT_LT(opened, tried);
+    EXPECT_EQ(Object::liveObjectCount(), alive) << "what did not open must not stay";
+  }
+}
+
+TEST_F(HostileDocumentTest, TruncatedAndFlippedFilesEndInASentence) {
+  const auto bytes = documentWithEverything(0);
+  Recorder quiet;
+  for (std::size_t size = 0; size < bytes.size(); size += 97) {
+    std::string error;
+    const std::vector<std::uint8_t> cut(bytes.begin(),
+                                        bytes.begin() + static_cast<std::ptrdiff_t>(size));
+    EXPECT_FALSE(HXDocumentFile::document(cut, 0, error));
+    EXPECT_FALSE(error.empty());
+  }
+  std::mt19937 random(11);
+  for (int i = 0; i < 500; ++i) {
+    auto flipped = bytes;
+    flipped[random() % flipped.size()] ^= static_cast<std::uint8_t>(1U << random() % 8);
+    openAndUse(flipped, 0);
+  }
+}
+
+}  // namespace tarnkit::test
