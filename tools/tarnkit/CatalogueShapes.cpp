@@ -1,0 +1,178 @@
+#include "tools/tarnkit/CatalogueShapes.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "tarnkit/patches/HXRNode.h"
+#include "tarnkit/patches/HXRPrimitiveInputPort.h"
+#include "tarnkit/patches/HXRValueParameters.h"
+#include "tools/tarnkit/JsonWriter.h"
+#include "tools/tarnkit/ValueShapes.h"
+
+namespace tarnkit::tool {
+
+namespace {
+
+void writeLabels(JsonWriter& json, const HXRPrimitiveInputPort* port) {
+  json.beginArray();
+  if (port) {
+    for (const auto& [label, value] : port->mappedValues()) {
+      json.beginObject().key("label").value(label.view()).key("value");
+      writePrimitive(json, value.get());
+      json.endObject();
+    }
+  }
+  json.endArray();
+}
+
+void writePortDescription(JsonWriter& json, const HXRPort& port) {
+  const auto* const input = as<HXRPrimitiveInputPort>(&port);
+  json.beginObject().key("name");
+  writeString(json, port.name());
+  json.key("key").value(port.uniqueKey().view());
+  json.key("class").value(port.isa().name());
+  json.key("processClassName").value(port.processClassName().view());
+  json.key("orientation").value(port.orientation());
+  json.key("connectionRelationship").value(port.connectionRelationship());
+  json.key("color");
+  writeColor(json, port.defaultColor());
+  json.key("default");
+  writePrimitive(json, input ? input->defaultValue().get() : nullptr);
+  json.key("labels");
+  writeLabels(json, input);
+  json.key("lockToMappedValues").value(input && input->lockToMappedValues());
+  json.endObject();
+}
+
+void writeGroups(JsonWriter& json, const HXRPortGroupCollection& groups) {
+  json.beginArray();
+  for (const auto& [key, group] : groups.portGroups()) {
+    json.beginObject().key("key").value(key.view()).key("ports").beginArray();
+    for (const auto& port : group->ports()) {
+      writePortDescription(json, static_cast<const HXRPort&>(*port));
+    }
+    json.endArray().endObject();
+  }
+  json.endArray();
+}
+
+template <class Parameter>
+void writeBounds(JsonWriter& json, const HXRParameter& parameter) {
+  const auto* const bounded = as<Parameter>(&parameter);
+  if (!bounded) return;
+  json.key("default").value(bounded->defaultValue());
+  json.key("minimum").value(bounded->minimumValue());
+  json.key("maximum").value(bounded->maximumValue());
+}
+
+void writeKind(JsonWriter& json, const HXRParameter& parameter) {
+  writeBounds<HXRIndexParameter>(json, parameter);
+  writeBounds<HXRNumberParameter>(json, parameter);
+  if (const auto* const boolean = as<HXRBooleanParameter>(&parameter)) {
+    json.key("default").value(boolean->defaultValue());
+  } else if (const auto* const color = as<HXRColorParameter>(&parameter)) {
+    json.key("default");
+    writeColor(json, color->defaultValue());
+  } else if (const auto* const string = as<HXRStringParameter>(&parameter)) {
+    json.key("default");
+    writeString(json, string->defaultValue());
+    json.key("displayStyle").value(string->displayStyle());
+  } else if (parameter.isKindOf(HXRImageParameter::kClass)) {
+    json.key("default").null();
+  }
+}
+
+void writeParameterDescription(JsonWriter& json, const HXRParameter& parameter) {
+  json.beginObject().key("name");
+  writeString(json, parameter.name());
+  json.key("key").value(parameter.uniqueKey().view());
+  json.key("class").value(parameter.isa().name());
+  json.key("parameterClass");
+  if (const auto* const editorClass = parameter.parameterClass()) {
+    json.value(editorClass->name());
+  } else {
+    json.null();
+  }
+  json.key("processClassName").value(parameter.processClassName().view());
+  json.key("hidden").value(parameter.hidden());
+  writeKind(json, parameter);
+  json.endObject();
+}
+
+std::vector<String> sortedKeys(const OrderedSet& keys) {
+  std::vector<String> sorted;
+  for (const auto& key : keys) sorted.push_back(String::from(key.get()));
+  std::sort(sorted.begin(), sorted.end());
+  return sorted;
+}
+
+void appendGroups(std::string& text, const char* side, const HXRPortGroupCollection& groups) {
+  for (const auto& [key, group] : groups.portGroups()) {
+    for (const auto& member : group->ports()) {
+      const auto& port = static_cast<const HXRPort&>(*member);
+      const auto* const input = as<HXRPrimitiveInputPort>(&port);
+      text += fmt::format("  {:<9} {:<20} {:<32} {}", side, port.name().view(),
+                          port.uniqueKey().view(), port.isa().name());
+      if (input && input->defaultValue()) {
+        text += fmt::format(" = {}", input->defaultValue()->stringValue().view());
+      }
+      if (key != HXRDefaultPortGroupKey) text += fmt::format("  [{}]", key.view());
+      text += '\n';
+    }
+  }
+}
+
+}  // namespace
+
+void writePatchClass(JsonWriter& json, const HXRNodeClass& patchClass) {
+  const HXRNode& definition = patchClass.prototype();
+  json.beginObject().key("class").value(patchClass.name());
+  json.key("base");
+  if (patchClass.base()) {
+    json.value(patchClass.base()->name());
+  } else {
+    json.null();
+  }
+  json.key("defaultName").value(patchClass.defaultName().view());
+  json.key("libraryCategory");
+  writeString(json, patchClass.libraryCategory());
+  json.key("libraryDescription").value(patchClass.libraryDescription().view());
+  json.key("processClassName").value(patchClass.processClassName().view());
+  json.key("patchViewClassName").value(patchClass.patchViewClassName().view());
+  json.key("defaultColor");
+  writeColor(json, patchClass.defaultColor());
+  json.key("hiddenInLibrary").value(patchClass.hiddenInLibrary());
+  json.key("secretInLibrary").value(patchClass.secretInLibrary());
+  json.key("allowsSubnodes").value(patchClass.allowsSubnodes());
+  json.key("hiddenPortGroupKeys").beginArray();
+  for (const auto& key : sortedKeys(patchClass.hiddenPortGroupKeys())) json.value(key.view());
+  json.endArray();
+  json.key("inputPortGroups");
+  writeGroups(json, definition.portLayout().inputs());
+  json.key("outputPortGroups");
+  writeGroups(json, definition.portLayout().outputs());
+  json.key("parameters").beginArray();
+  for (const auto& parameter : definition.parameters()) {
+    writeParameterDescription(json, *parameter);
+  }
+  json.endArray().endObject();
+}
+
+void appendPatchClass(std::string& text, const HXRNodeClass& patchClass) {
+  const HXRNode& definition = patchClass.prototype();
+  text += fmt::format(
+      "{} ({}), category {}, runs as {}\n", patchClass.defaultName().view(), patchClass.name(),
+      patchClass.libraryCategory().isNil() ? "none" : patchClass.libraryCategory().view(),
+      patchClass.processClassName().view());
+  appendGroups(text, "input", definition.portLayout().inputs());
+  appendGroups(text, "output", definition.portLayout().outputs());
+  for (const auto& parameter : definition.parameters()) {
+    text += fmt::format("  {:<9} {:<20} {:<32} {}{}\n", "parameter", parameter->name().view(),
+                        parameter->uniqueKey().view(), parameter->isa().name(),
+                        parameter->hidden() ? ", hidden" : "");
+  }
+}
+
+}  // namespace tarnkit::tool
