@@ -1,0 +1,75 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "tarnkit/platform/NumberText.h"
+#include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/MathCommands.h"
+
+namespace tarnkit::tool {
+
+namespace {
+
+struct EvalOptions {
+  std::string expression;
+  std::vector<std::string> variables;
+  bool degrees = false;
+  bool functionsAsVariables = false;
+  bool percent = false;
+  bool json = false;
+};
+
+MXSubstitutions readVariables(const std::vector<std::string>& variables) {
+  MXSubstitutions substitutions;
+  for (const std::string& variable : variables) {
+    const auto equals = variable.find('=');
+    const auto first = variable.rfind('$', 0) == 0 ? std::size_t{1} : std::size_t{0};
+    if (equals == std::string::npos || equals <= first) {
+      throw CLI::ValidationError("--var", fmt::format("'{}' is not NAME=VALUE", variable));
+    }
+    substitutions.set(String(std::string_view(variable).substr(first, equals - first)),
+                      substitutionFromText(variable.substr(equals + 1)));
+  }
+  return substitutions;
+}
+
+void evaluate(const EvalOptions& options) {
+  if (options.percent) readPercentSignAsPercent();
+  const auto evaluator = make<MXMathEvaluator>();
+  if (options.degrees) evaluator->setAngleMeasurementMode(MXAngleMeasurementMode::degrees);
+  evaluator->setResolvesFunctionsAsVariables(options.functionsAsVariables);
+  MXError error;
+  const auto value =
+      evaluator->evaluateString(options.expression, readVariables(options.variables), &error);
+  if (!value) throw CommandFailure(describeError(error));
+  const std::string text = shortestText(value->doubleValue());
+  if (options.json) {
+    fmt::print("{}\n", nlohmann::json{{"value", text}}.dump());
+  } else {
+    fmt::print("{}\n", text);
+  }
+}
+
+}  // namespace
+
+void addEvalCommand(CLI::App& program) {
+  auto options = std::make_shared<EvalOptions>();
+  auto* const command = program.add_subcommand("eval", "Print the value of an expression");
+  addExpressionArgument(*command, options->expression);
+  command->add_option("--var", options->variables, "A variable, NAME=VALUE; VALUE is an expression")
+      ->take_all()
+      ->allow_extra_args(false);
+  command->add_flag("--degrees", options->degrees, "Angles are in degrees");
+  command->add_flag("--functions-as-variables", options->functionsAsVariables,
+                    "Take unknown functions for variables, so that 2x reads as 2 times x");
+  command->add_flag("--percent", options->percent, "Read % as the percent operator, not as modulo");
+  command->add_flag("--json", options->json, "Print a JSON document");
+  command->callback([options, command] {
+    takeExpression(*command, options->expression);
+    evaluate(*options);
+  });
+}
+
+}  // namespace tarnkit::tool

@@ -1,0 +1,71 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/MathCommands.h"
+
+namespace tarnkit::tool {
+
+namespace {
+
+struct ExpressionOptions {
+  std::string expression;
+  bool percent = false;
+};
+
+void printTokens(const std::string& text) {
+  MXError error;
+  const auto tokenizer = MXMathStringTokenizer::tokenizerWithString(text, &error);
+  if (!tokenizer) throw CommandFailure(describeError(error));
+  while (const auto token = tokenizer->nextObject()) {
+    fmt::print("{}\n", token->description().view());
+  }
+}
+
+Ref<MXExpression> parse(const std::string& text) {
+  MXError error;
+  auto expression = MXExpression::expressionFromString(text, &error);
+  if (!expression) throw CommandFailure(describeError(error));
+  return expression;
+}
+
+void print(const Ref<MXExpression>& expression) {
+  fmt::print("{}\n", expression->description().view());
+}
+
+template <class Work>
+void add(CLI::App& program, const char* name, const char* purpose, Work work) {
+  auto options = std::make_shared<ExpressionOptions>();
+  auto* const command = program.add_subcommand(name, purpose);
+  addExpressionArgument(*command, options->expression);
+  command->add_flag("--percent", options->percent, "Read % as the percent operator, not as modulo");
+  command->callback([options, command, work] {
+    takeExpression(*command, options->expression);
+    if (options->percent) readPercentSignAsPercent();
+    work(options->expression);
+  });
+}
+
+}  // namespace
+
+void addExpressionCommands(CLI::App& program) {
+  add(program, "tokens", "Print the tokens of an expression, one a line", printTokens);
+  add(program, "parse", "Print the tree of an expression",
+      [](const std::string& text) { print(parse(text)); });
+  add(program, "simplify", "Print the tree of an expression with its constants folded",
+      [](const std::string& text) {
+        MXError error;
+        const auto simplified = parse(text)->simplifiedExpressionWithEvaluator(nullptr, &error);
+        if (!simplified) throw CommandFailure(describeError(error));
+        print(simplified);
+      });
+  add(program, "rewrite", "Print the tree of an expression, simplified by the rewrite rules",
+      [](const std::string& text) {
+        print(
+            MXMathEvaluator::defaultMathEvaluator()->expressionByRewritingExpression(parse(text)));
+      });
+}
+
+}  // namespace tarnkit::tool

@@ -1,0 +1,46 @@
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <cctype>
+
+#include "tarnkit/math/MXExpressionRewriter.h"
+#include "tools/tarnkit/MathCommands.h"
+
+namespace tarnkit::tool {
+
+void addExpressionArgument(CLI::App& command, std::string& expression) {
+  command.add_option("EXPRESSION", expression, "The expression");
+  command.allow_extras();
+}
+
+void takeExpression(const CLI::App& command, std::string& expression) {
+  const auto extras = command.remaining();
+  const bool isGiven = command.count("EXPRESSION") > 0;
+  if (!isGiven && extras.empty()) throw CLI::RequiredError("EXPRESSION");
+  const auto isOption = [](const std::string& text) {
+    return text.size() > 2 && text.compare(0, 2, "--") == 0 &&
+           std::isalpha(static_cast<unsigned char>(text[2])) != 0;
+  };
+  if (extras.size() + (isGiven ? 1 : 0) > 1 || (!isGiven && isOption(extras.front()))) {
+    throw CLI::ExtrasError(command.get_name(), extras);
+  }
+  if (!isGiven) expression = extras.front();
+}
+
+void readPercentSignAsPercent() {
+  MXExpressionRewriter::defaultRewriter();
+  MXMathOperatorSet::defaultOperatorSet()->setInterpretsPercentSignAsModulo(false);
+}
+
+std::string describeError(const MXError& error) {
+  return fmt::format("{} (code {})", error.localizedDescription(), static_cast<int>(error.code()));
+}
+
+Ref<Object> substitutionFromText(const std::string& text) {
+  if (MXNumber::isNumberText(text)) {
+    return Number::withDouble(MXNumber::fromText(text).doubleValue());
+  }
+  return String(text).object();
+}
+
+}  // namespace tarnkit::tool
