@@ -1,0 +1,112 @@
+#include "tarnkit/model/HXDocumentFile.h"
+#include "tarnkit/patches/PatchRegistry.h"
+#include "tools/tarnkit/Arguments.h"
+#include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/JsonWriter.h"
+#include "tools/tarnkit/Operations.h"
+#include "tools/tarnkit/Session.h"
+#include "tools/tarnkit/Shapes.h"
+#include "tools/tarnkit/ValueShapes.h"
+
+namespace tarnkit::tool {
+
+namespace {
+
+Result keysOf(const Ref<HXDocument>& document) {
+  return [document](JsonWriter& json) {
+    json.beginObject().key("uniqueKey");
+    writeString(json, document->uniqueKey());
+    json.key("documentKey");
+    writeString(json, document->documentKey());
+    json.endObject();
+  };
+}
+
+std::string filePath(const Session& session, const Arguments& arguments) {
+  auto path = arguments.text("file");
+  session.checkFile(path);
+  return path;
+}
+
+Result newDocument(Session& session, const Arguments& arguments) {
+  const auto name = arguments.optionalText("as");
+  const auto document = make<HXDocument>();
+  session.takeDocument(name, document);
+  return keysOf(document);
+}
+
+Result documentGraph(Session& session, const Arguments& arguments) {
+  const auto name = arguments.optionalText("as");
+  const auto className = arguments.text("class");
+  const HXRNodeClass* patchClass = patchClassNamed(className);
+  if (!patchClass) throw CommandFailure("there is no patch class \"" + className + "\"");
+  const auto document = as<HXDocument>(patchClass->documentGraph());
+  if (!document) throw CommandFailure("no document can be made of \"" + className + "\"");
+  session.takeDocument(name, document);
+  return keysOf(document);
+}
+
+Result open(Session& session, const Arguments& arguments) {
+  const auto name = arguments.optionalText("as");
+  const auto codingType = arguments.integer("codingType", 0);
+  std::string error;
+  const auto document = HXDocumentFile::open(filePath(session, arguments), codingType, error);
+  if (!document) throw CommandFailure(error);
+  session.takeDocument(name, document);
+  return keysOf(document);
+}
+
+Result save(Session& session, const Arguments& arguments) {
+  const auto codingType = arguments.integer("codingType", 0);
+  const auto path = filePath(session, arguments);
+  std::string error;
+  if (!HXDocumentFile::save(*session.document(), path, codingType, error)) {
+    throw CommandFailure(error);
+  }
+  return {};
+}
+
+Result send(Session& session, const Arguments& arguments) {
+  const auto path = filePath(session, arguments);
+  std::string error;
+  if (!HXDocumentFile::send(*session.document(), path, error)) throw CommandFailure(error);
+  return {};
+}
+
+Result sendImages(Session& session, const Arguments& arguments) {
+  const auto directory = arguments.text("directory");
+  session.checkFile(directory);
+  std::vector<String> keys;
+  std::string error;
+  if (!HXDocumentFile::sendImages(*session.document(), directory, keys, error)) {
+    throw CommandFailure(error);
+  }
+  return [keys](JsonWriter& json) {
+    json.beginObject().key("keys").beginArray();
+    for (const auto& key : keys) json.value(key.view());
+    json.endArray().endObject();
+  };
+}
+
+Result dump(Session& session, const Arguments& arguments) {
+  const Ref<HXNode> node = arguments.has("node") ? session.node(arguments.text("node"))
+                                                 : Ref<HXNode>(session.document());
+  checkShapeDepth(*node);
+  return [node](JsonWriter& json) { writeNode(json, *node); };
+}
+
+constexpr Operation kOperations[] = {
+    {"newDocument", "as?", newDocument},
+    {"documentGraph", "class as?", documentGraph},
+    {"open", "file codingType? as?", open},
+    {"save", "file codingType?", save},
+    {"send", "file", send},
+    {"sendImages", "directory", sendImages},
+    {"dump", "node?", dump},
+};
+
+}  // namespace
+
+std::span<const Operation> documentOperations() { return kOperations; }
+
+}  // namespace tarnkit::tool

@@ -1,0 +1,153 @@
+#include <algorithm>
+
+#include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXParameterKinds.h"
+#include "tarnkit/patches/PatchRegistry.h"
+#include "tools/tarnkit/Arguments.h"
+#include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/JsonWriter.h"
+#include "tools/tarnkit/Operations.h"
+#include "tools/tarnkit/Session.h"
+#include "tools/tarnkit/ValueShapes.h"
+
+namespace tarnkit::tool {
+
+namespace {
+
+Ref<HXNode> nodeOf(Session& session, const Arguments& arguments) {
+  return session.node(arguments.text("node"));
+}
+
+// Null for nil.
+const HXRNodeClass* patchClassOf(const Arguments& arguments) {
+  const auto name = arguments.textOrNil("patch");
+  if (name.isNil()) return nullptr;
+  const HXRNodeClass* patchClass = patchClassNamed(name.view());
+  if (!patchClass) {
+    throw CommandFailure("there is no patch class \"" + name.toStdString() + "\"");
+  }
+  return patchClass;
+}
+
+void setFreshPatch(HXNode& node, const HXRNodeClass& patchClass) {
+  const auto patch = patchClass.makeDefinition();
+  if (!patch) {
+    throw CommandFailure("the patch class \"" + std::string(patchClass.name()) +
+                         "\" makes no patches");
+  }
+  patch->setExternal(HXRNode::hx_isExternalClass(patchClass));
+  node.setPatch(patch);
+}
+
+Result newNode(Session& session, const Arguments& arguments) {
+  const auto name = arguments.optionalText("as");
+  const HXRNodeClass* patchClass = patchClassOf(arguments);
+  std::string className = arguments.optionalText("class");
+  if (className.empty()) {
+    className = patchClass ? patchClass->nodeClassName().toStdString() : "HXNode";
+  }
+  const auto node = HXNode::makeOfClass(className);
+  if (!node) throw CommandFailure("there is no node class \"" + className + "\"");
+  session.nameNode(name, node);
+  if (patchClass) setFreshPatch(*node, *patchClass);
+  return [node](JsonWriter& json) {
+    json.beginObject().key("uniqueKey").value(node->uniqueKey().view()).endObject();
+  };
+}
+
+Result setPatch(Session& session, const Arguments& arguments) {
+  const auto node = nodeOf(session, arguments);
+  if (const HXRNodeClass* patchClass = patchClassOf(arguments)) {
+    setFreshPatch(*node, *patchClass);
+  } else {
+    node->setPatch(nullptr);
+  }
+  return {};
+}
+
+Result resyncPatch(Session& session, const Arguments& arguments) {
+  const auto node = nodeOf(session, arguments);
+  node->setPatch(node->patch());
+  return {};
+}
+
+Result setName(Session& session, const Arguments& arguments) {
+  const auto name = arguments.textOrNil("value");
+  nodeOf(session, arguments)->setName(name);
+  return {};
+}
+
+Result setPosition(Session& session, const Arguments& arguments) {
+  const auto position = arguments.point("value");
+  nodeOf(session, arguments)->setPosition(position);
+  return {};
+}
+
+Result setSelected(Session& session, const Arguments& arguments) {
+  const auto selected = arguments.boolean("value");
+  nodeOf(session, arguments)->setSelected(selected);
+  return {};
+}
+
+Result setInspectorPanel(Session& session, const Arguments& arguments) {
+  const auto panel = arguments.unsignedInteger("value");
+  nodeOf(session, arguments)->setInspectorPanel(panel);
+  return {};
+}
+
+Result setForceAllowsSubnodes(Session& session, const Arguments& arguments) {
+  const auto force = arguments.boolean("value");
+  nodeOf(session, arguments)->setForceAllowsSubnodes(force);
+  return {};
+}
+
+void setImage(const Session& session, HXImageParameter& parameter, const String& image) {
+  parameter.setImageEntry(image.isNil() ? nullptr : session.image(image.toStdString()));
+}
+
+Result setParameter(Session& session, const Arguments& arguments) {
+  const auto node = nodeOf(session, arguments);
+  const auto key = arguments.text("parameter");
+  const Ref<HXParameter> parameter(node->parameterForKey(String(key)));
+  if (!parameter) throw CommandFailure("the node has no parameter \"" + key + "\"");
+  if (auto* index = as<HXIndexParameter>(parameter.get())) {
+    index->setValue(arguments.integer("value"));
+  } else if (auto* number = as<HXNumberParameter>(parameter.get())) {
+    number->setValue(arguments.number("value"));
+  } else if (auto* boolean = as<HXBooleanParameter>(parameter.get())) {
+    boolean->setValue(arguments.boolean("value"));
+  } else if (auto* string = as<HXStringParameter>(parameter.get())) {
+    string->setValue(arguments.textOrNil("value"));
+  } else if (auto* color = as<HXColorParameter>(parameter.get())) {
+    color->setValue(arguments.color("value"));
+  } else if (auto* image = as<HXImageParameter>(parameter.get())) {
+    setImage(session, *image, arguments.textOrNil("value"));
+  } else {
+    throw CommandFailure("the parameter \"" + key + "\" has no value");
+  }
+  return {};
+}
+
+Result prune(Session& session, const Arguments& arguments) {
+  nodeOf(session, arguments)->pruneInvalidConnections();
+  return {};
+}
+
+constexpr Operation kOperations[] = {
+    {"newNode", "as? patch? class?", newNode},
+    {"setPatch", "node patch", setPatch},
+    {"resyncPatch", "node", resyncPatch},
+    {"setName", "node value", setName},
+    {"setPosition", "node value", setPosition},
+    {"setSelected", "node value", setSelected},
+    {"setInspectorPanel", "node value", setInspectorPanel},
+    {"setForceAllowsSubnodes", "node value", setForceAllowsSubnodes},
+    {"setParameter", "node parameter value", setParameter},
+    {"prune", "node", prune},
+};
+
+}  // namespace
+
+std::span<const Operation> nodeOperations() { return kOperations; }
+
+}  // namespace tarnkit::tool

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tarnkit/platform/Data.h"
+
+namespace tarnkit::tool {
+
+/// The name that stands for standard input, or for standard output.
+inline constexpr const char* kStandardStream = "-";
+
+/// Writes to standard output at once. Throws CommandFailure when that cannot be written.
+void writeToStandardOutput(std::string_view text);
+
+/// The whole of a file, or of standard input. Throws CommandFailure; `what` says what it is read
+/// for.
+std::vector<std::uint8_t> readFile(std::string_view what, const std::string& path);
+/// Writes a file whole or not at all, or standard output. Throws CommandFailure.
+void writeFile(std::string_view what, const std::string& path, ByteSpan bytes);
+
+/// The failure of the library that `error` tells, of which the path may be the first word.
+[[noreturn]] void failWithFile(std::string_view what, const std::string& path,
+                               std::string_view error);
+
+}  // namespace tarnkit::tool

@@ -1,0 +1,48 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+
+#include "tools/tarnkit/ModelCommands.h"
+#include "tools/tarnkit/Output.h"
+#include "tools/tarnkit/SessionRun.h"
+
+namespace tarnkit::tool {
+
+namespace {
+
+struct RunOptions {
+  std::string script;
+  bool trace = false;
+  bool json = false;
+};
+
+void run(const RunOptions& options) {
+  const auto bytes = readFile("script", options.script);
+  SessionRun run;
+  if (options.trace) {
+    run.output = SessionRun::Output::trace;
+  } else if (options.json) {
+    run.output = SessionRun::Output::json;
+  }
+  run.perform({reinterpret_cast<const char*>(bytes.data()), bytes.size()},
+              [](std::string_view text) { writeToStandardOutput(text); });
+}
+
+}  // namespace
+
+void addRunCommand(CLI::App& app) {
+  auto* command = app.add_subcommand("run", "Perform an editing session");
+  const auto options = std::make_shared<RunOptions>();
+  command
+      ->add_option("SCRIPT", options->script,
+                   "A JSON array of operations, or one operation a line; - for standard input")
+      ->required()
+      ->type_name("");
+  command->add_flag("--trace", options->trace,
+                    "Print every notification, logged line and result as JSON lines");
+  command->add_flag("--json", options->json,
+                    "Print the results as one JSON array (a trace stays JSON lines)");
+  command->callback([options] { run(*options); });
+}
+
+}  // namespace tarnkit::tool

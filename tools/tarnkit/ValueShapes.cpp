@@ -1,0 +1,99 @@
+#include "tools/tarnkit/ValueShapes.h"
+
+#include "tarnkit/model/HXConnection.h"
+#include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXPort.h"
+#include "tools/tarnkit/JsonWriter.h"
+
+namespace tarnkit::tool {
+
+void writeString(JsonWriter& json, const String& string) {
+  if (string.isNil()) {
+    json.null();
+  } else {
+    json.value(string.view());
+  }
+}
+
+void writePrimitive(JsonWriter& json, const PMRPrimitive* primitive) {
+  if (!primitive) {
+    json.null();
+    return;
+  }
+  json.beginObject().key("kind");
+  switch (primitive->storageType()) {
+    case PMRPrimitive::nil:
+      json.value("nil");
+      break;
+    case PMRPrimitive::boolean:
+      json.value("boolean").key("value").value(primitive->booleanValue());
+      break;
+    case PMRPrimitive::index:
+      json.value("index").key("value").value(primitive->indexValue());
+      break;
+    case PMRPrimitive::number:
+      json.value("number").key("value").value(primitive->numberValue());
+      break;
+    case PMRPrimitive::radians:
+      json.value("radians").key("value").value(primitive->radiansValue());
+      break;
+    case PMRPrimitive::degrees:
+      json.value("degrees").key("value").value(primitive->degreesValue());
+      break;
+    case PMRPrimitive::color:
+      json.value("color").key("value");
+      writeColor(json, primitive->colorValue());
+      break;
+    case PMRPrimitive::string:
+      json.value("string").key("value");
+      writeString(json, primitive->stringValue());
+      break;
+    default:  // a code that an archive held and nobody knows reads as nil everywhere
+      json.value("nil").key("storageType").value(primitive->storageType());
+  }
+  json.endObject();
+}
+
+void writeColor(JsonWriter& json, RGBA color) {
+  json.floats({color.red, color.green, color.blue, color.alpha});
+}
+
+void writePoint(JsonWriter& json, HXPoint point) { json.floats({point.x, point.y}); }
+
+std::string portAddress(const HXPort* port) {
+  const auto* node = port ? port->node() : nullptr;
+  if (!node) return {};
+  std::string address(node->uniqueKey().view());
+  address += '/';
+  address += port->uniqueKey().view();
+  return address;
+}
+
+void writePortAddress(JsonWriter& json, const HXPort* port) {
+  const auto address = portAddress(port);
+  if (address.empty()) {
+    json.null();
+  } else {
+    json.value(address);
+  }
+}
+
+void writeConnection(JsonWriter& json, const HXConnection* connection) {
+  if (!connection) {
+    json.null();
+    return;
+  }
+  json.beginObject().key("uniqueKey");
+  writeString(json, connection->uniqueKey());
+  json.key("from");
+  writePortAddress(json, connection->outputPort());
+  json.key("to");
+  writePortAddress(json, connection->inputPort());
+  json.key("displayFrom");
+  writePortAddress(json, connection->displayOutputPort());
+  json.key("displayTo");
+  writePortAddress(json, connection->displayInputPort());
+  json.endObject();
+}
+
+}  // namespace tarnkit::tool
