@@ -30,8 +30,7 @@ std::string shortest(Real value) {
   const auto count = static_cast<int>(
       std::count_if(mantissa.begin(), mantissa.end(), [](char c) { return c >= '0' && c <= '9'; }));
   if (exponent < -4 || exponent >= std::max(kDefaultPrecision, count)) return std::string(text);
-  const auto fixed =
-      std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
+  const auto fixed = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
   return std::string(buffer, fixed.ptr);
 }
 
@@ -50,7 +49,8 @@ bool takeSign(std::string_view& text) noexcept {
   return negative;
 }
 
-/// Whether the number that the text spells is below one, however many digits it takes. It is not zero.
+/// Whether the number that the text spells is below one, however many digits it takes. It is not
+/// zero.
 bool isBelowOne(std::string_view text) noexcept {
   const auto e = text.find_first_of("eE");
   const auto mantissa = text.substr(0, e);

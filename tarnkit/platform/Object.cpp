@@ -59,8 +59,8 @@ void Object::deallocate(void* object) noexcept {
     std::free(counts);
     return;
   }
-  // The constructor has thrown. Weak references that it handed out still need the counts; when there
-  // are none, this comes back here at once.
+  // The constructor has thrown. Weak references that it handed out still need the counts; when
+  // there are none, this comes back here at once.
   counts->strong = 0;
   countLiveObjects(-1);
   detail::releaseWeakly(static_cast<Object*>(object));
