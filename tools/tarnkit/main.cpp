@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "tarnkit/model/HXModel.h"
+#include "tarnkit/platform/Bundle.h"
+#include "tools/tarnkit/CatalogueCommand.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
 #include "tools/tarnkit/ModelCommands.h"
@@ -20,10 +22,27 @@ constexpr int kDone = 0;
 constexpr int kWorkFailed = 1;
 constexpr int kWrongCommandLine = 2;
 
+// The host is the running application: its version stands in the device graphs that it writes.
+void describeApplication() {
+  using tarnkit::String;
+  tarnkit::Bundle::mainBundle().setInfoDictionary(
+      {{"CFBundleIdentifier", String("tarnkit.host").object()},
+       {"CFBundleShortVersionString", String(TARNKIT_VERSION).object()}});
+}
+
+// One line, whatever names and paths it quotes.
+void complain(std::string text) {
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
+  }
+  fmt::print(stderr, "tarnkit: {}\n", text);
+}
+
 void addCommands(CLI::App& program) {
   tool::addEvalCommand(program);
   tool::addExpressionCommands(program);
   tool::addMathBatchCommand(program);
+  tool::addCatalogueCommand(program);
   tool::addRunCommand(program);
   tool::addOpenCommand(program);
   tool::addSaveCommand(program);
@@ -48,12 +67,17 @@ int run(int argc, char** argv) {
       ->allow_extra_args(false)
       ->type_name("FILE");
   addCommands(program);
+  describeApplication();
   tarnkit::registerModelClasses();
   try {
     program.parse(argc, argv);
     return kDone;
   } catch (const CLI::ParseError& error) {
-    return program.exit(error) == 0 ? kDone : kWrongCommandLine;
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+      return program.exit(error);  // --help, --version
+    }
+    complain(fmt::format("{} (--help tells more)", error.what()));
+    return kWrongCommandLine;
   }
 }
 
@@ -63,7 +87,7 @@ int main(int argc, char** argv) {
   try {
     return run(argc, argv);
   } catch (const std::exception& failure) {
-    fmt::print(stderr, "tarnkit: {}\n", failure.what());
+    complain(failure.what());
     return kWorkFailed;
   }
 }

@@ -1,0 +1,83 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "tarnkit/archive/HXArchiveReader.h"
+#include "tarnkit/archive/HXArchiveText.h"
+#include "tarnkit/platform/PropertyListReader.h"
+#include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/DocumentInput.h"
+#include "tools/tarnkit/JsonWriter.h"
+#include "tools/tarnkit/ModelCommands.h"
+#include "tools/tarnkit/Outline.h"
+#include "tools/tarnkit/Output.h"
+#include "tools/tarnkit/Progress.h"
+#include "tools/tarnkit/Shapes.h"
+
+namespace tarnkit::tool {
+
+namespace {
+
+struct InspectOptions {
+  std::string file;
+  bool json = false;
+};
+
+void printArchive(const HXArchiveReader& archive, bool asJson) {
+  const auto print = [](std::string_view text) { writeToStandardOutput(text); };
+  if (asJson) {
+    HXArchiveText::writeJSON(archive, print);
+  } else {
+    HXArchiveText::writeIndented(archive, print);
+  }
+}
+
+void printDocument(const DocumentInput& input, const InspectOptions& options) {
+  if (!options.json) {
+    writeToStandardOutput("editor document, ");
+    writeOutline(*input.document, writeToStandardOutput);
+    return;
+  }
+  try {
+    checkShapeDepth(*input.document);
+  } catch (const CommandFailure& failure) {
+    throw CommandFailure("inspect", options.file, failure.what());
+  }
+  JsonWriter json(writeToStandardOutput);
+  json.beginObject().key("kind").value("editorDocument").key("document");
+  writeNode(json, *input.document);
+  json.endObject().endLine();
+  json.flush();
+}
+
+void inspect(const InspectOptions& options) {
+  const Progress progress("inspecting " + options.file);
+  const auto bytes = readFile("inspect", options.file);
+  HXArchiveReader archive;
+  if (archive.open(bytes)) return printArchive(archive, options.json);
+  PropertyList list;
+  std::string error;
+  if (!PropertyListReader::read(bytes, list, &error)) {
+    failWithFile("inspect", options.file, error);
+  }
+  if (HXArchiveReader::sniff(list) != HXArchiveKind::editorDocument) {
+    failWithFile("inspect", options.file,
+                 "it is no editor document, device graph or image archive");
+  }
+  printDocument(openDocument("inspect", options.file, bytes, std::nullopt), options);
+}
+
+}  // namespace
+
+void addInspectCommand(CLI::App& app) {
+  auto* command = app.add_subcommand("inspect", "Tell what a file is and print it");
+  const auto options = std::make_shared<InspectOptions>();
+  command
+      ->add_option("FILE", options->file,
+                   "An editor document, a device graph or an image archive; - for standard input")
+      ->required()
+      ->type_name("");
+  command->add_flag("--json", options->json, "Print it as JSON");
+  command->callback([options] { inspect(*options); });
+}
+
+}  // namespace tarnkit::tool

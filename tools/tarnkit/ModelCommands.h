@@ -1,0 +1,22 @@
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace tarnkit::tool {
+
+// The commands that work on documents. Each function enters its command into the program.
+
+/// `tarnkit run`: performs an editing session.
+void addRunCommand(CLI::App& app);
+/// `tarnkit open`: opens a document and prints it.
+void addOpenCommand(CLI::App& app);
+/// `tarnkit save`: opens a document and writes it again.
+void addSaveCommand(CLI::App& app);
+/// `tarnkit send`: writes the device graph of a document.
+void addSendCommand(CLI::App& app);
+/// `tarnkit inspect`: tells what a file is and prints it.
+void addInspectCommand(CLI::App& app);
+
+}  // namespace tarnkit::tool

@@ -1,0 +1,155 @@
+#include "tools/tarnkit/Outline.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "tarnkit/foundation/MapAdditions.h"
+#include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXPatchPort.h"
+#include "tarnkit/model/HXSubviewGroup.h"
+#include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/NumberText.h"
+#include "tools/tarnkit/ValueShapes.h"
+
+namespace tarnkit::tool {
+
+namespace {
+
+constexpr std::size_t kPiece = std::size_t{1} << 16;
+
+std::string quoted(const String& text) {
+  std::string quoted = "\"";
+  for (const char c : text.view()) {
+    const auto byte = static_cast<unsigned char>(c);
+    quoted += byte < 0x20 || byte == 0x7F ? ' ' : c;
+  }
+  return quoted + '"';
+}
+
+std::string counted(std::size_t count, std::string_view thing) {
+  return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
+}
+
+class OutlineWriter {
+ public:
+  explicit OutlineWriter(const std::function<void(std::string_view)>& sink) : sink_(sink) {}
+
+  void write(const HXDocument& document) {
+    writeSummary(document);
+    struct Entry {
+      const HXNode* node;
+      std::size_t level;
+    };
+    std::vector<Entry> pending{{&document, 0}};
+    while (!pending.empty()) {
+      const auto [node, level] = pending.back();
+      pending.pop_back();
+      writeNode(*node, level);
+      if (!node->subnodeGroup()) continue;
+      const auto subnodes = allValuesSortedByKey(node->subnodeGroup()->subnodesByUniqueKey());
+      for (auto subnode = subnodes.rbegin(); subnode != subnodes.rend(); ++subnode) {
+        pending.push_back({subnode->get(), level + 1});
+      }
+    }
+    writeImages(*document.imageStore());
+    flush();
+  }
+
+ private:
+  void flush() {
+    sink_(text_);
+    text_.clear();
+  }
+
+  void line(std::size_t level, std::string_view text) {
+    if (text_.size() >= kPiece) flush();
+    text_.append(2 * std::min(level, kMaximumOutlineIndentation), ' ');
+    text_ += text;
+    text_ += '\n';
+  }
+
+  void writeSummary(const HXDocument& document) {
+    std::size_t nodes = 0;
+    std::size_t connections = 0;
+    std::vector<const HXNode*> pending{&document};
+    while (!pending.empty()) {
+      const auto* node = pending.back();
+      pending.pop_back();
+      for (const auto& port : node->portsByUniqueKey()) {
+        if (port.value->orientation() == HXOrientationInput) {
+          connections += port.value->connections().count();
+        }
+      }
+      if (!node->subnodeGroup()) continue;
+      for (const auto& entry : node->subnodeGroup()->subnodesByUniqueKey()) {
+        pending.push_back(entry.value.get());
+        ++nodes;
+      }
+    }
+    line(0, fmt::format("{}: {}, {}, {}", document.documentKey().view(), counted(nodes, "node"),
+                        counted(connections, "connection"),
+                        counted(document.imageStore()->imageEntries().size(), "image")));
+  }
+
+  void writeNode(const HXNode& node, std::size_t level) {
+    std::string text(node.uniqueKey().view());
+    if (!node.name().isNil()) text += ' ' + quoted(node.name());
+    if (node.patch()) {
+      fmt::format_to(std::back_inserter(text), ", {}", node.patch()->isa().name());
+    } else if (!node.unknownPatchClass().isNil()) {
+      fmt::format_to(std::back_inserter(text), ", {} (unknown)", node.unknownPatchClass().view());
+    }
+    fmt::format_to(std::back_inserter(text), " at ({}, {})", shortestText(node.position().x),
+                   shortestText(node.position().y));
+    if (as<HXSubviewGroup>(node.subnodeGroup().get())) text += ", views";
+    line(level, text);
+    for (const auto* published : {&node.symbolicInputPorts(), &node.symbolicOutputPorts()}) {
+      for (const auto& port : *published) {
+        writePublishedPort(static_cast<const HXSymbolicPort&>(*port), level + 1);
+      }
+    }
+    for (const auto& entry : node.portsByUniqueKey()) writePort(*entry.value, level + 1);
+  }
+
+  void writePublishedPort(const HXSymbolicPort& port, std::size_t level) {
+    const auto inner = portAddress(port.port());
+    line(level, fmt::format("publishes {} {} as {}",
+                            port.orientation() == HXOrientationInput ? "input" : "output",
+                            inner.empty() ? "that is gone" : inner, quoted(port.name())));
+  }
+
+  void writePort(const HXPatchPort& port, std::size_t level) {
+    if (const auto& value = port.staticValue()) {
+      line(level, fmt::format("{} = {}", port.uniqueKey().view(), quoted(value->stringValue())));
+    }
+    if (port.orientation() != HXOrientationInput) return;
+    port.connections().forEach([&](HXConnection& connection) {
+      const auto from = portAddress(connection.displayOutputPort());
+      line(level, fmt::format("{} <- {}", port.uniqueKey().view(),
+                              from.empty() ? "a port that is gone" : from));
+    });
+  }
+
+  void writeImages(const HXImageStore& store) {
+    for (const auto& entry : allValuesSortedByKey(store.imageEntries())) {
+      const auto* image = entry->image().get();
+      line(0, fmt::format("image {}, {} x {}", entry->key().view(), image ? image->width() : 0,
+                          image ? image->height() : 0));
+    }
+  }
+
+  const std::function<void(std::string_view)>& sink_;
+  std::string text_;
+};
+
+}  // namespace
+
+void writeOutline(const HXDocument& document, const std::function<void(std::string_view)>& sink) {
+  OutlineWriter(sink).write(document);
+}
+
+}  // namespace tarnkit::tool

@@ -1,0 +1,59 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "tarnkit/model/HXDocumentFile.h"
+#include "tools/tarnkit/DocumentInput.h"
+#include "tools/tarnkit/ModelCommands.h"
+#include "tools/tarnkit/Output.h"
+#include "tools/tarnkit/Progress.h"
+
+namespace tarnkit::tool {
+
+namespace {
+
+struct SendOptions {
+  std::string file;
+  std::string output;
+  std::string images;
+  std::optional<std::int32_t> codingType;
+};
+
+void send(const SendOptions& options) {
+  const Progress progress("sending " + options.file);
+  const auto input = openDocument("send", options.file, options.codingType);
+  const auto graph = HXDocumentFile::deviceGraph(*input.document);
+  if (graph.empty()) failWithFile("send", options.file, "the device graph could not be made");
+  writeFile("send", options.output, graph);
+  if (options.images.empty()) return;
+  std::vector<String> keys;
+  std::string error;
+  if (!HXDocumentFile::sendImages(*input.document, options.images, keys, error)) {
+    failWithFile("send", options.images, error);
+  }
+}
+
+}  // namespace
+
+void addSendCommand(CLI::App& app) {
+  auto* command = app.add_subcommand("send", "Write the device graph of a document");
+  const auto options = std::make_shared<SendOptions>();
+  command->add_option("FILE", options->file, "An editor document; - for standard input")
+      ->required()
+      ->type_name("");
+  command
+      ->add_option("-o,--output", options->output,
+                   "The file for the device graph; - for standard output")
+      ->required()
+      ->type_name("OUT");
+  command
+      ->add_option("--images", options->images,
+                   "Write one archive for each image, KEY.plist, into this directory")
+      ->type_name("DIR");
+  command
+      ->add_option("--coding-type", options->codingType,
+                   "0 or 1: draw fresh unique keys; 3: keep those of the file")
+      ->type_name("N");
+  command->callback([options] { send(*options); });
+}
+
+}  // namespace tarnkit::tool
