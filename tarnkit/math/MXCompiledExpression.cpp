@@ -39,8 +39,8 @@ MXCompiledExpression::MXCompiledExpression(Ref<MXExpression> expression,
   isPrepared_ = evaluator_->computesInDoubles() && !asksItsParent &&
                 detail::ProgramCompiler(tree, *evaluator_, variables_, program_).compile();
   if (!isPrepared_) program_ = {};
-  isSimple_ = isPrepared_ && program_.segments.size() == 1 &&
-              program_.temporaries <= kTemporariesInPlace;
+  isSimple_ =
+      isPrepared_ && program_.segments.size() == 1 && program_.temporaries <= kTemporariesInPlace;
   code_ = program_.instructions.data();
 }
 

@@ -12,19 +12,19 @@ namespace tarnkit {
 /// An expression prepared for being evaluated many thousand times with other values.
 ///
 /// Its variables are numbered slots, built-in functions and aliases are resolved, constants are
-/// folded, all as the evaluator was set up when it was prepared. Results are those of evaluating the
-/// tree, bit for bit. Evaluating allocates nothing (with up to `kTemporariesInPlace` results waiting
-/// at once, which few expressions need) and may be done by several threads with one object.
+/// folded, all as the evaluator was set up when it was prepared. Results are those of evaluating
+/// the tree, bit for bit. Evaluating allocates nothing (with up to `kTemporariesInPlace` results
+/// waiting at once, which few expressions need) and may be done by several threads with one object.
 ///
-/// What cannot be prepared (random numbers, registered functions, unknown functions, wrong numbers of
-/// arguments, other arithmetics than doubles) is evaluated by the evaluator, with its errors.
+/// What cannot be prepared (random numbers, registered functions, unknown functions, wrong numbers
+/// of arguments, other arithmetics than doubles) is evaluated by the evaluator, with its errors.
 class MXCompiledExpression final : public Object {
   TARNKIT_CLASS
  public:
   static constexpr std::size_t kTemporariesInPlace = 32;
 
-  /// Prepares the expression. The slots are its variables in the order of their first appearance (and
-  /// functions without arguments that the evaluator takes for variables).
+  /// Prepares the expression. The slots are its variables in the order of their first appearance
+  /// (and functions without arguments that the evaluator takes for variables).
   static Ref<MXCompiledExpression> compile(const Ref<MXExpression>& expression,
                                            const Ref<MXMathEvaluator>& evaluator);
   /// The same with the slots given; further variables of the expression are appended to them.
@@ -37,8 +37,8 @@ class MXCompiledExpression final : public Object {
   /// Whether it is evaluated without the evaluator.
   bool isPrepared() const noexcept { return isPrepared_; }
 
-  /// The value for the values of the slots, in their order. Nothing, with the error in the slot, when
-  /// there are too few values (code 18) or the evaluator fails.
+  /// The value for the values of the slots, in their order. Nothing, with the error in the slot,
+  /// when there are too few values (code 18) or the evaluator fails.
   std::optional<double> evaluate(std::span<const double> values, MXError* error = nullptr) const {
     if (isSimple_ && values.size() >= variables_.size()) {
       double temporaries[kTemporariesInPlace];
@@ -47,8 +47,9 @@ class MXCompiledExpression final : public Object {
     return evaluateOtherwise(values, error);
   }
   /// The values for `count` rows of values: one column of at least `count` values for each slot.
-  /// `results` has room for `count` values and overlaps no column. False, with the error in the slot,
-  /// when there are too few columns or the evaluator fails for a row; the rows before it are written.
+  /// `results` has room for `count` values and overlaps no column. False, with the error in the
+  /// slot, when there are too few columns or the evaluator fails for a row; the rows before it are
+  /// written.
   bool evaluate(std::span<const double* const> columns, std::size_t count, double* results,
                 MXError* error = nullptr) const;
 

@@ -102,8 +102,8 @@ void OperatorTable::addRows(const MXMathOperatorSet& tokenSet, const MXMathOpera
     row.parserAssociativity = twin ? twin->associativity() : MXOperatorAssociativity::left;
     row.role = roleOf(*each, row.parserAssociativity);
     row.builtin = builtinNamed(each->function());
-    row.hasTableName = row.builtin != Builtin::none &&
-                       each->function() == builtinFunction(row.builtin).name;
+    row.hasTableName =
+        row.builtin != Builtin::none && each->function() == builtinFunction(row.builtin).name;
     row.level = static_cast<std::uint8_t>(
         std::lower_bound(precedences.begin(), precedences.end(), row.precedence) -
         precedences.begin());

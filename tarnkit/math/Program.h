@@ -15,10 +15,28 @@ enum class Source : std::uint8_t { accumulator, variable, constant, temporary };
 /// What an instruction does; its result is the accumulator.
 enum class Operation : std::uint8_t {
   // Of two operands.
-  add, subtract, multiply, divide, less, greater, lessOrEqual, greaterOrEqual, equal, notEqual,
-  minimum, maximum, callBinary,
+  add,
+  subtract,
+  multiply,
+  divide,
+  less,
+  greater,
+  lessOrEqual,
+  greaterOrEqual,
+  equal,
+  notEqual,
+  minimum,
+  maximum,
+  callBinary,
   // Of one operand.
-  load, negate, absolute, squareRoot, square, toRadians, toDegrees, callUnary,
+  load,
+  negate,
+  absolute,
+  squareRoot,
+  square,
+  toRadians,
+  toDegrees,
+  callUnary,
   // Of a run of temporaries.
   callList,
   /// Puts the accumulator aside and changes nothing else.
@@ -27,9 +45,7 @@ enum class Operation : std::uint8_t {
   end,
 };
 
-constexpr bool isBinary(Operation operation) noexcept {
-  return operation <= Operation::callBinary;
-}
+constexpr bool isBinary(Operation operation) noexcept { return operation <= Operation::callBinary; }
 
 using ScalarHandler = double (*)(const Instruction* at, const double* values, double* temporaries,
                                  double accumulator);
@@ -37,8 +53,8 @@ using ScalarHandler = double (*)(const Instruction* at, const double* values, do
 /// The rows that are computed together.
 inline constexpr std::size_t kBlockRows = 128;
 
-/// The state of a block of rows: the accumulators, the columns from the block's first row on, and the
-/// temporaries, `kBlockRows` of each.
+/// The state of a block of rows: the accumulators, the columns from the block's first row on, and
+/// the temporaries, `kBlockRows` of each.
 struct BlockState {
   alignas(64) double accumulator[kBlockRows];
   const double* const* columns;
@@ -70,8 +86,8 @@ struct Instruction {
 ScalarHandler scalarHandler(const Instruction& instruction) noexcept;
 BlockHandler blockHandler(const Instruction& instruction) noexcept;
 
-/// A straight line of instructions in segments, each of which ends with `end`. Handlers call the next
-/// one; a compiler that does not make jumps of these calls needs stack for one segment only.
+/// A straight line of instructions in segments, each of which ends with `end`. Handlers call the
+/// next one; a compiler that does not make jumps of these calls needs stack for one segment only.
 struct Program {
   static constexpr std::size_t kSegmentLength = 96;
 

@@ -155,8 +155,8 @@ bool ProgramCompiler::foldConstants(const BuiltinFunction& function, std::uint32
   }
   const bool degrees = evaluator_.angleMeasurementMode() == MXAngleMeasurementMode::degrees;
   const bool argumentIsRadians = count == 1 && tree_.nodes[index - 1].isFunction(Builtin::dtor);
-  const double value = computeBuiltin(function, arguments.data(), count, degrees,
-                                      argumentIsRadians, base);
+  const double value =
+      computeBuiltin(function, arguments.data(), count, degrees, argumentIsRadians, base);
   operands_.resize(operands_.size() - count);
   push(Source::constant, 0, value);
   return true;
@@ -317,8 +317,8 @@ void ProgramCompiler::push(Source source, std::uint32_t index, double constant) 
   operands_.push_back({source, index, constant, held() + (source == Source::temporary ? 1U : 0U)});
 }
 
-// Turns the operand in the accumulator into a temporary and answers which. The accumulator holds the
-// latest result, so what stands above it are leaves.
+// Turns the operand in the accumulator into a temporary and answers which. The accumulator holds
+// the latest result, so what stands above it are leaves.
 std::uint32_t ProgramCompiler::putAside() {
   const std::size_t place = *inAccumulator_;
   inAccumulator_.reset();

@@ -103,8 +103,7 @@ class TreeBuilder {
       nodes_.back().flags |= ExpressionNode::kPercentOfFirst;
     }
     depth_ -= arguments;
-    ExpressionNode& node =
-        add(NodeKind::function, builtin, flags, nodes + 1, offset, length);
+    ExpressionNode& node = add(NodeKind::function, builtin, flags, nodes + 1, offset, length);
     node.number = 0;
     node.argumentCount = arguments;
   }

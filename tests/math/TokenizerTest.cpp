@@ -1,0 +1,186 @@
+#include <limits>
+
+#include "tarnkit/math/MXMathStringTokenizer.h"
+#include "tests/math/MathTesting.h"
+
+namespace tarnkit::testing {
+namespace {
+
+struct Case {
+  const char* text;
+  const char* result;
+};
+
+TEST(Tokenizer, CutsTexts) {
+  const Case cases[] = {
+      {"", ""},
+      {"  \t\n\u2003", ""},
+      {"3x", "3 * x ( )"},
+      {"2(1)", "2 * ( 1 )"},
+      {"(1)(2)", "( 1 ) * ( 2 )"},
+      {"2$a", "2 * $a"},
+      {"$a$b", "$a * $b"},
+      {"pi*2", "pi ( ) * 2"},
+      {"x y", "x ( ) * y ( )"},
+      {"f(1)2", "f ( 1 ) * 2"},
+      {"5!2", "5 ! * 2"},
+      {"3 -2", "3 - 2"},
+      {"2~1", "2 * ~ 1"},
+      {"+3", "3"},
+      {"2 + + 3", "2 + 3"},
+      {"1e5 1.5E-3 2e 2e+", "1e5 * 1.5E-3 * 2 * e ( ) * 2 * e ( ) +"},
+      {".5", ".5"},
+      {"1.2.3", "1.2 * .3"},
+      {".", ". ( )"},
+      {"0x1F", "31"},
+      {"0XfF", "255"},
+      {"0xfffffffffffffffff", "18446744073709551615"},
+      {"0xg", "g ( )"},
+      {"x2", "x2 ( )"},
+      {"'my var'", "$my var"},
+      {"\"a\\\"b\"", "$a\"b"},
+      {"'\\n'", "$n"},
+      {"a'b", "a'b ( )"},
+      {"πr", "π ( ) * r ( )"},
+      {"rπ", "rπ ( )"},
+      {"a <= b", "a ( ) <= b ( )"},
+      {"a =< b", "a ( ) =< b ( )"},
+      {"1<-2", "1 < - 2"},
+      {"2**3", "2 ** 3"},
+      {"1−−2", "1 − − 2"},
+      {"9°×2", "9 ° × 2"},
+      {"1\u00A02", "1 * 2"},
+      {"SIN(1)", "SIN ( 1 )"},
+      {"\xFF\xC3(", "\uFFFD\uFFFD ("},
+      {"0x", "5 unable to parse hex number"},
+      {"0x 1", "5 unable to parse hex number"},
+      {"$", "4 variable names must be at least 1 character long"},
+      {"$ a", "4 variable names must be at least 1 character long"},
+      {"$'a'", "4 variable names must be at least 1 character long"},
+      {"'abc", "4 Unable to parsed quoted variable name"},
+      {"1 + \"", "4 Unable to parsed quoted variable name"},
+      {"'a\\", "4 Unable to parsed quoted variable name"},
+      {"f(1,!", "6 unknown precedence for token: !"},
+      {"f(1,!0)", "f ( 1 , ! 0 )"},
+  };
+  for (const Case& each : cases) EXPECT_EQ(tokens(each.text), each.result) << each.text;
+  EXPECT_EQ(tokens(std::string_view("1+2\0)", 5)), "1 + 2") << "the text ends at a NUL";
+}
+
+std::string functions(std::string_view text) {
+  std::string all;
+  const auto tokenizer = MXMathStringTokenizer::tokenizerWithString(text, nullptr);
+  while (const auto token = tokenizer->nextObject()) {
+    if (token->tokenType() == MXTokenType::op) all += token->operatorType().toStdString() + " ";
+  }
+  return all;
+}
+
+TEST(Tokenizer, SettlesWhatAnOperatorIs) {
+  const Case cases[] = {
+      {"-3", "negate "},
+      {"2-3", "subtract "},
+      {"2*-3", "multiply negate "},
+      {"(-1)-1", "open_paren negate close_paren subtract "},
+      {"f(1,-2)", "open_paren comma negate close_paren "},
+      {"5!-1", "factorial subtract "},
+      {"pi-1", "open_paren close_paren subtract "},
+      {"5!", "factorial "},
+      {"5!!", "factorial factorial "},
+      {"!1", "l_not "},
+      {"1+!1", "add l_not "},
+      {"!!1", "l_not l_not "},
+      {"(1)!", "open_paren close_paren factorial "},
+      {"f(1,!0)", "open_paren comma invalid close_paren "},
+      {"1 != 2", "l_neq "},
+      {"a ≤ b", "open_paren close_paren l_ltoe open_paren close_paren "},
+      {"a ≯ b", "open_paren close_paren l_ltoe open_paren close_paren "},
+      {"5 % 2", "mod "},
+  };
+  for (const Case& each : cases) EXPECT_EQ(functions(each.text), each.result) << each.text;
+}
+
+TEST(Tokenizer, Enumerates) {
+  const auto tokenizer = MXMathStringTokenizer::tokenizerWithString("1 + 0x10", nullptr);
+  EXPECT_EQ(tokenizer->peekNextObject()->token(), "1");
+  EXPECT_EQ(tokenizer->nextObject()->numberValue().doubleValue(), 1);
+  EXPECT_EQ(tokenizer->allObjects().size(), 2U);
+  tokenizer->nextObject();
+  EXPECT_EQ(tokenizer->nextObject()->numberValue().description(), "16");
+  EXPECT_FALSE(tokenizer->nextObject());
+  EXPECT_TRUE(tokenizer->allObjects().empty());
+  tokenizer->reset();
+  EXPECT_EQ(tokenizer->allObjects().size(), 3U);
+}
+
+class Watcher final : public MXMathStringTokenizer {
+ public:
+  std::string seen;
+
+ protected:
+  void didParseToken(const Ref<MXMathStringToken>& token) override {
+    seen += token->description().toStdString() + ";";
+  }
+};
+
+TEST(Tokenizer, ShowsEveryTokenToASubclass) {
+  const auto watcher = make<Watcher>();
+  ASSERT_TRUE(watcher->initWithString("2$x", nullptr, nullptr));
+  EXPECT_EQ(watcher->seen, "2;*;$x;");
+}
+
+TEST(Token, KnowsItsOperatorOnlyWhenItIsNotAmbiguous) {
+  const auto token = MXMathStringToken::mathStringTokenWithToken(String("-"), MXTokenType::op);
+  EXPECT_TRUE(token->isAmbiguous());
+  EXPECT_EQ(token->operatorType(), "invalid");
+  EXPECT_EQ(token->operatorFunction(), "");
+  EXPECT_EQ(token->operatorPrecedence(), -1);
+  EXPECT_EQ(token->operatorArity(), MXOperatorArity::unknown);
+  token->resolveToOperatorFunction(String("negate"));
+  EXPECT_FALSE(token->isAmbiguous());
+  EXPECT_EQ(token->operatorArity(), MXOperatorArity::unary);
+  EXPECT_EQ(token->operatorAssociativity(), MXOperatorAssociativity::right);
+  token->resolveToOperatorFunction(String("no such"));
+  EXPECT_TRUE(token->isAmbiguous());
+  EXPECT_FALSE(MXMathStringToken::mathStringTokenWithToken(String("?"), MXTokenType::op));
+}
+
+TEST(Token, TakesAnInvalidNumberForZero) {
+  const LogLines log;
+  const auto token = MXMathStringToken::mathStringTokenWithToken(String("1x"), MXTokenType::number);
+  ASSERT_TRUE(token);
+  EXPECT_EQ(token->numberValue().doubleValue(), 0);
+  EXPECT_EQ(log.lines, std::vector<std::string>{"supposedly invalid number: 1x"});
+}
+
+TEST(Token, ReadsNumbersToTheNearestDoubleAndKeepsTheirDigits) {
+  const struct {
+    const char* text;
+    double value;
+    const char* digits;
+  } cases[] = {
+      {"0.1", 0.1, "0.1"},
+      {"007.50", 7.5, "7.5"},
+      {"1.5E-3", 0.0015, "0.0015"},
+      {"1e20", 1e20, "100000000000000000000"},
+      {"9007199254740993", 9007199254740992.0, "9007199254740993"},
+      {"123456789012345678901234567890", 123456789012345678901234567890.0,
+       "123456789012345678901234567890"},
+      {"12345678901234567890123456789012345678.5", 12345678901234567890123456789012345678.5,
+       "12345678901234567890123456789012345678"},
+      {"99999999999999999999999999999999999999.9", 1e38, "100000000000000000000000000000000000000"},
+      {"0.000000000000000000000000000001", 1e-30, "0.000000000000000000000000000001"},
+      {"5e-324", 5e-324, "5e-324"},
+      {"1e400", std::numeric_limits<double>::infinity(), "inf"},
+      {"1e-400", 0, "0"},
+      {"0e999999999999999", 0, "0"},
+  };
+  for (const auto& each : cases) {
+    const auto number = MXNumber::fromText(each.text);
+    EXPECT_EQ(number.doubleValue(), each.value) << each.text;
+    EXPECT_EQ(number.description(), each.digits) << each.text;
+  }
+}
+
+}  // namespace
+}  // namespace tarnkit::testing
