@@ -18,12 +18,12 @@ namespace tarnkit {
 namespace {
 
 Ref<Object> makeDocumentGraph(const HXRNodeClass& patchClass) {
-  auto document = make<HXDocument>();
-  auto node = HXNode::makeOfClass(patchClass.nodeClassName());
+  const auto node = HXNode::makeOfClass(patchClass.nodeClassName());
   const auto patch = patchClass.makeDefinition();
   if (!node || !patch) return nullptr;
   node->setPatch(patch);
   patch->setExternal(HXRNode::hx_isExternalClass(patchClass));
+  auto document = make<HXDocument>();
   document->subnodeGroup()->addNode(*node);
   return document;
 }
