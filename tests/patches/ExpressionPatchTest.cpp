@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <tuple>
 
 #include "FakeOwner.h"
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
@@ -89,6 +90,21 @@ TEST(MathExpressionPatch, InputsFollowTheVariables) {
   EXPECT_TRUE(f.definition->portForKey("Tarn.resultOutput"));
   f.edit("");
   EXPECT_TRUE(f.variables().empty());
+}
+
+TEST(ExpressionPatches, AnObserverMayChangeTheTextMeanwhile) {
+  for (const auto& [patchClass, first, second] :
+       {std::tuple{&HXRMathExpressionNode::kClass, "$c + $d + $e", "$x + $y"},
+        std::tuple{&HXRJavascriptExpressionNode::kClass, "function expression(c, d, e)",
+                   "function expression(x, y)"}}) {
+    Fixture f(*patchClass);
+    int steps = 0;
+    f.owner->observer = [&, text = second] {
+      if (++steps == 2) f.edit(text);
+    };
+    f.edit(first);
+    EXPECT_EQ(f.variables(), (Texts{"x", "y"})) << patchClass->name();
+  }
 }
 
 TEST(MathExpressionPatch, VariablesStandByTheFirstPlaceOfTheirText) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tarnkit/patches/HXRNode.h"
@@ -11,12 +13,21 @@ namespace tarnkit {
 class FakeOwner final : public HXRNodeOwner {
   TARNKIT_CLASS
  public:
-  void addPatchPort(HXRPort& port) override { note("+", port.uniqueKey()); }
-  void removePatchPort(HXRPort& port) override { note("-", port.uniqueKey()); }
+  void addPatchPort(HXRPort& port) override {
+    note("+", port.uniqueKey());
+    if (observer) observer();
+  }
+  void removePatchPort(HXRPort& port) override {
+    note("-", port.uniqueKey());
+    if (observer) observer();
+  }
   void addPatchParameter(HXRParameter& parameter) override { note("+", parameter.uniqueKey()); }
   void removePatchParameter(HXRParameter& parameter) override { note("-", parameter.uniqueKey()); }
   void patchPortNameDidChange(HXRPort& port) override { note("=", port.name()); }
   void patchLayoutWasCopied() override { note("copied", ""); }
+
+  /// Called after each port that was added or removed, as an observer of the editor node is.
+  std::function<void()> observer;
 
   /// What was told since the last call: "+KEY", "-KEY", "=NAME", "copied".
   std::vector<std::string> take() { return std::exchange(events_, {}); }

@@ -221,6 +221,31 @@ TEST(VariableArity, ASpringThatGrowsRenamesItsFirstPorts) {
                                   "+Tarn.position1Output", "=X Position"}));
 }
 
+TEST(VariableArity, AnObserverMayChangeTheCountMeanwhile) {
+  for (const char* const name : {"HXRMultiplexerNode", "HXRArrayNode", "HXRDictionaryNode",
+                                 "HXRSpring2DNode", "HXRMathNode"}) {
+    SCOPED_TRACE(name);
+    const auto definition = definitionOf(name);
+    const auto owner = make<FakeOwner>();
+    definition->setNode(owner.get());
+    int steps = 0;
+    owner->observer = [&] {
+      if (++steps == 2) setCount(*definition, 1);
+    };
+    setCount(*definition, 9);
+    const auto expected = definitionOf(name);
+    setCount(*expected, 1);
+    for (const auto orientation : {kIn, kOut}) {
+      ASSERT_EQ(groupKeys(*definition, orientation), groupKeys(*expected, orientation));
+      for (const auto& group : groupKeys(*expected, orientation)) {
+        EXPECT_EQ(namesOfGroup(*definition, orientation, group.c_str()),
+                  namesOfGroup(*expected, orientation, group.c_str()));
+      }
+    }
+    EXPECT_EQ(definition->parameters().size(), expected->parameters().size());
+  }
+}
+
 TEST(OperatorPatches, OperatorsCountFromOneByNameAndFromZeroByKey) {
   struct Case {
     const HXRNodeClass* patch;

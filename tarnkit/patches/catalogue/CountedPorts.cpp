@@ -1,7 +1,8 @@
 #include "tarnkit/patches/catalogue/CountedPorts.h"
 
-#include <algorithm>
 #include <fmt/format.h>
+
+#include <algorithm>
 
 namespace tarnkit {
 
@@ -13,19 +14,25 @@ std::int32_t boundedCount(const HXRIndexParameter& parameter) {
   return std::clamp(parameter.value(), 0, std::max(parameter.maximumValue(), 0));
 }
 
-void buildCountedPorts(HXRNode& definition, const CountedPorts& ports, std::int32_t count,
+void buildCountedPorts(HXRNode& definition, const CountedPorts& ports,
+                       FunctionRef<std::int32_t()> count,
                        FunctionRef<String(std::int32_t index)> nameAt) {
+  const Ref<HXRNode> kept(&definition);
   const String groupKey = String::interned(ports.group);
-  const auto* const group =
-      definition.portLayout().collection(ports.orientation)->portGroupForKey(groupKey);
-  const auto built = group ? static_cast<std::int32_t>(group->ports().count()) : 0;
-  for (std::int32_t i = built; i < count; ++i) {
-    const auto port = ports.makePort(nameAt(i), indexedText(ports.keyPattern, i));
-    definition.addPort(*port, groupKey);
-  }
-  for (std::int32_t i = built; i > count; --i) {
-    if (auto* const port = definition.portForKey(indexedText(ports.keyPattern, i - 1))) {
-      definition.removePort(*port);
+  for (;;) {
+    const auto* const group =
+        definition.portLayout().collection(ports.orientation)->portGroupForKey(groupKey);
+    const auto built = group ? static_cast<std::int32_t>(group->ports().count()) : 0;
+    const auto wanted = count();
+    if (built < wanted) {
+      const auto port = ports.makePort(nameAt(built), indexedText(ports.keyPattern, built));
+      definition.addPort(*port, groupKey);
+    } else if (built > wanted) {
+      auto* const last = definition.portForKey(indexedText(ports.keyPattern, built - 1));
+      if (!last) return;
+      definition.removePort(*last);
+    } else {
+      return;
     }
   }
 }
@@ -35,11 +42,11 @@ void CountedPortsNode::parameterValueDidChange(HXRParameter& parameter) {
 }
 
 void CountedPortsNode::buildPorts() {
-  const auto* const count = countParameter();
-  if (!count) return;
-  buildCountedPorts(*this, description_.ports, boundedCount(*count), [this](std::int32_t index) {
-    return indexedText(description_.namePattern, index);
-  });
+  const Ref<HXRIndexParameter> parameter(countParameter());
+  if (!parameter) return;
+  buildCountedPorts(
+      *this, description_.ports, [&] { return boundedCount(*parameter); },
+      [&](std::int32_t index) { return indexedText(description_.namePattern, index); });
 }
 
 HXRIndexParameter* CountedPortsNode::countParameter() const {

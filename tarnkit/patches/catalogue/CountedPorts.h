@@ -31,9 +31,13 @@ String indexedText(const char* pattern, std::int32_t index);
 /// upper bound, whatever a caller or an archive has set. The value itself stays as it is.
 std::int32_t boundedCount(const HXRIndexParameter& parameter);
 
-/// Adds or removes ports at the end until there are `count`; `nameAt` names the added ones. Ports
+/// Adds or removes ports at the end until there are `count()`; `nameAt` names the added ones. Ports
 /// that stay are not touched, and nothing at all is when their number is right already.
-void buildCountedPorts(HXRNode& definition, const CountedPorts& ports, std::int32_t count,
+///
+/// The count is asked again after every step, because the editor node announces each, and an
+/// observer may change the count meanwhile.
+void buildCountedPorts(HXRNode& definition, const CountedPorts& ports,
+                       FunctionRef<std::int32_t()> count,
                        FunctionRef<String(std::int32_t index)> nameAt);
 
 /// The ports of a definition with one count: where the count stands, and how its ports are made.

@@ -1,7 +1,5 @@
 #include "tarnkit/patches/catalogue/Operators.h"
 
-#include "tarnkit/patches/catalogue/CountedPorts.h"
-
 namespace tarnkit {
 
 void OperatorsNode::parameterValueDidChange(HXRParameter& parameter) {
@@ -9,43 +7,35 @@ void OperatorsNode::parameterValueDidChange(HXRParameter& parameter) {
 }
 
 void OperatorsNode::trn_refreshPortsAndParameters() {
-  const auto* const count = as<HXRIndexParameter>(parameterForKey(kCountKey));
+  const Ref<HXRNode> kept(this);
+  const Ref<HXRIndexParameter> count(as<HXRIndexParameter>(parameterForKey(kCountKey)));
   if (!count) return;
-  const auto operations = boundedCount(*count);
-  refreshOperators(operations);
-  refreshOperands(count->value() < 0 ? 0 : operations + 1);
+  refreshOperators(*count);
+  buildCountedPorts(
+      *this, description_.operands,
+      [&] { return count->value() < 0 ? 0 : boundedCount(*count) + 1; },
+      [](std::int32_t index) { return indexedText("Operand {}", index + 1); });
 }
 
-void OperatorsNode::refreshOperators(std::int32_t count) {
-  // Names count from 1 while keys count from 0: the device knows the keys, the designer the names.
+// Names count from 1 while keys count from 0: the device knows the keys, the designer the names.
+// The count is asked again after every step, because an observer of the step may change it.
+void OperatorsNode::refreshOperators(const HXRIndexParameter& count) {
   constexpr const char* kKeyPattern = "Tarn.operator{}Parameter";
-  const auto built = static_cast<std::int32_t>(parameters().size()) - 1;  // but the count itself
-  for (std::int32_t i = built; i > count; --i) {
-    if (auto* const last = parameterForKey(indexedText(kKeyPattern, i - 1))) {
+  for (;;) {
+    const auto built = static_cast<std::int32_t>(parameters().size()) - 1;  // but the count itself
+    const auto wanted = boundedCount(count);
+    if (built < wanted) {
+      const auto parameter = make<HXRIndexParameter>(indexedText("Operator {}", built + 1),
+                                                     indexedText(kKeyPattern, built), true);
+      parameter->setMaximumValue(static_cast<std::int32_t>(description_.operators.size()) - 1);
+      addParameter(*parameter);
+    } else if (built > wanted) {
+      auto* const last = parameterForKey(indexedText(kKeyPattern, built - 1));
+      if (!last) return;
       removeParameter(*last);
+    } else {
+      return;
     }
-  }
-  for (std::int32_t i = built; i < count; ++i) {
-    const auto parameter = make<HXRIndexParameter>(indexedText("Operator {}", i + 1),
-                                                   indexedText(kKeyPattern, i), true);
-    parameter->setMaximumValue(static_cast<std::int32_t>(description_.operators.size()) - 1);
-    addParameter(*parameter);
-  }
-}
-
-void OperatorsNode::refreshOperands(std::int32_t count) {
-  constexpr const char* kKeyPattern = "Tarn.operand{}Input";
-  const String group = String::interned("Operands");
-  const auto* const operands = portLayout().inputs().portGroupForKey(group);
-  const auto built = operands ? static_cast<std::int32_t>(operands->ports().count()) : 0;
-  for (std::int32_t i = built; i > count; --i) {
-    if (auto* const last = portForKey(indexedText(kKeyPattern, i - 1))) removePort(*last);
-  }
-  for (std::int32_t i = built; i < count; ++i) {
-    addPort(
-        *make<HXRPrimitiveInputPort>(indexedText("Operand {}", i + 1), indexedText(kKeyPattern, i),
-                                     description_.operandDefault()),
-        group);
   }
 }
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <span>
 
-#include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
+#include "tarnkit/patches/catalogue/CountedPorts.h"
 
 namespace tarnkit {
 
@@ -12,8 +12,13 @@ namespace tarnkit {
 struct OperatorsDescription {
   /// The texts of the operators, by the value of an operator parameter.
   std::span<const char* const> operators;
-  Ref<PMRPrimitive> (*operandDefault)();
+  CountedPorts operands;
 };
+
+/// The operands of a patch, which are inputs with the default of `makeOperand`.
+constexpr CountedPorts operandsOf(Ref<HXRPort> (*makeOperand)(String name, String uniqueKey)) {
+  return {HXOrientationInput, "Operands", "Tarn.operand{}Input", makeOperand};
+}
 
 /// A chain of binary operators over numbered operands: the common part of Math, Logic and
 /// Conditional. A count parameter says how many operations there are; each has a hidden parameter
@@ -34,8 +39,7 @@ class OperatorsNode : public HXRNode {
       : HXRNode(patchClass), description_(description) {}
 
  private:
-  void refreshOperators(std::int32_t count);
-  void refreshOperands(std::int32_t count);
+  void refreshOperators(const HXRIndexParameter& count);
 
   const OperatorsDescription& description_;
 };

@@ -29,13 +29,15 @@ String nameForIndex(const char* what, std::int32_t index, std::int32_t numberOfD
   return String(fmt::format("{}D {}", std::int64_t{index} + 1, what));
 }
 
-void buildAndName(HXRNode& definition, const CountedPorts& ports, std::int32_t count,
-                  NameAt nameAt) {
+/// Renames only where the name differs, and asks for the count at every step, as building does.
+void buildAndName(HXRNode& definition, const CountedPorts& ports,
+                  const HXRIndexParameter& dimensions, NameAt nameAt) {
+  const auto count = [&] { return boundedCount(dimensions); };
   buildCountedPorts(definition, ports, count,
-                    [&](std::int32_t index) { return nameAt(index, count); });
-  for (std::int32_t i = 0; i < count; ++i) {
+                    [&](std::int32_t index) { return nameAt(index, count()); });
+  for (std::int32_t i = 0; i < count(); ++i) {
     const String key = indexedText(ports.keyPattern, i);
-    const String name = nameAt(i, count);
+    const String name = nameAt(i, count());
     const auto* const port = definition.portLayout().ports().find(key);
     if (port && (*port)->name() != name) definition.portForKey(key)->setName(name);
   }
@@ -82,11 +84,11 @@ String HXRSpringNode::hx_outputNameForIndex(std::int32_t index, std::int32_t num
 }
 
 void HXRSpringNode::hxr_buildPorts() {
-  const auto* const parameter = dimensions();
+  const Ref<HXRNode> kept(this);
+  const Ref<HXRIndexParameter> parameter(dimensions());
   if (!parameter) return;
-  const auto count = boundedCount(*parameter);
-  buildAndName(*this, kRestInputs, count, &hx_inputNameForIndex);
-  buildAndName(*this, kPositionOutputs, count, &hx_outputNameForIndex);
+  buildAndName(*this, kRestInputs, *parameter, &hx_inputNameForIndex);
+  buildAndName(*this, kPositionOutputs, *parameter, &hx_outputNameForIndex);
 }
 
 void HXRSpringNode::parameterValueDidChange(HXRParameter& parameter) {

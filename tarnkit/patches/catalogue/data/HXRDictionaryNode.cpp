@@ -29,27 +29,45 @@ const HXRNodeClass HXRDictionaryNode::kClass{
     &detail::constructPatch<HXRDictionaryNode>};
 
 void HXRDictionaryNode::hxr_buildEntryInputs() {
-  const auto* const count = as<HXRIndexParameter>(parameterForKey(kCountKey));
+  const Ref<HXRNode> kept(this);
+  const Ref<HXRIndexParameter> count(as<HXRIndexParameter>(parameterForKey(kCountKey)));
   if (!count) return;
-  const auto wanted = boundedCount(*count);
-  // Every input group is an entry.
-  const auto built = static_cast<std::int32_t>(portLayout().inputs().portGroups().size());
-  for (std::int32_t i = built; i < wanted; ++i) {
-    addPort(*make<HXRPrimitiveInputPort>(indexedText("Key {}", i), keyInputKey(i)), groupKey(i));
-    addPort(*make<HXRValueInputPort>(indexedText("Value {}", i), valueInputKey(i)), groupKey(i));
-  }
-  for (std::int32_t i = built; i > wanted; --i) {
-    const auto entry = entryAtIndex(i - 1);
-    if (!entry) continue;
-    removePort(*entry->keyInput());
-    removePort(*entry->valueInput());
+  // Asked again after every step, because an observer of the step may change the count.
+  for (;;) {
+    const auto built = entryCount();
+    const auto wanted = boundedCount(*count);
+    if (built == wanted) return;
+    if (built < wanted) {
+      addEntry(built);
+    } else if (!removeEntry(built - 1)) {
+      return;
+    }
   }
 }
 
+// Every input group is an entry.
+std::int32_t HXRDictionaryNode::entryCount() const {
+  return static_cast<std::int32_t>(portLayout().inputs().portGroups().size());
+}
+
+void HXRDictionaryNode::addEntry(std::int32_t index) {
+  const auto entry = make<HXRDictionaryEntry>(
+      make<HXRPrimitiveInputPort>(indexedText("Key {}", index), keyInputKey(index)),
+      make<HXRValueInputPort>(indexedText("Value {}", index), valueInputKey(index)));
+  addPort(*entry->keyInput(), groupKey(index));
+  addPort(*entry->valueInput(), groupKey(index));
+}
+
+bool HXRDictionaryNode::removeEntry(std::int32_t index) {
+  const auto entry = entryAtIndex(index);
+  if (!entry) return false;
+  removePort(*entry->keyInput());
+  removePort(*entry->valueInput());
+  return true;
+}
+
 Ref<HXRDictionaryEntry> HXRDictionaryNode::entryAtIndex(std::int32_t index) {
-  if (index < 0 || index >= static_cast<std::int32_t>(portLayout().inputs().portGroups().size())) {
-    return nullptr;
-  }
+  if (index < 0 || index >= entryCount()) return nullptr;
   auto* const keyInput = portForKey(keyInputKey(index));
   auto* const valueInput = portForKey(valueInputKey(index));
   if (!keyInput || !valueInput) return nullptr;

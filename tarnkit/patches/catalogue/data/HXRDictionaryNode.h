@@ -19,6 +19,11 @@ class HXRDictionaryNode final : public HXRNode {
   /// The ports of an entry, this definition's own; null past the last one.
   Ref<HXRDictionaryEntry> entryAtIndex(std::int32_t index);
   void parameterValueDidChange(HXRParameter& parameter) override;
+
+ private:
+  std::int32_t entryCount() const;
+  void addEntry(std::int32_t index);
+  bool removeEntry(std::int32_t index);
 };
 
 }  // namespace tarnkit

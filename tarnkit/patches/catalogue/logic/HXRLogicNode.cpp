@@ -9,7 +9,11 @@ namespace {
 
 constexpr const char* kOperators[] = {"AND", "OR", "XOR", "NAND", "NOR", "NXOR", "NOT"};
 
-constexpr OperatorsDescription kDescription{kOperators, [] { return value::boolean(false); }};
+Ref<HXRPort> makeOperand(String name, String uniqueKey) {
+  return make<HXRPrimitiveInputPort>(std::move(name), std::move(uniqueKey), value::boolean(false));
+}
+
+constexpr OperatorsDescription kDescription{kOperators, operandsOf(makeOperand)};
 
 }  // namespace
 

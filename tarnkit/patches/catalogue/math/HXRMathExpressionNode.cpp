@@ -67,12 +67,16 @@ std::vector<String> HXRMathExpressionNode::trn_variablesForExpression(const Stri
 }
 
 void HXRMathExpressionNode::trn_refreshPorts() {
+  const Ref<HXRNode> kept(this);
   const auto* const expression = as<HXRStringParameter>(parameterForKey(kExpressionKey));
   if (!expression) return;
   const auto names = trn_variablesForExpression(expression->value());
   const std::unordered_set<String> wanted(names.begin(), names.end());
   const String group = String::interned(kVariablesGroup);
 
+  // The editor node announces every step; an observer that changes the expression meanwhile has it
+  // refreshed, and this refresh is then of the past.
+  const auto current = ++refreshes_;
   std::vector<String> goneKeys;
   if (const auto* const variables = portLayout().inputs().portGroupForKey(group)) {
     for (const Ref<Object>& member : variables->ports()) {
@@ -81,9 +85,11 @@ void HXRMathExpressionNode::trn_refreshPorts() {
     }
   }
   for (const String& key : goneKeys) {
+    if (current != refreshes_) return;
     if (auto* const port = portForKey(key)) removePort(*port);
   }
   for (const String& name : names) {
+    if (current != refreshes_) return;
     const String key = keyForVariable(name);
     if (portLayout().ports().contains(key)) continue;
     addPort(*make<HXRPrimitiveInputPort>(name, key, value::number(0)), group);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "tarnkit/patches/HXRNode.h"
@@ -22,6 +23,9 @@ class HXRMathExpressionNode final : public HXRNode {
   /// their places and connections.
   void trn_refreshPorts();
   void parameterValueDidChange(HXRParameter& parameter) override;
+
+ private:
+  std::uint32_t refreshes_ = 0;
 };
 
 }  // namespace tarnkit

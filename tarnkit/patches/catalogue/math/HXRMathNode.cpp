@@ -9,7 +9,11 @@ namespace {
 
 constexpr const char* kOperators[] = {"+", "-", "*", "/", "%", "POW", "MIN", "MAX"};
 
-constexpr OperatorsDescription kDescription{kOperators, [] { return value::number(0); }};
+Ref<HXRPort> makeOperand(String name, String uniqueKey) {
+  return make<HXRPrimitiveInputPort>(std::move(name), std::move(uniqueKey), value::number(0));
+}
+
+constexpr OperatorsDescription kDescription{kOperators, operandsOf(makeOperand)};
 
 }  // namespace
 

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <unordered_set>
+#include <vector>
 
 #include "tarnkit/foundation/StringTrimming.h"
 #include "tarnkit/patches/PatchDeclaration.h"
@@ -89,6 +90,7 @@ void HXRJavascriptExpressionNode::readSignature(const String& script) {
 }
 
 void HXRJavascriptExpressionNode::refreshInputs(const String& variables) {
+  const Ref<HXRNode> kept(this);
   std::vector<String> names;
   std::unordered_set<String> wanted;
   if (variables) {
@@ -105,16 +107,17 @@ void HXRJavascriptExpressionNode::refreshInputs(const String& variables) {
       if (wanted.erase(port.name()) == 0) goneKeys.push_back(port.uniqueKey());
     }
   }
-  removeInputs(goneKeys);
+  // The editor node announces every step; an observer that changes the names meanwhile has them
+  // refreshed, and this refresh is then of the past.
+  const auto current = ++refreshes_;
+  for (const String& key : goneKeys) {
+    if (current != refreshes_) return;
+    if (auto* const port = portForKey(key)) removePort(*port);
+  }
   for (const String& name : names) {
+    if (current != refreshes_) return;
     if (!wanted.contains(name)) continue;
     addPort(*make<HXRValueInputPort>(name, keyForVariable(name)), group);
-  }
-}
-
-void HXRJavascriptExpressionNode::removeInputs(const std::vector<String>& keys) {
-  for (const String& key : keys) {
-    if (auto* const port = portForKey(key)) removePort(*port);
   }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <vector>
+#include <cstdint>
 
 #include "tarnkit/patches/HXRNode.h"
 
@@ -24,7 +24,8 @@ class HXRJavascriptExpressionNode final : public HXRNode {
  private:
   void readSignature(const String& script);
   void refreshInputs(const String& variables);
-  void removeInputs(const std::vector<String>& keys);
+
+  std::uint32_t refreshes_ = 0;
 };
 
 }  // namespace tarnkit
