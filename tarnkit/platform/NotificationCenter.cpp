@@ -1,6 +1,7 @@
 #include "tarnkit/platform/NotificationCenter.h"
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 #include <unordered_map>
 
@@ -50,15 +51,33 @@ struct PlaceHash {
 
 }  // namespace
 
-// Each list stands in the order of registration, because tokens only grow.
+// Each list stands in the order of registration, because tokens only grow. A removed registration
+// stays in its list, marked, until the removed ones outnumber the others and nothing is delivered.
 struct NotificationCenter::Index {
-  using List = std::vector<std::shared_ptr<Registration>>;
+  struct List {
+    std::vector<std::unique_ptr<Registration>> members;
+    std::size_t removed = 0;
+  };
   std::unordered_map<Place, List, PlaceHash> lists;
-  std::unordered_map<Token, std::shared_ptr<Registration>> byToken;
+  std::unordered_map<Token, Registration*> byToken;
+  std::vector<Place> untidy;  // lists to be tidied once nothing is delivered
   Token lastToken = 0;
+  int deliveries = 0;
 
   static Place placeOf(const Registration& registration) {
     return {registration.name ? registration.name->number() : kAnyName, registration.address};
+  }
+  void tidy(const Place& place) {
+    const auto list = lists.find(place);
+    if (list == lists.end() || list->second.removed * 2 <= list->second.members.size()) return;
+    if (deliveries != 0) {
+      untidy.push_back(place);
+      return;
+    }
+    auto& members = list->second.members;
+    std::erase_if(members, [](const auto& member) { return member->removed; });
+    list->second.removed = 0;
+    if (members.empty()) lists.erase(list);
   }
 };
 
@@ -84,46 +103,68 @@ void NotificationCenter::countObserver(const Registration& registration, int cha
 
 NotificationCenter::Token NotificationCenter::addObserver(const Symbol* name, const Object* object,
                                                           Observer observer) {
-  auto registration = std::make_shared<Registration>(
+  auto registration = std::make_unique<Registration>(
       Registration{++index_->lastToken, name, object, object, std::move(observer)});
-  index_->byToken.emplace(registration->token, registration);
-  index_->lists[Index::placeOf(*registration)].push_back(registration);
+  const Token token = registration->token;
   countObserver(*registration, 1);
-  return registration->token;
+  index_->byToken.emplace(token, registration.get());
+  index_->lists[Index::placeOf(*registration)].members.push_back(std::move(registration));
+  return token;
 }
 
 void NotificationCenter::removeObserver(Token token) {
   const auto found = index_->byToken.find(token);
   if (found == index_->byToken.end()) return;
-  const auto registration = found->second;
+  Registration& registration = *found->second;
   index_->byToken.erase(found);
-  registration->removed = true;
-  countObserver(*registration, -1);
-  const auto list = index_->lists.find(Index::placeOf(*registration));
-  auto& members = list->second;
-  const auto at = std::lower_bound(
-      members.begin(), members.end(), token,
-      [](const auto& member, Token wanted) { return member->token < wanted; });
-  members.erase(at);
-  if (members.empty()) index_->lists.erase(list);
+  registration.removed = true;
+  countObserver(registration, -1);
+  const Place place = Index::placeOf(registration);
+  ++index_->lists.find(place)->second.removed;
+  index_->tidy(place);
 }
 
 void NotificationCenter::post(const Symbol& name, Object& object, const UserInfo& userInfo) {
   if (!observes(name)) return;
-  // Snapshot: observers may come and go while the others are being called.
-  std::vector<std::shared_ptr<Registration>> reached;
+  // What each of the lists that concern the notification holds now; observers that are added
+  // meanwhile stand behind its end.
+  struct Part {
+    Index::List* list;
+    std::size_t next;
+    std::size_t end;
+  };
+  std::array<Part, 4> parts{};
+  std::size_t count = 0;
   for (const Place& place : {Place{name.number(), &object}, Place{name.number(), nullptr},
                              Place{kAnyName, &object}, Place{kAnyName, nullptr}}) {
     const auto list = index_->lists.find(place);
     if (list == index_->lists.end()) continue;
-    reached.insert(reached.end(), list->second.begin(), list->second.end());
+    parts[count++] = {&list->second, 0, list->second.members.size()};
   }
-  std::sort(reached.begin(), reached.end(),
-            [](const auto& a, const auto& b) { return a->token < b->token; });
   const Ref<Object> kept(&object);
   const Notification notification{name, object, userInfo};
-  for (const auto& registration : reached) {
-    if (!registration->removed) registration->observer(notification);
+  struct Delivery {
+    Index& index;
+    ~Delivery() {
+      if (--index.deliveries != 0) return;
+      for (const Place& place : std::exchange(index.untidy, {})) index.tidy(place);
+    }
+  };
+  ++index_->deliveries;
+  const Delivery delivery{*index_};
+  while (true) {
+    Part* earliest = nullptr;
+    for (std::size_t i = 0; i < count; ++i) {
+      Part& part = parts[i];
+      if (part.next == part.end) continue;
+      if (!earliest ||
+          part.list->members[part.next]->token < earliest->list->members[earliest->next]->token) {
+        earliest = &part;
+      }
+    }
+    if (!earliest) return;
+    const Registration& registration = *earliest->list->members[earliest->next++];
+    if (!registration.removed) registration.observer(notification);
   }
 }
 
