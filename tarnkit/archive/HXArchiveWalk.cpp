@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
+#include <iterator>
 
 #include "tarnkit/archive/HXKeyedArchiver.h"
 #include "tarnkit/archive/HXVersion.h"
@@ -81,19 +83,18 @@ void HXArchiveWalk::putCollection(const Symbol& key, CodingKind kind, std::size_
 
 bool HXArchiveWalk::putMap(const Symbol& key, std::size_t count,
                            FunctionRef<Encoder::MapEntry(std::size_t)> at, Encoder& coder) {
-  std::vector<std::pair<String, const Object*>> sorted;
-  sorted.reserve(count);
+  sorted_.clear();
   for (std::size_t i = 0; i < count; ++i) {
     const Encoder::MapEntry entry = at(i);
     if (entry.key.isNil()) return false;
-    if (entry.value) sorted.emplace_back(entry.key, entry.value);
+    if (entry.value) sorted_.emplace_back(entry.key, entry.value);
   }
   const std::size_t position = entries_.size();
   Entry entry;
   entry.kind = Entry::Kind::collection;
   entry.form = Form::map;
   record(key, std::move(entry));
-  appendSorted(sorted);
+  appendSorted();
   entries_[position].count = static_cast<std::uint32_t>(entries_.size() - position - 1);
   if (!isEncoding()) encodeForTop(key, coder);
   return true;
@@ -164,10 +165,11 @@ void HXArchiveWalk::appendElement(const Object& object, Index key) {
 }
 
 // Ascending keys make the hand-out of IDs, and so the output, the same for equal graphs.
-void HXArchiveWalk::appendSorted(std::vector<std::pair<String, const Object*>>& entries) {
-  std::stable_sort(entries.begin(), entries.end(),
-                   [](const auto& a, const auto& b) { return a.first < b.first; });
-  for (const auto& [key, object] : entries) appendElement(*object, writer_.addString(key));
+void HXArchiveWalk::appendSorted() {
+  std::sort(sorted_.begin(), sorted_.end(),
+            [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (const auto& [key, object] : sorted_) appendElement(*object, writer_.addString(key));
+  sorted_.clear();
 }
 
 // --- Class names
@@ -250,7 +252,8 @@ HXArchiveWalk::Index HXArchiveWalk::classNameOf(const Frame& frame) {
 std::uint32_t HXArchiveWalk::newID(Ref<const Object> object) {
   const auto id = static_cast<std::uint32_t>(identified_.size());
   char text[32] = "$object-";
-  const auto end = fmt::format_to(text + 8, "{}", id);
+  constexpr std::size_t kPrefix = 8;
+  const char* const end = std::to_chars(text + kPrefix, std::end(text), id).ptr;
   const Index idString = writer_.addDistinctString({text, static_cast<std::size_t>(end - text)});
   identified_.push_back({std::move(object), idString, kNone, kNone, false});
   return id;
@@ -344,12 +347,12 @@ void HXArchiveWalk::writeObject(std::uint32_t id, Encoder& coder) {
     case CodingKind::orderedSet:
       return openMembers(id, static_cast<const OrderedSet&>(object), Form::orderedSet);
     case CodingKind::map: {
-      std::vector<std::pair<String, const Object*>> sorted;
+      sorted_.clear();
       for (const auto& entry : static_cast<const Dictionary&>(object).entries()) {
-        if (entry.value) sorted.emplace_back(entry.key, entry.value.get());
+        if (entry.value) sorted_.emplace_back(entry.key, entry.value.get());
       }
       const std::size_t begin = entries_.size();
-      appendSorted(sorted);
+      appendSorted();
       return pushFrame(id, begin, entries_.size(), Form::map, true);
     }
     default:
@@ -500,9 +503,9 @@ std::vector<std::uint8_t> HXArchiveWalk::finish(const Symbol& versionKey) {
   const auto listInto = writer_.fillMap(list_, std::size(keys));
   std::copy_n(values, std::size(values), std::copy_n(keys, std::size(keys), listInto.begin()));
   // Given back before the output is made.
-  identified_ = {};
+  identified_ = std::vector<Identified>();
   ids_.clear();
-  entries_ = {};
+  entries_ = std::vector<Entry>();
   return writer_.finish(list_);
 }
 
@@ -510,8 +513,8 @@ void HXArchiveWalk::clear() {
   writer_.clear();
   list_ = writer_.reserve();
   frames_.clear();
-  entries_ = {};
-  identified_ = {};
+  entries_ = std::vector<Entry>();
+  identified_ = std::vector<Identified>();
   ids_.clear();
   symbols_.clear();
   pendingSubstitutions_ = 0;

@@ -93,7 +93,7 @@ class HXArchiveWalk {
   void encodeForTop(const Symbol& key, Encoder& coder);
   Index inlineValue(const Object& object);
   void appendElement(const Object& object, Index key);
-  void appendSorted(std::vector<std::pair<String, const Object*>>& entries);
+  void appendSorted();
 
   std::uint32_t newID(Ref<const Object> object);
   Index referenceTo(std::uint32_t id);
@@ -120,6 +120,8 @@ class HXArchiveWalk {
   Index list_ = writer_.reserve();
   std::vector<Entry> entries_;
   std::vector<Frame> frames_;
+  // The entries of a map while they are put in order.
+  std::vector<std::pair<String, const Object*>> sorted_;
   std::vector<Identified> identified_;
   IdentityTable ids_;
   std::vector<SymbolEntry> symbols_;

@@ -19,7 +19,7 @@ class IdentityTable {
     if (slots_.empty()) return kNone;
     const std::uint32_t hash = hashOf(address);
     const std::size_t mask = slots_.size() - 1;
-    for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
+    for (std::size_t at = placeOf(hash) & mask;; at = (at + 1) & mask) {
       const Slot slot = slots_[at];
       if (slot.numberPlusOne == 0) return kNone;
       if (slot.hash == hash && addressOf(slot.numberPlusOne - 1) == address) {
@@ -44,13 +44,13 @@ class IdentityTable {
       return;
     }
     const std::size_t mask = slots_.size() - 1;
-    std::size_t at = hashOf(address) & mask;
+    std::size_t at = placeOf(hashOf(address)) & mask;
     while (slots_[at].numberPlusOne != known + 1) at = (at + 1) & mask;
     slots_[at].numberPlusOne = number + 1;
   }
 
   void clear() noexcept {
-    slots_ = {};
+    slots_ = std::vector<Slot>();
     used_ = 0;
   }
 
@@ -60,13 +60,18 @@ class IdentityTable {
     std::uint32_t numberPlusOne;
   };
 
+  // Objects are at least 16 bytes apart.
   static std::uint32_t hashOf(const void* address) noexcept {
-    const auto value = reinterpret_cast<std::uintptr_t>(address) * 0x9E3779B97F4A7C15ULL;
-    return static_cast<std::uint32_t>(value >> 32);
+    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(address) >> 4);
+  }
+  // Neighbours in memory, which are mostly met together, stay neighbours here; the upper bits move
+  // regions that would fall on each other apart.
+  static std::size_t placeOf(std::uint32_t hash) noexcept {
+    return hash + (hash >> 16) * std::size_t{0x9E37U};
   }
   static void place(Slot slot, std::vector<Slot>& slots) noexcept {
     const std::size_t mask = slots.size() - 1;
-    std::size_t at = slot.hash & mask;
+    std::size_t at = placeOf(slot.hash) & mask;
     while (slots[at].numberPlusOne != 0) at = (at + 1) & mask;
     slots[at] = slot;
   }

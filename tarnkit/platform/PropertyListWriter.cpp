@@ -26,6 +26,7 @@ constexpr std::size_t kHeaderSize = 8;
 constexpr std::size_t kTrailerSize = 32;
 constexpr std::size_t kMaximumCountSize = 6;  // a marker, an integer's marker and 4 bytes
 constexpr unsigned kFormShift = 30;
+constexpr std::size_t kSlack = 16;  // bytes that may be read past a small scalar
 
 [[noreturn]] void throwTooLarge() {
   throw std::length_error("the property list is too large to be written");
@@ -93,6 +94,36 @@ std::uint8_t* putReferences(std::uint8_t* at, const std::uint32_t* values, std::
   if (width == 1) return putAll<std::uint8_t>(at, values, count);
   if (width == 2) return putAll<std::uint16_t>(at, values, count);
   return putAll<std::uint32_t>(at, values, count);
+}
+
+// Most scalars are small: they are copied in one piece, with what follows them, which the next
+// object overwrites.
+std::uint8_t* putScalar(std::uint8_t* at, const std::uint8_t* end, const std::uint8_t* bytes,
+                        std::size_t size) noexcept {
+  if (size <= kSlack && kSlack <= static_cast<std::size_t>(end - at)) {
+    std::memcpy(at, bytes, kSlack);
+  } else {
+    std::memcpy(at, bytes, size);
+  }
+  return at + size;
+}
+
+bool areEqual(const std::uint8_t* a, const std::uint8_t* b, std::size_t size) noexcept {
+  const auto word = [](const std::uint8_t* at) {
+    std::uint64_t value = 0;
+    std::memcpy(&value, at, sizeof value);
+    return value;
+  };
+  if (size < 8) {
+    for (std::size_t i = 0; i < size; ++i) {
+      if (a[i] != b[i]) return false;
+    }
+    return true;
+  }
+  for (std::size_t i = 0; i + 8 < size; i += 8) {
+    if (word(a + i) != word(b + i)) return false;
+  }
+  return word(a + size - 8) == word(b + size - 8);
 }
 
 }  // namespace
@@ -271,8 +302,7 @@ PropertyListWriter::Index PropertyListWriter::addScalar(std::size_t start, bool 
     }
     if (slot.hash != hash) continue;
     const Record& record = records_[slot.indexPlusOne - 1];
-    if (record.formAndCount == size &&
-        std::memcmp(bytes_.data() + record.position, bytes, size) == 0) {
+    if (record.formAndCount == size && areEqual(bytes_.data() + record.position, bytes, size)) {
       bytes_.truncate(start);
       return slot.indexPlusOne - 1;
     }
@@ -315,21 +345,22 @@ std::vector<std::uint8_t> PropertyListWriter::finish(Index root) {
   }
   const std::size_t tableStart = size;
   const unsigned offsetWidth = widthOf(tableStart);
-  table_ = {};  // given back before the output is made
+  table_ = std::vector<Slot>();  // given back before the output is made
+  bytes_.room(kSlack);
   std::vector<std::uint8_t> output(tableStart + objects * offsetWidth + kTrailerSize);
 
   std::uint8_t* at = output.data();
   std::memcpy(at, "bplist00", kHeaderSize);
   at += kHeaderSize;
   std::uint8_t* offset = output.data() + tableStart;
+  const std::uint8_t* const end = offset;
   for (std::size_t i = 0; i < objects; ++i) {
     const Record record = records_[i];
     const std::size_t count = record.formAndCount & kMaximumCount;
     offset = putWidth(offset, static_cast<std::uint64_t>(at - output.data()), offsetWidth);
     switch (static_cast<Form>(record.formAndCount >> kFormShift)) {
       case Form::scalar:
-        std::memcpy(at, bytes_.data() + record.position, count);
-        at += count;
+        at = putScalar(at, end, bytes_.data() + record.position, count);
         break;
       case Form::array:
         at = putReferences(putCount(at, kArray, count), references_.data() + record.position, count,
@@ -353,10 +384,10 @@ void PropertyListWriter::clear() noexcept {
   bytes_.clear();
   references_.clear();
   records_.clear();
-  table_ = {};
+  table_ = std::vector<Slot>();
   tableUsed_ = 0;
-  symbols_ = {};
-  uids_ = {};
+  symbols_ = std::vector<Index>();
+  uids_ = std::vector<Index>();
   booleans_[0] = booleans_[1] = kNone;
 }
 

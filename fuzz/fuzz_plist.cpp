@@ -1,0 +1,67 @@
+// Property lists of both forms: whatever is read must hold together, and what the readers of
+// archives make of it must end.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include "tarnkit/archive/HXArchiveReader.h"
+#include "tarnkit/archive/HXArchiveText.h"
+#include "tarnkit/platform/PropertyListReader.h"
+#include "tarnkit/platform/UTF8.h"
+
+namespace {
+
+using tarnkit::PropertyList;
+using Kind = PropertyList::Kind;
+
+void require(bool condition) {
+  if (!condition) std::abort();
+}
+
+void checkText(std::string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    const auto point = tarnkit::detail::codePointAt(text, at);
+    require(point.value != 0xFFFD || point.size == 3);
+    at += point.size;
+  }
+}
+
+void check(const PropertyList& list) {
+  require(list.root() < list.count());
+  for (PropertyList::Index value = 0; value < list.count(); ++value) {
+    if (list.kind(value) == Kind::string) checkText(list.string(value));
+    if (list.kind(value) == Kind::data && !list.data(value).empty()) {
+      require(list.data(value).back() <= 0xFF);
+    }
+    if (list.kind(value) != Kind::array && list.kind(value) != Kind::map) continue;
+    for (const auto child : list.elements(value)) require(child < list.count());
+    if (list.kind(value) != Kind::map) continue;
+    for (const auto child : list.values(value)) require(child < list.count());
+    for (const auto key : list.keys(value)) {
+      require(list.keyNamed(list.string(key)) == list.keyOf(key));
+    }
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const tarnkit::ByteSpan bytes(data, size);
+  PropertyList list;
+  std::string error;
+  if (!tarnkit::PropertyListReader::read(bytes, list, &error)) {
+    require(!error.empty());
+    return 0;
+  }
+  check(list);
+  tarnkit::HXArchiveReader archive;
+  if (archive.open(bytes)) {
+    std::size_t length = 0;
+    tarnkit::HXArchiveText::writeIndented(archive,
+                                          [&](std::string_view text) { length += text.size(); });
+    tarnkit::HXArchiveText::writeJSON(archive,
+                                      [&](std::string_view text) { length += text.size(); });
+    require(length > 0);
+  }
+  return 0;
+}
