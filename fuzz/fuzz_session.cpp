@@ -1,0 +1,49 @@
+// Editing sessions from anywhere: a script may be refused at any operation, but the model must
+// stand whatever it is told, and the trace must stay JSON lines.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+#include "tarnkit/model/HXModel.h"
+#include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/SessionRun.h"
+
+namespace {
+
+// Longer traces are not kept: a few operations can dump a document again and again.
+constexpr std::size_t kLongestCheckedTrace = 1 << 20;
+
+void checkLines(std::string_view trace) {
+  while (!trace.empty()) {
+    const auto end = trace.find('\n');
+    if (end == std::string_view::npos) std::abort();
+    const auto line = trace.substr(0, end);
+    if (!nlohmann::json::accept(line.begin(), line.end())) std::abort();
+    trace.remove_prefix(end + 1);
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace tarnkit;
+  registerModelClasses();
+  tool::SessionRun run;
+  run.output = tool::SessionRun::Output::trace;
+  run.allowsFiles = false;
+  std::string trace;
+  bool isWhole = true;
+  try {
+    run.perform({reinterpret_cast<const char*>(data), size}, [&](std::string_view text) {
+      isWhole = isWhole && trace.size() + text.size() <= kLongestCheckedTrace;
+      if (isWhole) trace += text;
+    });
+  } catch (const tool::CommandFailure& failure) {
+    if (std::string_view(failure.what()).empty()) std::abort();
+  }
+  if (isWhole) checkLines(trace);
+  return 0;
+}
