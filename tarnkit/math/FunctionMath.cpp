@@ -1,6 +1,7 @@
 #include "tarnkit/math/FunctionMath.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <vector>
 
@@ -17,6 +18,26 @@ Integer saturate(double x) noexcept {
   if (x <= static_cast<double>(Limits::min())) return Limits::min();
   if (x >= static_cast<double>(Limits::max())) return Limits::max();
   return static_cast<Integer>(x);
+}
+
+// The factorials that a double can hold. The gamma function is off by some units in the last place
+// here; products of pairs of doubles are not.
+constexpr std::size_t kFactorials = 171;
+std::array<double, kFactorials> factorials() noexcept {
+  std::array<double, kFactorials> all{};
+  double high = 1;
+  double low = 0;
+  for (std::size_t i = 0; i < kFactorials; ++i) {
+    if (i > 0) {
+      const auto factor = static_cast<double>(i);
+      const double product = high * factor;
+      const double error = std::fma(high, factor, -product) + low * factor;
+      high = product + error;
+      low = error - (high - product);
+    }
+    all[i] = high;
+  }
+  return all;
 }
 
 double fromInteger(std::int64_t value) noexcept { return static_cast<double>(value); }
@@ -45,6 +66,10 @@ double shiftRight(double x, double y) noexcept {
 }
 
 double factorial(double x) noexcept {
+  static const auto exact = factorials();
+  if (x >= 0 && x < static_cast<double>(kFactorials) && std::trunc(x) == x) {
+    return exact[static_cast<std::size_t>(x)];
+  }
   const double gamma = std::tgamma(x + 1);
   return std::trunc(x) == x ? std::round(gamma) : gamma;
 }

@@ -49,7 +49,7 @@ Ref<MXExpression> MXExpression::variableExpressionWithVariable(const String& var
                                                                            : String(name));
 }
 
-Ref<MXExpression> MXExpression::functionExpressionWithFunction(
+Ref<MXExpression> MXExpression::functionExpressionWithFunctionOfObjects(
     const String& function, const std::vector<Ref<Object>>& arguments, MXError* error) {
   std::vector<Ref<MXExpression>> expressions;
   expressions.reserve(arguments.size());

@@ -38,9 +38,8 @@ class MXExpression : public Object {
   static Ref<MXExpression> variableExpressionWithVariable(const String& variable);
   /// The new node holds these argument objects and becomes their parent. One that is null or no
   /// expression gives null and "function arguments must be MXExpression objects" (code 18).
-  static Ref<MXExpression> functionExpressionWithFunction(const String& function,
-                                                          const std::vector<Ref<Object>>& arguments,
-                                                          MXError* error);
+  static Ref<MXExpression> functionExpressionWithFunctionOfObjects(
+      const String& function, const std::vector<Ref<Object>>& arguments, MXError* error);
   static Ref<MXExpression> functionExpressionWithFunction(
       const String& function, const std::vector<Ref<MXExpression>>& arguments, MXError* error);
   /// The tree that a builder holds, which must not be empty.

@@ -79,6 +79,7 @@ Ref<MXExpression> MXExpressionRewriter::expressionByRewritingExpression(
   detail::TreeBuilder* current = &builders[1];
   detail::TreeBuilder* next = &builders[2];
   before->addCopy(expression->view(storage));
+  const std::uint64_t originalCount = before->count();
   bool everChanged = false;
   for (int pass = 0; pass < kMaximumPasses; ++pass) {
     current->clear();
@@ -97,7 +98,7 @@ Ref<MXExpression> MXExpressionRewriter::expressionByRewritingExpression(
     }
     everChanged = true;
     std::swap(before, current);
-    if (before->count() > kMaximumNodes) break;
+    if (before->count() > originalCount + kMaximumGrowth) break;
   }
   Log::line("ABORT: replacement limit reached");
   return MXExpression::expressionWithTree(*before);

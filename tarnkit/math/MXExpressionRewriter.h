@@ -19,8 +19,8 @@ class MXExpressionRewriter final : public Object {
   TARNKIT_CLASS
  public:
   static constexpr int kMaximumPasses = 256;
-  /// A tree that rules have made larger than this counts as never coming to an end.
-  static constexpr std::uint32_t kMaximumNodes = std::uint32_t{1} << 24;
+  /// A tree that rules have made this many nodes larger counts as never coming to an end.
+  static constexpr std::uint32_t kMaximumGrowth = std::uint32_t{1} << 20;
 
   /// The process's shared rewriter with the built-in rules, made at first use from any thread.
   static const Ref<MXExpressionRewriter>& defaultRewriter();

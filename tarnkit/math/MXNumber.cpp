@@ -43,7 +43,7 @@ bool MXNumber::isNumberText(std::string_view text) noexcept {
 }
 
 bool MXNumber::isShortest() const {
-  return !isDecimal() || fromText(shortestText(value_)) == *this;
+  return !isDecimal() || decimal_.view() == shortestText(value_);
 }
 
 MXNumber MXNumber::fromText(std::string_view text) {

@@ -31,7 +31,7 @@ class MXNumber {
   /// The decimal digits ("0.5", "100000": no exponent, no needless zeros); nil for a plain number.
   const String& decimalText() const noexcept { return decimal_; }
   bool isDecimal() const noexcept { return !decimal_.isNil(); }
-  /// Whether the double alone stands for the same number.
+  /// Whether the double alone has the same description.
   bool isShortest() const;
   /// The decimal digits, or the shortest text that reads back to the same double.
   String description() const;

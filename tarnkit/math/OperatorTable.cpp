@@ -126,11 +126,11 @@ void OperatorTable::addTokens(const MXMathOperatorSet& tokenSet) {
   for (const String& text : texts) {
     const auto users = tokenSet.operatorsForToken(text);
     if (users.empty() || text.size() == 0) continue;
-    OperatorToken token{text.toStdString(), kNoRow, kNoRow, kNoRow, 0, 0};
+    OperatorToken token{text.toStdString(), kNoRow, kNoRow, kNoRow, 0};
     if (token.text.size() == 2) token.second = token.text[1];
     bool reachable = true;
-    for (std::size_t at = 0; at < text.size(); ++token.codePoints) {
-      reachable = reachable && isOperatorCharacter(nextCodePoint(text, at));
+    for (std::size_t at = 0; reachable && at < text.size();) {
+      reachable = isOperatorCharacter(nextCodePoint(text, at));
     }
     if (!reachable) continue;
     if (users.size() == 1) {

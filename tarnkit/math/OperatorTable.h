@@ -49,8 +49,7 @@ struct OperatorToken {
   std::uint16_t row;        // kNoRow while ambiguous
   std::uint16_t unaryRow;   // of an ambiguous token: what it is where an operand may begin
   std::uint16_t binaryRow;  // of an ambiguous token: what it is after an operand
-  std::uint8_t codePoints;
-  char second;  // of a token of two bytes below 0x80; else 0
+  char second;              // of a token of two bytes below 0x80; else 0
 };
 
 /// The operators of the default set, with what another set says about characters and
