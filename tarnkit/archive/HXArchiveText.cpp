@@ -211,7 +211,7 @@ class JSONWriter final : public TextWriter {
     fmt::format_to(std::back_inserter(out_), R"(,"objects":{},"root":)", archive.objectCount());
   }
   void finish() {
-    out_ += '}';
+    out_ += "}\n";
     flush();
   }
 

@@ -30,7 +30,7 @@ class BinaryParser {
 
   bool parse() {
     if (!readTrailer()) return false;
-    budget_ = bytes_.size() + PropertyListReader::kOverlapAllowance;
+    budget_ = tableStart_ - kHeaderSize + PropertyListReader::kOverlapAllowance;
     const std::uint8_t* const table = bytes_.data() + tableStart_;
     for (std::uint64_t i = 0; i < objectCount_; ++i) {
       const std::uint64_t offset = bigEndian(table + i * offsetWidth_, offsetWidth_);

@@ -11,7 +11,7 @@ namespace tarnkit {
 ///
 /// Every offset, count, width and text is checked before it is used; nothing malformed is accepted
 /// and nothing is thrown. Work and memory are linear in the file: every object is parsed once, and
-/// objects of a binary file may overlap, but come together to at most the file's size and
+/// objects of a binary file may overlap, but come together to at most the space that they share and
 /// `kOverlapAllowance`. There is no recursion. Threads may read at the same time.
 class PropertyListReader {
  public:

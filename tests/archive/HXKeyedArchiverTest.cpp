@@ -390,7 +390,8 @@ TEST(HXArchiveReader, WritesJSON) {
                 R"({"id":"$object-0","class":"Scripted","values":{)"
                 R"("k0":{"id":"$object-1","elements":[)"
                 R"({"id":"$object-2","class":"Scripted","values":{}},{"reference":"$object-2"}]},)"
-                R"("k1":"a \"quoted\"\n\u0001","k2":0.1,"k3":"-inf","k4":{"data":3},"k5":null}}})");
+                R"("k1":"a \"quoted\"\n\u0001","k2":0.1,"k3":"-inf","k4":{"data":3},"k5":null}}})"
+                "\n");
 }
 
 // Lists that stand inline in many places, and a long text in many: neither may be written out
