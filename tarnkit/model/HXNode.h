@@ -219,6 +219,8 @@ class HXNode : public HXRNodeOwner {
   void hx_syncPortsWithPatch();
   void hx_syncPortGroups(PortSide side, std::vector<Ref<HXPortGroup>>& gone,
                          std::vector<Ref<HXPortGroup>>& added);
+  /// Ends the publications and connections of a port that has gone.
+  void withdrawPort(HXPatchPort& port);
   PortSide portSide(std::int32_t orientation);
   /// One published port more or less in the groups; false, and nothing done, when the groups must
   /// be synchronised as a whole.

@@ -219,26 +219,51 @@ void HXNode::hx_syncPortsWithPatch() {
   }
   std::vector<Ref<HXPatchPort>> gone;
   for (const auto& entry : old) gone.push_back(entry.value);
-  for (const auto& port : gone) {
-    const Ref<HXGroup> parent(parentGroup());
-    if (parent && port->symbolicPort()) parent->removeSymbolicPortForPort(port.get());
-    if (port->connections().isEmpty()) continue;
-    if (const Ref<HXDocument> document{this->document()}) {
-      document->breakAllConnectionsToPort(*port);
-    }
-  }
+  for (const auto& port : gone) withdrawPort(*port);
   announceChanges(*this, HXNodeRemovePortNotification, gone, HXNodeAddPortNotification, added,
                   HXPortInfo);
 }
 
-void HXNode::addPatchPort(HXRPort&) {
-  hx_syncPortGroupsWithPatch();
-  hx_syncPortsWithPatch();
+void HXNode::withdrawPort(HXPatchPort& port) {
+  const Ref<HXGroup> parent(parentGroup());
+  if (parent && port.symbolicPort()) parent->removeSymbolicPortForPort(&port);
+  if (port.connections().isEmpty()) return;
+  if (const Ref<HXDocument> document{this->document()}) document->breakAllConnectionsToPort(port);
 }
 
-void HXNode::removePatchPort(HXRPort&) {
+// One port that comes or goes costs itself, unless it is not the only difference.
+
+void HXNode::addPatchPort(HXRPort& port) {
+  const Ref<HXRPort> description(&port);
   hx_syncPortGroupsWithPatch();
-  hx_syncPortsWithPatch();
+  if (syncingPorts_ || decoding_) return;
+  const auto* ports = patch_ ? &patch_->portLayout().ports() : nullptr;
+  if (!ports || ports->get(port.uniqueKey()) != description ||
+      portsByUniqueKey_.contains(port.uniqueKey()) ||
+      ports->size() != portsByUniqueKey_.size() + 1) {
+    hx_syncPortsWithPatch();
+    return;
+  }
+  const auto added = make<HXPatchPort>(this, port.orientation(), port.connectionRelationship());
+  added->setPatchPort(description);
+  portsByUniqueKey_.set(port.uniqueKey(), added);
+  detail::announceOfNode(HXNodeAddPortNotification, *this, HXPortInfo, *added);
+}
+
+void HXNode::removePatchPort(HXRPort& port) {
+  const Ref<HXRPort> description(&port);
+  hx_syncPortGroupsWithPatch();
+  if (syncingPorts_ || decoding_) return;
+  const auto* ports = patch_ ? &patch_->portLayout().ports() : nullptr;
+  if (!ports || ports->contains(port.uniqueKey()) ||
+      !portsByUniqueKey_.contains(port.uniqueKey()) ||
+      ports->size() + 1 != portsByUniqueKey_.size()) {
+    hx_syncPortsWithPatch();
+    return;
+  }
+  const auto gone = portsByUniqueKey_.take(port.uniqueKey());
+  withdrawPort(*gone);
+  detail::announceOfNode(HXNodeRemovePortNotification, *this, HXPortInfo, *gone);
 }
 
 void HXNode::addPatchParameter(HXRParameter&) { hx_syncParametersWithPatch(); }
