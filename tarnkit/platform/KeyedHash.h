@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace tarnkit::detail {
 
@@ -47,6 +48,10 @@ inline std::uint64_t keyedHash(const void* bytes, std::size_t size, const HashKe
   }
   state = foldedProduct(a ^ keys.words[1], b ^ state);
   return foldedProduct(state ^ keys.words[2], keys.words[3]);
+}
+
+inline std::uint64_t keyedHash(std::string_view text) noexcept {
+  return keyedHash(text.data(), text.size(), hashKeys());
 }
 
 }  // namespace tarnkit::detail

@@ -3,6 +3,7 @@
 #include <initializer_list>
 #include <utility>
 
+#include "tarnkit/platform/KeyedHash.h"
 #include "tarnkit/platform/OrderedTable.h"
 #include "tarnkit/platform/String.h"
 
@@ -62,7 +63,8 @@ class OrderedMap {
   struct Traits {
     using Key = String;
     static const String& key(const Entry& entry) noexcept { return entry.key; }
-    static std::uint64_t hash(const String& key) noexcept { return key.hash(); }
+    // Keyed, since keys may come out of a file that was made to have them collide.
+    static std::uint64_t hash(const String& key) noexcept { return detail::keyedHash(key.view()); }
     static bool hasKey(const Entry& entry, const String& key) noexcept {
       return entry.key == key;
     }

@@ -2,10 +2,18 @@
 
 #include <algorithm>
 
+#include "tarnkit/platform/KeyedHash.h"
+#include "tarnkit/platform/String.h"
+
 namespace tarnkit {
 
 const Class OrderedSet::kClass{"NSOrderedSet", &Object::kClass,
                                &detail::makeByDefault<OrderedSet>};
+
+std::uint64_t OrderedSet::Traits::hash(const Object* key) {
+  if (key->codingKind() != CodingKind::string) return key->hash();
+  return detail::keyedHash(static_cast<const StringObject*>(key)->view());
+}
 
 bool OrderedSet::contains(const Object* object) const noexcept {
   return object && table_.find(object);

@@ -48,7 +48,8 @@ class OrderedSet final : public Object {
   struct Traits {
     using Key = const Object*;
     static const Object* key(const Ref<Object>& entry) noexcept { return entry.get(); }
-    static std::uint64_t hash(const Object* key) { return key->hash(); }
+    // Keyed for strings, since they may come out of a file that was made to have them collide.
+    static std::uint64_t hash(const Object* key);
     static bool hasKey(const Ref<Object>& entry, const Object* key) {
       return entry.get() == key || entry->isEqual(*key);
     }
