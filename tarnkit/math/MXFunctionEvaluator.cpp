@@ -11,6 +11,9 @@ namespace tarnkit::detail {
 
 const Class MXFunctionEvaluator::kClass{"_MXFunctionEvaluator", &Object::kClass};
 
+MXFunctionEvaluator::MXFunctionEvaluator(const MXMathEvaluator* evaluator)
+    : evaluator_(const_cast<MXMathEvaluator*>(evaluator)) {}
+
 MXFunctionEvaluator::~MXFunctionEvaluator() = default;
 
 double computeBuiltin(const BuiltinFunction& function, const double* arguments, std::size_t count,

@@ -28,8 +28,7 @@ double computeBuiltin(const BuiltinFunction& function, const double* arguments, 
 class MXFunctionEvaluator : public Object {
   TARNKIT_CLASS
  public:
-  explicit MXFunctionEvaluator(const MXMathEvaluator* evaluator)
-      : evaluator_(const_cast<MXMathEvaluator*>(evaluator)) {}
+  explicit MXFunctionEvaluator(const MXMathEvaluator* evaluator);
   ~MXFunctionEvaluator() override;
 
   /// The names of all built-ins, sorted.

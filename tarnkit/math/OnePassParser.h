@@ -26,13 +26,15 @@ class OnePassParser {
  public:
   /// The text is prepared (see `prepareText`).
   OnePassParser(std::string_view text, const OperatorTable& table, TreeBuilder& tree) noexcept
-      : text_(text), table_(table), tree_(tree) {}
+      : text_(text), table_(table), tree_(tree) {
+    beginFrame();
+  }
 
   /// Whether the tree has been built.
   bool parse();
 
   /// The scanner's sink.
-  bool operator()(const ScannedToken& token);
+  [[gnu::always_inline]] inline bool operator()(const ScannedToken& token);
 
  private:
   /// No postfix operator stands last.
@@ -60,19 +62,22 @@ class OnePassParser {
     std::uint64_t rightLevels;
   };
 
-  bool addNumber(const ScannedToken& token);
-  bool addVariable(const ScannedToken& token);
+  [[gnu::always_inline]] inline bool addNumber(const ScannedToken& token);
+  [[gnu::always_inline]] inline bool addVariable(const ScannedToken& token);
+  bool addRewrittenNumber(const ScannedToken& token);
+  bool addRewrittenVariable(const ScannedToken& token);
+  bool addOtherOperator(std::uint16_t row);
   bool openFunction(const ScannedToken& token);
   bool openGroup();
-  void beginFrame();
+  Frame& beginFrame();
   bool closeGroup();
   bool nextArgument();
   bool addPrefix(std::uint16_t row);
   bool addPostfix(std::uint16_t row);
-  bool addBinary(std::uint16_t row);
+  [[gnu::always_inline]] inline bool addBinary(std::uint16_t row);
 
   void noteLevel(const OperatorRow& row) noexcept;
-  void reduceTighter(std::int64_t precedence);
+  [[gnu::always_inline]] inline void reduceTighter(std::int64_t precedence);
   void reduceTop();
   void addUnary(const OperatorRow& row);
   bool endGroup();
@@ -87,8 +92,7 @@ class OnePassParser {
   bool expectsOperand_ = true;
   bool opensArguments_ = false;  // a function's name was just read
   std::int64_t lastPostfix_ = kAnyPrecedence;
-  Frame frame_{};
-  SmallStack<Frame, 8> frames_;
+  SmallStack<Frame, 8> frames_;  // the text itself first; the innermost one last
   SmallStack<PendingOperator, 16> operators_;
 };
 

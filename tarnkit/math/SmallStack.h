@@ -49,7 +49,7 @@ class SmallStack {
   void clear() noexcept { size_ = 0; }
 
  private:
-  void grow(std::size_t needed) {
+  [[gnu::noinline, gnu::cold]] void grow(std::size_t needed) {
     const std::size_t capacity = needed > capacity_ * 2 ? needed : capacity_ * 2;
     auto* const fresh = static_cast<T*>(::operator new(capacity * sizeof(T)));
     std::memcpy(static_cast<void*>(fresh), data_, size_ * sizeof(T));

@@ -44,7 +44,7 @@ MXError scanError(const ScanFailure& failure, std::string_view text) {
 
 std::string tokenText(const ScannedToken& token, std::string_view text,
                       const OperatorTable& table) {
-  const auto slice = text.substr(token.offset, token.length);
+  const auto slice = text.substr(token.offset(), token.length());
   switch (token.form) {
     case TokenForm::plain:
       return token.type == MXTokenType::op ? lowerCase(slice) : std::string(slice);

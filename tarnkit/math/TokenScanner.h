@@ -23,8 +23,11 @@ struct ScannedToken {
   MXTokenType type;
   TokenForm form;
   std::uint16_t row;  // of an operator: its row, or `OperatorTable::kNoRow` while unresolved
-  std::uint32_t offset;
-  std::uint32_t length;
+  /// Offset and length in one word: written in two, it would be waited for when it is copied.
+  std::uint64_t place;
+
+  std::uint32_t offset() const noexcept { return static_cast<std::uint32_t>(place); }
+  std::uint32_t length() const noexcept { return static_cast<std::uint32_t>(place >> 32); }
 };
 
 /// What stopped a scan, and where.
@@ -73,7 +76,7 @@ class TokenScanner {
   [[gnu::always_inline]] inline bool next(ScannedToken& token);
   [[gnu::always_inline]] inline bool process(ScannedToken& token);
   [[gnu::always_inline]] inline bool emit(const ScannedToken& token);
-  bool insert(std::uint16_t row);
+  [[gnu::noinline]] bool insert(std::uint16_t row);
   std::uint16_t resolve(const ScannedToken& token) const noexcept;
   Last lastOf(std::uint16_t row) const noexcept;
 
@@ -107,8 +110,7 @@ class TokenScanner {
     token.type = type;
     token.form = TokenForm::plain;
     token.row = OperatorTable::kNoRow;
-    token.offset = offsetOf(from);
-    token.length = static_cast<std::uint32_t>(to - from);
+    token.place = std::uint64_t{offsetOf(from)} | static_cast<std::uint64_t>(to - from) << 32;
   }
 
   const char* begin_;

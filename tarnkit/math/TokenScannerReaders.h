@@ -43,7 +43,7 @@ bool TokenScanner<Sink>::process(ScannedToken& token) {
     if (ambiguous_) {
       token.row = resolve(token);
       if (token.row == OperatorTable::kNoRow) {
-        failure_ = {MXErrorCode::unknownOperatorPrecedence, false, token.offset, token.length};
+        failure_ = {MXErrorCode::unknownOperatorPrecedence, false, token.offset(), token.length()};
       }
     }
     beginsOperand = false;
@@ -107,7 +107,8 @@ std::uint16_t TokenScanner<Sink>::resolve(const ScannedToken& token) const noexc
   const bool unary = last_ == Last::nothing || last_ == Last::binary || last_ == Last::prefix ||
                      last_ == Last::noArity;
   const std::uint16_t row = unary ? ambiguous_->unaryRow : ambiguous_->binaryRow;
-  if (row != OperatorTable::kNoRow || token.length != 1 || begin_[token.offset] != '!') return row;
+  if (row != OperatorTable::kNoRow || token.length() != 1 || begin_[token.offset()] != '!')
+    return row;
   if (!unary) return table_.factorialRow();
   return last_ == Last::noArity ? OperatorTable::kNoRow : table_.logicalNotRow();
 }

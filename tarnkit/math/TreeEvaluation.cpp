@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cstring>
 #include <span>
 
 #include "tarnkit/math/FunctionMath.h"
@@ -25,11 +26,19 @@ struct Nesting {
 };
 thread_local Nesting nesting;
 
+// Most names are short: where the first characters differ nothing more need be looked at.
+inline bool sameName(std::string_view a, std::string_view b) noexcept {
+  return a.size() == b.size() &&
+         (a.empty() ||
+          (a.front() == b.front() &&
+           (a.size() == 1 || std::memcmp(a.data(), b.data(), a.size()) == 0)));
+}
+
 const Number* numberNamed(const MXSubstitutions& substitutions, std::string_view name) {
   const Ref<Object>* found = nullptr;
   if (substitutions.size() <= kSearchedInPlace) {
     for (const auto& entry : substitutions) {
-      if (entry.key.view() == name) {
+      if (sameName(entry.key.view(), name)) {
         found = &entry.value;
         break;
       }
@@ -43,7 +52,7 @@ const Number* numberNamed(const MXSubstitutions& substitutions, std::string_view
 }
 
 // Computes the function at `node` on the values before `top`; answers where the top is afterwards.
-double* computeInPlace(const ExpressionNode* node, double* top, bool degrees) {
+inline double* computeInPlace(const ExpressionNode* node, double* top, bool degrees) {
   switch (node->builtin) {
     case Builtin::add:
       --top;
