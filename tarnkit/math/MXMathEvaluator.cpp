@@ -8,6 +8,7 @@
 #include "tarnkit/math/MXFunctionEvaluator.h"
 #include "tarnkit/math/MXFunctionExpression.h"
 #include "tarnkit/math/MXParser.h"
+#include "tarnkit/math/MXPrecisionFunctionEvaluator.h"
 #include "tarnkit/math/MathText.h"
 #include "tarnkit/math/OnePassParser.h"
 #include "tarnkit/math/RandomNumbers.h"
@@ -80,6 +81,16 @@ std::vector<String> MXMathEvaluator::registeredFunctions() const {
 
 void MXMathEvaluator::setOperatorSet(const Ref<MXMathOperatorSet>& operatorSet) {
   operatorSet_ = operatorSet ? operatorSet : MXMathOperatorSet::defaultOperatorSet();
+}
+
+void MXMathEvaluator::setUsesHighPrecisionEvaluation(bool uses) {
+  if (uses == usesHighPrecisionEvaluation()) return;
+  if (uses) {
+    functionEvaluator_ = make<detail::MXPrecisionFunctionEvaluator>(this);
+  } else {
+    functionEvaluator_ = make<detail::MXFunctionEvaluator>(this);
+  }
+  computesInDoubles_ = functionEvaluator_->computesInDoubles();
 }
 
 std::optional<MXNumber> MXMathEvaluator::evaluateString(std::string_view string,

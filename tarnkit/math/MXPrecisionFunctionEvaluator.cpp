@@ -1,0 +1,224 @@
+#include "tarnkit/math/MXPrecisionFunctionEvaluator.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "tarnkit/math/MXDecimal.h"
+#include "tarnkit/math/SmallStack.h"
+#include "tarnkit/math/precision/PrecisionFunctions.h"
+#include "tarnkit/math/precision/PrecisionTables.h"
+#include "tarnkit/math/precision/WideDecimal.h"
+
+namespace tarnkit::detail {
+
+const Class MXPrecisionFunctionEvaluator::kClass{"_MXPrecisionFunctionEvaluator",
+                                                 &MXFunctionEvaluator::kClass};
+
+MXPrecisionFunctionEvaluator::~MXPrecisionFunctionEvaluator() = default;
+
+Decimal decimalOfNumber(const MXNumber& number) noexcept {
+  if (!number.isDecimal()) return Decimal::fromDouble(number.doubleValue());
+  return Decimal::fromText(number.decimalText().view()).value_or(Decimal::notANumber());
+}
+
+MXNumber numberOfDecimal(const Decimal& decimal) {
+  if (decimal.isNaN()) return std::nan("");
+  char text[Decimal::kMaximumTextLength];
+  const auto length = static_cast<std::size_t>(decimal.write(text) - text);
+  return MXNumber::fromText({text, length});
+}
+
+namespace {
+
+using DecimalStack = SmallStack<Decimal, 8>;
+
+Decimal rounded(const WideResult& result) noexcept {
+  return result ? decimalOf(*result) : Decimal::notANumber();
+}
+
+Decimal constant(Builtin id) noexcept {
+  switch (id) {
+    case Builtin::phi:
+      return MXDecimalPhi();
+    case Builtin::pi:
+      return MXDecimalPi();
+    case Builtin::pi_2:
+      return MXDecimalPi_2();
+    case Builtin::pi_4:
+      return MXDecimalPi_4();
+    case Builtin::tau:
+      return MXDecimal2Pi();
+    case Builtin::sqrt2:
+      return MXDecimalSqrt2();
+    case Builtin::e:
+      return MXDecimalE();
+    case Builtin::log2e:
+      return MXDecimalLog2e();
+    case Builtin::log10e:
+      return MXDecimalLog10e();
+    case Builtin::ln2:
+      return MXDecimalLn2();
+    case Builtin::ln10:
+      return MXDecimalLn10();
+    default:
+      return Decimal::notANumber();
+  }
+}
+
+std::optional<Decimal> binary(Builtin id, const Decimal& x, const Decimal& y) noexcept {
+  switch (id) {
+    case Builtin::add:
+      return x + y;
+    case Builtin::subtract:
+      return x - y;
+    case Builtin::multiply:
+      return x * y;
+    case Builtin::divide:
+      return x / y;
+    case Builtin::mod:
+      return MXDecimalMod(x, y);
+    case Builtin::pow:
+      return MXDecimalPower(x, y);
+    case Builtin::nthroot:
+      return MXDecimalNthRoot(x, y);
+    case Builtin::lshift:
+      return MXDecimalLeftShift(x, y);
+    case Builtin::rshift:
+      return MXDecimalRightShift(x, y);
+    default:
+      return std::nullopt;
+  }
+}
+
+std::optional<Decimal> plain(Builtin id, const Decimal& x) noexcept {
+  switch (id) {
+    case Builtin::negate:
+      return x.negated();
+    case Builtin::factorial:
+      return MXDecimalFactorial(x);
+    case Builtin::sqrt:
+      return x.squareRoot();
+    case Builtin::log:
+      return MXDecimalLog10(x);
+    case Builtin::ln:
+      return MXDecimalLn(x);
+    case Builtin::log2:
+      return MXDecimalLog2(x);
+    case Builtin::exp:
+      return MXDecimalExp(x);
+    case Builtin::ceil:
+      return x.rounded(0, DecimalRounding::up);
+    case Builtin::floor:
+      return x.rounded(0, DecimalRounding::down);
+    case Builtin::abs:
+      return x.absolute();
+    default:
+      return std::nullopt;
+  }
+}
+
+// The functions that have to do with angles or hyperbolas.
+std::optional<Decimal> transcendental(const BuiltinCall& call, const Decimal& x) noexcept {
+  const Builtin id = call.function.id;
+  if (id < Builtin::sin || id > Builtin::rtod) return std::nullopt;
+  if (x.isNaN()) return x;
+  if (id == Builtin::dtor) return decimalOf(wideOf(x) * kWideDegree);
+  if (id == Builtin::rtod) return decimalOf(wideOf(x) * kWideRadian);
+  if (call.function.angle == BuiltinAngle::argument) {
+    const bool half = id == Builtin::crd;
+    const ReducedAngle angle =
+        call.degrees && !call.argumentIsRadians ? reduceDegrees(x, half) : reduceRadians(x, half);
+    if (!half) return rounded(wideOfAngle(id, angle));
+    const WideFloat sine = *wideOfAngle(Builtin::sin, angle);
+    return sine.isZero() ? Decimal() : decimalOf(sine.timesPowerOfTwo(1));
+  }
+  const bool isArc = id >= Builtin::asin && id <= Builtin::acotan;
+  const bool isArea = id >= Builtin::asinh && id <= Builtin::atanh;
+  const bool isInverseArea = id >= Builtin::acsch && id <= Builtin::acotanh;
+  WideResult result = isArc                     ? wideArc(id, x)
+                      : isArea || isInverseArea ? wideArea(id, x)
+                                                : wideHyperbolic(id, x);
+  if (result && call.degrees && call.function.angle == BuiltinAngle::result) {
+    result = *result * kWideRadian;
+  }
+  return rounded(result);
+}
+
+Decimal sumOf(const Decimal* values, std::size_t count) noexcept {
+  Decimal sum = values[0];
+  for (std::size_t i = 1; i < count; ++i) sum = sum + values[i];
+  return sum;
+}
+
+Decimal averageOf(const Decimal* values, std::size_t count) noexcept {
+  return sumOf(values, count) / Decimal::fromUnsigned(count);
+}
+
+Decimal medianOf(Decimal* values, std::size_t count) noexcept {
+  std::sort(values, values + count);
+  // What is not a number stands before all numbers.
+  if (values[0].isNaN()) return values[0];
+  const std::size_t middle = count / 2;
+  return count % 2 == 1 ? values[middle] : MXDecimalAverage2(values[middle - 1], values[middle]);
+}
+
+Decimal deviationOf(const Decimal* values, std::size_t count) noexcept {
+  const Decimal center = averageOf(values, count);
+  Decimal squares;
+  for (std::size_t i = 0; i < count; ++i) {
+    const Decimal distance = values[i] - center;
+    squares = squares + distance * distance;
+  }
+  return (squares / Decimal::fromUnsigned(count)).squareRoot();
+}
+
+std::optional<Decimal> ofList(Builtin id, Decimal* values, std::size_t count) noexcept {
+  switch (id) {
+    case Builtin::sum:
+      return sumOf(values, count);
+    case Builtin::average:
+      return averageOf(values, count);
+    case Builtin::median:
+      return medianOf(values, count);
+    case Builtin::stddev:
+      return deviationOf(values, count);
+    default:
+      return std::nullopt;
+  }
+}
+
+std::optional<Decimal> computeDecimal(const BuiltinCall& call,
+                                      std::span<const MXNumber> arguments) {
+  const Builtin id = call.function.id;
+  switch (call.function.shape) {
+    case BuiltinShape::constant:
+      return constant(id);
+    case BuiltinShape::binary:
+      return binary(id, decimalOfNumber(arguments[0]), decimalOfNumber(arguments[1]));
+    case BuiltinShape::unary: {
+      const Decimal x = decimalOfNumber(arguments[0]);
+      const auto value = plain(id, x);
+      return value ? value : transcendental(call, x);
+    }
+    case BuiltinShape::list: {
+      DecimalStack values;
+      for (const MXNumber& argument : arguments) values.push(decimalOfNumber(argument));
+      return ofList(id, values.data(), values.size());
+    }
+    case BuiltinShape::special:
+      if (id != Builtin::percent) return std::nullopt;
+      return decimalOfNumber(arguments[0]).timesPowerOfTen(-2) * decimalOfNumber(call.percentBase);
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<MXNumber> MXPrecisionFunctionEvaluator::compute(const BuiltinCall& call,
+                                                              std::span<const MXNumber> arguments,
+                                                              MXError* error) const {
+  if (const auto value = computeDecimal(call, arguments)) return numberOfDecimal(*value);
+  return MXFunctionEvaluator::compute(call, arguments, error);
+}
+
+}  // namespace tarnkit::detail

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "tarnkit/math/MXFunctionEvaluator.h"
+#include "tarnkit/platform/Decimal.h"
+
+namespace tarnkit::detail {
+
+/// Computes the built-in functions in decimals of 38 digits. The bitwise and logical ones, the
+/// comparisons, min, max and random stay in doubles. A result that is no number is a NaN, not an
+/// error. In degrees an angle is reduced before it is converted and an inverse is converted before
+/// it is rounded, so that whole degrees lose nothing. Owned by an evaluator; safe on any thread.
+class MXPrecisionFunctionEvaluator final : public MXFunctionEvaluator {
+  TARNKIT_CLASS
+ public:
+  explicit MXPrecisionFunctionEvaluator(const MXMathEvaluator* evaluator)
+      : MXFunctionEvaluator(evaluator) {}
+  ~MXPrecisionFunctionEvaluator() override;
+
+  bool computesInDoubles() const noexcept override { return false; }
+  std::optional<MXNumber> compute(const BuiltinCall& call, std::span<const MXNumber> arguments,
+                                  MXError* error) const override;
+};
+
+/// The decimal of a number: its digits where it has them, otherwise the shortest for its double.
+Decimal decimalOfNumber(const MXNumber& number) noexcept;
+/// The number with all digits of a decimal; a NaN for what is not a number.
+MXNumber numberOfDecimal(const Decimal& decimal);
+
+}  // namespace tarnkit::detail

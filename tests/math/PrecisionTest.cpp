@@ -1,0 +1,138 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tarnkit/math/MXDecimal.h"
+#include "tarnkit/math/MXPrecisionFunctionEvaluator.h"
+#include "tarnkit/platform/PowersOfTen.h"
+
+namespace tarnkit {
+namespace {
+
+using detail::UInt256;
+
+/// A reference value: digits × 10^exponent, of any exponent.
+struct Reference {
+  bool isNaN = false;
+  bool negative = false;
+  std::string digits;  // no leading zeros; empty for 0
+  int exponent = 0;
+
+  explicit Reference(std::string text) : isNaN(text == "NaN") {
+    if (isNaN) return;
+    negative = text.front() == '-';
+    if (negative) text.erase(0, 1);
+    const auto e = text.find('e');
+    if (e != text.npos) exponent = std::stoi(text.substr(e + 1));
+    text.resize(std::min(e, text.size()));
+    const auto point = text.find('.');
+    if (point != text.npos) {
+      exponent -= static_cast<int>(text.size() - point - 1);
+      text.erase(point, 1);
+    }
+    digits = text.substr(std::min(text.find_first_not_of('0'), text.size()));
+  }
+  int magnitude() const { return exponent + static_cast<int>(digits.size()) - 1; }
+};
+
+/// Units of 10^-20 of the last digit.
+constexpr int kFine = 20;
+
+UInt256 integerOf(const std::string& digits, int power) {
+  std::string text = digits;
+  if (power >= 0) {
+    text.append(static_cast<std::size_t>(power), '0');
+  } else {
+    const auto cut = static_cast<std::size_t>(-power);
+    text = cut >= text.size() ? "" : text.substr(0, text.size() - cut);
+  }
+  UInt256 value;
+  for (const char c : text) {
+    value = (value << 3) + (value << 1) + UInt256{0, static_cast<unsigned>(c - '0')};
+  }
+  return value;
+}
+
+std::string digitsOf(const Decimal& value) {
+  std::string digits;
+  for (auto left = value.mantissa(); left != 0; left /= 10) {
+    digits.insert(digits.begin(), static_cast<char>('0' + static_cast<int>(left % 10)));
+  }
+  return digits;
+}
+
+constexpr double kWrong = 1e9;
+
+/// How far the result is off, in units of the last of 38 digits, or of 10^-128 where that is more.
+double errorOf(const Decimal& result, const Reference& reference) {
+  constexpr int kGreatestMagnitude = Decimal::kMaximumExponent + Decimal::kDigits - 1;
+  if (reference.isNaN || reference.magnitude() > kGreatestMagnitude) {
+    return result.isNaN() ? 0 : kWrong;
+  }
+  if (result.isNaN()) return kWrong;
+  const int unit = reference.digits.empty() ? Decimal::kMinimumExponent
+                                            : std::max(reference.magnitude() - Decimal::kDigits + 1,
+                                                       Decimal::kMinimumExponent);
+  if (!result.isZero() && !reference.digits.empty() &&
+      (result.isNegative() != reference.negative || result.magnitude() > unit + Decimal::kDigits)) {
+    return kWrong;
+  }
+  const UInt256 wanted = integerOf(reference.digits, reference.exponent - unit + kFine);
+  const UInt256 got = integerOf(digitsOf(result), result.exponent() - unit + kFine);
+  const UInt256 distance = got < wanted ? wanted - got : got - wanted;
+  if (distance.high != 0) return kWrong;
+  return static_cast<double>(distance.low) / 1e20;
+}
+
+struct Worst {
+  double error = 0;
+  std::size_t count = 0;
+  std::string line;
+};
+
+TEST(PrecisionTest, FunctionsAgainstReferenceValues) {
+  // Larger sets of values are measured with the same code: the table of the results is printed.
+  const char* const other = std::getenv("TARNKIT_PRECISION_VALUES");
+  const std::string path =
+      other ? other : TARNKIT_SOURCE_DIR "/tests/math/data/precision_values.tsv";
+  std::ifstream file(path);
+  ASSERT_TRUE(file) << path;
+  const auto evaluator = make<detail::MXPrecisionFunctionEvaluator>(nullptr);
+  std::map<std::string, Worst> results;
+  for (std::string line; std::getline(file, line);) {
+    std::istringstream fields(line);
+    std::vector<std::string> parts;
+    for (std::string part; std::getline(fields, part, '\t');) parts.push_back(part);
+    ASSERT_GE(parts.size(), 3U) << line;
+    const auto builtin = detail::builtinNamed(parts[0]);
+    ASSERT_NE(builtin, detail::Builtin::none) << line;
+    std::vector<MXNumber> arguments;
+    for (std::size_t i = 1; i + 1 < parts.size(); ++i) {
+      arguments.push_back(detail::numberOfDecimal(Decimal::fromText(parts[i]).value()));
+    }
+    MXError error;
+    const auto value =
+        evaluator->compute({detail::builtinFunction(builtin)}, arguments, &error).value();
+    const double off = errorOf(detail::decimalOfNumber(value), Reference(parts.back()));
+    Worst& worst = results[parts[0]];
+    ++worst.count;
+    if (off > worst.error || worst.line.empty()) worst = {off, worst.count, line};
+  }
+  EXPECT_GE(results.size(), 43U);
+  for (const auto& [name, worst] : results) {
+    const auto builtin = detail::builtinNamed(name);
+    const bool isExact = builtin <= detail::Builtin::divide || builtin == detail::Builtin::sqrt;
+    EXPECT_LE(worst.error, isExact ? 0.5 : 0.51) << name << ": " << worst.line;
+    if (other) std::printf("%-14s %zu %.12f\n", name.c_str(), worst.count, worst.error);
+  }
+}
+
+}  // namespace
+}  // namespace tarnkit
