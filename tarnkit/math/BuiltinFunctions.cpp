@@ -1,7 +1,9 @@
 #include "tarnkit/math/BuiltinFunctions.h"
 
 #include <array>
+#include <bit>
 #include <cmath>
+#include <cstring>
 
 #include "tarnkit/math/FunctionMath.h"
 
@@ -199,6 +201,44 @@ constexpr PackedName pack(std::string_view name) {
   return packed;
 }
 
+// Up to eight bytes, without a loop; the others are 0.
+std::uint64_t load(const char* from, std::size_t size) noexcept {
+  std::uint64_t word = 0;
+  if (size >= 8) {
+    std::memcpy(&word, from, sizeof word);
+  } else if (size >= 4) {
+    std::uint32_t low;
+    std::uint32_t high;
+    std::memcpy(&low, from, sizeof low);
+    std::memcpy(&high, from + size - 4, sizeof high);
+    word = low | std::uint64_t{high} << (8 * (size - 4));
+  } else if (size > 0) {
+    const auto byte = [from](std::size_t i) {
+      return std::uint64_t{static_cast<unsigned char>(from[i])} << (8 * i);
+    };
+    word = byte(0) | byte(size / 2) | byte(size - 1);
+  }
+  return word;
+}
+
+// Every byte of "A" to "Z" in lower case.
+std::uint64_t lowerCaseBytes(std::uint64_t word) noexcept {
+  constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
+  const std::uint64_t low = word & (kOnes * 0x7F);
+  const std::uint64_t fromA = low + kOnes * (0x80 - 'A');
+  const std::uint64_t beyondZ = low + kOnes * (0x7F - 'Z');
+  const std::uint64_t upper = (fromA ^ beyondZ) & ~word & (kOnes * 0x80);
+  return word | upper >> 2;
+}
+
+PackedName packQuickly(std::string_view name) noexcept {
+  if constexpr (std::endian::native != std::endian::little) return pack(name);
+  PackedName packed;
+  packed.low = lowerCaseBytes(load(name.data(), name.size()));
+  if (name.size() > 8) packed.high = lowerCaseBytes(load(name.data() + 8, name.size() - 8));
+  return packed;
+}
+
 constexpr std::size_t kSlots = 512;
 constexpr std::size_t slotOf(const PackedName& name) {
   const std::uint64_t mixed =
@@ -231,7 +271,7 @@ const BuiltinFunction& builtinFunction(Builtin id) noexcept {
 
 Builtin builtinNamed(std::string_view name) noexcept {
   if (name.size() > kLongestName || name.empty()) return Builtin::none;
-  const PackedName packed = pack(name);
+  const PackedName packed = packQuickly(name);
   for (std::size_t at = slotOf(packed);; at = (at + 1) & (kSlots - 1)) {
     const std::uint8_t found = kNames.slots[at];
     if (found == 0) return Builtin::none;

@@ -86,6 +86,7 @@ class TokenScanner {
   [[gnu::always_inline]] inline bool readVariable(ScannedToken& token) noexcept;
   bool readQuotedVariable(ScannedToken& token) noexcept;
   [[gnu::always_inline]] inline bool readOperator(ScannedToken& token) noexcept;
+  bool beginsOperator() const noexcept;
   bool readIdentifier(ScannedToken& token, MXTokenType type) noexcept;
   [[gnu::always_inline]] inline void takeIdentifier() noexcept;
 

@@ -214,9 +214,7 @@ bool TokenScanner<Sink>::readOperator(ScannedToken& token) noexcept {
     found = table_.matchShort(at_, end_, length);
     if (!found) return fail(MXErrorCode::invalidOperator);
   } else {
-    std::size_t width = 0;
-    const char32_t first = lowerCasePoint(nextCodePoint(rest(at_), width));
-    if (!table_.isOperatorCharacter(first)) return fail(MXErrorCode::invalidOperator);
+    if (!beginsOperator()) return fail(MXErrorCode::invalidOperator);
     found = table_.match(rest(at_), length);
     if (!found) return fail(MXErrorCode::invalidOperator);
   }
@@ -225,6 +223,17 @@ bool TokenScanner<Sink>::readOperator(ScannedToken& token) noexcept {
   if (found->row == OperatorTable::kNoRow) ambiguous_ = found;
   at_ += length;
   return true;
+}
+
+template <class Sink>
+bool TokenScanner<Sink>::beginsOperator() const noexcept {
+  if ((classAt(at_) & OperatorTable::kPartial) == 0) {
+    const bool isUpper = *at_ >= 'A' && *at_ <= 'Z';
+    const char lower = isUpper ? static_cast<char>(*at_ + ('a' - 'A')) : *at_;
+    return (table_.classOf(lower) & OperatorTable::kOperator) != 0;
+  }
+  std::size_t width = 0;
+  return table_.isOperatorCharacter(lowerCasePoint(nextCodePoint(rest(at_), width)));
 }
 
 template <class Sink>
