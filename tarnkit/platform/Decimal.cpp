@@ -61,23 +61,22 @@ Decimal Decimal::fitted(bool negative, UInt128 mantissa, int exponent) noexcept 
 
 Decimal Decimal::rounding(bool negative, const UInt256& mantissa, int exponent,
                           bool isMore) noexcept {
-  const int bits = bitWidth(mantissa);
-  if (bits == 0) return Decimal();
-  // The digits are these or one more: what is left after the cut is less than twice 10^38.
-  const int digits = detail::decimalDigitsOfBits(bits - 1) + 1;
+  if (mantissa == UInt256{}) return Decimal();
+  const int digits = digitCount(mantissa);
   int excess = std::max(digits - kDigits, 0);
   const int missing = kMinimumExponent - exponent;
-  if (missing > digits + 1) return Decimal();
+  if (missing > digits) return Decimal();
   Cut cut = cutDigits(mantissa, excess, isMore);
-  int more = std::max(missing - excess, 0);
-  if (more == 0 && cut.quotient >= kMantissaLimit) more = 1;
-  if (more > kDigits) return Decimal();
-  if (more > 0) {
+  if (missing > excess) {
     // What was cut off first is less than 1 of the rest, so it matters only as more than nothing.
-    cut = cutDigits({0, cut.quotient}, more, !cut.isExact);
-    excess += more;
+    cut = cutDigits({0, cut.quotient}, missing - excess, !cut.isExact);
+    excess = missing;
   }
   return fitted(negative, roundedToEven(cut), exponent + excess);
+}
+
+Decimal Decimal::carried(bool negative, UInt128 mantissa, int exponent) noexcept {
+  return fitted(negative, roundedToEven(cutDigits({0, mantissa}, 1, false)), exponent + 1);
 }
 
 Decimal Decimal::sum(const Decimal& a, const Decimal& b, bool bIsNegative) noexcept {
@@ -97,7 +96,8 @@ Decimal Decimal::sum(const Decimal& a, const Decimal& b, bool bIsNegative) noexc
     distance -= room;
     // The lower one is less than a tenth of the last digit, which is a whole one of the next when
     // it is taken from a power of ten.
-    if (distance == kDigits + 1 && mantissa == powerOfTen(kDigits - 1)) {
+    if (distance == kDigits + 1 && mantissa == powerOfTen(kDigits - 1) &&
+        upperIsNegative != lowerIsNegative) {
       mantissa *= 10;
       --distance;
     } else if (distance > kDigits) {

@@ -42,7 +42,7 @@ class Decimal {
     return Decimal(mantissa < 0, mantissa < 0 ? 0 - bits : bits, exponent);
   }
   /// ±mantissa × 10^exponent of any size, rounded; `isMore` says that the exact magnitude is more
-  /// than the mantissa's by less than 1 of it. The mantissa is at most 10^76.
+  /// than the mantissa's by less than 1 of it. The mantissa is less than 10^76.
   static Decimal rounding(bool negative, const detail::UInt256& mantissa, int exponent,
                           bool isMore = false) noexcept;
 
@@ -90,16 +90,10 @@ class Decimal {
   Decimal compact() const noexcept;
 
   friend Decimal operator+(const Decimal& a, const Decimal& b) noexcept {
-    if (a.exponent_ == b.exponent_ && a.negative_ == b.negative_) {
-      const detail::UInt128 sum = a.mantissa_ + b.mantissa_;
-      if (sum < kMantissaLimit && !a.isNaN_ && !b.isNaN_) {
-        return Decimal(a.negative_, sum, a.exponent_);
-      }
-    }
-    return sum(a, b, b.negative_);
+    return a.exponent_ == b.exponent_ ? aligned(a, b, b.negative_) : sum(a, b, b.negative_);
   }
   friend Decimal operator-(const Decimal& a, const Decimal& b) noexcept {
-    return sum(a, b, !b.negative_);
+    return a.exponent_ == b.exponent_ ? aligned(a, b, !b.negative_) : sum(a, b, !b.negative_);
   }
   friend Decimal operator*(const Decimal& a, const Decimal& b) noexcept;
   friend Decimal operator/(const Decimal& a, const Decimal& b) noexcept;
@@ -123,6 +117,20 @@ class Decimal {
         exponent_(static_cast<std::int8_t>(mantissa == 0 ? 0 : exponent)),
         negative_(negative && mantissa != 0) {}
 
+  // The sum of numbers of one exponent. Without a branch for the signs, which may be anything.
+  static Decimal aligned(const Decimal& a, const Decimal& b, bool bIsNegative) noexcept {
+    if (a.isNaN_ || b.isNaN_) return notANumber();
+    const bool differ = a.negative_ != bIsNegative;
+    const auto flip = detail::UInt128{0} - (differ ? 1U : 0U);
+    const detail::UInt128 sum = a.mantissa_ + ((b.mantissa_ ^ flip) - flip);
+    const bool isBelow = differ && a.mantissa_ < b.mantissa_;
+    const auto turn = detail::UInt128{0} - (isBelow ? 1U : 0U);
+    const detail::UInt128 mantissa = (sum ^ turn) - turn;
+    const bool negative = a.negative_ != isBelow;
+    if (mantissa >= kMantissaLimit) return carried(negative, mantissa, a.exponent_);
+    return Decimal(negative, mantissa, a.exponent_);
+  }
+  static Decimal carried(bool negative, detail::UInt128 mantissa, int exponent) noexcept;
   static Decimal sum(const Decimal& a, const Decimal& b, bool bIsNegative) noexcept;
   static Decimal fitted(bool negative, detail::UInt128 mantissa, int exponent) noexcept;
 

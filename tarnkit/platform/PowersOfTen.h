@@ -57,6 +57,22 @@ constexpr UInt128 divideByPowerOfTen(const UInt256& dividend, int exponent,
   return quotient;
 }
 
+/// 10^77 has 256 bits.
+inline constexpr int kLargestWidePowerOfTen = 77;
+
+consteval std::array<UInt256, kLargestWidePowerOfTen + 1> makeWidePowersOfTen() {
+  std::array<UInt256, kLargestWidePowerOfTen + 1> powers{};
+  UInt256 value{0, 1};
+  for (UInt256& power : powers) {
+    power = value;
+    value = (value << 3) + (value << 1);
+  }
+  return powers;
+}
+
+inline constexpr std::array<UInt256, kLargestWidePowerOfTen + 1> kWidePowersOfTen =
+    makeWidePowersOfTen();
+
 /// floor(bits × log10(2)), exact for bits from 0 to 680.
 constexpr int decimalDigitsOfBits(int bits) noexcept { return (bits * 1233) >> 12; }
 
@@ -65,6 +81,12 @@ constexpr int digitCount(UInt128 value) noexcept {
   if (value == 0) return 0;
   const int least = decimalDigitsOfBits(bitWidth(value) - 1) + 1;
   return least <= kLargestPowerOfTen && value >= powerOfTen(least) ? least + 1 : least;
+}
+
+/// The same of a value that is not 0.
+constexpr int digitCount(const UInt256& value) noexcept {
+  const int least = decimalDigitsOfBits(bitWidth(value) - 1) + 1;
+  return least + (value < kWidePowersOfTen[static_cast<std::size_t>(least)] ? 0 : 1);
 }
 
 }  // namespace tarnkit::detail

@@ -4,7 +4,6 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "tarnkit/platform/NumberText.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
 
@@ -16,12 +15,13 @@ struct EvalOptions {
   std::string expression;
   std::vector<std::string> variables;
   bool degrees = false;
+  bool precise = false;
   bool functionsAsVariables = false;
   bool percent = false;
   bool json = false;
 };
 
-MXSubstitutions readVariables(const std::vector<std::string>& variables) {
+MXSubstitutions readVariables(const std::vector<std::string>& variables, bool precise) {
   MXSubstitutions substitutions;
   for (const std::string& variable : variables) {
     const auto equals = variable.find('=');
@@ -30,7 +30,7 @@ MXSubstitutions readVariables(const std::vector<std::string>& variables) {
       throw CLI::ValidationError("--var", fmt::format("'{}' is not NAME=VALUE", variable));
     }
     substitutions.set(String(std::string_view(variable).substr(first, equals - first)),
-                      substitutionFromText(variable.substr(equals + 1)));
+                      substitutionFromText(variable.substr(equals + 1), precise));
   }
   return substitutions;
 }
@@ -39,12 +39,13 @@ void evaluate(const EvalOptions& options) {
   if (options.percent) readPercentSignAsPercent();
   const auto evaluator = make<MXMathEvaluator>();
   if (options.degrees) evaluator->setAngleMeasurementMode(MXAngleMeasurementMode::degrees);
+  evaluator->setUsesHighPrecisionEvaluation(options.precise);
   evaluator->setResolvesFunctionsAsVariables(options.functionsAsVariables);
   MXError error;
-  const auto value =
-      evaluator->evaluateString(options.expression, readVariables(options.variables), &error);
+  const auto value = evaluator->evaluateString(
+      options.expression, readVariables(options.variables, options.precise), &error);
   if (!value) throw CommandFailure(describeError(error));
-  const std::string text = shortestText(value->doubleValue());
+  const std::string text = valueText(*value, options.precise);
   if (options.json) {
     fmt::print("{}\n", nlohmann::json{{"value", text}}.dump());
   } else {
@@ -62,6 +63,8 @@ void addEvalCommand(CLI::App& program) {
       ->take_all()
       ->allow_extra_args(false);
   command->add_flag("--degrees", options->degrees, "Angles are in degrees");
+  command->add_flag("--precise", options->precise,
+                    "Compute in decimals of 38 digits instead of doubles");
   command->add_flag("--functions-as-variables", options->functionsAsVariables,
                     "Take unknown functions for variables, so that 2x reads as 2 times x");
   command->add_flag("--percent", options->percent, "Read % as the percent operator, not as modulo");

@@ -6,7 +6,6 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "tarnkit/platform/NumberText.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
 
@@ -64,16 +63,18 @@ std::string text(const json& request, const char* name) {
   return found->get<std::string>();
 }
 
-MXSubstitutions variables(const json& request) {
+MXSubstitutions variables(const json& request, bool precise) {
   MXSubstitutions substitutions;
   const auto found = request.find("vars");
   if (found == request.end()) return substitutions;
   if (!found->is_object()) throw MalformedLine{"\"vars\" is not an object"};
   for (const auto& [name, value] : found->items()) {
     if (value.is_number()) {
-      substitutions.set(String(name), Number::withDouble(value.get<double>()));
+      // A whole number may have more digits than a double.
+      substitutions.set(String(name), precise ? substitutionFromText(value.dump(), precise)
+                                              : Number::withDouble(value.get<double>()));
     } else if (value.is_string()) {
-      substitutions.set(String(name), substitutionFromText(value.get<std::string>()));
+      substitutions.set(String(name), substitutionFromText(value.get<std::string>(), precise));
     } else {
       throw MalformedLine{fmt::format("the variable \"{}\" is no number and no string", name)};
     }
@@ -90,7 +91,9 @@ class Batch {
       if (!request.is_object()) throw MalformedLine{"the line is not a JSON object"};
       const std::string op = text(request, "op");
       const std::string expression = text(request, "text");
-      const MXSubstitutions substitutions = variables(request);
+      const bool precise = flag(request, "precise");
+      const MXSubstitutions substitutions = variables(request, precise);
+      evaluator_->setUsesHighPrecisionEvaluation(precise);
       evaluator_->setAngleMeasurementMode(flag(request, "degrees")
                                               ? MXAngleMeasurementMode::degrees
                                               : MXAngleMeasurementMode::radians);
@@ -109,7 +112,7 @@ class Batch {
     MXError error;
     const auto value = evaluator_->evaluateString(expression, substitutions, &error);
     if (!value) return errorLine(error);
-    return {{"value", shortestText(value->doubleValue())}};
+    return {{"value", valueText(*value, evaluator_->usesHighPrecisionEvaluation())}};
   }
 
   json transform(const std::string& op, const std::string& source) {

@@ -30,7 +30,11 @@ void takeExpression(const CLI::App& command, std::string& expression);
 void readPercentSignAsPercent();
 /// "MESSAGE (code N)".
 std::string describeError(const MXError& error);
-/// A value for a variable: a number where the text is one, otherwise an expression.
-Ref<Object> substitutionFromText(const std::string& text);
+/// A value for a variable: a number where the text is one, otherwise an expression. A number whose
+/// digits are to be kept is an expression too.
+Ref<Object> substitutionFromText(const std::string& text, bool keepsDigits);
+/// The shortest text that reads back to the same double, or, for a precise value, all digits that a
+/// decimal holds of it; "NaN" for what is no decimal.
+std::string valueText(const MXNumber& value, bool precise);
 
 }  // namespace tarnkit::tool

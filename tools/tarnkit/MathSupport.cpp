@@ -4,6 +4,8 @@
 #include <cctype>
 
 #include "tarnkit/math/MXExpressionRewriter.h"
+#include "tarnkit/platform/Decimal.h"
+#include "tarnkit/platform/NumberText.h"
 #include "tools/tarnkit/MathCommands.h"
 
 namespace tarnkit::tool {
@@ -36,11 +38,16 @@ std::string describeError(const MXError& error) {
   return fmt::format("{} (code {})", error.localizedDescription(), static_cast<int>(error.code()));
 }
 
-Ref<Object> substitutionFromText(const std::string& text) {
-  if (MXNumber::isNumberText(text)) {
+Ref<Object> substitutionFromText(const std::string& text, bool keepsDigits) {
+  if (!keepsDigits && MXNumber::isNumberText(text)) {
     return Number::withDouble(MXNumber::fromText(text).doubleValue());
   }
   return String(text).object();
+}
+
+std::string valueText(const MXNumber& value, bool precise) {
+  if (!precise) return shortestText(value.doubleValue());
+  return value.isDecimal() ? value.text() : Decimal::fromDouble(value.doubleValue()).text();
 }
 
 }  // namespace tarnkit::tool
