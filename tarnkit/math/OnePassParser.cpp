@@ -222,8 +222,14 @@ bool OnePassParser::endGroup() {
   return true;
 }
 
+namespace {
+constexpr std::size_t kLongText = 4096;
+}
+
 bool OnePassParser::parse() {
   if (!table_.allowsOnePass()) return false;
+  // There are hardly more nodes than bytes; growing would copy a long tree again and again.
+  if (text_.size() > kLongText) tree_.reserve(text_.size());
   TokenScanner scanner(text_, table_, *this);
   return scanner.run() && frames_.size() == 1 && endGroup();
 }

@@ -4,7 +4,6 @@ namespace tarnkit::detail {
 
 bool RewritePass::apply(const MXRewriteRule& rule, TreeBuilder& out) {
   matched_.clear();
-  bindings_.assign(rule.slotCount(), TreeView{});
   const bool anyRoot = rule.rootIsPlaceholder();
   const Builtin wanted = rule.rootFunction();
   // From the root downward; the nodes of a match are passed over.

@@ -41,6 +41,10 @@ class SmallStack {
     if (count != 0) std::memcpy(data_ + size_, values, count * sizeof(T));
     size_ += count;
   }
+  /// Room for as many records; memory that is not written to costs nothing.
+  void reserve(std::size_t capacity) {
+    if (capacity > capacity_) grow(capacity);
+  }
   void pop() noexcept { --size_; }
   void resize(std::size_t size) {
     if (size > capacity_) grow(size);

@@ -29,6 +29,8 @@ class TreeBuilder {
     return ExpressionTree::make(nodes_.data(), nodes_.size(), text_, moreText_, summary_);
   }
   void clear() noexcept;
+  /// Makes room where the number of nodes can be guessed.
+  void reserve(std::size_t nodes) { nodes_.reserve(nodes); }
 
   /// Keeps a text and answers where slices find it.
   std::uint32_t keep(std::string_view text);
