@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "tarnkit/math/MXDecimal.h"
-#include "tarnkit/math/SmallStack.h"
 #include "tarnkit/math/precision/PrecisionFunctions.h"
 #include "tarnkit/math/precision/PrecisionTables.h"
 #include "tarnkit/math/precision/WideDecimal.h"
@@ -29,8 +28,6 @@ MXNumber numberOfDecimal(const Decimal& decimal) {
 }
 
 namespace {
-
-using DecimalStack = SmallStack<Decimal, 8>;
 
 Decimal rounded(const WideResult& result) noexcept {
   return result ? decimalOf(*result) : Decimal::notANumber();
@@ -201,8 +198,9 @@ std::optional<Decimal> computeDecimal(const BuiltinCall& call,
       return value ? value : transcendental(call, x);
     }
     case BuiltinShape::list: {
-      DecimalStack values;
-      for (const MXNumber& argument : arguments) values.push(decimalOfNumber(argument));
+      std::vector<Decimal> values;
+      values.reserve(arguments.size());
+      for (const MXNumber& argument : arguments) values.push_back(decimalOfNumber(argument));
       return ofList(id, values.data(), values.size());
     }
     case BuiltinShape::special:
