@@ -1,0 +1,230 @@
+"""Documents as files: saved, opened again, sent and inspected, and read back by the distribution's
+plistlib."""
+
+import json
+import plistlib
+import unittest
+
+from host import HostTest, op
+from keyed_archive import Archive
+
+# node_0 document, node_1 group, node_2 clamp and node_3 transition in the group.
+PROTOTYPE = [
+    op("newDocument", as_="doc"),
+    op("newNode", as_="group", patch=None),
+    op("setForceAllowsSubnodes", node="group", value=True),
+    op("addNode", node="group", to="doc"),
+    op("newNode", as_="clamp", patch="HXRClampNode"),
+    op("addNode", node="clamp", to="group"),
+    op("newNode", as_="source", patch="HXRTransitionNode"),
+    op("addNode", node="source", to="group"),
+    op("setName", node="group", value="Größe"),
+    op("setPosition", node="clamp", value=[0.1, -3]),
+    op("setSelected", node="clamp", value=True),
+    op("setInspectorPanel", node="clamp", value=2),
+    op("wire", from_="source/Tarn.output", to="clamp/Tarn.valueInput"),
+    op("setStaticValue", port="clamp/Tarn.minimumInput",
+       value={"kind": "degrees", "value": 90}),
+    op("setStaticValue", port="source/Tarn.outputMaxInput", value={"kind": "color",
+                                                                   "value": [1, 0.5, 0, 1]}),
+    op("setPortGroup", node="source", orientation=1, group="Value Range", hidden=True),
+    op("publish", port="clamp/Tarn.maximumInput"),
+    op("renamePort", symbolicPort="group/Symbolic.node_2.Tarn.maximumInput", name="Limit: Top"),
+]
+
+
+def without_keys(shape):
+    """A document's shape with its nodes in a fixed order and under numbers of their own, so that two
+    openings of one file are alike."""
+    numbers = {}
+
+    def collect(node):
+        numbers[node["uniqueKey"]] = f"N{len(numbers)}"
+        group = node["subnodeGroup"]
+        if group:
+            group["subnodes"].sort(key=lambda n: n["name"] or "")
+            for subnode in group["subnodes"]:
+                collect(subnode)
+    collect(shape)
+    text = json.dumps(shape, sort_keys=True)
+    for key in sorted(numbers, key=len, reverse=True):
+        text = text.replace(f'"{key}"', f'"{numbers[key]}"')
+        text = text.replace(f"{key}/", f"{numbers[key]}/").replace(f"{key}.", f"{numbers[key]}.")
+    shape = json.loads(text)
+
+    def strip(value):
+        if isinstance(value, dict):
+            return {k: strip(v) for k, v in value.items()
+                    if k not in ("documentKey",) and not (k == "uniqueKey" and
+                                                          str(v).startswith(("group", "conn")))}
+        return [strip(v) for v in value] if isinstance(value, list) else value
+    return strip(shape)
+
+
+class Files(HostTest):
+    def setUp(self):
+        super().setUp()
+        self.document = self.folder / "prototype"
+        self.keyed = self.folder / "keyed"
+        self.graph = self.folder / "graph"
+        self.made = self.trace(*PROTOTYPE, op("dump"), op("save", file=str(self.document)),
+                               op("save", file=str(self.keyed), codingType=3),
+                               op("send", file=str(self.graph))).results[len(PROTOTYPE)]
+
+    def open(self, path, *arguments):
+        return json.loads(self.host("open", path, "--json", *arguments)[0])
+
+    def test_what_was_saved_opens_as_it_was(self):
+        self.made["name"] = "HXRNode"  # an opened document has met its nil patch
+        for arguments in ([self.document], [self.document, "--coding-type", "1"], [self.keyed]):
+            with self.subTest(arguments=arguments):
+                self.assertEqual(self.without_path(self.open(*arguments)),
+                                 self.without_path(self.made))
+
+    def without_path(self, shape):
+        shape = without_keys(json.loads(json.dumps(shape)))
+        del shape["keyPath"]
+        return shape
+
+    def test_coding_type_3_keeps_keys_and_the_others_draw_fresh_ones(self):
+        def keys(*operations):
+            dump = self.last(op("newNode", patch=None), *operations, op("dump"))
+            group = dump["subnodeGroup"]["subnodes"][0]
+            return [n["uniqueKey"] for n in (dump, group, *group["subnodeGroup"]["subnodes"])]
+        kept = keys(op("open", file=str(self.keyed), codingType=3))
+        self.assertEqual(kept, ["node_0", "node_1", "node_2", "node_3"])
+        fresh = keys(op("open", file=str(self.document)))
+        self.assertNotIn("node_0", fresh)
+        self.assertEqual(len(set(fresh)), 4)
+        again = keys(op("open", file=str(self.document)), op("open", file=str(self.document)))
+        self.assertFalse(set(fresh) & set(again))
+
+    def test_an_opened_document_is_edited_by_its_keys(self):
+        trace = self.trace(op("open", file=str(self.keyed), codingType=3),
+                           op("setStaticValue", port="node_2/Tarn.minimumInput", value=None),
+                           op("breakAll", port="node_2/Tarn.valueInput"),
+                           op("removeNode", node="node_2"), op("dump", node="node_1"))
+        self.assertEqual([len(posts) for posts in trace.notifications[1:3]], [2, 3])
+        group = trace.results[-1]["subnodeGroup"]
+        self.assertEqual(([n["uniqueKey"] for n in group["subnodes"]],
+                          group["symbolicInputPorts"]), (["node_3"], []))
+
+    def test_the_document_is_a_standard_keyed_archive(self):
+        archive = Archive(self.document.read_bytes())
+        root = archive.root()
+        self.assertEqual(archive.class_name(root), "HXDocument")
+        group = archive.resolve(root["HXNode.subnodeGroup"])
+        self.assertEqual(archive.class_name(group), "HXGroup")
+        self.assertIs(type(group["HXGroup.canvasCenter.x"]), float)
+        self.assertNotIn("HXNode.uniqueKey", root)
+        self.assertIn("HXNode.uniqueKey", Archive(self.keyed.read_bytes()).root())
+        clamp = next(o for o in archive.objects if isinstance(o, dict) and
+                     "HXNode.patchClass" in o and
+                     archive.resolve(o["HXNode.patchClass"]) == "HXRClampNode")
+        self.assertEqual((clamp["HXNode.selected"], clamp["HXNode.inspectorPanel"]), (True, 2))
+        self.assertAlmostEqual(clamp["HXNode.position.x"], 0.1, places=6)
+
+    def test_the_xml_form_opens_too(self):
+        xml = self.folder / "xml"
+
+        def plain(value):
+            if isinstance(value, plistlib.UID):
+                return {"CF$UID": value.data}
+            if isinstance(value, dict):
+                return {key: plain(entry) for key, entry in value.items()}
+            return [plain(entry) for entry in value] if isinstance(value, list) else value
+        value = plain(plistlib.loads(self.document.read_bytes()))
+        xml.write_bytes(plistlib.dumps(value, fmt=plistlib.FMT_XML))
+        self.assertEqual(self.without_path(self.open(xml)),
+                         self.without_path(self.open(self.document)))
+
+    def test_the_device_graph(self):
+        graph = plistlib.loads(self.graph.read_bytes())
+        self.assertEqual(set(graph), {"$version", "$objects", "$root"})
+        self.assertRegex(graph["$version"], r"^\d+\.\d+\.\d+$")
+        objects = graph["$objects"]
+
+        def follow(value):
+            return objects.get(value["$reference"])
+        self.assertEqual(graph["$root"], {"$reference": "$object-0"})
+        root = objects["$object-0"]
+        self.assertEqual((root["$class"], root["PMNode.uniqueKey"]), ("PMGraph", "node_0"))
+        outer = follow(follow(root["PMNode.subnodeGroup"])["PMGroup.subnodes"])
+        group_node = follow(outer[0])
+        self.assertEqual(group_node["PMNode.processClassName"], "PMRPatch")
+        nodes = {n["PMNode.uniqueKey"]: n for n in map(follow, follow(
+            follow(group_node["PMNode.subnodeGroup"])["PMGroup.subnodes"]))}
+        clamp = nodes["node_2"]
+        self.assertEqual(clamp["PMNode.processClassName"], "PMRClampPatch")
+        self.assertNotIn("HXNode.name", clamp)
+        ports = follow(clamp["PMNode.portsByUniqueKey"])
+        minimum = follow(ports["Tarn.minimumInput"])
+        self.assertEqual((minimum["$class"], minimum["PMPort.processClassName"]),
+                         ("PMPort", "PMRPrimitiveInputPort"))
+        self.assertEqual(follow(minimum["PMPort.defaultValue"]),
+                         {"$class": "PMRPrimitive", "PMRPrimitive.storageType": 5,
+                          "PMRPrimitive.numberValue": 90.0})
+        value = follow(ports["Tarn.valueInput"])
+        connection = follow(follow(value["PMPort.connections"])[0])
+        self.assertEqual(connection["$class"], "PMConnection")
+        self.assertEqual(follow(connection["PMConnection.parentNode"])["PMNode.uniqueKey"],
+                         "node_1")
+        self.assertEqual(follow(connection["PMConnection.outputPortKeyPath"]), ["node_3"])
+        self.assertEqual(follow(connection["PMConnection.inputPortKeyPath"]), ["node_2"])
+        source = follow(nodes["node_3"]["PMNode.portsByUniqueKey"])
+        self.assertIn("Tarn.outputMaxInput", source, "the device gets hidden ports too")
+
+    def test_inspect_tells_the_kinds_apart(self):
+        for path, kind in [(self.document, "editorDocument"), (self.keyed, "editorDocument"),
+                           (self.graph, "deviceGraph")]:
+            output, _ = self.host("inspect", path, "--json")
+            self.assertEqual(json.loads(output)["kind"], kind)
+        text = self.host("inspect", self.graph)[0].decode()
+        self.assertIn("PMNode.processClassName: \"PMRClampPatch\"", text)
+        shape = json.loads(self.host("inspect", self.keyed, "--json")[0])["document"]
+        self.assertEqual(shape["subnodeGroup"]["subnodes"][0]["name"], "Größe")
+        outline = self.host("open", self.document)[0].decode()
+        self.assertIn('"Größe"', outline)
+        self.assertIn("3 nodes, 1 connection, 0 images", outline)
+
+    def test_save_and_send_write_what_a_session_writes(self):
+        out = self.folder / "out"
+        again = self.folder / "again"
+        self.host("save", self.keyed, "-o", out)
+        self.host("save", out, "-o", again)
+        self.assertEqual(again.read_bytes(), out.read_bytes(), "it keeps its keys")
+        self.host("save", self.document, "-o", out, "--to", "3")
+        self.assertIn("HXNode.uniqueKey", Archive(out.read_bytes()).root())
+        self.host("send", self.keyed, "-o", out, "--images", self.folder / "images")
+        self.assertEqual(plistlib.loads(out.read_bytes())["$version"],
+                         plistlib.loads(self.graph.read_bytes())["$version"])
+        self.assertEqual(self.host("send", "-", "-o", "-", input=self.keyed.read_bytes())[0],
+                         out.read_bytes())
+
+    def test_failures_leave_the_old_file(self):
+        old = self.folder / "old"
+        old.write_text("old")
+        damaged = self.folder / "damaged"
+        damaged.write_bytes(self.document.read_bytes()[:-50])
+        cases = [
+            (["save", damaged, "-o", old], "save", damaged),
+            (["save", self.document, "-o", old, "--to", "2"], "save", self.document),
+            (["save", self.document, "-o", old, "--coding-type", "2"], "save", self.document),
+            (["send", self.graph, "-o", old], "send", self.graph),
+            (["open", self.folder / "missing"], "open", self.folder / "missing"),
+            (["open", self.folder], "open", self.folder),
+            (["save", self.document, "-o", self.folder / "no" / "where"], "save",
+             self.folder / "no" / "where"),
+            (["inspect", old], "inspect", old),
+        ]
+        for arguments, what, where in cases:
+            with self.subTest(arguments=arguments):
+                line = self.one_line(self.host(*arguments, status=1)[1])
+                self.assertTrue(line.startswith(f"{what}, {where}, "), line)
+                self.assertEqual(old.read_text(), "old")
+        self.assertEqual(sorted(p.name for p in self.folder.iterdir()),
+                         ["damaged", "graph", "keyed", "old", "prototype"])
+
+
+if __name__ == "__main__":
+    unittest.main()
