@@ -315,8 +315,26 @@ bool isZero(const WideFraction& value) noexcept {
 
 WideFraction seriesOf(const WideFraction* coefficients, int first, int last, int step,
                       const WideFraction& x, bool alternating) noexcept {
+  const auto upperOf = [](const WideFraction& value) {
+    return joinWords(value.words[2], value.words[1]);
+  };
+  // A coefficient counts for as many bits less as its power of x is small: the last ones are summed
+  // in two words.
+  const int zeros = std::countl_zero(x.words[2]);
+  int place = zeros * ((last - first) / step - 1);
+  int i = last - step;
   WideFraction sum = coefficients[last];
-  for (int i = last - step; i >= first; i -= step) {
+  if (place >= kWordBits) {
+    const UInt128 factor = upperOf(x);
+    UInt128 upper = upperOf(sum);
+    for (; i >= first && place >= kWordBits; i -= step, place -= zeros) {
+      const UInt128 product = multiplyWide(upper, factor).high;
+      const UInt128 coefficient = upperOf(coefficients[i]);
+      upper = alternating ? coefficient - product : coefficient + product;
+    }
+    sum = {{0, lowWord(upper), highWord(upper)}};
+  }
+  for (; i >= first; i -= step) {
     const WideFraction product = sum * x;
     sum = alternating ? coefficients[i] - product : coefficients[i] + product;
   }
