@@ -1,9 +1,8 @@
 #pragma once
 
-// The bodies of `TokenScanner`; included by TokenScanner.h only.
+// The bodies of `TokenScanner`; included by TokenScanner.h only, at its end.
 
 #include "tarnkit/math/MathText.h"
-#include "tarnkit/math/TokenScanner.h"
 
 namespace tarnkit::detail {
 
