@@ -134,5 +134,49 @@ TEST(PrecisionTest, FunctionsAgainstReferenceValues) {
   }
 }
 
+// Every function ends for every argument, and answers as its symmetry demands.
+TEST(PrecisionTest, ExtremeArguments) {
+  using Function = Decimal (*)(const Decimal&) noexcept;
+  const Function odd[] = {MXDecimalSin,   MXDecimalTan,   MXDecimalCsc,   MXDecimalCot,
+                          MXDecimalAsin,  MXDecimalAtan,  MXDecimalAcsc,  MXDecimalSinh,
+                          MXDecimalTanh,  MXDecimalCsch,  MXDecimalCoth,  MXDecimalAsinh,
+                          MXDecimalAtanh, MXDecimalAcsch, MXDecimalAcoth, MXDecimalInverse};
+  const Function even[] = {MXDecimalCos, MXDecimalSec, MXDecimalCosh, MXDecimalSech};
+  const Function others[] = {MXDecimalExp,   MXDecimalLn,    MXDecimalLog2,     MXDecimalLog10,
+                             MXDecimalSqrt,  MXDecimalAcos,  MXDecimalAsec,     MXDecimalAcot,
+                             MXDecimalAcosh, MXDecimalAsech, MXDecimalFactorial};
+  std::vector<Decimal> values{Decimal::notANumber(), Decimal()};
+  for (const int exponent : {-128, -127, -64, -38, -37, -20, -2, -1, 0, 1, 19, 37, 38, 100, 127}) {
+    for (const char* digits : {"1", "5", "99999999999999999999999999999999999999",
+                               "10000000000000000000000000000000000001"}) {
+      values.push_back(Decimal::fromText(digits + ("e" + std::to_string(exponent))).value());
+    }
+  }
+  for (const Decimal& x : values) {
+    for (const Function function : odd) EXPECT_EQ(function(x.negated()), function(x).negated());
+    for (const Function function : even) EXPECT_EQ(function(x.negated()), function(x));
+    for (const Function function : others) {
+      for (const Decimal& argument : {x, x.negated()}) {
+        const Decimal value = function(argument);
+        EXPECT_TRUE(value.isNaN() || !argument.isNaN());
+        EXPECT_EQ(Decimal::fromText(value.text()), value);
+      }
+    }
+    for (const Decimal& y : values) {
+      for (const Decimal& sign : {y, y.negated()}) {
+        const Decimal power = MXDecimalPower(x, sign);
+        EXPECT_TRUE(power.isNaN() || !power.isNegative());
+        const Decimal root = MXDecimalNthRoot(x, sign);
+        EXPECT_TRUE(root.isNaN() || !root.isNegative());
+        const Decimal rest = MXDecimalMod(x, sign);
+        EXPECT_TRUE(rest.isNaN() || rest.isZero() || rest.isNegative() == sign.isNegative());
+        EXPECT_TRUE(rest.isNaN() || rest.absolute() <= sign.absolute());
+        EXPECT_EQ(MXDecimalLeftShift(x.negated(), sign), MXDecimalLeftShift(x, sign).negated());
+        EXPECT_LE(MXDecimalRightShift(x, sign), x);
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace tarnkit

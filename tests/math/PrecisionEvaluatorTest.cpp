@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+#include "tarnkit/math/MXFunctionEvaluator.h"
+#include "tarnkit/math/MXMathEvaluator.h"
+
+namespace tarnkit {
+namespace {
+
+class PrecisionEvaluatorTest : public ::testing::Test {
+ protected:
+  PrecisionEvaluatorTest() { evaluator_->setUsesHighPrecisionEvaluation(true); }
+
+  std::string value(const char* text, const MXSubstitutions& substitutions = {}) {
+    MXError error;
+    const auto result = evaluator_->evaluateString(text, substitutions, &error);
+    return result ? result->text() : error.localizedDescription();
+  }
+
+  Ref<MXMathEvaluator> evaluator_ = make<MXMathEvaluator>();
+};
+
+struct Case {
+  const char* text;
+  const char* value;
+};
+
+TEST_F(PrecisionEvaluatorTest, DigitsGoFromTheTextToTheResult) {
+  const Case cases[] = {
+      {"0.1 + 0.2", "0.3"},
+      {"1/3", "0.33333333333333333333333333333333333333"},
+      {"2/3", "0.66666666666666666666666666666666666667"},
+      {"12345678901234567890.123456789012345678 - 12345678901234567890", "0.123456789012345678"},
+      {"99999999999999999999999999999999999999 + 1", "100000000000000000000000000000000000000"},
+      {"sqrt(2)", "1.4142135623730950488016887242096980786"},
+      {"pi()", "3.1415926535897932384626433832795028842"},
+      {"τ()", "6.2831853071795864769252867665590057684"},
+      {"e()", "2.7182818284590452353602874713526624978"},
+      {"phi()", "1.6180339887498948482045868343656381177"},
+      {"average(0.1, 0.2, 0.6)", "0.3"},
+      {"sum(0.1, 0.2)", "0.3"},
+      {"median(0.3, 0.1, 0.2, 0.4)", "0.25"},
+      {"stddev(2, 4, 4, 4, 5, 5, 7, 9)", "2"},
+      {"count(1, 2, 3)", "3"},
+      {"trunc(-1.5)", "-2"},
+      {"ceil(-1.5)", "-1"},
+      {"30!", "265252859812191058636308480000000"},
+      {"1 << 100", "1267650600228229401496703205376"},
+      {"2 ** 126", "85070591730234615865843651857942052864"},
+  };
+  for (const Case& each : cases) EXPECT_EQ(value(each.text), each.value) << each.text;
+}
+
+TEST_F(PrecisionEvaluatorTest, VariablesKeepTheirDigits) {
+  MXSubstitutions substitutions;
+  substitutions.set("x", String("0.12345678901234567890123456789012345678").object());
+  substitutions.set("y", Number::withDouble(0.1));
+  EXPECT_EQ(value("$x * 10", substitutions), "1.2345678901234567890123456789012345678");
+  EXPECT_EQ(value("$y * 3", substitutions), "0.3");
+}
+
+TEST_F(PrecisionEvaluatorTest, WhatHasNoValueIsNotANumber) {
+  for (const char* text : {"1/0", "ln(0)", "asin(2)", "sqrt(-1)", "csc(0)", "acosh(0.5)",
+                           "10 ** 127 * 10 ** 127", "exp(1000)", "(0 - 1) ** 0.5"}) {
+    MXError error;
+    const auto result = evaluator_->evaluateString(text, {}, &error);
+    ASSERT_TRUE(result) << text;
+    EXPECT_TRUE(std::isnan(result->doubleValue())) << text;
+  }
+  EXPECT_EQ(value("exp(0 - 1000)"), "0");
+  EXPECT_EQ(value("average(5)"), "average requires at least 2 arguments");
+}
+
+TEST_F(PrecisionEvaluatorTest, SomeFunctionsStayInDoubles) {
+  const Case cases[] = {
+      {"max(0.1 + 0.2, 0)", "0.3"},
+      {"0.30000000000000000001 == 0.3", "1"},
+      {"1 && 0", "0"},
+      {"max(1, 2)", "2"},
+      {"5 & 3", "1"},
+  };
+  for (const Case& each : cases) EXPECT_EQ(value(each.text), each.value) << each.text;
+}
+
+TEST_F(PrecisionEvaluatorTest, WholeDegreesLoseNothing) {
+  evaluator_->setAngleMeasurementMode(MXAngleMeasurementMode::degrees);
+  const Case cases[] = {
+      {"sin(90)", "1"},
+      {"sin(180)", "0"},
+      {"cos(60)", "0.5"},
+      {"sin(0 - 390)", "-0.5"},
+      {"tan(45)", "1"},
+      {"crd(60)", "1"},
+      {"asin(1)", "90"},
+      {"acos(0.5)", "60"},
+      {"sin(36000000000000000000000000000000000030)", "0.5"},
+      {"sin(dtor(90))", "1"},
+  };
+  for (const Case& each : cases) EXPECT_EQ(value(each.text), each.value) << each.text;
+}
+
+TEST_F(PrecisionEvaluatorTest, SwitchingMakesAnEvaluatorOnlyWhenItChanges) {
+  const auto* const first = &evaluator_->functionEvaluator();
+  evaluator_->setUsesHighPrecisionEvaluation(true);
+  EXPECT_EQ(&evaluator_->functionEvaluator(), first);
+  EXPECT_TRUE(evaluator_->usesHighPrecisionEvaluation());
+  EXPECT_EQ(first->isa().name(), "_MXPrecisionFunctionEvaluator");
+  evaluator_->setUsesHighPrecisionEvaluation(false);
+  EXPECT_FALSE(evaluator_->usesHighPrecisionEvaluation());
+  EXPECT_EQ(value("0.1 + 0.2"), "0.30000000000000004");
+}
+
+TEST_F(PrecisionEvaluatorTest, SimplifiedTreesKeepTheDigits) {
+  MXError error;
+  const auto expression = MXExpression::expressionFromString("$x + (0.1 + 0.2)", &error);
+  const auto simplified = expression->simplifiedExpressionWithEvaluator(evaluator_.get(), &error);
+  EXPECT_EQ(simplified->description(), "add($x,0.3)");
+}
+
+}  // namespace
+}  // namespace tarnkit
