@@ -104,7 +104,9 @@ TEST(DecimalTest, TextsThatAreNoNumbers) {
   EXPECT_TRUE(read("1e999999999999999999999").isNaN());
   EXPECT_TRUE(read("1e-99999999999999999999").isZero());
   EXPECT_EQ(read("0." + std::string(200, '0') + "1e201"), Decimal::of(1));
-  EXPECT_EQ(read(std::string(200, '0') + "1" + std::string(150, '0') + "e-150"), Decimal::of(1));
+  std::string padded(200, '0');
+  padded.append("1").append(150, '0').append("e-150");
+  EXPECT_EQ(read(padded), Decimal::of(1));
 }
 
 TEST(DecimalTest, DoublesAndIntegers) {
