@@ -8,7 +8,6 @@
 #include <plist/plist.h>
 
 #include <map>
-#include <stdexcept>
 
 #include "BenchFloor.h"
 #include "BenchGraph.h"
@@ -18,6 +17,8 @@
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/PropertyList.h"
+#include "tarnkit/platform/PropertyListReader.h"
 
 namespace tarnkit::bench {
 
@@ -196,48 +197,44 @@ void BM_PeerPlistReadDocument(benchmark::State& state) {
   peerRead(state, documentFileOf(state.range(0)));
 }
 
-plist_t reference(const std::string& id) {
-  plist_t map = plist_new_dict();
-  plist_dict_set_item(map, "$reference", plist_new_string(id.c_str()));
-  return map;
+// One value of the device graph as the peer's; the graph nests no deeper than its reference maps.
+plist_t peerValue(const PropertyList& list, PropertyList::Index index) {
+  switch (list.kind(index)) {
+    case PropertyList::Kind::boolean:
+      return plist_new_bool(list.boolean(index));
+    case PropertyList::Kind::integer:
+      return plist_new_uint(static_cast<std::uint64_t>(list.integer(index)));
+    case PropertyList::Kind::real32:
+    case PropertyList::Kind::real64:
+      return plist_new_real(list.real(index));
+    case PropertyList::Kind::array: {
+      plist_t array = plist_new_array();
+      for (const auto element : list.elements(index)) {
+        plist_array_append_item(array, peerValue(list, element));
+      }
+      return array;
+    }
+    case PropertyList::Kind::map: {
+      plist_t map = plist_new_dict();
+      for (std::uint32_t i = 0; i < list.count(index); ++i) {
+        plist_dict_set_item(map, std::string(list.string(list.keys(index)[i])).c_str(),
+                            peerValue(list, list.values(index)[i]));
+      }
+      return map;
+    }
+    default:
+      return plist_new_string(std::string(list.string(index)).c_str());
+  }
 }
 
-// A tree of the shape of the device graph: for each node its map, its ports' map and four port
-// maps.
+// The very tree of the device graph, built and written by the peer.
 void BM_PeerPlistBuildAndWrite(benchmark::State& state) {
+  PropertyList list;
+  if (!PropertyListReader::read(deviceGraphOf(state.range(0)), list)) {
+    state.SkipWithError("the device graph cannot be read");
+  }
   for (auto _ : state) {
-    plist_t root = plist_new_dict();
-    plist_t objects = plist_new_dict();
-    int next = 0;
-    for (std::int64_t i = 0; i < state.range(0); ++i) {
-      const std::string nodeId = "$object-" + std::to_string(next++);
-      const std::string portsId = "$object-" + std::to_string(next++);
-      plist_t ports = plist_new_dict();
-      for (const char* key :
-           {"Tarn.valueInput", "Tarn.minimumInput", "Tarn.maximumInput", "Tarn.resultOutput"}) {
-        const std::string portId = "$object-" + std::to_string(next++);
-        plist_t port = plist_new_dict();
-        plist_dict_set_item(port, "$class", plist_new_string("PMPort"));
-        plist_dict_set_item(port, "PMPort.node", reference(nodeId));
-        plist_dict_set_item(port, "PMPort.orientation", plist_new_uint(1));
-        plist_dict_set_item(port, "PMPort.connectionRelationship", plist_new_uint(2));
-        plist_dict_set_item(port, "PMPort.uniqueKey", plist_new_string(key));
-        plist_dict_set_item(port, "PMPort.processClassName",
-                            plist_new_string("PMRPrimitiveInputPort"));
-        plist_dict_set_item(objects, portId.c_str(), port);
-        plist_dict_set_item(ports, key, reference(portId));
-      }
-      plist_t node = plist_new_dict();
-      plist_dict_set_item(node, "$class", plist_new_string("PMNode"));
-      plist_dict_set_item(node, "PMNode.uniqueKey",
-                          plist_new_string(("node_" + std::to_string(i)).c_str()));
-      plist_dict_set_item(node, "PMNode.portsByUniqueKey", reference(portsId));
-      plist_dict_set_item(objects, nodeId.c_str(), node);
-      plist_dict_set_item(objects, portsId.c_str(), ports);
-    }
-    plist_dict_set_item(root, "$version", plist_new_string("0.0.0"));
-    plist_dict_set_item(root, "$objects", objects);
-    plist_dict_set_item(root, "$root", reference("$object-0"));
+    plist_t root = peerValue(list, list.root());
     char* bytes = nullptr;
     std::uint32_t size = 0;
     plist_to_bin(root, &bytes, &size);
@@ -358,8 +355,8 @@ BENCHMARK(BM_PublishAndUnpublish)->Apply(editSizes);
 
 }  // namespace tarnkit::bench
 
-// The allocator keeps what it was given: otherwise the large graphs measure how fast the kernel hands
-// out and clears the same pages again.
+// The allocator keeps what it was given: otherwise the large graphs measure how fast the kernel
+// hands out and clears the same pages again.
 int main(int argc, char** argv) {
   mallopt(M_MMAP_THRESHOLD, 1 << 30);
   mallopt(M_TRIM_THRESHOLD, 1 << 30);
