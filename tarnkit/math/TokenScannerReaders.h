@@ -207,6 +207,8 @@ template <class Sink>
 bool TokenScanner<Sink>::readOperator(ScannedToken& token) noexcept {
   const OperatorToken* found = nullptr;
   std::size_t length = 1;
+  // A number that failed behind its "0x" may have left nothing.
+  if (at_ == end_) return fail(MXErrorCode::invalidOperator);
   if ((classAt(at_) & OperatorTable::kLoneOperator) != 0) {
     found = &table_.loneToken(*at_);
   } else if ((classAt(at_) & OperatorTable::kShortOperator) != 0) {

@@ -37,7 +37,10 @@ inline std::string parsedFromTokens(std::string_view text) {
 /// The tokens' descriptions with blanks between, or the error's text.
 inline std::string tokens(std::string_view text) {
   MXError error;
-  const auto tokenizer = MXMathStringTokenizer::tokenizerWithString(text, &error);
+  // Without the NUL behind a string, so that AddressSanitizer sees a read past the end.
+  const std::vector<char> exact(text.begin(), text.end());
+  const auto tokenizer =
+      MXMathStringTokenizer::tokenizerWithString({exact.data(), exact.size()}, &error);
   if (!tokenizer) return textOf(error);
   std::string all;
   while (const auto token = tokenizer->nextObject()) {
