@@ -58,7 +58,7 @@ class Object {
   virtual void awakeAfterDecoding(Decoder& coder);
 
   /// Whether more than one handle owns the object; for copy-on-write.
-  bool isShared() const noexcept { return counts().strong > 1; }
+  bool isShared() const noexcept { return countsOf(this).strong > 1; }
 
   /// How many objects are alive in the process; for leak checks in tests.
   static std::int64_t liveObjectCount() noexcept;
@@ -87,8 +87,9 @@ class Object {
     std::uint32_t strong;
     std::uint32_t weak;  // all owners together count as one
   };
-  Counts& counts() const noexcept {
-    return *(reinterpret_cast<Counts*>(const_cast<Object*>(this)) - 1);
+  /// Also of an object that is gone and only held weakly, hence no member of it.
+  static Counts& countsOf(const Object* object) noexcept {
+    return *(reinterpret_cast<Counts*>(const_cast<Object*>(object)) - 1);
   }
   void lastOwnerLeft() const noexcept;
   static void destroy(const Object* object) noexcept;
@@ -119,7 +120,7 @@ Ref<T> as(const Ref<U>& object) noexcept {
 
 namespace detail {
 inline void retainObject(const Object* object) noexcept {
-  auto& strong = object->counts().strong;
+  auto& strong = Object::countsOf(object).strong;
   if (__libc_single_threaded) {
     ++strong;
   } else {
@@ -127,13 +128,13 @@ inline void retainObject(const Object* object) noexcept {
   }
 }
 inline void releaseObject(const Object* object) noexcept {
-  auto& strong = object->counts().strong;
+  auto& strong = Object::countsOf(object).strong;
   const auto left = __libc_single_threaded ? --strong
                                            : __atomic_sub_fetch(&strong, 1U, __ATOMIC_ACQ_REL);
   if (left == 0) object->lastOwnerLeft();
 }
 inline void retainWeakly(const Object* object) noexcept {
-  auto& weak = object->counts().weak;
+  auto& weak = Object::countsOf(object).weak;
   if (__libc_single_threaded) {
     ++weak;
   } else {
@@ -141,16 +142,16 @@ inline void retainWeakly(const Object* object) noexcept {
   }
 }
 inline void releaseWeakly(const Object* object) noexcept {
-  auto& weak = object->counts().weak;
+  auto& weak = Object::countsOf(object).weak;
   const auto left = __libc_single_threaded ? --weak
                                            : __atomic_sub_fetch(&weak, 1U, __ATOMIC_ACQ_REL);
   if (left == 0) Object::deallocate(const_cast<Object*>(object));
 }
 inline bool isAlive(const Object* object) noexcept {
-  return __atomic_load_n(&object->counts().strong, __ATOMIC_RELAXED) != 0;
+  return __atomic_load_n(&Object::countsOf(object).strong, __ATOMIC_RELAXED) != 0;
 }
 inline bool retainIfAlive(const Object* object) noexcept {
-  auto& strong = object->counts().strong;
+  auto& strong = Object::countsOf(object).strong;
   if (__libc_single_threaded) {
     if (strong == 0) return false;
     ++strong;
