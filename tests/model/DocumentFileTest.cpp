@@ -114,7 +114,8 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchLosesNothing) {
   std::string error;
   const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
   // The class goes, as when a plug-in is missing; its name then names something else.
-  ClassRegistry::add(*new Class("HXRVisitorNode", &Object::kClass));
+  static const Class impostor("HXRVisitorNode", &Object::kClass);
+  ClassRegistry::add(impostor);
   auto opened = HXDocumentFile::document(bytes, 0, error);
   ASSERT_TRUE(opened) << error;
   for (int round = 0; round < 2; ++round) {
