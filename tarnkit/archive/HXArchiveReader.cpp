@@ -78,8 +78,11 @@ bool HXArchiveReader::open(ByteSpan bytes, std::string* error) {
   ids_.assign(ids.begin(), ids.end());
   bodies_.assign(bodies.begin(), bodies.end());
   objectsByKey_.assign(list_.keyCount(), kNoObject);
+  classes_.reserve(bodies.size());
   for (Object object = 0; object < objectCount(); ++object) {
     objectsByKey_[list_.keyOf(ids[object])] = object;
+    constexpr std::size_t kAhead = 8;
+    if (object + kAhead < bodies.size()) list_.prefetch(bodies[object + kAhead]);
     classes_.push_back(findClass(bodies[object]));
   }
   return true;
@@ -127,6 +130,7 @@ void HXArchiveReader::walk(Visitor& visitor) const {
   std::vector<bool> metContainers(list_.count());
   std::vector<Step> path;
   const auto open = [&](Index container) {
+    list_.prefetchElements(container);
     metContainers[container] = true;
     path.push_back({container, 0});
   };

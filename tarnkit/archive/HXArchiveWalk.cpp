@@ -176,8 +176,7 @@ void HXArchiveWalk::appendSorted() {
 // ----------------------------------------------------------------------------------
 
 HXArchiveWalk::KnownClass& HXArchiveWalk::knownClass(const Class& record) {
-  auto number =
-      classIDs_.find(&record, [&](std::uint32_t known) { return classes_[known].record; });
+  auto number = classIDs_.find(&record);
   if (number == IdentityTable::kNone) {
     number = static_cast<std::uint32_t>(classes_.size());
     KnownClass fresh{&record, String(), kNone};
@@ -185,7 +184,7 @@ HXArchiveWalk::KnownClass& HXArchiveWalk::knownClass(const Class& record) {
       if (other.record->name() == record.name()) fresh.substitute = other.substitute;
     }
     classes_.push_back(std::move(fresh));
-    classIDs_.add(&record, number);
+    classIDs_.set(&record, number);
   }
   return classes_[number];
 }
@@ -269,12 +268,12 @@ HXArchiveWalk::Index HXArchiveWalk::referenceTo(std::uint32_t id) {
 }
 
 std::uint32_t HXArchiveWalk::find(const Object& object) const noexcept {
-  return ids_.find(&object, [&](std::uint32_t id) { return identified_[id].object.get(); });
+  return ids_.find(&object);
 }
 
 void HXArchiveWalk::encodeRoot(const Object& root, Encoder& coder) {
   const std::uint32_t id = newID(Ref<const Object>(&root));
-  ids_.set(&root, id, [&](std::uint32_t known) { return identified_[known].object.get(); });
+  ids_.set(&root, id);
   if (standsInline(root.codingKind())) {
     identified_[id].body = inlineValue(root);
   } else {
@@ -318,7 +317,7 @@ void HXArchiveWalk::encodeEntry(Frame& frame, Encoder& coder) {
   std::uint32_t id = find(*entry.object);
   if (id == IdentityTable::kNone) {
     id = newID(entry.object);
-    ids_.add(entry.object.get(), id);
+    ids_.set(entry.object.get(), id);
   }
   entry.value = referenceTo(id);
   if (entry.kind == Entry::Kind::conditional) return;

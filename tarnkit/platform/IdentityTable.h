@@ -1,90 +1,84 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace tarnkit::detail {
 
-/// Small numbers found by address: the archivers' table of the objects that they have met. The
-/// addresses themselves stand in the owner's list, in the order of the numbers; a slot takes 8
-/// bytes.
+/// Small numbers found by address: the archivers' table of the objects that they have met.
+///
+/// Address space is cut into windows of 4 KiB; a window has one place for every 16 bytes, and only
+/// the windows are hashed. Objects that lie together are mostly met together, so their numbers are
+/// found in the same few lines of the cache, without a comparison. A window costs 1 KiB.
 class IdentityTable {
  public:
   static constexpr std::uint32_t kNone = 0xFFFFFFFFU;
 
-  /// The number of the address, or `kNone`. `addressOf` gives the address of a number.
-  template <class AddressOf>
-  std::uint32_t find(const void* address, AddressOf addressOf) const noexcept {
+  /// The number of the address, or `kNone`.
+  std::uint32_t find(const void* address) const noexcept {
     if (slots_.empty()) return kNone;
-    const std::uint32_t hash = hashOf(address);
-    const std::size_t mask = slots_.size() - 1;
-    for (std::size_t at = placeOf(hash) & mask;; at = (at + 1) & mask) {
-      const Slot slot = slots_[at];
-      if (slot.numberPlusOne == 0) return kNone;
-      if (slot.hash == hash && addressOf(slot.numberPlusOne - 1) == address) {
-        return slot.numberPlusOne - 1;
-      }
-    }
+    const Slot& slot = slotOf(windowOf(address));
+    return slot.numbers ? (*slot.numbers)[placeOf(address)] - 1 : kNone;
   }
 
-  /// Enters an address that is not in the table.
-  void add(const void* address, std::uint32_t number) {
-    if ((used_ + 1) * 2 > slots_.size()) grow();
-    place({hashOf(address), number + 1}, slots_);
-    ++used_;
-  }
-
-  /// Gives an address another number, or enters it.
-  template <class AddressOf>
-  void set(const void* address, std::uint32_t number, AddressOf addressOf) {
-    const std::uint32_t known = find(address, addressOf);
-    if (known == kNone) {
-      add(address, number);
-      return;
-    }
-    const std::size_t mask = slots_.size() - 1;
-    std::size_t at = placeOf(hashOf(address)) & mask;
-    while (slots_[at].numberPlusOne != known + 1) at = (at + 1) & mask;
-    slots_[at].numberPlusOne = number + 1;
+  /// Gives the address a number, whether it had one or not.
+  void set(const void* address, std::uint32_t number) {
+    const auto window = windowOf(address);
+    if (slots_.empty() || !slotOf(window).numbers) enter(window);
+    (*slotOf(window).numbers)[placeOf(address)] = number + 1;
   }
 
   void clear() noexcept {
     slots_ = std::vector<Slot>();
-    used_ = 0;
+    windows_ = std::vector<std::unique_ptr<Numbers>>();
   }
 
  private:
+  // Objects are at least 16 bytes apart: a count and a class each.
+  static constexpr unsigned kPlaceBits = 4;
+  static constexpr unsigned kWindowBits = 12;
+  // One more than the number, so that fresh memory says "none".
+  using Numbers = std::array<std::uint32_t, std::size_t{1} << (kWindowBits - kPlaceBits)>;
   struct Slot {
-    std::uint32_t hash;
-    std::uint32_t numberPlusOne;
+    std::uintptr_t window = 0;
+    Numbers* numbers = nullptr;
   };
 
-  // Objects are at least 16 bytes apart.
-  static std::uint32_t hashOf(const void* address) noexcept {
-    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(address) >> 4);
+  static std::uintptr_t windowOf(const void* address) noexcept {
+    return reinterpret_cast<std::uintptr_t>(address) >> kWindowBits;
   }
-  // Neighbours in memory, which are mostly met together, stay neighbours here; the upper bits move
-  // regions that would fall on each other apart.
-  static std::size_t placeOf(std::uint32_t hash) noexcept {
-    return hash + (hash >> 16) * std::size_t{0x9E37U};
+  static std::size_t placeOf(const void* address) noexcept {
+    return reinterpret_cast<std::uintptr_t>(address) >> kPlaceBits & (Numbers().size() - 1);
   }
-  static void place(Slot slot, std::vector<Slot>& slots) noexcept {
+  // The slot of the window, or the free one where it belongs. Sixteen neighbours stay together.
+  template <class Slots>
+  static auto& slotIn(Slots& slots, std::uintptr_t window) noexcept {
     const std::size_t mask = slots.size() - 1;
-    std::size_t at = placeOf(slot.hash) & mask;
-    while (slots[at].numberPlusOne != 0) at = (at + 1) & mask;
-    slots[at] = slot;
-  }
-  void grow() {
-    std::vector<Slot> larger(slots_.empty() ? 64 : slots_.size() * 2);
-    for (const Slot slot : slots_) {
-      if (slot.numberPlusOne != 0) place(slot, larger);
+    const std::uint64_t mixed = (std::uint64_t{window} >> 4) * 0x9E3779B97F4A7C15ULL;
+    for (std::size_t at = (mixed >> 32) * 16 + (window & 15);; ++at) {
+      auto& slot = slots[at & mask];
+      if (!slot.numbers || slot.window == window) return slot;
     }
-    slots_ = std::move(larger);
+  }
+  const Slot& slotOf(std::uintptr_t window) const noexcept { return slotIn(slots_, window); }
+
+  void enter(std::uintptr_t window) {
+    if ((windows_.size() + 1) * 2 > slots_.size()) {
+      std::vector<Slot> larger(slots_.empty() ? 64 : slots_.size() * 2);
+      for (const Slot& slot : slots_) {
+        if (slot.numbers) slotIn(larger, slot.window) = slot;
+      }
+      slots_ = std::move(larger);
+    }
+    windows_.push_back(std::make_unique<Numbers>());
+    slotIn(slots_, window) = {window, windows_.back().get()};
   }
 
-  std::vector<Slot> slots_;
-  std::size_t used_ = 0;
+  std::vector<Slot> slots_;  // a power of two, at most half in use
+  std::vector<std::unique_ptr<Numbers>> windows_;
 };
 
 }  // namespace tarnkit::detail

@@ -3,12 +3,12 @@
 #include <fmt/format.h>
 
 #include <cstdlib>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "tarnkit/platform/BlockPool.h"
 #include "tarnkit/platform/String.h"
 
 namespace tarnkit {
@@ -46,9 +46,9 @@ std::unordered_map<std::string_view, const Class*>& registeredClasses() {
 Object::~Object() = default;
 
 void* Object::allocate(std::size_t size, std::size_t extra) {
-  void* memory = std::malloc(sizeof(Counts) + size + extra);
-  if (!memory) throw std::bad_alloc();
-  auto* counts = ::new (memory) Counts{1, 1};
+  const auto whole = sizeof(Counts) + size + extra;
+  auto* counts = ::new (BlockPool::allocate(whole))
+      Counts{1, kWeakStep | (BlockPool::usesPage(whole) ? kInPage : 0U)};
   countLiveObjects(1);
   return counts + 1;
 }
@@ -56,7 +56,11 @@ void* Object::allocate(std::size_t size, std::size_t extra) {
 void Object::deallocate(void* object) noexcept {
   auto* counts = static_cast<Counts*>(object) - 1;
   if (counts->strong == 0) {
-    std::free(counts);
+    if (counts->weak & kInPage) {
+      BlockPool::releaseFromPage(counts);
+    } else {
+      std::free(counts);
+    }
     return;
   }
   // The constructor has thrown. Weak references that it handed out still need the counts; when

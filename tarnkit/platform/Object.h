@@ -23,8 +23,9 @@ enum class CodingKind : std::uint8_t { object, string, number, data, list, set, 
 /// that every object answers.
 ///
 /// Objects are made by `make<T>()` (never on the stack, never as members) and owned through `Ref`.
-/// Counting is plain while the process has one thread and atomic after that; nothing else is locked.
-/// However long a chain of owners is, dropping its head takes it down without deep recursion.
+/// Counting is plain while the process has one thread and atomic after that; nothing else is
+/// locked. However long a chain of owners is, dropping its head takes it down without deep
+/// recursion.
 class Object {
  public:
   Object(const Object&) = delete;
@@ -50,11 +51,11 @@ class Object {
   /// Reads the object's keys. Runs once, on an object just made by its class's factory, before the
   /// objects that it refers to have read theirs: what is decoded here may be stored, not asked.
   virtual void initWithCoder(Decoder& coder);
-  /// Lets go of every object that it owns: called on each object of an archive that turned out to be
-  /// unreadable, so that objects that own each other in a circle leave no leak.
+  /// Lets go of every object that it owns: called on each object of an archive that turned out to
+  /// be unreadable, so that objects that own each other in a circle leave no leak.
   virtual void abandonDecoding();
-  /// Runs once after `initWithCoder` of this object and of everything that it was the first to refer
-  /// to: the place for steps that ask the decoded objects.
+  /// Runs once after `initWithCoder` of this object and of everything that it was the first to
+  /// refer to: the place for steps that ask the decoded objects.
   virtual void awakeAfterDecoding(Decoder& coder);
 
   /// Whether more than one handle owns the object; for copy-on-write.
@@ -85,8 +86,10 @@ class Object {
   /// Stands in memory right before the object, so that it outlives the destructor.
   struct Counts {
     std::uint32_t strong;
-    std::uint32_t weak;  // all owners together count as one
+    std::uint32_t weak;  // in steps of kWeakStep; all owners together count as one
   };
+  static constexpr std::uint32_t kWeakStep = 2;
+  static constexpr std::uint32_t kInPage = 1;  // in `weak`: where the memory came from
   /// Also of an object that is gone and only held weakly, hence no member of it.
   static Counts& countsOf(const Object* object) noexcept {
     return *(reinterpret_cast<Counts*>(const_cast<Object*>(object)) - 1);
@@ -129,23 +132,24 @@ inline void retainObject(const Object* object) noexcept {
 }
 inline void releaseObject(const Object* object) noexcept {
   auto& strong = Object::countsOf(object).strong;
-  const auto left = __libc_single_threaded ? --strong
-                                           : __atomic_sub_fetch(&strong, 1U, __ATOMIC_ACQ_REL);
+  const auto left =
+      __libc_single_threaded ? --strong : __atomic_sub_fetch(&strong, 1U, __ATOMIC_ACQ_REL);
   if (left == 0) object->lastOwnerLeft();
 }
 inline void retainWeakly(const Object* object) noexcept {
   auto& weak = Object::countsOf(object).weak;
   if (__libc_single_threaded) {
-    ++weak;
+    weak += Object::kWeakStep;
   } else {
-    __atomic_fetch_add(&weak, 1U, __ATOMIC_RELAXED);
+    __atomic_fetch_add(&weak, Object::kWeakStep, __ATOMIC_RELAXED);
   }
 }
 inline void releaseWeakly(const Object* object) noexcept {
   auto& weak = Object::countsOf(object).weak;
-  const auto left = __libc_single_threaded ? --weak
-                                           : __atomic_sub_fetch(&weak, 1U, __ATOMIC_ACQ_REL);
-  if (left == 0) Object::deallocate(const_cast<Object*>(object));
+  const auto left = __libc_single_threaded
+                        ? weak -= Object::kWeakStep
+                        : __atomic_sub_fetch(&weak, Object::kWeakStep, __ATOMIC_ACQ_REL);
+  if (left < Object::kWeakStep) Object::deallocate(const_cast<Object*>(object));
 }
 inline bool isAlive(const Object* object) noexcept {
   return __atomic_load_n(&Object::countsOf(object).strong, __ATOMIC_RELAXED) != 0;

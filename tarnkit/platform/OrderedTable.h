@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <iterator>
 #include <memory>
 #include <new>
 #include <utility>
+
+#include "tarnkit/platform/BlockPool.h"
 
 namespace tarnkit::detail {
 
@@ -117,8 +118,7 @@ class OrderedTable {
     Block* const old = std::exchange(block_, nullptr);
     if (!old) return;
     std::destroy_n(entriesOf(old), old->used);
-    old->~Block();
-    std::free(old);
+    discard(old);
   }
 
   void reserve(std::uint32_t capacity) {
@@ -222,6 +222,15 @@ class OrderedTable {
     }
   }
 
+  static std::size_t bytesOf(std::uint32_t capacity) noexcept {
+    return sizeof(Block) + std::size_t{capacity} * sizeof(Entry);
+  }
+  static void discard(Block* block) noexcept {
+    const auto bytes = bytesOf(block->capacity);
+    block->~Block();
+    BlockPool::release(block, bytes);
+  }
+
   void grow() {
     if (block_ && block_->live < block_->used && block_->live <= block_->used / 4 * 3) {
       closeGaps();
@@ -230,9 +239,7 @@ class OrderedTable {
     reallocate(block_ ? block_->capacity * 2 : 1);
   }
   void reallocate(std::uint32_t capacity) {
-    void* const memory = std::malloc(sizeof(Block) + std::size_t{capacity} * sizeof(Entry));
-    if (!memory) throw std::bad_alloc();
-    auto* const fresh = ::new (memory) Block();
+    auto* const fresh = ::new (BlockPool::allocate(bytesOf(capacity))) Block();
     fresh->capacity = capacity;
     Block* const old = block_;
     if (old) {
@@ -242,8 +249,7 @@ class OrderedTable {
       fresh->index = std::move(old->index);
       std::uninitialized_move_n(entriesOf(old), old->used, entriesOf(fresh));
       std::destroy_n(entriesOf(old), old->used);
-      old->~Block();
-      std::free(old);
+      discard(old);
     }
     block_ = fresh;
   }

@@ -74,6 +74,9 @@ class BinaryParser {
     }
     if (root >= objectCount_) return refuse("the root is no object of the file");
     builder_.setRoot(static_cast<Index>(root));
+    // Archives hold about two references for each object; more find room as they come.
+    builder_.expect(tableSize / offsetWidth_,
+                    std::min(tableStart_ / referenceWidth_, tableSize / offsetWidth_ * 2));
     return true;
   }
 

@@ -12,6 +12,11 @@ PropertyListBuilder::PropertyListBuilder(PropertyList& list, ByteSpan bytes) : l
   list_.fileSize_ = bytes.size();
 }
 
+void PropertyListBuilder::expect(std::size_t values, std::size_t references) {
+  list_.values_.room(values);
+  list_.children_.room(references);
+}
+
 PropertyListBuilder::Index PropertyListBuilder::addInteger(Kind kind, std::int64_t integer) {
   PropertyList::Value value{};
   value.kind = kind;
@@ -75,30 +80,54 @@ bool PropertyListBuilder::indexKeys(std::string& error) {
   std::vector<Index> lastMap;  // for each key, the map that had it last
   for (Index map = 0; map < count(); ++map) {
     if (list_.kind(map) != Kind::map) continue;
-    for (const Index name : list_.keys(map)) {
-      if (list_.kind(name) != Kind::string) {
-        error = std::string(PropertyList::nameOf(list_.kind(name))) + " is the key of a map";
-        return false;
+    const auto names = list_.keys(map);
+    growKeyTable(list_.keys_.size() + names.size());
+    for (std::size_t begin = 0; begin < names.size(); begin += kBatch) {
+      const auto batch = names.subspan(begin, std::min(kBatch, names.size() - begin));
+      if (!numberKeys(batch, error)) return false;
+      for (const Index name : batch) {
+        const auto key = list_.keyOf(name);
+        if (key >= lastMap.size()) lastMap.resize(list_.keys_.size(), PropertyList::kNone);
+        if (lastMap[key] == map) {
+          error =
+              "a map has the key \"" + std::string(list_.string(name).substr(0, 200)) + "\" twice";
+          return false;
+        }
+        lastMap[key] = map;
       }
-      const auto key = keyFor(name);
-      if (key >= lastMap.size()) lastMap.push_back(PropertyList::kNone);
-      if (lastMap[key] == map) {
-        error =
-            "a map has the key \"" + std::string(list_.string(name).substr(0, 200)) + "\" twice";
-        return false;
-      }
-      lastMap[key] = map;
     }
   }
   return true;
 }
 
-PropertyList::Key PropertyListBuilder::keyFor(Index string) {
+// A map of many different keys is slow where every look-up waits for the memory: the places of a
+// whole batch are asked for before the first one is looked at.
+bool PropertyListBuilder::numberKeys(std::span<const Index> names, std::string& error) {
+  std::uint32_t hashes[kBatch];
+  Index fresh[kBatch];
+  std::size_t freshCount = 0;
+  for (const Index name : names) __builtin_prefetch(&list_.values_[name]);
+  const std::size_t mask = list_.keyTable_.size() - 1;
+  for (const Index name : names) {
+    if (list_.kind(name) != Kind::string) {
+      error = std::string(PropertyList::nameOf(list_.kind(name))) + " is the key of a map";
+      return false;
+    }
+    if (list_.values_[name].payload.text.keyPlusOne != 0) continue;
+    const auto text = list_.string(name);
+    hashes[freshCount] =
+        static_cast<std::uint32_t>(keyedHash(text.data(), text.size(), hashKeys()));
+    __builtin_prefetch(&list_.keyTable_[hashes[freshCount] & mask]);
+    fresh[freshCount++] = name;
+  }
+  for (std::size_t i = 0; i < freshCount; ++i) numberKey(fresh[i], hashes[i]);
+  return true;
+}
+
+void PropertyListBuilder::numberKey(Index string, std::uint32_t hash) {
   auto& keyPlusOne = list_.values_[string].payload.text.keyPlusOne;
-  if (keyPlusOne != 0) return keyPlusOne - 1;
-  if (list_.keys_.size() * 2 >= list_.keyTable_.size()) growKeyTable();
+  if (keyPlusOne != 0) return;  // twice in one batch
   const auto text = list_.string(string);
-  const auto hash = static_cast<std::uint32_t>(keyedHash(text.data(), text.size(), hashKeys()));
   const std::size_t mask = list_.keyTable_.size() - 1;
   for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
     auto& slot = list_.keyTable_[at];
@@ -109,13 +138,16 @@ PropertyList::Key PropertyListBuilder::keyFor(Index string) {
       continue;
     }
     keyPlusOne = slot.keyPlusOne;
-    return keyPlusOne - 1;
+    return;
   }
 }
 
-void PropertyListBuilder::growKeyTable() {
+void PropertyListBuilder::growKeyTable(std::size_t keys) {
   auto& table = list_.keyTable_;
-  std::vector<PropertyList::KeySlot> larger(std::max<std::size_t>(64, table.size() * 2));
+  std::size_t size = std::max<std::size_t>(64, table.size());
+  while (size < keys * 2) size *= 2;
+  if (size == table.size()) return;
+  std::vector<PropertyList::KeySlot> larger(size);
   const std::size_t mask = larger.size() - 1;
   for (const auto& slot : table) {
     if (slot.keyPlusOne == 0) continue;
@@ -137,47 +169,57 @@ std::span<const PropertyList::Index> childrenOf(const PropertyList& list,
 }
 }  // namespace
 
-// Most writers place containers before what they hold; then there is nothing to search.
-bool PropertyListBuilder::mayHaveCycles() const noexcept {
+bool PropertyListBuilder::refuseCycles(std::string& error) {
+  // What cannot lead back to itself: scalars, and containers of nothing else. Writers place most
+  // containers after what they hold, so one pass in the order of the file settles nearly all.
+  std::vector<State> states(count(), State::unseen);
+  std::vector<Index> doubtful;
   for (Index index = 0; index < count(); ++index) {
-    if (!isContainer(list_.kind(index))) continue;
-    for (const Index child : childrenOf(list_, index)) {
-      if (child <= index && isContainer(list_.kind(child))) return true;
+    bool isSettled = true;
+    if (isContainer(list_.kind(index))) {
+      for (const Index child : childrenOf(list_, index)) {
+        if (child < index ? states[child] == State::settled : !isContainer(list_.kind(child))) {
+          continue;
+        }
+        isSettled = false;
+        break;
+      }
+    }
+    if (isSettled) {
+      states[index] = State::settled;
+    } else {
+      doubtful.push_back(index);
     }
   }
-  return false;
+  for (const Index start : doubtful) {
+    if (states[start] == State::unseen && !settle(start, states)) {
+      error = "a container holds itself";
+      return false;
+    }
+  }
+  return true;
 }
 
-bool PropertyListBuilder::refuseCycles(std::string& error) {
-  if (!mayHaveCycles()) return true;
-  enum : std::uint8_t { unseen, open, closed };
+bool PropertyListBuilder::settle(Index start, std::vector<State>& states) const {
   struct Frame {
     Index container;
     std::uint32_t next;
   };
-  std::vector<std::uint8_t> state(count(), unseen);
-  std::vector<Frame> stack;
-  for (Index start = 0; start < count(); ++start) {
-    if (state[start] != unseen || !isContainer(list_.kind(start))) continue;
-    state[start] = open;
-    stack.push_back({start, 0});
-    while (!stack.empty()) {
-      Frame& frame = stack.back();
-      const auto children = childrenOf(list_, frame.container);
-      if (frame.next == children.size()) {
-        state[frame.container] = closed;
-        stack.pop_back();
-        continue;
-      }
-      const Index child = children[frame.next++];
-      if (!isContainer(list_.kind(child)) || state[child] == closed) continue;
-      if (state[child] == open) {
-        error = "a container holds itself";
-        return false;
-      }
-      state[child] = open;
-      stack.push_back({child, 0});
+  std::vector<Frame> path{{start, 0}};
+  states[start] = State::open;
+  while (!path.empty()) {
+    Frame& frame = path.back();
+    const auto children = childrenOf(list_, frame.container);
+    if (frame.next == children.size()) {
+      states[frame.container] = State::settled;
+      path.pop_back();
+      continue;
     }
+    const Index child = children[frame.next++];
+    if (states[child] == State::open) return false;
+    if (states[child] == State::settled) continue;
+    states[child] = State::open;
+    path.push_back({child, 0});
   }
   return true;
 }

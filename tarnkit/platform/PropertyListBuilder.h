@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string>
-#include <string_view>
+#include <vector>
 
 #include "tarnkit/platform/PropertyList.h"
 
@@ -16,6 +18,8 @@ class PropertyListBuilder {
 
   PropertyListBuilder(PropertyList& list, ByteSpan bytes);
 
+  /// Makes room for that many, so that large lists are not copied while they grow.
+  void expect(std::size_t values, std::size_t references);
   std::size_t count() const noexcept { return list_.values_.size(); }
   Index addInteger(Kind kind, std::int64_t value);
   Index addReal(Kind kind, double value);
@@ -41,9 +45,13 @@ class PropertyListBuilder {
   bool refuseCycles(std::string& error);
 
  private:
-  PropertyList::Key keyFor(Index string);
-  void growKeyTable();
-  bool mayHaveCycles() const noexcept;
+  static constexpr std::size_t kBatch = 16;
+  enum class State : std::uint8_t { unseen, open, settled };
+
+  bool numberKeys(std::span<const Index> names, std::string& error);
+  void numberKey(Index string, std::uint32_t hash);
+  void growKeyTable(std::size_t keys);
+  bool settle(Index start, std::vector<State>& states) const;
 
   PropertyList& list_;
 };

@@ -175,10 +175,10 @@ struct StandardKeyedArchiver::State {
       default:
         break;
     }
-    UID uid = identities.find(object, [&](UID known) { return objects[known].get(); });
+    UID uid = identities.find(object);
     if (uid == detail::IdentityTable::kNone) {
       uid = newUID(object);
-      identities.add(object, uid);
+      identities.set(object, uid);
     }
     if (!isConditional && !queued[uid]) {
       queued[uid] = true;
@@ -188,11 +188,11 @@ struct StandardKeyedArchiver::State {
   }
 
   ClassEntry& entryOfClass(const Class& record) {
-    auto number = classIdentities.find(&record, [&](UID known) { return classes[known].record; });
+    auto number = classIdentities.find(&record);
     if (number == detail::IdentityTable::kNone) {
       number = static_cast<std::uint32_t>(classes.size());
       classes.push_back({&record, String(), 0});
-      classIdentities.add(&record, number);
+      classIdentities.set(&record, number);
     }
     return classes[number];
   }
