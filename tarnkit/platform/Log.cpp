@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <cstdio>
+#include <string>
 #include <utility>
 
 namespace tarnkit {
@@ -18,7 +19,10 @@ void Log::line(std::string_view text) {
   if (const auto& sink = currentSink()) {
     sink(text);
   } else {
-    fmt::print(stderr, "{}\n", text);
+    // One call a line, and a line that cannot be written is lost: whoever logs does not fail for
+    // it.
+    const std::string line = fmt::format("{}\n", text);
+    std::fwrite(line.data(), 1, line.size(), stderr);
   }
 }
 

@@ -5,7 +5,8 @@
 
 namespace tarnkit {
 
-/// The process's log: one line a call, given to one replaceable sink (standard error by default).
+/// The process's log: one line a call, given to one replaceable sink (standard error by default,
+/// where a line that cannot be written is lost).
 /// For one thread.
 class Log {
  public:

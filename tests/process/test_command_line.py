@@ -46,6 +46,41 @@ class CommandLine(HostTest):
         self.assertEqual(run.stderr.decode(),
                          "tarnkit: output, standard output, No space left on device\n")
 
+    def test_short_results_are_not_lost_in_silence(self):
+        for arguments in (["eval", "1+1"], ["tokens", "1"], ["parse", "1"], ["--version"]):
+            with self.subTest(arguments[0]), open("/dev/full", "wb") as full:
+                run = subprocess.run([HOST, *arguments], stdout=full, stderr=subprocess.PIPE,
+                                     timeout=60)
+                self.assertEqual(run.returncode, 1)
+                self.assertEqual(run.stderr.decode(),
+                                 "tarnkit: output, standard output, No space left on device\n")
+
+    def test_messages_that_cannot_be_written_change_nothing(self):
+        logs = op("setParameter", node="n", parameter="Tarn.mathExpressionParameter", value="1 $")
+        script = [op("newDocument"), op("newNode", as_="n", patch="HXRMathExpressionNode"), logs]
+        for arguments, input, status in ((["inspect", "missing"], [], 1), (["run", "-"], script, 0),
+                                         (["nonsense"], [], 2)):
+            with self.subTest(arguments[0]), open("/dev/full", "wb") as full:
+                run = subprocess.run([HOST, *arguments], input=json.dumps(input).encode(),
+                                     stdout=subprocess.DEVNULL, stderr=full, timeout=60)
+                self.assertEqual(run.returncode, status)
+
+    def test_closed_streams_do_not_write_into_files(self):
+        # Each save opens its file under the lowest number that is free.
+        script = [op("newDocument"), op("newNode", as_="n", patch="HXRMathExpressionNode"),
+                  op("addNode", node="n", to="node_0"), op("save", file="file")]
+        (self.folder / "script").write_text(json.dumps(script))
+        self.host("run", "script", cwd=self.folder)
+        saved = (self.folder / "file").read_bytes()
+        for closed, status in (("2>&-", 0), ("<&-", 0), (">&- 2>&-", 1)):
+            with self.subTest(closed):
+                run = subprocess.run(
+                    ["/bin/sh", "-c", f'exec "$0" run script --trace {closed}', HOST],
+                    cwd=self.folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                    timeout=60)
+                self.assertEqual(run.returncode, status)
+                self.assertEqual((self.folder / "file").read_bytes(), saved)
+
     def test_progress_shows_on_a_terminal_only(self):
         terminal, other = pty.openpty()
         self.addCleanup(os.close, terminal)

@@ -1,13 +1,20 @@
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <cstdio>
 #include <exception>
+#include <iostream>
+#include <new>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/platform/Bundle.h"
+#include "tarnkit/platform/Log.h"
 #include "tools/tarnkit/CatalogueCommand.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
@@ -35,7 +42,17 @@ void complain(std::string text) {
   for (char& c : text) {
     if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
   }
-  fmt::print(stderr, "tarnkit: {}\n", text);
+  tarnkit::Log::line("tarnkit: " + text);
+}
+
+// A file that is opened while a standard stream is closed would get the stream's number, and what
+// is meant for the stream would be written into it. The stream stays useless, but its number is
+// taken.
+void occupyStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(stream, F_GETFD) >= 0 || errno != EBADF) continue;
+    if (::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) < 0) return;
+  }
 }
 
 void addCommands(CLI::App& program) {
@@ -81,11 +98,24 @@ int run(int argc, char** argv) {
   }
 }
 
+// Short results wait in a buffer until here.
+void flushOutput() {
+  std::cout.flush();
+  if (std::fflush(stdout) == 0 && std::cout && std::ferror(stdout) == 0) return;
+  throw tool::CommandFailure("output", "standard output", std::generic_category().message(errno));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  occupyStandardStreams();
   try {
-    return run(argc, argv);
+    const int status = run(argc, argv);
+    flushOutput();
+    return status;
+  } catch (const std::bad_alloc&) {
+    complain("there is not enough memory for this work");
+    return kWorkFailed;
   } catch (const std::exception& failure) {
     complain(failure.what());
     return kWorkFailed;
