@@ -71,6 +71,7 @@ bool KeyedArchiveRecords::open() {
   keysKey_ = list_.keyNamed("NS.keys");
   objects_.resize(list_.count());
   marks_.resize(list_.count());
+  recordClasses_.resize(list_.count());
   return true;
 }
 
@@ -175,7 +176,18 @@ Ref<Object> KeyedArchiveRecords::makeNumber(Index value) {
   }
 }
 
+// Looked up once a record: a record may have many keys and be referred to many times.
 const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::classOf(Index record) {
+  std::uint32_t& known = recordClasses_[record];
+  if (known == 0) {
+    const ClassRecord* const found = findClass(record);
+    if (!found) return nullptr;
+    known = static_cast<std::uint32_t>(found - classes_.data()) + 1;
+  }
+  return &classes_[known - 1];
+}
+
+const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::findClass(Index record) {
   const Index reference = entry(record, classKey_);
   if (reference == kNone || list_.kind(reference) != Kind::uid) {
     fail("an object has no class");
@@ -337,6 +349,7 @@ bool KeyedArchiveRecords::visitElement(Index element, FunctionRef<void(const Ref
 
 bool KeyedArchiveRecords::visitElements(Index record, Form form,
                                         FunctionRef<void(const Ref<Object>&)> visit) {
+  if (!spend(list_.count(record))) return false;  // for the search of the key
   const Index elements = entry(record, objectsKey_);
   if (elements == kNone && form == Form::orderedSet) return visitNumberedElements(record, visit);
   if (elements == kNone || list_.kind(elements) != Kind::array) {
@@ -354,7 +367,6 @@ bool KeyedArchiveRecords::visitElements(Index record, Form form,
 bool KeyedArchiveRecords::visitNumberedElements(Index record,
                                                 FunctionRef<void(const Ref<Object>&)> visit) {
   const auto keys = list_.keys(record);
-  if (!spend(keys.size())) return false;
   std::vector<Index> members(keys.size(), kNone);
   std::size_t count = 0;
   for (std::size_t i = 0; i < keys.size(); ++i) {
@@ -383,6 +395,7 @@ bool KeyedArchiveRecords::visitNumberedElements(Index record,
 
 bool KeyedArchiveRecords::visitEntries(Index record,
                                        FunctionRef<void(const String&, const Ref<Object>&)> visit) {
+  if (!spend(2 * std::uint64_t{list_.count(record)})) return false;  // for the search of the keys
   const Index names = entry(record, keysKey_);
   const Index values = entry(record, objectsKey_);
   if (names == kNone || values == kNone || list_.kind(names) != Kind::array ||

@@ -89,6 +89,7 @@ class KeyedArchiveRecords {
   Ref<Object> makeData(Index record);
   Ref<Object> stringOf(Index text);
   const ClassRecord* classOf(Index record);
+  const ClassRecord* findClass(Index record);
   const ClassRecord* readClass(Index value);
   bool spend(std::uint64_t visits);
   bool refuseSharing();
@@ -107,8 +108,9 @@ class KeyedArchiveRecords {
   PropertyList::Key objectsKey_ = PropertyList::kNoKey;
   PropertyList::Key keysKey_ = PropertyList::kNoKey;
   Index rootReference_ = PropertyList::kNone;
-  std::vector<Ref<Object>> objects_;  // of each value
-  std::vector<std::uint32_t> marks_;  // of each value
+  std::vector<Ref<Object>> objects_;          // of each value
+  std::vector<std::uint32_t> marks_;          // of each value
+  std::vector<std::uint32_t> recordClasses_;  // of each value that is a record: 1 + number of class
   std::vector<Index> made_;
   std::vector<Index> referred_;
   std::vector<ClassRecord> classes_;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -402,6 +403,48 @@ TEST_F(StandardKeyedCoders, BoundsWhatSharedContentsCost) {
   objects.replace(objects.find('#'), 1, list(elements));
   std::string error;
   EXPECT_FALSE(unarchive(archive(objects), &error));
+  EXPECT_EQ(error, "the same contents are shared by too many objects");
+}
+
+// Records of many keys that many others refer to: as the parts of each thing, and as the members of
+// one list. Searched anew for every reference they would cost the product of both numbers.
+TEST_F(StandardKeyedCoders, SearchesAWideRecordOnce) {
+  constexpr int kKeys = 60000;
+  constexpr int kReferences = 60000;
+  std::string wide;
+  std::string members;
+  for (int i = 0; i < kKeys; ++i) wide += entry("k" + std::to_string(i), "<true/>");
+  for (int i = 0; i < kReferences; ++i) members += uid(4);
+  const auto wideOf = [&](const std::string& last) {
+    auto made = record(5, "@");
+    const auto classEntry = entry("$class", uid(5));
+    made.erase(made.find(classEntry), classEntry.size());
+    return made.replace(made.find('@'), 1, wide + last + classEntry);
+  };
+  const auto read = [&](const std::string& objects, std::string& error) {
+    const auto start = std::chrono::steady_clock::now();
+    unarchive(objects, &error);
+    return std::chrono::steady_clock::now() - start;
+  };
+  std::string error;
+  const auto inOneList = thing(entry("Thing.payload", uid(3)),
+                               record(6, entry("NS.objects", list(members))) +
+                                   wideOf(entry("NS.string", "<string>text</string>")) +
+                                   classRecord("NSString") + classRecord("NSArray"));
+  EXPECT_LT(read(inOneList, error), std::chrono::seconds(4));
+  EXPECT_EQ(error, "");
+
+  std::string things;
+  std::string parts;
+  for (int i = 0; i < kReferences; ++i) {
+    parts += uid(7 + i);
+    things += record(2, entry("Thing.parts", uid(4)));
+  }
+  const auto ofManyThings =
+      thing(entry("Thing.parts", uid(3)),
+            record(6, entry("NS.objects", list(parts))) + wideOf(entry("NS.objects", list(""))) +
+                classRecord("NSArray") + classRecord("NSArray") + things);
+  EXPECT_LT(read(ofManyThings, error), std::chrono::seconds(4));
   EXPECT_EQ(error, "the same contents are shared by too many objects");
 }
 
