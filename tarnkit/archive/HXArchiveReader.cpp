@@ -78,14 +78,46 @@ bool HXArchiveReader::open(ByteSpan bytes, std::string* error) {
   ids_.assign(ids.begin(), ids.end());
   bodies_.assign(bodies.begin(), bodies.end());
   objectsByKey_.assign(list_.keyCount(), kNoObject);
-  classes_.reserve(bodies.size());
   for (Object object = 0; object < objectCount(); ++object) {
     objectsByKey_[list_.keyOf(ids[object])] = object;
-    constexpr std::size_t kAhead = 8;
-    if (object + kAhead < bodies.size()) list_.prefetch(bodies[object + kAhead]);
-    classes_.push_back(findClass(bodies[object]));
   }
+  findClasses();
+  resolveForeignIDs();
   return true;
+}
+
+// One body may stand under many names, and have many keys.
+void HXArchiveReader::findClasses() {
+  std::vector<Object> firstWithBody(list_.count(), kNoObject);
+  classes_.reserve(bodies_.size());
+  for (Object object = 0; object < objectCount(); ++object) {
+    constexpr std::size_t kAhead = 8;
+    if (object + kAhead < bodies_.size()) list_.prefetch(bodies_[object + kAhead]);
+    Object& first = firstWithBody[bodies_[object]];
+    if (first == kNoObject) {
+      first = object;
+      classes_.push_back(findClass(bodies_[object]));
+    } else {
+      classes_.push_back(classes_[first]);
+    }
+  }
+}
+
+// As a rule the string in a reference is the very one that is the key in "$objects". Any other is
+// looked up here once, because it may be long, and the reference stand in many places.
+void HXArchiveReader::resolveForeignIDs() {
+  std::vector<bool> known;
+  for (Index value = 0; value < list_.count(); ++value) {
+    if (!isReference(value)) continue;
+    const Index id = list_.values(value)[0];
+    if (list_.keyOf(id) != PropertyList::kNoKey) continue;
+    if (foreignIDs_.empty()) {
+      foreignIDs_.assign(list_.count(), kNoObject);
+      known.resize(list_.count());
+    }
+    if (!known[id]) foreignIDs_[id] = objectNamed(list_.string(id));
+    known[id] = true;
+  }
 }
 
 HXArchiveReader::Object HXArchiveReader::objectNamed(std::string_view id) const noexcept {
@@ -118,7 +150,7 @@ bool HXArchiveReader::isReference(Index value) const noexcept {
 HXArchiveReader::Object HXArchiveReader::resolve(Index reference) const noexcept {
   const Index id = list_.values(reference)[0];
   const auto key = list_.keyOf(id);
-  return key == PropertyList::kNoKey ? objectNamed(list_.string(id)) : objectsByKey_[key];
+  return key == PropertyList::kNoKey ? foreignIDs_[id] : objectsByKey_[key];
 }
 
 void HXArchiveReader::walk(Visitor& visitor) const {

@@ -81,6 +81,8 @@ class HXArchiveReader {
 
  private:
   Index findClass(Index body) const noexcept;
+  void findClasses();
+  void resolveForeignIDs();
 
   PropertyList list_;
   HXArchiveKind kind_ = HXArchiveKind::none;
@@ -92,6 +94,9 @@ class HXArchiveReader {
   std::vector<Index> bodies_;         // of each object
   std::vector<Index> classes_;        // of each object: the string, or kNone
   std::vector<Object> objectsByKey_;  // for each key of the list, the object of that name
+  // For each string of a reference that is no key of the list, the object of that name; empty while
+  // there is no such string.
+  std::vector<Object> foreignIDs_;
 };
 
 }  // namespace tarnkit

@@ -1,8 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "tarnkit/archive/HXArchiveReader.h"
 #include "tarnkit/archive/HXArchiveText.h"
@@ -337,6 +340,41 @@ TEST(HXKeyedArchiver, ArchivesToAFile) {
   EXPECT_FALSE(HXKeyedArchiver::archiveRootObject(make<Scripted>().get(), "/dev/full", &error));
   EXPECT_EQ(error, "/dev/full: No space left on device");
   EXPECT_TRUE(HXKeyedArchiver::archiveRootObject(make<Scripted>().get(), "/dev/null"));
+}
+
+// A body of many keys that is the body of many objects, and a long string that many places name an
+// absent object by: searched, or hashed, for each of them they would take minutes.
+TEST(HXArchiveReader, LooksAtSharedPartsOnce) {
+  using Index = PropertyListWriter::Index;
+  constexpr std::size_t kCount = 100000;
+  PropertyListWriter writer;
+  const Index top = writer.reserve();
+  const Index value = writer.addInt(5);
+  std::vector<Index> keys;
+  std::vector<Index> ids;
+  for (std::size_t i = 0; i < kCount; ++i) {
+    keys.push_back(writer.addString("k" + std::to_string(i)));
+    ids.push_back(writer.addString("$object-" + std::to_string(i)));
+  }
+  const Index referenceKey = writer.addString("$reference");
+  const Index absent = writer.addString(std::string(std::size_t{1} << 20, 'x'));
+  const Index toAbsent = writer.addMap({&referenceKey, 1}, {&absent, 1});
+  std::vector<Index> bodies(kCount, writer.addMap(keys, std::vector<Index>(kCount, value)));
+  bodies[0] = writer.addArray(std::vector<Index>(kCount, toAbsent));
+  const Index topKeys[] = {writer.addString("$objects"), writer.addString("$root"),
+                           writer.addString("$version")};
+  const Index topValues[] = {writer.addMap(ids, bodies),
+                             writer.addMap({&referenceKey, 1}, {ids.data(), 1}),
+                             writer.addString("1.0.0")};
+  std::copy_n(topValues, 3, std::copy_n(topKeys, 3, writer.fillMap(top, 3).begin()));
+  const auto bytes = writer.finish(top);
+
+  const auto start = std::chrono::steady_clock::now();
+  HXArchiveReader reader;
+  ASSERT_TRUE(reader.open(bytes));
+  EXPECT_EQ(reader.objectCount(), kCount);
+  EXPECT_THAT(HXArchiveText::indented(reader), HasSubstr("list of 100000"));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
 }
 
 TEST(HXArchiveReader, TellsFilesApart) {
