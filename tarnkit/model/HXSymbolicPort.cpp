@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <unordered_map>
+
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
 
@@ -16,6 +18,37 @@ constinit const Symbol kPort{"HXSymbolicPort.port"};
 constinit const Symbol kName{"HXSymbolicPort.name"};
 
 std::string_view orNull(const String& key) { return key.isNil() ? "(null)" : key.view(); }
+
+String groupKeyInName(const String& name) {
+  static const String published = String::interned("Published");
+  const auto colon = name.view().find(':');
+  return colon == std::string_view::npos ? published : String(name.view().substr(0, colon));
+}
+
+// Names of more bytes than this have one group key for all ports that share the name: a document
+// may give every port one name as long as the document itself.
+constexpr std::size_t kLongName = 256;
+
+// The group keys of the long names that are in use. Neither names nor keys are kept alive.
+String sharedGroupKey(const String& name) {
+  struct Known {
+    WeakRef<StringObject> name;
+    WeakRef<StringObject> key;
+  };
+  static auto* const known = new std::unordered_map<const StringObject*, Known>;
+  static std::size_t tidySize = 1;
+  if (const auto found = known->find(name.object().get()); found != known->end()) {
+    if (auto key = found->second.key.lock()) return String(std::move(key));
+  }
+  if (known->size() >= tidySize) {
+    std::erase_if(*known,
+                  [](const auto& entry) { return !entry.second.name || !entry.second.key; });
+    tidySize = 2 * known->size() + 1;
+  }
+  const String key = groupKeyInName(name);
+  (*known)[name.object().get()] = {name.object(), key.object()};
+  return key;
+}
 
 }  // namespace
 
@@ -72,10 +105,8 @@ void HXSymbolicPort::setName(String name) {
 }
 
 const String& HXSymbolicPort::groupKey() const {
-  static const String published = String::interned("Published");
   if (groupKey_.isNil()) {
-    const auto colon = name_.view().find(':');
-    groupKey_ = colon == std::string_view::npos ? published : String(name_.view().substr(0, colon));
+    groupKey_ = name_.size() > kLongName ? sharedGroupKey(name_) : groupKeyInName(name_);
   }
   return groupKey_;
 }

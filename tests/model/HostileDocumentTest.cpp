@@ -205,4 +205,39 @@ TEST_F(HostileDocumentTest, TruncatedAndFlippedFilesEndInASentence) {
   }
 }
 
+// One name of a quarter of a megabyte, of ports on many nodes: each would keep the part before the
+// colon for itself.
+TEST_F(HostileDocumentTest, ALongNameThatManyPortsShareIsNotCopiedForEach) {
+  constexpr int kGroups = 20;
+  const std::string key(1U << 18, 'k');
+  const String name(key + ": x");
+  for (int i = 0; i < kGroups; ++i) {
+    const auto group = add("");
+    const auto clamp = add("HXRClampNode", group.get());
+    for (const char* inner : {"Tarn.valueInput", "Tarn.minimumInput"}) {
+      group->subnodeGroup()->addSymbolicPortForPort(port(*clamp, inner))->setName(name);
+    }
+  }
+  std::string error;
+  const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
+  const auto opened = HXDocumentFile::document(bytes, 0, error);
+  ASSERT_TRUE(opened) << error;
+  const Object* shared = nullptr;
+  for (const auto& node : opened->subnodeGroup()->subnodes()) {
+    ASSERT_EQ(node->subnodeGroup()->symbolicInputPorts().count(), 2U);
+    for (const auto& member : node->subnodeGroup()->symbolicInputPorts()) {
+      const String& groupKey = static_cast<const HXSymbolicPort&>(*member).groupKey();
+      EXPECT_TRUE(groupKey == key);
+      if (!shared) shared = groupKey.object().get();
+      EXPECT_EQ(groupKey.object().get(), shared);
+    }
+    auto* const first =
+        as<HXSymbolicPort>(node->subnodeGroup()->symbolicInputPorts().objectAtIndex(0).get());
+    first->setName("Other: x");
+    EXPECT_EQ(first->groupKey(), "Other");
+    first->setName(String(key));
+    EXPECT_EQ(first->groupKey(), "Published");
+  }
+}
+
 }  // namespace tarnkit::test
