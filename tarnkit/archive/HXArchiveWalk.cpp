@@ -137,7 +137,7 @@ void HXArchiveWalk::encodeForTop(const Symbol& key, Encoder& coder) {
 
 HXArchiveWalk::Index HXArchiveWalk::inlineValue(const Object& object) {
   if (object.codingKind() == CodingKind::string) {
-    return writer_.addString(static_cast<const StringObject&>(object).view());
+    return writer_.addString(static_cast<const StringObject&>(object));
   }
   const auto& number = static_cast<const Number&>(object);
   switch (number.kind()) {
@@ -168,7 +168,9 @@ void HXArchiveWalk::appendElement(const Object& object, Index key) {
 void HXArchiveWalk::appendSorted() {
   std::sort(sorted_.begin(), sorted_.end(),
             [](const auto& a, const auto& b) { return a.first < b.first; });
-  for (const auto& [key, object] : sorted_) appendElement(*object, writer_.addString(key));
+  for (const auto& [key, object] : sorted_) {
+    appendElement(*object, key.isNil() ? writer_.addString("") : writer_.addString(*key.object()));
+  }
   sorted_.clear();
 }
 

@@ -183,6 +183,12 @@ PropertyListWriter::Index PropertyListWriter::addText(std::string_view utf8, boo
   return addScalar(start, shared);
 }
 
+PropertyListWriter::Index PropertyListWriter::addLongString(const StringObject& text) {
+  LongText& known = longTexts_[&text];
+  if (!known.text) known = {Ref<const StringObject>(&text), addText(text.view(), true)};
+  return known.index;
+}
+
 PropertyListWriter::Index PropertyListWriter::addInt(std::int64_t value) {
   const std::size_t start = bytes_.size();
   const unsigned width = widthOf(static_cast<std::uint64_t>(value));
@@ -388,6 +394,7 @@ void PropertyListWriter::clear() noexcept {
   tableUsed_ = 0;
   symbols_ = std::vector<Index>();
   uids_ = std::vector<Index>();
+  longTexts_.clear();
   booleans_[0] = booleans_[1] = kNone;
 }
 

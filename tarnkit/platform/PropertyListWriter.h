@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "tarnkit/platform/Data.h"
 #include "tarnkit/platform/RawBuffer.h"
+#include "tarnkit/platform/String.h"
 #include "tarnkit/platform/Symbol.h"
 
 namespace tarnkit {
@@ -35,6 +37,11 @@ class PropertyListWriter {
   ~PropertyListWriter();
 
   Index addString(std::string_view utf8) { return addText(utf8, true); }
+  /// The string's text; of a long one the object is remembered (and kept), so that a text that many
+  /// objects share is not hashed for each.
+  Index addString(const StringObject& text) {
+    return text.view().size() <= kLongText ? addText(text.view(), true) : addLongString(text);
+  }
   /// As `addString`, without looking for an equal one: for texts known to be different.
   Index addDistinctString(std::string_view utf8) { return addText(utf8, false); }
   /// The symbol's text; costs one look-up by number after the first time.
@@ -73,6 +80,7 @@ class PropertyListWriter {
 
  private:
   static constexpr Index kNone = 0xFFFFFFFFU;
+  static constexpr std::size_t kLongText = 256;
   enum class Form : std::uint32_t { scalar, array, map, reserved };
   // A scalar: `position` and `count` of its encoded bytes; a container: of its object numbers.
   struct Record {
@@ -86,6 +94,7 @@ class PropertyListWriter {
 
   Index addNewSymbol(const Symbol& symbol, std::uint32_t number);
   Index addText(std::string_view utf8, bool shared);
+  Index addLongString(const StringObject& text);
   Index addScalar(std::size_t start, bool shared);
   Index addRecord(std::size_t position, Form form, std::size_t count);
   std::span<Index> fill(Index object, Form form, std::size_t count, std::size_t references);
@@ -99,6 +108,11 @@ class PropertyListWriter {
   std::size_t tableUsed_ = 0;
   std::vector<Index> symbols_;
   std::vector<Index> uids_;
+  struct LongText {
+    Ref<const StringObject> text;
+    Index index;
+  };
+  std::unordered_map<const StringObject*, LongText> longTexts_;
   Index booleans_[2] = {kNone, kNone};
 };
 

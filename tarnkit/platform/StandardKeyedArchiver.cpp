@@ -140,8 +140,8 @@ struct StandardKeyedArchiver::State {
     return uid;
   }
 
-  UID uidOfString(std::string_view text) {
-    const Index value = writer.addString(text);
+  UID uidOfString(const StringObject* text) {
+    const Index value = text ? writer.addString(*text) : writer.addString("");
     if (value != null) return uidOfValue(value);
     // A bare "$null" would read as nil; as a mutable string it stays the text.
     if (nullTextUID == 0) {
@@ -169,7 +169,7 @@ struct StandardKeyedArchiver::State {
   UID reference(const Object* object, bool isConditional) {
     switch (object->codingKind()) {
       case CodingKind::string:
-        return uidOfString(static_cast<const StringObject*>(object)->view());
+        return uidOfString(static_cast<const StringObject*>(object));
       case CodingKind::number:
         return uidOfValue(scalar(*static_cast<const Number*>(object)));
       default:
@@ -267,7 +267,7 @@ struct StandardKeyedArchiver::State {
     std::vector<Index> entries;
     for (const auto& entry : dictionary.entries()) {
       if (!entry.value) continue;
-      names.push_back(writer.addUID(uidOfString(entry.key.view())));
+      names.push_back(writer.addUID(uidOfString(entry.key.object().get())));
       entries.push_back(refer(entry.value.get()));
     }
     return mapBody(names, entries);
@@ -422,7 +422,7 @@ void StandardKeyedArchiver::encodeMap(std::size_t count, FunctionRef<MapEntry(st
   for (std::size_t i = 0; i < count; ++i) {
     const MapEntry entry = at(i);
     if (!entry.value) continue;
-    names.push_back(state.writer.addUID(state.uidOfString(entry.key.view())));
+    names.push_back(state.writer.addUID(state.uidOfString(entry.key.object().get())));
     entries.push_back(state.refer(entry.value));
   }
   state.bodies[uid] = state.mapBody(names, entries);

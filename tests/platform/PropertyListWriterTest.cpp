@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -93,6 +94,23 @@ TEST(PropertyListWriter, SharesScalarsWhoseKindWidthAndBytesAgree) {
   EXPECT_NE(writer.addDistinctString("name"), writer.addString("name"));
   const std::uint8_t data[] = {1};
   EXPECT_NE(writer.addData(data), writer.addData(data));
+}
+
+// A name of megabytes that thousands of objects share is not to be read through for each of them.
+TEST(PropertyListWriter, KnowsALongStringAgainByItsObject) {
+  PropertyListWriter writer;
+  const String longText(std::string(std::size_t{4} << 20, 'x'));
+  const auto first = writer.addString(*longText.object());
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < 10000; ++i) ASSERT_EQ(writer.addString(*longText.object()), first);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+  EXPECT_EQ(writer.addString(*String(longText.view()).object()), first) << "an equal one";
+  const String shortText("short");
+  EXPECT_EQ(writer.addString(*shortText.object()), writer.addString("short"));
+  EXPECT_EQ(writer.count(), 2U);
+  writer.clear();
+  EXPECT_EQ(writer.addString("other"), 0U);
+  EXPECT_EQ(writer.addString(*longText.object()), 1U) << "nothing is known after clearing";
 }
 
 TEST(PropertyListWriter, RefersToObjectsThatAreFilledLater) {
