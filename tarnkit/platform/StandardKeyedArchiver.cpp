@@ -310,6 +310,18 @@ struct StandardKeyedArchiver::State {
     }
     open = &top;
   }
+
+  // Values that are written straight into the top bring what they refer to along. An object that
+  // throws leaves the archiver empty.
+  void workAtTop(StandardKeyedArchiver& coder) {
+    if (open != &top) return;
+    try {
+      work(coder);
+    } catch (...) {
+      reset();
+      throw;
+    }
+  }
 };
 
 StandardKeyedArchiver::StandardKeyedArchiver() : state_(std::make_unique<State>()) {}
@@ -382,13 +394,7 @@ void StandardKeyedArchiver::encodeObject(const Object* object, const Symbol& key
   if (!object) return;
   State& state = *state_;
   state.put(key, state.refer(object));
-  if (state.open != &state.top) return;
-  try {
-    state.work(*this);
-  } catch (...) {
-    state.reset();
-    throw;
-  }
+  state.workAtTop(*this);
 }
 
 void StandardKeyedArchiver::encodeConditionalObject(const Object* object, const Symbol& key) {
@@ -408,7 +414,7 @@ void StandardKeyedArchiver::encodeCollection(CodingKind kind, std::size_t count,
   }
   state.bodies[uid] = state.collectionBody(kind, elements);
   state.put(key, state.writer.addUID(uid));
-  if (state.open == &state.top) state.work(*this);
+  state.workAtTop(*this);
 }
 
 void StandardKeyedArchiver::encodeMap(std::size_t count, FunctionRef<MapEntry(std::size_t)> at,
@@ -427,7 +433,7 @@ void StandardKeyedArchiver::encodeMap(std::size_t count, FunctionRef<MapEntry(st
   }
   state.bodies[uid] = state.mapBody(names, entries);
   state.put(key, state.writer.addUID(uid));
-  if (state.open == &state.top) state.work(*this);
+  state.workAtTop(*this);
 }
 
 void StandardKeyedArchiver::setClassName(const Symbol& name, const Class& forClass) {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 
@@ -446,6 +447,32 @@ TEST_F(StandardKeyedCoders, SearchesAWideRecordOnce) {
                 classRecord("NSArray") + classRecord("NSArray") + things);
   EXPECT_LT(read(ofManyThings, error), std::chrono::seconds(4));
   EXPECT_EQ(error, "the same contents are shared by too many objects");
+}
+
+TEST_F(StandardKeyedCoders, StartsAgainAfterAnObjectThatThrows) {
+  struct Throwing final : Object {
+    const Class& isa() const noexcept override { return ArchivedThing::kClass; }
+    void encodeWithCoder(Encoder& coder) const override {
+      static const Symbol own{"own"};
+      coder.encodeInt(1, own);
+      throw std::logic_error("not to be written");
+    }
+  };
+  static const Symbol key{"objects"};
+  const std::vector<Ref<Throwing>> list{make<Throwing>()};
+  OrderedMap<Ref<Throwing>> map;
+  map.set("a", list[0]);
+  const auto thing = make<ArchivedThing>("thing");
+  const auto expected = StandardKeyedArchiver::archivedData(thing.get(), 0);
+  StandardKeyedArchiver archiver;
+  const std::function<void()> steps[] = {[&] { archiver.encodeObject(list[0], key); },
+                                         [&] { archiver.encodeList(list, key); },
+                                         [&] { archiver.encodeMap(map, key); }};
+  for (const auto& step : steps) {
+    EXPECT_THROW(step(), std::logic_error);
+    archiver.encodeRootObject(thing.get());
+    EXPECT_EQ(make<Data>(archiver.finishEncoding())->bytes().size(), expected->size());
+  }
 }
 
 TEST_F(StandardKeyedCoders, EscapesKeysThatBeginLikeTheArchivesOwn) {
