@@ -29,18 +29,19 @@ HXGroup::HXGroup(Decoding) noexcept
 
 Ref<Object> HXGroup::makeForDecoding(const Class&) { return make<HXGroup>(Decoding{}); }
 
-Ref<HXGroup> HXGroup::initWithGroup(HXGroup& group) {
+Ref<HXGroup> HXGroup::initWithGroup(HXGroup* group) {
   auto copy = make<HXGroup>();
   copy->takeOver(group);
   return copy;
 }
 
-void HXGroup::takeOver(HXGroup& group) {
-  uniqueKey_ = group.uniqueKey_.isNil() ? hx_newUniqueKey() : group.uniqueKey_;
-  subnodes_ = group.subnodes_;
+void HXGroup::takeOver(HXGroup* group) {
+  uniqueKey_ = group && !group->uniqueKey_.isNil() ? group->uniqueKey_ : hx_newUniqueKey();
+  if (!group) return;
+  subnodes_ = group->subnodes_;
   for (const auto& entry : subnodes_) entry.value->setParentGroup(this);
-  symbolicInputPorts_ = make<OrderedSet>(*group.symbolicInputPorts_);
-  symbolicOutputPorts_ = make<OrderedSet>(*group.symbolicOutputPorts_);
+  symbolicInputPorts_ = make<OrderedSet>(*group->symbolicInputPorts_);
+  symbolicOutputPorts_ = make<OrderedSet>(*group->symbolicOutputPorts_);
 }
 
 String HXGroup::hx_newUniqueKey() {

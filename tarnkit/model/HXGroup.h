@@ -43,8 +43,8 @@ class HXGroup : public Object {
   /// Empty, with a new key.
   HXGroup();
   /// Takes over the other group's key, subnodes (which change their parent) and published ports;
-  /// not its canvas centre, opacity and node.
-  static Ref<HXGroup> initWithGroup(HXGroup& group);
+  /// not its canvas centre, opacity and node. Of null, an empty group.
+  static Ref<HXGroup> initWithGroup(HXGroup* group);
 
   /// "group_%i".
   const String& uniqueKey() const noexcept { return uniqueKey_; }
@@ -112,7 +112,7 @@ class HXGroup : public Object {
 
   /// The group that is in force in place of this one: itself unless its node replaced it.
   HXGroup& inForce() noexcept;
-  void takeOver(HXGroup& group);
+  void takeOver(HXGroup* group);
   bool hasViewNode() const;
   /// Brings the class of the group in force in line with its subnodes.
   void swapIfNeeded();

@@ -182,23 +182,29 @@ void HXNode::setForceAllowsSubnodes(bool force) {
 }
 
 bool HXNode::shouldBeTreatedAsViewNode() const {
-  return (patch_ && patch_->isKindOf(HXRViewNode)) || as<HXSubviewGroup>(subnodeGroup_.get());
+  if ((patch_ && patch_->isKindOf(HXRViewNode)) || as<HXSubviewGroup>(subnodeGroup_.get())) {
+    return true;
+  }
+  const auto* group = unknownPatchClass_.isNil() ? nullptr : as<HXSubviewGroup>(parentGroup());
+  return group && group->subviewNodes().contains(this);
 }
 
 void HXNode::swapSubnodeGroupToGroup() {
-  if (!subnodeGroup_ || subnodeGroup_->isMemberOf(HXGroup::kClass)) return;
-  hx_swapSubnodeGroupToGroup(HXGroup::initWithGroup(*subnodeGroup_));
+  if (subnodeGroup_ && subnodeGroup_->isMemberOf(HXGroup::kClass)) return;
+  hx_swapSubnodeGroupToGroup(HXGroup::initWithGroup(subnodeGroup_.get()));
 }
 
 void HXNode::swapSubnodeGroupToViewGroup() {
-  if (!subnodeGroup_ || as<HXSubviewGroup>(subnodeGroup_.get())) return;
-  hx_swapSubnodeGroupToGroup(HXSubviewGroup::initWithGroup(*subnodeGroup_));
+  if (as<HXSubviewGroup>(subnodeGroup_.get())) return;
+  hx_swapSubnodeGroupToGroup(HXSubviewGroup::initWithGroup(subnodeGroup_.get()));
 }
 
 void HXNode::hx_swapSubnodeGroupToGroup(Ref<HXGroup> group) {
   const Ref<HXGroup> old = std::exchange(subnodeGroup_, group);
-  old->setNode(nullptr);
-  old->formerNode_ = this;
+  if (old) {
+    old->setNode(nullptr);
+    old->formerNode_ = this;
+  }
   group->setNode(this);
   detail::announce(HXNodeSubnodeGroupDidChangeNotification, *this, *this,
                    [&](const Ref<Object>& documentKey) {

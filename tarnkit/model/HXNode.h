@@ -105,7 +105,10 @@ class HXNode : public HXRNodeOwner {
   void setForceAllowsSubnodes(bool force);
   virtual bool hx_forceAllowsSubnodes() const { return forceAllowsSubnodes_; }
   /// Whether the device shows the node as a view: its patch is a view patch, or it has view nodes.
+  /// A node of an unknown patch is a view as long as it stands among its group's views.
   virtual bool shouldBeTreatedAsViewNode() const;
+  /// Replace the subnode group by one of the other class that takes over its nodes, or give the
+  /// node one when it has none; nothing when it is of that class already.
   void swapSubnodeGroupToGroup();
   void swapSubnodeGroupToViewGroup();
 
@@ -152,12 +155,15 @@ class HXNode : public HXRNodeOwner {
 
   // The definition.
 
-  const Ref<HXRNode>& patch() const noexcept { return patch_; }
+  /// Null while there is none, and for a node of an unknown patch.
+  Ref<HXRNode> patch() const noexcept { return unknownPatchClass_.isNil() ? patch_ : nullptr; }
   /// Takes the definition (null: none) and brings name, subnode group, parameters, port groups and
   /// ports in line with it; the same definition synchronises again.
   void setPatch(const Ref<HXRNode>& patch);
   /// The class name of the patch as archived, when that class is known to nobody; nil otherwise.
   /// Such a node keeps everything it was read with until a patch is set, and writes the name back.
+  /// Which of its groups shows which port is not known: the first one of either side that is not
+  /// hidden shows them all.
   const String& unknownPatchClass() const noexcept { return unknownPatchClass_; }
   /// The class of the patch; the root definition class without one.
   const HXRNodeClass& patchClass() const noexcept;
@@ -222,11 +228,15 @@ class HXNode : public HXRNodeOwner {
   /// Ends the publications and connections of a port that has gone.
   void withdrawPort(HXPatchPort& port);
   PortSide portSide(std::int32_t orientation);
+  /// Whether synchronising the port groups once more would change nothing.
+  bool portGroupsSettled() const noexcept;
   /// One published port more or less in the groups; false, and nothing done, when the groups must
   /// be synchronised as a whole.
   bool hx_showSymbolicPort(const HXSymbolicPort& symbolicPort);
   bool hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort);
   void hx_decodePatchWithCoder(Decoder& coder);
+  /// A definition with the ports and port groups that the node was read with.
+  Ref<HXRNode> makeStandIn() const;
   void decodeParameters(Decoder& coder);
 
   String uniqueKey_;
@@ -239,7 +249,7 @@ class HXNode : public HXRNodeOwner {
   OrderedMap<Ref<HXParameter>> parameters_;
   WeakRef<HXGroup> parentGroup_;
   Ref<HXGroup> subnodeGroup_;
-  Ref<HXRNode> patch_;
+  Ref<HXRNode> patch_;  // the stand-in of an unknown patch
   String unknownPatchClass_;
   std::uint64_t inspectorPanel_ = 0;
   HXPoint position_;
@@ -249,7 +259,7 @@ class HXNode : public HXRNodeOwner {
   bool syncingPorts_ = false;
   bool syncingParameters_ = false;
   bool decoding_ = false;
-  bool portGroupsSettled_ = false;  // synchronising the port groups again would change nothing
+  bool portGroupsSettled_ = false;  // as far as the node's own changes go
 };
 
 }  // namespace tarnkit
