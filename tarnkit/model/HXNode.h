@@ -200,6 +200,8 @@ class HXNode : public HXRNodeOwner {
 
   /// The document that the node is; null for every other node.
   virtual HXDocument* asDocument() noexcept { return nullptr; }
+  /// The port of this node that collects the published inner port; null when none does.
+  virtual HXPort* collectingPort(const HXPort& port) const;
   /// The steps of `setPatch`, for kinds of nodes that add to them.
   virtual void willSetPatch(const Ref<HXRNode>& patch);
   virtual void didSetPatch();
@@ -214,6 +216,13 @@ class HXNode : public HXRNodeOwner {
   /// Visits this node and every node below it, parents first, without recursion.
   void eachNodeBelow(FunctionRef<void(HXNode&)> visit);
   void hx_swapSubnodeGroupToGroup(Ref<HXGroup> group);
+  /// A group of the other class that takes over the present one.
+  Ref<HXGroup> makeSubnodeGroup(bool ofViews) const;
+  /// The swap without telling the parent group.
+  void exchangeSubnodeGroup(const Ref<HXGroup>& group);
+  /// Tells the parameters of this node only.
+  void tellParametersHierarchyWillChange();
+  void tellParametersHierarchyDidChange();
   std::vector<Ref<HXPortGroup>> portGroups(std::int32_t orientation) const;
   std::vector<Ref<HXPort>> shownPorts(std::int32_t orientation) const;
 

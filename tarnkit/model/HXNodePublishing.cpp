@@ -37,6 +37,8 @@ void HXNode::symbolicPortNameWasRemoved(HXPort&, HXSymbolicPort& symbolicPort) {
   if (!hx_hideSymbolicPort(symbolicPort)) hx_syncPortGroupsWithPatch();
 }
 
+HXPort* HXNode::collectingPort(const HXPort&) const { return nullptr; }
+
 bool HXNode::hx_showSymbolicPort(const HXSymbolicPort& symbolicPort) {
   if (!portGroupsSettled() || decoding_) return false;
   const PortSide side = portSide(symbolicPort.orientation());

@@ -66,6 +66,14 @@ void HXSubviewGroup::announceOrder() {
                    });
 }
 
+bool HXSubviewGroup::hasViewNode() const {
+  for (const auto& member : *subviewNodes_) {
+    const auto& node = static_cast<const HXNode&>(*member);
+    if (subnodeForKey(node.uniqueKey()) == &node && node.shouldBeTreatedAsViewNode()) return true;
+  }
+  return HXGroup::hasViewNode();
+}
+
 void HXSubviewGroup::didAddNode(HXNode& node) {
   if (!node.shouldBeTreatedAsViewNode()) return;
   subviewNodes_->add(Ref<Object>(&node));

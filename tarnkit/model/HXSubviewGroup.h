@@ -32,6 +32,7 @@ class HXSubviewGroup final : public HXGroup {
 
  protected:
   bool isSubviewGroup() const noexcept override { return true; }
+  bool hasViewNode() const override;
   void didAddNode(HXNode& node) override;
   void willRemoveNode(HXNode& node) override;
   void viewTypeDidChange(HXNode& node) override;

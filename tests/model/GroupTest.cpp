@@ -60,6 +60,17 @@ TEST_F(GroupTest, ViewNodesComingAndGoingSwapTheGroup) {
                   "NewGroup=HXGroup"));
 }
 
+TEST_F(GroupTest, ASwapRunsUpThroughAnyDepth) {
+  constexpr int kDepth = 60000;
+  Ref<HXNode> innermost = document;
+  for (int i = 0; i < kDepth; ++i) innermost = add("", innermost.get());
+  const auto view = addView(*innermost, "V");
+  EXPECT_EQ(order(*innermost), "V");
+  EXPECT_EQ(order(*document), "Group");
+  innermost->subnodeGroup()->removeNode(view.get());
+  EXPECT_EQ(order(*document), "none");
+}
+
 TEST_F(GroupTest, SwappingMakesAGroupForANodeThatHasNone) {
   const auto clamp = add("HXRClampNode");
   Recorder recorder;
