@@ -134,6 +134,23 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchLosesNothing) {
   EXPECT_TRUE(named(*opened, "Visitor")->patch()) << "back with the plug-in";
 }
 
+TEST_F(DocumentFileTest, AViewWhoseKeyAnotherNodeTookIsNoViewAnyMore) {
+  add("HXRColorViewNode");
+  const auto first = reopened(HXCodingTypeEditorWithKeys);
+  const auto second = reopened(HXCodingTypeEditorWithKeys);
+  first->subnodeGroup()->addNode(*second->subnodeGroup()->subnodes()[0]);
+  std::string error;
+  const auto bytes = HXDocumentFile::dataWithDocument(*first, HXCodingTypeEditorWithKeys, error);
+  Recorder recorder;
+  const auto opened = HXDocumentFile::document(bytes, HXCodingTypeEditorWithKeys, error);
+  ASSERT_TRUE(opened) << error;
+  EXPECT_EQ(recorder.takeLog().size(), 1U) << "of the node that is in no group";
+  const auto group = as<HXSubviewGroup>(opened->subnodeGroup());
+  ASSERT_TRUE(group);
+  ASSERT_EQ(group->subviewNodes().count(), 1U);
+  EXPECT_EQ(group->subviewNodes().objectAtIndex(0).get(), group->subnodes()[0].get());
+}
+
 TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchCanBeEditedAround) {
   static const HXRNodeClass guest("HXRGuestNode", &HXRColorViewNode, {});
   ClassRegistry::add(guest);
