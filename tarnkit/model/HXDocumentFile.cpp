@@ -24,6 +24,12 @@ bool checkCodingType(std::int32_t codingType, std::string& error) {
   return false;
 }
 
+// The keys of a document that was read are what the document says.
+bool canNameFile(const String& key) {
+  return !key.view().empty() && key.view().find('/') == std::string_view::npos &&
+         key.view().find('\0') == std::string_view::npos;
+}
+
 }  // namespace
 
 Ref<HXDocument> HXDocumentFile::document(ByteSpan bytes, std::int32_t codingType,
@@ -80,14 +86,19 @@ bool HXDocumentFile::send(const HXDocument& document, const std::string& path, s
 
 bool HXDocumentFile::sendImages(const HXDocument& document, const std::string& directory,
                                 std::vector<String>& keys, std::string& error) {
+  keys.clear();
+  for (const auto& entry : document.imageStore()->imageEntries()) {
+    keys.push_back(entry.key);
+    if (canNameFile(entry.key)) continue;
+    error = fmt::format("{}: the image key \"{}\" cannot name a file", directory, entry.key.view());
+    return false;
+  }
   std::error_code failure;
   std::filesystem::create_directories(directory, failure);
   if (failure) {
     error = fmt::format("{}: {}", directory, failure.message());
     return false;
   }
-  keys.clear();
-  for (const auto& entry : document.imageStore()->imageEntries()) keys.push_back(entry.key);
   std::sort(keys.begin(), keys.end());
   const auto archives = document.imageStore()->dataRepresentationsOfAllEntries();
   if (archives.size() != keys.size()) {

@@ -30,7 +30,8 @@ class HXDocumentFile {
                    std::string& error);
   static bool send(const HXDocument& document, const std::string& path, std::string& error);
   /// Writes one archive for each image, "KEY.plist", into the directory, which is made at need. The
-  /// keys are returned in the order of sending, ascending.
+  /// keys are returned in the order of sending, ascending. A key that cannot name a file (a
+  /// document from elsewhere may hold any) is refused before anything is written.
   static bool sendImages(const HXDocument& document, const std::string& directory,
                          std::vector<String>& keys, std::string& error);
 };

@@ -29,18 +29,24 @@ HXGroup::HXGroup(Decoding) noexcept
 
 Ref<Object> HXGroup::makeForDecoding(const Class&) { return make<HXGroup>(Decoding{}); }
 
-Ref<HXGroup> HXGroup::initWithGroup(HXGroup& group) {
+Ref<HXGroup> HXGroup::initWithGroup(HXGroup* group) {
   auto copy = make<HXGroup>();
   copy->takeOver(group);
   return copy;
 }
 
-void HXGroup::takeOver(HXGroup& group) {
-  uniqueKey_ = group.uniqueKey_.isNil() ? hx_newUniqueKey() : group.uniqueKey_;
-  subnodes_ = group.subnodes_;
-  for (const auto& entry : subnodes_) entry.value->setParentGroup(this);
-  symbolicInputPorts_ = make<OrderedSet>(*group.symbolicInputPorts_);
-  symbolicOutputPorts_ = make<OrderedSet>(*group.symbolicOutputPorts_);
+void HXGroup::takeOver(HXGroup* group) {
+  uniqueKey_ = group && !group->uniqueKey_.isNil() ? group->uniqueKey_ : hx_newUniqueKey();
+  if (!group) return;
+  subnodes_ = group->subnodes_;
+  // What is below the subnodes stays where it is.
+  for (const auto& entry : subnodes_) {
+    entry.value->tellParametersHierarchyWillChange();
+    entry.value->parentGroup_ = this;
+    entry.value->tellParametersHierarchyDidChange();
+  }
+  symbolicInputPorts_ = make<OrderedSet>(*group->symbolicInputPorts_);
+  symbolicOutputPorts_ = make<OrderedSet>(*group->symbolicOutputPorts_);
 }
 
 String HXGroup::hx_newUniqueKey() {
@@ -163,22 +169,21 @@ bool HXGroup::hasViewNode() const {
   return false;
 }
 
+// A swap makes the owner a view node or ends that, so it goes on in the group above: level by
+// level, since groups may be nested deeper than the stack.
 void HXGroup::subnodeViewTypeDidChange(HXNode& node) {
-  HXGroup& here = inForce();
-  const Ref<HXGroup> kept(&here);
-  const bool wasSubviewGroup = here.isSubviewGroup();
-  here.swapIfNeeded();
-  if (wasSubviewGroup) here.inForce().viewTypeDidChange(node);
-}
-
-void HXGroup::swapIfNeeded() {
-  const bool wanted = hasViewNode();
-  if (wanted == isSubviewGroup() || !node()) return;
-  const Ref<HXNode> owner(node());
-  if (wanted) {
-    owner->swapSubnodeGroupToViewGroup();
-  } else {
-    owner->swapSubnodeGroupToGroup();
+  Ref<HXNode> subject(&node);
+  Ref<HXGroup> group(this);
+  while (group) {
+    const Ref<HXGroup> here(&group->inForce());
+    const bool wasSubviewGroup = here->isSubviewGroup();
+    const Ref<HXNode> owner(here->node());
+    const bool swaps = owner && here->hasViewNode() != wasSubviewGroup;
+    if (swaps) owner->exchangeSubnodeGroup(owner->makeSubnodeGroup(!wasSubviewGroup));
+    if (wasSubviewGroup) here->inForce().viewTypeDidChange(*subject);
+    if (!swaps) return;
+    subject = owner;
+    group = Ref<HXGroup>(owner->parentGroup());
   }
 }
 
@@ -227,7 +232,33 @@ void HXGroup::restoreSymbolicPort(HXSymbolicPort& symbolicPort) {
   inForce().hx_addSymbolicPort(symbolicPort, *port);
 }
 
+// Ending a publication takes away the port that a replicator made for it, which ends that port's
+// own publication, and so on upward, one call inside the other. Where that would run deep, the
+// outermost publications end first.
+void HXGroup::endDeepPublications(HXPort& port) {
+  constexpr std::size_t kMaximumDepth = 200;
+  std::vector<std::pair<Ref<HXGroup>, Ref<HXPort>>> above;
+  HXPort* next = &port;
+  for (std::size_t at = 0; next; ++at) {
+    const Ref<HXSymbolicPort> symbolicPort(next->symbolicPort());
+    const auto* owner = symbolicPort ? symbolicPort->node() : nullptr;
+    if (owner && owner->parentGroup()) {
+      for (HXPort* outer :
+           {static_cast<HXPort*>(symbolicPort.get()), owner->collectingPort(*next)}) {
+        if (!outer || !outer->symbolicPort()) continue;
+        above.emplace_back(Ref<HXGroup>(owner->parentGroup()), Ref<HXPort>(outer));
+      }
+    }
+    next = at < above.size() ? above[at].second.get() : nullptr;
+  }
+  if (above.size() <= kMaximumDepth) return;
+  for (auto entry = above.rbegin(); entry != above.rend(); ++entry) {
+    entry->first->inForce().removeSymbolicPortForPort(entry->second.get());
+  }
+}
+
 void HXGroup::removeSymbolicPortForPort(HXPort* port) {
+  if (port && port->symbolicPort()) endDeepPublications(*port);
   // A port may be published through many levels; the outermost publication ends first.
   struct Level {
     Ref<HXGroup> group;

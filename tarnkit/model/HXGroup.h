@@ -43,8 +43,8 @@ class HXGroup : public Object {
   /// Empty, with a new key.
   HXGroup();
   /// Takes over the other group's key, subnodes (which change their parent) and published ports;
-  /// not its canvas centre, opacity and node.
-  static Ref<HXGroup> initWithGroup(HXGroup& group);
+  /// not its canvas centre, opacity and node. Of null, an empty group.
+  static Ref<HXGroup> initWithGroup(HXGroup* group);
 
   /// "group_%i".
   const String& uniqueKey() const noexcept { return uniqueKey_; }
@@ -112,10 +112,9 @@ class HXGroup : public Object {
 
   /// The group that is in force in place of this one: itself unless its node replaced it.
   HXGroup& inForce() noexcept;
-  void takeOver(HXGroup& group);
-  bool hasViewNode() const;
-  /// Brings the class of the group in force in line with its subnodes.
-  void swapIfNeeded();
+  void takeOver(HXGroup* group);
+  /// Looks through the subnodes; of a subview group, at its views first.
+  virtual bool hasViewNode() const;
 
   virtual bool isSubviewGroup() const noexcept { return false; }
   /// Steps that a subview group adds, on the group in force.
@@ -127,6 +126,7 @@ class HXGroup : public Object {
   friend class HXNode;
   void hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort);
   void unpublish(HXPort& port, HXSymbolicPort& symbolicPort);
+  void endDeepPublications(HXPort& port);
   void withdraw(HXNode& node);
   OrderedSet* symbolicPorts(std::int32_t orientation) const noexcept;
 

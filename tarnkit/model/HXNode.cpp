@@ -154,19 +154,23 @@ void HXNode::eachNodeBelow(FunctionRef<void(HXNode&)> visit) {
 }
 
 void HXNode::hierarchyWillChange() {
-  const auto tell = [](HXNode& node) {
-    for (const auto& entry : node.parameters_) entry.value->hierarchyWillChange();
-  };
+  const auto tell = [](HXNode& node) { node.tellParametersHierarchyWillChange(); };
   subnodeGroup_ ? eachNodeBelow(tell) : tell(*this);
 }
 
-// The key path is read off the hierarchy when it is asked for; here it only begins to exist.
 void HXNode::hierarchyDidChange() {
-  const auto tell = [](HXNode& node) {
-    for (const auto& entry : node.parameters_) entry.value->hierarchyDidChange();
-    node.hasKeyPath_ = true;
-  };
+  const auto tell = [](HXNode& node) { node.tellParametersHierarchyDidChange(); };
   subnodeGroup_ ? eachNodeBelow(tell) : tell(*this);
+}
+
+void HXNode::tellParametersHierarchyWillChange() {
+  for (const auto& entry : parameters_) entry.value->hierarchyWillChange();
+}
+
+// The key path is read off the hierarchy when it is asked for; here it only begins to exist.
+void HXNode::tellParametersHierarchyDidChange() {
+  for (const auto& entry : parameters_) entry.value->hierarchyDidChange();
+  hasKeyPath_ = true;
 }
 
 void HXNode::pruneInvalidConnections() {
@@ -182,23 +186,39 @@ void HXNode::setForceAllowsSubnodes(bool force) {
 }
 
 bool HXNode::shouldBeTreatedAsViewNode() const {
-  return (patch_ && patch_->isKindOf(HXRViewNode)) || as<HXSubviewGroup>(subnodeGroup_.get());
+  if ((patch_ && patch_->isKindOf(HXRViewNode)) || as<HXSubviewGroup>(subnodeGroup_.get())) {
+    return true;
+  }
+  const auto* group = unknownPatchClass_.isNil() ? nullptr : as<HXSubviewGroup>(parentGroup());
+  return group && group->subviewNodes().contains(this);
 }
 
 void HXNode::swapSubnodeGroupToGroup() {
-  if (!subnodeGroup_ || subnodeGroup_->isMemberOf(HXGroup::kClass)) return;
-  hx_swapSubnodeGroupToGroup(HXGroup::initWithGroup(*subnodeGroup_));
+  if (subnodeGroup_ && subnodeGroup_->isMemberOf(HXGroup::kClass)) return;
+  hx_swapSubnodeGroupToGroup(makeSubnodeGroup(false));
 }
 
 void HXNode::swapSubnodeGroupToViewGroup() {
-  if (!subnodeGroup_ || as<HXSubviewGroup>(subnodeGroup_.get())) return;
-  hx_swapSubnodeGroupToGroup(HXSubviewGroup::initWithGroup(*subnodeGroup_));
+  if (as<HXSubviewGroup>(subnodeGroup_.get())) return;
+  hx_swapSubnodeGroupToGroup(makeSubnodeGroup(true));
+}
+
+Ref<HXGroup> HXNode::makeSubnodeGroup(bool ofViews) const {
+  if (ofViews) return HXSubviewGroup::initWithGroup(subnodeGroup_.get());
+  return HXGroup::initWithGroup(subnodeGroup_.get());
 }
 
 void HXNode::hx_swapSubnodeGroupToGroup(Ref<HXGroup> group) {
+  exchangeSubnodeGroup(group);
+  if (const Ref<HXGroup> parent{parentGroup()}) parent->subnodeViewTypeDidChange(*this);
+}
+
+void HXNode::exchangeSubnodeGroup(const Ref<HXGroup>& group) {
   const Ref<HXGroup> old = std::exchange(subnodeGroup_, group);
-  old->setNode(nullptr);
-  old->formerNode_ = this;
+  if (old) {
+    old->setNode(nullptr);
+    old->formerNode_ = this;
+  }
   group->setNode(this);
   detail::announce(HXNodeSubnodeGroupDidChangeNotification, *this, *this,
                    [&](const Ref<Object>& documentKey) {
@@ -207,7 +227,6 @@ void HXNode::hx_swapSubnodeGroupToGroup(Ref<HXGroup> group) {
                                      {HXOldGroupInfo, old},
                                      {HXNewGroupInfo, group}};
                    });
-  if (const Ref<HXGroup> parent{parentGroup()}) parent->subnodeViewTypeDidChange(*this);
 }
 
 HXPortGroup* HXNode::inputPortGroupForKey(const String& key) const {

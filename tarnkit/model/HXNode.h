@@ -105,7 +105,10 @@ class HXNode : public HXRNodeOwner {
   void setForceAllowsSubnodes(bool force);
   virtual bool hx_forceAllowsSubnodes() const { return forceAllowsSubnodes_; }
   /// Whether the device shows the node as a view: its patch is a view patch, or it has view nodes.
+  /// A node of an unknown patch is a view as long as it stands among its group's views.
   virtual bool shouldBeTreatedAsViewNode() const;
+  /// Replace the subnode group by one of the other class that takes over its nodes, or give the
+  /// node one when it has none; nothing when it is of that class already.
   void swapSubnodeGroupToGroup();
   void swapSubnodeGroupToViewGroup();
 
@@ -152,12 +155,15 @@ class HXNode : public HXRNodeOwner {
 
   // The definition.
 
-  const Ref<HXRNode>& patch() const noexcept { return patch_; }
+  /// Null while there is none, and for a node of an unknown patch.
+  Ref<HXRNode> patch() const noexcept { return unknownPatchClass_.isNil() ? patch_ : nullptr; }
   /// Takes the definition (null: none) and brings name, subnode group, parameters, port groups and
   /// ports in line with it; the same definition synchronises again.
   void setPatch(const Ref<HXRNode>& patch);
   /// The class name of the patch as archived, when that class is known to nobody; nil otherwise.
   /// Such a node keeps everything it was read with until a patch is set, and writes the name back.
+  /// Which of its groups shows which port is not known: the first one of either side that is not
+  /// hidden shows them all.
   const String& unknownPatchClass() const noexcept { return unknownPatchClass_; }
   /// The class of the patch; the root definition class without one.
   const HXRNodeClass& patchClass() const noexcept;
@@ -194,6 +200,8 @@ class HXNode : public HXRNodeOwner {
 
   /// The document that the node is; null for every other node.
   virtual HXDocument* asDocument() noexcept { return nullptr; }
+  /// The port of this node that collects the published inner port; null when none does.
+  virtual HXPort* collectingPort(const HXPort& port) const;
   /// The steps of `setPatch`, for kinds of nodes that add to them.
   virtual void willSetPatch(const Ref<HXRNode>& patch);
   virtual void didSetPatch();
@@ -208,6 +216,13 @@ class HXNode : public HXRNodeOwner {
   /// Visits this node and every node below it, parents first, without recursion.
   void eachNodeBelow(FunctionRef<void(HXNode&)> visit);
   void hx_swapSubnodeGroupToGroup(Ref<HXGroup> group);
+  /// A group of the other class that takes over the present one.
+  Ref<HXGroup> makeSubnodeGroup(bool ofViews) const;
+  /// The swap without telling the parent group.
+  void exchangeSubnodeGroup(const Ref<HXGroup>& group);
+  /// Tells the parameters of this node only.
+  void tellParametersHierarchyWillChange();
+  void tellParametersHierarchyDidChange();
   std::vector<Ref<HXPortGroup>> portGroups(std::int32_t orientation) const;
   std::vector<Ref<HXPort>> shownPorts(std::int32_t orientation) const;
 
@@ -222,11 +237,15 @@ class HXNode : public HXRNodeOwner {
   /// Ends the publications and connections of a port that has gone.
   void withdrawPort(HXPatchPort& port);
   PortSide portSide(std::int32_t orientation);
+  /// Whether synchronising the port groups once more would change nothing.
+  bool portGroupsSettled() const noexcept;
   /// One published port more or less in the groups; false, and nothing done, when the groups must
   /// be synchronised as a whole.
   bool hx_showSymbolicPort(const HXSymbolicPort& symbolicPort);
   bool hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort);
   void hx_decodePatchWithCoder(Decoder& coder);
+  /// A definition with the ports and port groups that the node was read with.
+  Ref<HXRNode> makeStandIn() const;
   void decodeParameters(Decoder& coder);
 
   String uniqueKey_;
@@ -239,7 +258,7 @@ class HXNode : public HXRNodeOwner {
   OrderedMap<Ref<HXParameter>> parameters_;
   WeakRef<HXGroup> parentGroup_;
   Ref<HXGroup> subnodeGroup_;
-  Ref<HXRNode> patch_;
+  Ref<HXRNode> patch_;  // the stand-in of an unknown patch
   String unknownPatchClass_;
   std::uint64_t inspectorPanel_ = 0;
   HXPoint position_;
@@ -249,7 +268,7 @@ class HXNode : public HXRNodeOwner {
   bool syncingPorts_ = false;
   bool syncingParameters_ = false;
   bool decoding_ = false;
-  bool portGroupsSettled_ = false;  // synchronising the port groups again would change nothing
+  bool portGroupsSettled_ = false;  // as far as the node's own changes go
 };
 
 }  // namespace tarnkit

@@ -62,7 +62,7 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
     coder.encodeConditionalObject(parentGroup_, kParentGroup);
     coder.encodeObject(subnodeGroup_, kSubnodeGroup);
     coder.encodeBool(forceAllowsSubnodes_, kForceAllowsSubnodes);
-    coder.encodeString(patch_ ? patch_->isa().nameString() : unknownPatchClass_, kPatchClass);
+    coder.encodeString(patch() ? patch_->isa().nameString() : unknownPatchClass_, kPatchClass);
     coder.encodeString(name_, kName);
     coder.encodeFloat(position_.x, kPositionX);
     coder.encodeFloat(position_.y, kPositionY);
@@ -186,10 +186,38 @@ void HXNode::awakeAfterDecoding(Decoder& coder) {
     setPatch(patch);
     return;
   }
-  for (const auto& entry : portsByUniqueKey_) {
-    entry.value->setPatchPort(make<HXRPort>(entry.key, entry.key, entry.value->orientation(),
-                                            entry.value->connectionRelationship()));
+  patch_ = makeStandIn();
+  patch_->setNode(this);
+  hx_syncPatch();
+  didSetPatch();
+}
+
+Ref<HXRNode> HXNode::makeStandIn() const {
+  auto standIn = HXRNode::kClass.makeDefinition();
+  String shownGroups[2];
+  for (const auto orientation : {HXOrientationInput, HXOrientationOutput}) {
+    const bool isInput = orientation == HXOrientationInput;
+    HXRPortGroupCollection& groups =
+        isInput ? standIn->inputPortGroupCollection() : standIn->outputPortGroupCollection();
+    auto known = portGroups(orientation);
+    for (const auto& entry : isInput ? inputPortGroupsByKey_ : outputPortGroupsByKey_) {
+      known.push_back(entry.value);
+    }
+    String& shown = shownGroups[isInput ? 0 : 1];
+    for (const auto& group : known) {
+      const String& key = group->groupKey();
+      if (key.isNil() || !as<HXPatchPortGroup>(group) || groups.portGroupForKey(key)) continue;
+      groups.addPortGroup(*make<HXRPortGroup>(key, orientation));
+      if (shown.isNil() && !group->hidden()) shown = key;
+    }
   }
+  for (const auto& entry : portsByUniqueKey_) {
+    const HXPatchPort& port = *entry.value;
+    standIn->addPort(
+        *make<HXRPort>(entry.key, entry.key, port.orientation(), port.connectionRelationship()),
+        shownGroups[port.orientation() == HXOrientationInput ? 0 : 1]);
+  }
+  return standIn;
 }
 
 void HXNode::abandonDecoding() {

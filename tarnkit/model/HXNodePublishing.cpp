@@ -17,10 +17,15 @@ OrderedSet& unshared(Ref<OrderedSet>& set) {
 
 }  // namespace
 
+bool HXNode::portGroupsSettled() const noexcept {
+  return portGroupsSettled_ && inputPortGroupCollection_->followsNode() &&
+         outputPortGroupCollection_->followsNode();
+}
+
 void HXNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
   const bool isPublished =
       symbolicInputPorts().contains(&symbolicPort) || symbolicOutputPorts().contains(&symbolicPort);
-  if (isPublished || !portGroupsSettled_) hx_syncPortGroupsWithPatch();
+  if (isPublished || !portGroupsSettled()) hx_syncPortGroupsWithPatch();
 }
 
 void HXNode::symbolicPortNameWasAdded(HXPort& port) {
@@ -32,8 +37,10 @@ void HXNode::symbolicPortNameWasRemoved(HXPort&, HXSymbolicPort& symbolicPort) {
   if (!hx_hideSymbolicPort(symbolicPort)) hx_syncPortGroupsWithPatch();
 }
 
+HXPort* HXNode::collectingPort(const HXPort&) const { return nullptr; }
+
 bool HXNode::hx_showSymbolicPort(const HXSymbolicPort& symbolicPort) {
-  if (!portGroupsSettled_ || decoding_) return false;
+  if (!portGroupsSettled() || decoding_) return false;
   const PortSide side = portSide(symbolicPort.orientation());
   const String& key = symbolicPort.groupKey();
   const Ref<Object> member(const_cast<HXSymbolicPort*>(&symbolicPort));
@@ -45,7 +52,7 @@ bool HXNode::hx_showSymbolicPort(const HXSymbolicPort& symbolicPort) {
   }
   auto keys = make<OrderedSet>(*side.collection.portGroupKeys());
   keys->add(key.object());
-  side.collection.updateWithPortGroupKeys(keys);
+  side.collection.followNode(keys);
   auto group = make<HXSymbolicPortGroup>(this, key, side.orientation);
   unshared(group->symbolicPorts_).add(member);
   side.groups.set(key, group);
@@ -54,7 +61,7 @@ bool HXNode::hx_showSymbolicPort(const HXSymbolicPort& symbolicPort) {
 }
 
 bool HXNode::hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort) {
-  if (!portGroupsSettled_ || decoding_) return false;
+  if (!portGroupsSettled() || decoding_) return false;
   const PortSide side = portSide(symbolicPort.orientation());
   const String& key = symbolicPort.groupKey();
   const Ref<HXSymbolicPortGroup> group = as<HXSymbolicPortGroup>(side.groups.get(key));
@@ -65,7 +72,7 @@ bool HXNode::hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort) {
   if (!group->symbolicPorts_->isEmpty()) return true;
   auto keys = make<OrderedSet>(*side.collection.portGroupKeys());
   keys->remove(key.object().get());
-  side.collection.updateWithPortGroupKeys(keys);
+  side.collection.followNode(keys);
   side.groups.take(key);
   detail::announceOfNode(HXNodeRemovePortGroupNotification, *this, HXPortGroupInfo, *group);
   return true;

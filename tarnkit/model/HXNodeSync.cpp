@@ -75,7 +75,10 @@ void HXNode::hx_syncNameWithPatch() {
 
 void HXNode::hx_syncSubnodeGroupWithPatch() {
   if (!patchClass().allowsSubnodes() && !hx_forceAllowsSubnodes()) {
+    // Of an unknown patch nobody can say that it holds no nodes.
+    if (!subnodeGroup_ || !unknownPatchClass_.isNil()) return;
     subnodeGroup_ = nullptr;
+    portGroupsSettled_ = false;  // the published ports went with the group
   } else if (!subnodeGroup_) {
     subnodeGroup_ = make<HXGroup>();
     subnodeGroup_->setNode(this);
@@ -140,7 +143,7 @@ void HXNode::hx_syncPortGroups(PortSide side, std::vector<Ref<HXPortGroup>>& gon
       keys->add(static_cast<const HXSymbolicPort&>(*port).groupKey().object());
     }
   }
-  side.collection.updateWithPortGroupKeys(keys);
+  side.collection.followNode(keys);
 
   auto old = std::exchange(side.groups, {});
   if (side.definition) {

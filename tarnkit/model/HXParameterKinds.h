@@ -109,7 +109,7 @@ class HXImageParameter final : public detail::HXValueParameter<Ref<Object>, HXRI
   TARNKIT_CLASS
  public:
   HXImageStoreEntry* imageEntry() const;
-  void setImageEntry(Ref<HXImageStoreEntry> entry) { setValue(Ref<Object>(entry.get())); }
+  void setImageEntry(const Ref<HXImageStoreEntry>& entry) { setValue(Ref<Object>(entry.get())); }
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
 };

@@ -24,7 +24,13 @@ const Ref<OrderedSet>& noKeys() {
 HXPortGroupCollection::HXPortGroupCollection(HXNode* node, std::int32_t orientation)
     : node_(node), portGroupKeys_(noKeys()), orientation_(orientation) {}
 
+void HXPortGroupCollection::followNode(const Ref<OrderedSet>& keys) {
+  updateWithPortGroupKeys(keys);
+  followsNode_ = true;
+}
+
 void HXPortGroupCollection::updateWithPortGroupKeys(const Ref<OrderedSet>& keys) {
+  followsNode_ = false;
   if (portGroupKeys_ == keys) return;
   if (portGroupKeys_->isEmpty()) {
     portGroupKeys_ = keys;

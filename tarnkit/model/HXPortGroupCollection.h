@@ -24,14 +24,20 @@ class HXPortGroupCollection final : public Object {
   /// Makes the keys those given: keys that stay keep their mutual order, new ones follow in the
   /// order given.
   void updateWithPortGroupKeys(const Ref<OrderedSet>& keys);
+  /// Whether the keys are still those which the node gave when it last synchronised.
+  bool followsNode() const noexcept { return followsNode_; }
 
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
 
  private:
+  friend class HXNode;
+  void followNode(const Ref<OrderedSet>& keys);
+
   WeakRef<HXNode> node_;
   Ref<OrderedSet> portGroupKeys_;  // never null after construction; shared, never changed in place
   std::int32_t orientation_ = 0;
+  bool followsNode_ = false;
 };
 
 }  // namespace tarnkit

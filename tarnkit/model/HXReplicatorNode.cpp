@@ -67,6 +67,11 @@ Ref<HXRPort> HXReplicatorNode::hx_replicatorArrayOutputPortForPort(const HXPort&
   return key.isNil() || !patch() ? nullptr : Ref<HXRPort>(patch()->portForKey(key));
 }
 
+HXPort* HXReplicatorNode::collectingPort(const HXPort& port) const {
+  const String key = arrayOutputKeys_.get(&port);
+  return key.isNil() ? nullptr : portForKey(key);
+}
+
 void HXReplicatorNode::addArrayOutput(HXRNode& patch, HXPort& port, const String& key) const {
   patch.addPort(*make<HXRReplicatorArrayOutputPort>(Ref<Object>(&port), key), outputGroupKey());
 }

@@ -40,6 +40,7 @@ class HXReplicatorNode final : public HXNode {
 
  protected:
   const Symbol& deviceClassName() const override;
+  HXPort* collectingPort(const HXPort& port) const override;
   void willSetPatch(const Ref<HXRNode>& patch) override;
   void didSetPatch() override;
 

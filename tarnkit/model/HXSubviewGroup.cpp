@@ -26,13 +26,13 @@ Ref<Object> HXSubviewGroup::makeForDecoding(const Class&) {
   return make<HXSubviewGroup>(Decoding{});
 }
 
-Ref<HXSubviewGroup> HXSubviewGroup::initWithGroup(HXGroup& group) {
+Ref<HXSubviewGroup> HXSubviewGroup::initWithGroup(HXGroup* group) {
   auto copy = make<HXSubviewGroup>();
   copy->takeOver(group);
-  if (const auto* other = as<HXSubviewGroup>(&group)) {
+  if (const auto* other = as<HXSubviewGroup>(group)) {
     copy->subviewNodes_ = make<OrderedSet>(*other->subviewNodes_);
-  } else {
-    for (const auto& entry : group.subnodesByUniqueKey()) {
+  } else if (group) {
+    for (const auto& entry : group->subnodesByUniqueKey()) {
       if (entry.value->shouldBeTreatedAsViewNode()) copy->subviewNodes_->add(entry.value);
     }
   }
@@ -64,6 +64,14 @@ void HXSubviewGroup::announceOrder() {
                                      {HXNodeInfo, Ref<Object>(this)},
                                      {HXSubviewNodesInfo, subviewNodes_}};
                    });
+}
+
+bool HXSubviewGroup::hasViewNode() const {
+  for (const auto& member : *subviewNodes_) {
+    const auto& node = static_cast<const HXNode&>(*member);
+    if (subnodeForKey(node.uniqueKey()) == &node && node.shouldBeTreatedAsViewNode()) return true;
+  }
+  return HXGroup::hasViewNode();
 }
 
 void HXSubviewGroup::didAddNode(HXNode& node) {
@@ -102,11 +110,17 @@ void HXSubviewGroup::initWithCoder(Decoder& coder) {
 
 void HXSubviewGroup::awakeAfterDecoding(Decoder& coder) {
   HXGroup::awakeAfterDecoding(coder);
-  for (const auto& node : *subviewNodes_) {
-    if (static_cast<const HXNode&>(*node).parentGroup() == this) continue;
-    coder.fail("HXSubviewGroup.subviewNodes: a node that is not in the group");
-    return;
+  auto views = make<OrderedSet>();
+  for (const auto& member : *subviewNodes_) {
+    const auto& node = static_cast<const HXNode&>(*member);
+    if (node.parentGroup() != this) {
+      coder.fail("HXSubviewGroup.subviewNodes: a node that is not in the group");
+      return;
+    }
+    // One whose key another node has taken is none of the subnodes any more.
+    if (subnodeForKey(node.uniqueKey()) == &node) views->add(member);
   }
+  subviewNodes_ = views;
 }
 
 void HXSubviewGroup::abandonDecoding() {

@@ -15,7 +15,7 @@ class HXSubviewGroup final : public HXGroup {
  public:
   HXSubviewGroup();
   /// Also takes over the other group's view order, or collects its view nodes in their order.
-  static Ref<HXSubviewGroup> initWithGroup(HXGroup& group);
+  static Ref<HXSubviewGroup> initWithGroup(HXGroup* group);
 
   /// The view nodes (`HXNode`) in screen order.
   const OrderedSet& subviewNodes() const noexcept { return *subviewNodes_; }
@@ -32,6 +32,7 @@ class HXSubviewGroup final : public HXGroup {
 
  protected:
   bool isSubviewGroup() const noexcept override { return true; }
+  bool hasViewNode() const override;
   void didAddNode(HXNode& node) override;
   void willRemoveNode(HXNode& node) override;
   void viewTypeDidChange(HXNode& node) override;

@@ -56,6 +56,31 @@ TEST_F(ContainerTest, GroupProcessorsAreViewsAndRemoteGroupsAreNot) {
   EXPECT_FALSE(HXNode::makeOfClass("HXGroup"));
 }
 
+TEST_F(ContainerTest, AnArrayOutputIsWithdrawnThroughAnyDepth) {
+  constexpr int kDepth = 12000;
+  std::vector<Ref<HXReplicatorNode>> replicators;
+  Ref<HXNode> innermost = document;
+  for (int i = 0; i < kDepth; ++i) {
+    const auto replicator = make<HXReplicatorNode>();
+    replicator->setPatch(HXRReplicatorNode.makeDefinition());
+    innermost->subnodeGroup()->addNode(*replicator);
+    replicators.push_back(replicator);
+    innermost = replicator;
+  }
+  const auto clamp = add("HXRClampNode", innermost.get());
+  Ref<HXPort> published(&port(*clamp, "Tarn.resultOutput"));
+  for (auto at = replicators.rbegin(); at != replicators.rend(); ++at) {
+    (*at)->subnodeGroup()->addSymbolicPortForPort(*published);
+    published = Ref<HXPort>((*at)->portForKey(arrayOutputs(**at)[0].c_str()));
+    ASSERT_TRUE(published);
+  }
+  innermost->subnodeGroup()->removeNode(clamp.get());
+  for (const auto& replicator : replicators) {
+    EXPECT_TRUE(replicator->symbolicOutputPorts().isEmpty());
+    EXPECT_EQ(replicator->portsByUniqueKey().size(), 1U);
+  }
+}
+
 TEST_F(ContainerTest, PublishedInnerPortsGetArrayOutputsThatFollowThem) {
   const auto replicator = addReplicator();
   const auto clamp = add("HXRClampNode", replicator.get());

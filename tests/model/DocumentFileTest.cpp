@@ -134,6 +134,63 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchLosesNothing) {
   EXPECT_TRUE(named(*opened, "Visitor")->patch()) << "back with the plug-in";
 }
 
+TEST_F(DocumentFileTest, AViewWhoseKeyAnotherNodeTookIsNoViewAnyMore) {
+  add("HXRColorViewNode");
+  const auto first = reopened(HXCodingTypeEditorWithKeys);
+  const auto second = reopened(HXCodingTypeEditorWithKeys);
+  first->subnodeGroup()->addNode(*second->subnodeGroup()->subnodes()[0]);
+  std::string error;
+  const auto bytes = HXDocumentFile::dataWithDocument(*first, HXCodingTypeEditorWithKeys, error);
+  Recorder recorder;
+  const auto opened = HXDocumentFile::document(bytes, HXCodingTypeEditorWithKeys, error);
+  ASSERT_TRUE(opened) << error;
+  EXPECT_EQ(recorder.takeLog().size(), 1U) << "of the node that is in no group";
+  const auto group = as<HXSubviewGroup>(opened->subnodeGroup());
+  ASSERT_TRUE(group);
+  ASSERT_EQ(group->subviewNodes().count(), 1U);
+  EXPECT_EQ(group->subviewNodes().objectAtIndex(0).get(), group->subnodes()[0].get());
+}
+
+TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchCanBeEditedAround) {
+  static const HXRNodeClass guest("HXRGuestNode", &HXRColorViewNode, {});
+  ClassRegistry::add(guest);
+  const auto node = make<HXNode>();
+  node->setPatch(guest.makeDefinition());
+  node->setName("Guest");
+  document->subnodeGroup()->addNode(*node);
+  const auto clamp = add("HXRClampNode", node.get());
+  node->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"));
+  const auto source = add("HXRTransitionNode");
+  connect(*source, "Tarn.output", *node, "Tarn.xPositionInput");
+  std::string error;
+  const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
+  static const Class impostor("HXRGuestNode", &Object::kClass);
+  ClassRegistry::add(impostor);
+  const auto opened = HXDocumentFile::document(bytes, 0, error);
+  ASSERT_TRUE(opened) << error;
+  const auto guesting = named(*opened, "Guest");
+  const auto inner = named(*guesting, "Clamp");
+  const auto groups = guesting->inputPortGroups().size();
+  EXPECT_EQ(guesting->inputPorts().size(), guesting->portsByUniqueKey().size() + 1);
+  EXPECT_TRUE(guesting->shouldBeTreatedAsViewNode());
+
+  guesting->setForceAllowsSubnodes(true);
+  guesting->setForceAllowsSubnodes(false);
+  ASSERT_TRUE(guesting->subnodeGroup()) << "nobody knows whether its patch holds nodes";
+  guesting->subnodeGroup()->addSymbolicPortForPort(port(*inner, "Tarn.minimumInput"));
+  EXPECT_EQ(guesting->inputPortGroups().size(), groups);
+  EXPECT_EQ(guesting->inputPorts().size(), guesting->portsByUniqueKey().size() + 2);
+  EXPECT_EQ(guesting->unknownPatchClass(), "HXRGuestNode");
+
+  auto& output = port(*named(*opened, "Transition"), "Tarn.output");
+  EXPECT_EQ(output.connections().count(), 1U);
+  guesting->parentGroup()->removeNode(guesting.get());
+  EXPECT_TRUE(output.connections().isEmpty());
+  guesting->setPatch(nullptr);
+  EXPECT_TRUE(guesting->unknownPatchClass().isNil());
+  EXPECT_TRUE(guesting->portsByUniqueKey().empty());
+}
+
 TEST_F(DocumentFileTest, TheDeviceGraphHoldsWhatTheDeviceNeeds) {
   const auto group = add("");
   const auto clamp = add("HXRClampNode", group.get());

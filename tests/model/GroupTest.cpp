@@ -60,6 +60,38 @@ TEST_F(GroupTest, ViewNodesComingAndGoingSwapTheGroup) {
                   "NewGroup=HXGroup"));
 }
 
+TEST_F(GroupTest, ASwapRunsUpThroughAnyDepth) {
+  constexpr int kDepth = 60000;
+  Ref<HXNode> innermost = document;
+  for (int i = 0; i < kDepth; ++i) innermost = add("", innermost.get());
+  const auto view = addView(*innermost, "V");
+  EXPECT_EQ(order(*innermost), "V");
+  EXPECT_EQ(order(*document), "Group");
+  innermost->subnodeGroup()->removeNode(view.get());
+  EXPECT_EQ(order(*document), "none");
+}
+
+TEST_F(GroupTest, SwappingMakesAGroupForANodeThatHasNone) {
+  const auto clamp = add("HXRClampNode");
+  Recorder recorder;
+  clamp->swapSubnodeGroupToViewGroup();
+  ASSERT_TRUE(as<HXSubviewGroup>(clamp->subnodeGroup()));
+  EXPECT_EQ(clamp->subnodeGroup()->node(), clamp.get());
+  EXPECT_THAT(recorder.take(),
+              ElementsAre("HXNodeSubnodeGroupDidChangeNotification Clamp Node=Clamp OldGroup=null "
+                          "NewGroup=HXSubviewGroup",
+                          "HXNodeSubnodeGroupDidChangeNotification Top Node=Top OldGroup=HXGroup "
+                          "NewGroup=HXSubviewGroup"));
+  addView(*clamp, "V");
+  EXPECT_EQ(order(*clamp), "V");
+  const auto other = nodeOf("HXRClampNode");
+  other->swapSubnodeGroupToGroup();
+  ASSERT_TRUE(other->subnodeGroup());
+  EXPECT_FALSE(other->subnodeGroup()->uniqueKey().isNil());
+  other->setPatch(other->patch());
+  EXPECT_FALSE(other->subnodeGroup()) << "the patch holds no nodes";
+}
+
 TEST_F(GroupTest, AGroupThatWasReplacedHandsOperationsOn) {
   const auto group = add("");
   const auto view = addView(*group, "V");

@@ -1,6 +1,7 @@
 #include "ModelFixture.h"
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/model/HXPortGroup.h"
+#include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/patches/PatchDeclaration.h"
 #include "tarnkit/patches/catalogue/Catalogue.h"
 
@@ -157,6 +158,37 @@ TEST_F(SyncTest, PortsThatComeTogetherUnderANewPrefixMeetAtTheNextSynchronisatio
                           "HXNodeAddPortGroupNotification HXRNode Node=HXRNode PortGroup=Pair"));
   fresh->setPatch(nullptr);
   EXPECT_EQ(fresh->portGroupForKey("Pair", HXOrientationInput)->portKeys()->count(), 2U);
+}
+
+TEST_F(SyncTest, PublishingOnePortMendsGroupsThatWereUpsetMeanwhile) {
+  const auto group = add("");
+  const auto clamp = add("HXRClampNode", group.get());
+  group->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"));
+  // The order was overwritten from outside.
+  const auto bogus = make<OrderedSet>();
+  bogus->add(String("Bogus").object());
+  group->inputPortGroupCollection()->updateWithPortGroupKeys(bogus);
+  group->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.minimumInput"));
+  EXPECT_EQ(group->inputPortGroups().size(), 1U);
+  EXPECT_EQ(group->inputPortGroupCollection()->portGroupKeys()->count(), 1U);
+  EXPECT_EQ(group->inputPorts().size(), 2U);
+  group->inputPortGroupCollection()->updateWithPortGroupKeys(bogus);
+  group->subnodeGroup()->removeSymbolicPortForPort(&port(*clamp, "Tarn.minimumInput"));
+  EXPECT_EQ(group->inputPorts().size(), 1U);
+  // The published ports went with their group, which nobody was told.
+  group->setForceAllowsSubnodes(false);
+  group->setForceAllowsSubnodes(true);
+  const auto other = add("HXRClampNode", group.get());
+  Recorder recorder;
+  const auto symbolic =
+      group->subnodeGroup()->addSymbolicPortForPort(port(*other, "Tarn.valueInput"));
+  EXPECT_EQ(keys(group->inputPorts()),
+            std::vector<std::string>{symbolic->uniqueKey().toStdString()});
+  EXPECT_EQ(group->portGroupForKey("Published", HXOrientationInput)->portKeys()->count(), 1U);
+  EXPECT_THAT(recorder.take(),
+              ::testing::IsSupersetOf(
+                  {"HXNodeRemovePortGroupNotification Group Node=Group PortGroup=Published",
+                   "HXNodeAddPortGroupNotification Group Node=Group PortGroup=Published"}));
 }
 
 TEST_F(SyncTest, ParametersAreReplacedByKindAndNeverDropped) {

@@ -53,6 +53,21 @@ class Images(HostTest):
                          [{"key": key, "width": 3, "height": 2, "count": 1}])
         self.assertEqual(trace.results[-1]["images"], [])
 
+    def test_a_key_that_leads_out_of_the_directory_is_refused(self):
+        document, directory = self.folder / "document", self.folder / "images"
+        key = self.trace(op("newDocument"), self.add(self.red, "red"), self.add(self.other, "other"),
+                         op("save", file=str(document))).results[1]["key"]
+        archive = plistlib.loads(document.read_bytes())
+        archive["$objects"] = ["../out" if value == key else value
+                               for value in archive["$objects"]]
+        document.write_bytes(plistlib.dumps(archive, fmt=plistlib.FMT_BINARY))
+        self.assertEqual(
+            self.failure(op("open", file=str(document)),
+                         op("sendImages", directory=str(directory))),
+            f'operation 1, sendImages, {directory}: the image key "../out" cannot name a file')
+        self.assertEqual(sorted(path.name for path in self.folder.iterdir()),
+                         ["document", "other.png", "red.png", "same.png"])
+
     def test_images_are_sent_in_the_order_of_their_keys(self):
         directory = self.folder / "images"
         trace = self.trace(op("newDocument"), self.add(self.red, "red"),

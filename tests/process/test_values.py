@@ -65,6 +65,17 @@ class Values(HostTest):
         self.assertEqual([r["text"] for r in results],
                          ["1.2.3", "1.2.0", "2.10.4", "0.0.0", "0.0.0"])
 
+    def test_operator_texts(self):
+        tables = {
+            "math": ["+", "-", "*", "/", "%", "POW", "MIN", "MAX"],
+            "logic": ["AND", "OR", "XOR", "NAND", "NOR", "NXOR", "NOT"],
+            "conditional": ["==", "!=", ">", "<", ">=", "<="],
+        }
+        for table, texts in tables.items():
+            results = self.trace(*[op("operatorText", table=table, index=index)
+                                   for index in [*range(len(texts) + 1), 2**64 - 1]]).results
+            self.assertEqual(results, [*texts, "", ""])
+
     def test_floats_keep_their_32_bits(self):
         numbers = [0.1, 1e-45, 3.4028235e38, 16777217, 1 / 3]
         results = self.trace(*[op("readPrimitive", value=primitive("number", number))

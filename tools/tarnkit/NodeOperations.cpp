@@ -67,7 +67,8 @@ Result setPatch(Session& session, const Arguments& arguments) {
 
 Result resyncPatch(Session& session, const Arguments& arguments) {
   const auto node = nodeOf(session, arguments);
-  node->setPatch(node->patch());
+  // There is nothing to be set again of a patch that nobody knows.
+  if (node->unknownPatchClass().isNil()) node->setPatch(node->patch());
   return {};
 }
 

@@ -130,7 +130,7 @@ Ref<HXPort> Session::port(const std::string& address) {
   }
   const auto name = address.substr(0, separator);
   const auto key = address.substr(separator + 1);
-  const Ref<HXPort> port(node(name)->portForKey(String(key)));
+  Ref<HXPort> port(node(name)->portForKey(String(key)));
   if (!port) throw CommandFailure(fmt::format("the node \"{}\" has no port \"{}\"", name, key));
   return port;
 }
