@@ -62,6 +62,16 @@ std::vector<String> HXConnection::hx_keyPathForPort(const HXPort* port) {
 
 bool HXConnection::hx_traverseConnection(const HXPort* outputPort, const HXPort* inputPort,
                                          Path& path) {
+  // Most connections join two nodes of one group: those need no walk to the document, which would
+  // cost the depth of the group for each of them.
+  HXNode* const outputNode = outputPort ? outputPort->node() : nullptr;
+  HXNode* const inputNode = inputPort ? inputPort->node() : nullptr;
+  HXNode* const enclosing = outputNode ? outputNode->enclosingNode() : nullptr;
+  if (enclosing && inputNode && inputNode->enclosingNode() == enclosing &&
+      outputNode->uniqueKey() != inputNode->uniqueKey()) {
+    path = Path{Ref<HXNode>(enclosing), {outputNode->uniqueKey()}, {inputNode->uniqueKey()}};
+    return true;
+  }
   auto out = hx_keyPathForPort(outputPort);
   auto in = hx_keyPathForPort(inputPort);
   if (out.empty() || in.empty()) {
