@@ -65,6 +65,7 @@ void addCommands(CLI::App& program) {
   tool::addSaveCommand(program);
   tool::addSendCommand(program);
   tool::addInspectCommand(program);
+  tool::addRenderCommand(program);
 }
 
 int run(int argc, char** argv) {
