@@ -18,7 +18,7 @@ constexpr double kBandGap = 72;
 constexpr std::uint32_t kLongestReserved = 10;
 constexpr int kSweeps = 12;
 constexpr int kSweepsWithoutGain = 4;
-constexpr int kHeightPasses = 4;
+constexpr int kHeightPasses = 6;
 // A drawing is folded when it is longer than this and far wider than high.
 constexpr double kLongestLine = 6000;
 constexpr double kWidestRatio = 6;
@@ -328,7 +328,7 @@ void LayeredComponent::alignLayer(const std::vector<std::uint32_t>& layer, bool 
     double sum = 0;
     double weight = 0;
     const auto add = [&](double y, bool straight) {
-      const double pull = straight ? 6 : 1;
+      const double pull = straight ? 12 : 1;
       sum += y * pull;
       weight += pull;
     };

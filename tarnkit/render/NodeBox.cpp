@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
@@ -17,22 +17,6 @@ constexpr double kNameRoom = 130;
 constexpr double kValueRoom = 64;
 constexpr double kLeastWidth = 100;
 constexpr double kColumnGap = 18;
-
-// Visits the group's ports that the node has. A published port is found through its group, since
-// looking one up by key costs a walk over all of them.
-template <class Visit>
-void eachPort(const HXNode& node, const HXPortGroup& group, Visit visit) {
-  if (const auto* symbolic = as<HXSymbolicPortGroup>(&group)) {
-    if (!symbolic->symbolicPorts()) return;
-    for (const auto& port : *symbolic->symbolicPorts()) visit(static_cast<const HXPort&>(*port));
-    return;
-  }
-  const Ref<OrderedSet> keys = group.portKeys();
-  if (!keys) return;
-  for (const auto& key : *keys) {
-    if (const auto* port = node.portsByUniqueKey().find(String::from(key.get()))) visit(**port);
-  }
-}
 
 double valueWidth(const PortValue& value) {
   switch (value.kind) {
@@ -57,6 +41,14 @@ String titleOfNode(const HXNode& node) {
   return untitled;
 }
 
+String titleOfGroup(const HXGroup& group) {
+  const HXNode* const node = group.node();
+  if (!node) return String::interned("Group");
+  // A document takes its name from its patch, which says nothing to anybody.
+  const bool unnamed = !node->name() || node->name() == node->patchClass().defaultName();
+  return as<HXDocument>(node) && unnamed ? String::interned("Document") : titleOfNode(*node);
+}
+
 String titleOfPort(const HXPort& port) {
   String name = port.displayName();
   return name ? name : port.uniqueKey();
@@ -66,11 +58,26 @@ String patchNameOfNode(const HXNode& node) {
   return node.patch() ? node.patch()->isa().nameString() : node.unknownPatchClass();
 }
 
+void eachPortOfGroup(const HXNode& node, const HXPortGroup& group,
+                     FunctionRef<void(const HXPort&)> visit) {
+  if (const auto* symbolic = as<HXSymbolicPortGroup>(&group)) {
+    if (!symbolic->symbolicPorts()) return;
+    for (const auto& port : *symbolic->symbolicPorts()) visit(static_cast<const HXPort&>(*port));
+    return;
+  }
+  const Ref<OrderedSet> keys = group.portKeys();
+  if (!keys) return;
+  for (const auto& key : *keys) {
+    if (const auto* port = node.portsByUniqueKey().find(String::from(key.get()))) visit(**port);
+  }
+}
+
 NodeBox::NodeBox(const HXNode& drawn, IsConnected isConnected, PortIsAt portIsAt) : node(&drawn) {
   double room = kTitleRoom;
-  if (const auto& group = drawn.subnodeGroup()) {
-    std::string count;
-    count = std::to_string(group->subnodesByUniqueKey().size());
+  // Every view patch may hold nodes; one that holds none is not marked.
+  const auto& group = drawn.subnodeGroup();
+  if (group && (!drawn.patch() || !group->subnodesByUniqueKey().empty())) {
+    const std::string count = std::to_string(group->subnodesByUniqueKey().size());
     countText = Label(String(count), kCountFont, kTitleRoom);
     room -= badgeWidth() + kGap;
   }
@@ -111,7 +118,7 @@ void NodeBox::addLines(std::vector<PortLine>& lines, std::int32_t orientation,
       static const String ports = String::interned("Ports");
       line.label = Label(named ? group->groupKey() : ports, kHeadingFont, kNameRoom);
       bool any = false;
-      eachPort(*node, *group, [&](const HXPort& port) {
+      eachPortOfGroup(*node, *group, [&](const HXPort& port) {
         any |= portIsAt(port, lineY(lines.size()));
         line.connected |= isConnected(port);
       });
@@ -126,8 +133,8 @@ void NodeBox::addLines(std::vector<PortLine>& lines, std::int32_t orientation,
       line.label = Label(group->groupKey(), kHeadingFont, kNameRoom + kValueRoom);
     }
     const std::size_t heading = lines.size();
-    eachPort(*node, *group,
-             [&](const HXPort& port) { addPortLine(lines, port, isConnected, portIsAt); });
+    eachPortOfGroup(*node, *group,
+                    [&](const HXPort& port) { addPortLine(lines, port, isConnected, portIsAt); });
     if (lines.size() == heading) lines.resize(before);
   }
   // The ports of a patch that is not here stand in no group.

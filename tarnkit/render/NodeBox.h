@@ -8,6 +8,7 @@
 #include "tarnkit/render/PortValue.h"
 
 namespace tarnkit {
+class HXGroup;
 class HXNode;
 class HXPort;
 class HXPortGroup;
@@ -86,8 +87,14 @@ struct NodeBox {
 
 /// The node's name, or that of its patch when it has none.
 String titleOfNode(const HXNode& node);
+/// The name of the node that holds the group; "Document" for a document without a name of its own.
+String titleOfGroup(const HXGroup& group);
 /// The port's display name, or its key when it has none.
 String titleOfPort(const HXPort& port);
+/// Visits the ports of the group that the node has, in order. A published port is found through its
+/// group, since looking one up by its key costs a walk over all of them.
+void eachPortOfGroup(const HXNode& node, const HXPortGroup& group,
+                     FunctionRef<void(const HXPort&)> visit);
 /// The class name of the node's patch, known here or not; nil for a node without one.
 String patchNameOfNode(const HXNode& node);
 

@@ -99,8 +99,7 @@ void SceneWriter::open() {
   attribute("width", width());
   attribute("height", height());
   out_ += " aria-label=\"";
-  const HXNode* const owner = scene_.group.node();
-  appendEscaped(out_, owner ? titleOfNode(*owner).view() : "Group");
+  appendEscaped(out_, titleOfGroup(scene_.group));
   out_ += "\" data-group=\"";
   appendEscaped(out_, scene_.group.uniqueKey());
   out_ += scene_.laidOut ? "\" data-laid-out=\"true\">\n" : "\">\n";
@@ -118,13 +117,8 @@ void SceneWriter::open() {
 }
 
 void SceneWriter::caption() {
-  const HXNode* const owner = scene_.group.node();
   const double room = right_ - left_ - 2 * GroupScene::kMargin;
-  static const String document = String::interned("Document");
-  static const String group = String::interned("Group");
-  const String name = !owner                                    ? group
-                      : as<HXDocument>(owner) && !owner->name() ? document
-                                                                : titleOfNode(*owner);
+  const String name = titleOfGroup(scene_.group);
   text("tk-caption", left_ + GroupScene::kMargin, top_ + 36, Label(name, kCaptionFont, room));
   plainText("tk-counts", left_ + GroupScene::kMargin, top_ + 54, countsText_);
 }

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "tarnkit/render/HXGraphPicture.h"
+#include "tarnkit/render/HXGraphPage.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/DocumentInput.h"
 #include "tools/tarnkit/ModelCommands.h"
@@ -53,7 +53,8 @@ void render(const RenderOptions& options) {
     if (!group) throw CommandFailure("render", options.file, "it has no group " + options.group);
     HXPictureOptions picture;
     picture.theme = options.theme == "dark" ? HXPictureTheme::dark : HXPictureTheme::light;
-    const std::string text = graphPicture(*group, picture, &report);
+    const std::string text = options.format == "html" ? graphPage(*group, picture.theme, &report)
+                                                      : graphPicture(*group, picture, &report);
     writeFile("render", options.output, bytesOf(text));
   }
   for (const std::string& note : report.notes) {
