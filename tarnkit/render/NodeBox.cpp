@@ -35,10 +35,11 @@ double valueWidth(const PortValue& value) {
 }  // namespace
 
 String titleOfNode(const HXNode& node) {
-  if (node.name()) return node.name();
-  if (node.patch()) return node.patchClass().defaultName();
+  // Without a patch a node that was opened is named after the root of all definitions.
+  const String& byPatch = node.patchClass().defaultName();
+  if (node.name() && (node.patch() || node.name() != byPatch)) return node.name();
   static const String untitled = String::interned("Untitled");
-  return untitled;
+  return node.patch() ? byPatch : untitled;
 }
 
 String titleOfGroup(const HXGroup& group) {

@@ -34,7 +34,7 @@ constexpr std::string_view kRules =
     ".tk-missing .tk-body,.tk-missing .tk-tab{stroke:$warn;stroke-dasharray:4 3}\n"
     ".tk-title{font-size:12px;font-weight:bold}\n"
     ".tk-light{fill:#fff}\n"
-    ".tk-dark{fill:#14171c}\n"
+    ".tk-dark{fill:#000}\n"
     ".tk-badge{fill-opacity:.18}\n"
     ".tk-count{font-size:10px;font-weight:bold}\n"
     ".tk-heading{fill:$muted;font-size:10px;font-weight:bold}\n"
@@ -124,9 +124,8 @@ double contrast(double first, double second) {
 }
 
 bool wantsLightText(RGBA color) {
-  constexpr RGBA kDarkText{0x14 / 255.0F, 0x17 / 255.0F, 0x1c / 255.0F, 1};
   const double below = luminance(color);
-  return contrast(below, 1) >= contrast(below, luminance(kDarkText));
+  return contrast(below, 1) >= contrast(below, 0);
 }
 
 }  // namespace detail

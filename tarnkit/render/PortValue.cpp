@@ -69,7 +69,7 @@ PortValue valueOfPort(const HXPort& port, double room) {
 }
 
 std::string numberText(double number) {
-  if (std::isnan(number)) return "not a number";
+  if (std::isnan(number)) return "no number";
   if (std::isinf(number)) return number < 0 ? "−∞" : "∞";
   return shortestText(static_cast<float>(number));
 }
