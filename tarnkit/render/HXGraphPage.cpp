@@ -16,6 +16,8 @@ namespace {
 
 using namespace detail;
 
+constexpr std::size_t kLargeGroup = 800;
+
 struct PageGroup {
   const HXGroup* group;
   std::size_t parent;  // index; its own for the first
@@ -46,6 +48,8 @@ std::string pictureOf(const GroupScene& scene, std::size_t index, HXPictureRepor
   options.idPrefix = "g" + std::to_string(index) + "-";
   std::string svg;
   SceneWriter writer(scene, options, svg);
+  // The texts of a large group would be set only to be too small to read.
+  if (scene.boxes.size() > kLargeGroup) writer.addClasses(" is-distant is-far");
   writer.write();
   if (report) *report = {writer.width(), writer.height(), scene.laidOut, scene.notes};
   return svg;

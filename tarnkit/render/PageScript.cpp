@@ -78,26 +78,84 @@ function draw() {
   const {width, height} = area(), svg = current.picture;
   svg.setAttribute("viewBox", [view.x, view.y, width / view.scale, height / view.scale].join(" "));
   svg.classList.toggle("is-distant", view.scale < 0.3);
+  svg.classList.toggle("is-far", view.scale < 0.12);
   $("level").textContent = Math.round(view.scale * 100) + " %";
   cull(width / view.scale, height / view.scale);
 }
-// In a large group only what is to be seen is drawn.
+// A browser's work for a picture grows with every element in it, seen or not. Of a large group only
+// what is to be seen stands in the page, far away a few paths for all of it; and nothing glides.
+const isLarge = group => group.nodes.size > 800;
+const vector = name => document.createElementNS("http://www.w3.org/2000/svg", name);
+function makeLayers(group) {
+  const {picture: svg, data} = group, ends = new Map();
+  const layer = (name, elements) => {
+    const made = vector("g");
+    made.setAttribute("class", name);
+    if (elements.length) elements[0].before(made);
+    made.append(...elements);
+    return made;
+  };
+  group.wireLayer = layer("wires", [...svg.querySelectorAll(".tk-wire,.tk-far")]);
+  group.nodeLayer = layer("nodes", [...group.elements.values()]);
+  group.parts = [...svg.querySelectorAll(".tk-wire")].map((element, i) => {
+    const boxes = [data.wires[i].from, data.wires[i].to].map(end => end && group.nodes.get(end[0]))
+      .filter(Boolean).map(node => node.box);
+    const x = Math.min(...boxes.map(b => b[0])) - 200, y = Math.min(...boxes.map(b => b[1])) - 200;
+    return {element, layer: group.wireLayer, box: [x, y,
+      Math.max(...boxes.map(b => b[0] + b[2])) + 200 - x,
+      Math.max(...boxes.map(b => b[1] + b[3])) + 200 - y]};
+  });
+  for (const node of data.nodes) {
+    group.parts.push({element: group.elements.get(node.key), layer: group.nodeLayer, box: node.box});
+  }
+  group.far = vector("g");
+  const paths = new Map();
+  const add = (kind, color, d) => {
+    const key = kind + color;
+    if (!paths.has(key)) paths.set(key, {kind, color, pieces: []});
+    paths.get(key).pieces.push(d);
+  };
+  for (const wire of svg.querySelectorAll(".tk-wire")) {
+    add("tk-wire", wire.getAttribute("stroke"), wire.getAttribute("d"));
+  }
+  for (const {box: [x, y, w, h]} of data.nodes) add("tk-body", "", `M${x} ${y}h${w}v${h}h${-w}z`);
+  for (const {color, box: [x, y, w]} of data.nodes) {
+    add("tk-bar", color, `M${x} ${y}h${w}v26h${-w}z`);
+  }
+  for (const {kind, color, pieces} of paths.values()) {
+    const path = vector("path");
+    path.setAttribute("class", kind);
+    path.setAttribute("d", pieces.join(""));
+    if (color) path.setAttribute(kind === "tk-wire" ? "stroke" : "fill", color);
+    group.far.append(path);
+  }
+}
 function cull(width, height) {
-  if (current.nodes.size < 800) return;
+  if (!isLarge(current)) return;
+  if (!current.parts) makeLayers(current);
+  const far = view.scale < 0.12, {parts, nodeLayer} = current;
+  if (far && !current.far.parentNode) nodeLayer.after(current.far);
+  if (!far) current.far.remove();
   const margin = 200, x0 = view.x - margin, y0 = view.y - margin;
   const x1 = view.x + width + margin, y1 = view.y + height + margin;
-  for (const node of current.data.nodes) {
-    const [x, y, w, h] = node.box;
-    const out = x > x1 || y > y1 || x + w < x0 || y + h < y0;
-    if (out === !!node.out) continue;
-    node.out = out;
-    current.elements.get(node.key).style.display = out ? "none" : "";
+  let next = null, layer = null;
+  for (let i = parts.length - 1; i >= 0; i--) {
+    const part = parts[i], [x, y, w, h] = part.box;
+    if (part.layer !== layer) {
+      layer = part.layer;
+      next = null;
+    }
+    const seen = !far && x <= x1 && y <= y1 && x + w >= x0 && y + h >= y0;
+    if (seen && part.out !== false) layer.insertBefore(part.element, next);
+    if (!seen && part.out !== true) part.element.remove();
+    part.out = !seen;
+    if (seen) next = part.element;
   }
 }
 const redraw = () => { if (!drawing) drawing = requestAnimationFrame(draw); };
 function show(next, glide = true) {
   cancelAnimationFrame(motion);
-  if (!glide || still.matches || document.hidden) {
+  if (!glide || still.matches || document.hidden || isLarge(current)) {
     view = next;
     redraw();
     return;
@@ -367,6 +425,15 @@ search.addEventListener("keydown", event => {
 // Pointers: one drags, two pinch.
 const pointers = new Map();
 let moved = 0, pressed = null;
+// Far away the nodes of a large group are no elements of their own.
+function nodeUnder(event) {
+  if (!current.parts) return undefined;
+  const box = stage.getBoundingClientRect();
+  const x = view.x + (event.clientX - box.left) / view.scale;
+  const y = view.y + (event.clientY - box.top) / view.scale;
+  return current.data.nodes.find(({box: [left, top, w, h]}) =>
+    x >= left && x <= left + w && y >= top && y <= top + h);
+}
 const nodeAt = target => {
   const made = target.closest && target.closest(".tk-node");
   return made && current.nodes.get(made.dataset.node);
@@ -405,14 +472,14 @@ const released = event => {
   if (!pointers.delete(event.pointerId) || pointers.size) return;
   stage.classList.remove("is-dragging");
   if (event.type !== "pointerup" || moved > 4) return;
-  const node = nodeAt(pressed);
+  const node = nodeAt(pressed) || nodeUnder(event);
   if (node && pressed.closest(".tk-badge,.tk-count")) enter(node);
   else select(node || null);
 };
 addEventListener("pointerup", released);
 addEventListener("pointercancel", released);
 stage.addEventListener("dblclick", event => {
-  const node = nodeAt(event.target);
+  const node = nodeAt(event.target) || nodeUnder(event);
   if (node) enter(node);
 });
 stage.addEventListener("wheel", event => {

@@ -60,7 +60,7 @@ stroke-linejoin:round}
 .tk-wire{transition:opacity .15s}
 .has-selection .tk-wire{opacity:.25}
 .has-selection .tk-wire.is-near{opacity:1;stroke-width:2.75}
-.is-distant .tk-port,.is-distant .tk-group,.is-distant .tk-collapsed{display:none}
+.is-distant .tk-port,.is-distant .tk-group,.is-distant .tk-collapsed,.is-far text,.is-far .tk-badge{display:none}
 .tools{position:absolute;left:16px;bottom:16px;display:flex;align-items:center;padding:3px;
 border:1px solid var(--tk-line);border-radius:11px;background:var(--tk-body);
 box-shadow:0 4px 14px rgb(0 0 0/.08)}

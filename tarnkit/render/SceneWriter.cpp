@@ -90,7 +90,9 @@ void SceneWriter::write() {
 
 void SceneWriter::open() {
   if (!options_.embedded) out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-  out_ += "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"tk-picture\" role=\"img\" viewBox=\"";
+  out_ += "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"tk-picture";
+  out_ += classes_;
+  out_ += "\" role=\"img\" viewBox=\"";
   for (const double number : {left_, top_, width(), height()}) {
     appendNumber(out_, number);
     out_ += ' ';

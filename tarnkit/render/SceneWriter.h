@@ -12,6 +12,8 @@ class SceneWriter {
  public:
   SceneWriter(const GroupScene& scene, const HXPictureOptions& options, std::string& out);
 
+  /// Further classes of the <svg> element, with a blank before each.
+  void addClasses(const char* classes) { classes_ = classes; }
   void write();
   double width() const noexcept { return right_ - left_; }
   double height() const noexcept { return bottom_ - top_; }
@@ -51,6 +53,7 @@ class SceneWriter {
   double right_ = 0;
   double bottom_ = 0;
   std::string countsText_;
+  const char* classes_ = "";
 };
 
 }  // namespace tarnkit::detail
