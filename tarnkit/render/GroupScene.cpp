@@ -8,6 +8,7 @@
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/render/ConnectionIndex.h"
+#include "tarnkit/render/WirePath.h"
 
 namespace tarnkit::detail {
 
@@ -269,7 +270,16 @@ void GroupScene::takeUp() {
     include(box.x + box.width, box.y + box.height);
   }
   for (const Wire& wire : wires) {
-    for (const LayoutPoint& point : wire.via) include(point.x, point.y);
+    LayoutPoint at = wire.from;
+    eachWirePiece(wire.from, wire.to, wire.via, [&](const WirePiece& piece) {
+      // A curve goes at most three quarters of the way to its controls.
+      const auto toward = [&](const LayoutPoint& end, const LayoutPoint& control) {
+        include(end.x + 0.75 * (control.x - end.x), end.y);
+      };
+      toward(at, piece.firstControl);
+      toward(piece.end, piece.secondControl);
+      at = piece.end;
+    });
     if (wire.fromBox < 0) include(wire.from.x - 6, wire.from.y);
     if (wire.toBox < 0) include(wire.to.x + 6, wire.to.y);
   }

@@ -393,10 +393,13 @@ void LayeredComponent::foldIntoBands() {
   extent(0, layers_.size());
   height_ = bottom - top;
   bandY_.assign(layers_.size(), -top);
+  band_.assign(layers_.size(), 0);
+  gapY_.assign(layers_.size(), 0);
   if (width_ < kLongestLine || width_ < kWidestRatio * height_) return;
   const double line = std::max(std::sqrt(2.2 * width_ * (height_ + kBandGap)), 1200.0);
   double y = 0;
   double widest = 0;
+  std::uint32_t band = 0;
   for (std::size_t from = 0; from < layers_.size();) {
     const double startX = columnX_[from];
     std::size_t to = from + 1;
@@ -405,9 +408,12 @@ void LayeredComponent::foldIntoBands() {
     for (std::size_t i = from; i < to; ++i) {
       columnX_[i] -= startX;
       bandY_[i] = y - top;
+      band_[i] = band;
+      gapY_[i] = y + bottom - top + kBandGap / 2;
       widest = std::max(widest, columnX_[i] + columnWidth_[i]);
     }
     y += bottom - top + kBandGap;
+    ++band;
     from = to;
   }
   width_ = widest;
@@ -420,20 +426,34 @@ void LayeredComponent::finish() {
     items_[members_[i]].x = columnX_[vertex.layer];
     items_[members_[i]].y = vertex.y + bandY_[vertex.layer];
   }
-  for (std::size_t e = 0; e < edgesOfMembers_.size(); ++e) {
-    if (firstDummy_[e] == kNone) continue;
-    LayoutEdge& edge = edges_[edgesOfMembers_[e]];
-    const std::uint32_t right = localIndex_[reversed_[e] ? edge.from : edge.to];
-    const std::uint32_t lastLayer = vertices_[right].layer;
-    for (std::uint32_t v = firstDummy_[e]; vertices_[v].layer < lastLayer; ++v) {
-      const std::uint32_t layer = vertices_[v].layer;
-      const double y = vertices_[v].y + bandY_[layer];
-      edge.via.push_back({columnX_[layer], y});
-      edge.via.push_back({columnX_[layer] + columnWidth_[layer], y});
-      if (layer + 1 == lastLayer) break;
+  std::uint32_t folded = 0;
+  for (std::size_t e = 0; e < edgesOfMembers_.size(); ++e) routeEdge(e, folded);
+}
+
+// Past the boxes of the layers between its ends, and from the end of a band to the start of the
+// next through the gap between the two, where neighbouring lines keep a little apart.
+void LayeredComponent::routeEdge(std::size_t e, std::uint32_t& folded) {
+  LayoutEdge& edge = edges_[edgesOfMembers_[e]];
+  const std::uint32_t from = localIndex_[edge.from];
+  const std::uint32_t to = localIndex_[edge.to];
+  const std::uint32_t last = vertices_[reversed_[e] ? from : to].layer;
+  std::uint32_t at = vertices_[reversed_[e] ? to : from].layer;
+  const auto goTo = [&](std::uint32_t layer) {
+    if (band_[at] != band_[layer]) {
+      const double y = gapY_[at] + 5.0 * (static_cast<int>(folded++ % 9) - 4);
+      edge.via.push_back({columnX_[at] + columnWidth_[at] + kLineGap, y});
+      edge.via.push_back({columnX_[layer] - kLineGap, y});
     }
-    if (reversed_[e]) std::reverse(edge.via.begin(), edge.via.end());
+    at = layer;
+  };
+  for (std::uint32_t v = firstDummy_[e]; v != kNone && at + 1 < last; ++v) {
+    goTo(vertices_[v].layer);
+    const double y = vertices_[v].y + bandY_[at];
+    edge.via.push_back({columnX_[at], y});
+    edge.via.push_back({columnX_[at] + columnWidth_[at], y});
   }
+  goTo(last);
+  if (reversed_[e]) std::reverse(edge.via.begin(), edge.via.end());
 }
 
 void LayeredComponent::moveTo(double x, double y) {

@@ -60,6 +60,7 @@ class LayeredComponent {
   void assignColumns();
   void foldIntoBands();
   void finish();
+  void routeEdge(std::size_t e, std::uint32_t& folded);
   double positionOf(std::uint32_t vertex, double y) const noexcept;
   static double gapBetween(const Vertex& upper, const Vertex& lower) noexcept;
 
@@ -78,7 +79,10 @@ class LayeredComponent {
   std::vector<std::vector<std::uint32_t>> layers_;
   std::vector<double> columnX_;
   std::vector<double> columnWidth_;
-  std::vector<double> bandY_;  // of each layer
+  // Of each layer: what its band moves it by, the band's number, and the middle of the gap below.
+  std::vector<double> bandY_;
+  std::vector<std::uint32_t> band_;
+  std::vector<double> gapY_;
   double width_ = 0;
   double height_ = 0;
 };

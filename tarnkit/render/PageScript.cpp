@@ -299,7 +299,8 @@ function nodeDetails(node) {
         valueOf(parameter.value, parameter.swatch, true)))))];
 }
 const valueOf = (text, swatch, set) => text === undefined || text === "" ? null :
-  element("span", {class: set ? "value set" : "value", dir: "auto"},
+  element("span", {class: "value" + (set ? " set" : "") + (text.length > 28 ? " long" : ""),
+    dir: "auto"},
     swatch ? element("i", {style: "background:" + swatch}) : null, text);
 function portRows(node, ports, here, there) {
   const ends = new Map();

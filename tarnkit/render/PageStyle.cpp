@@ -84,11 +84,12 @@ cursor:pointer}
 .panel ul{margin:0;padding:0;list-style:none}
 .panel .row{padding:7px 0;border-top:1px solid var(--tk-chip)}
 .panel h2+ul .row:first-child{border-top:0}
-.panel .main{display:flex;align-items:baseline;gap:8px}
-.panel .main i{flex:none;align-self:center;width:8px;height:8px;border-radius:50%}
+.panel .main{display:flex;flex-wrap:wrap;align-items:baseline;gap:0 8px}
+.panel .main>i{flex:none;align-self:flex-start;width:8px;height:8px;margin-top:6px;border-radius:50%}
 .panel .name{flex:1;min-width:0;overflow-wrap:anywhere}
 .panel .value{max-width:55%;color:var(--tk-muted);text-align:right;overflow-wrap:anywhere;
 white-space:pre-wrap;font-variant-numeric:tabular-nums;max-height:9em;overflow:auto}
+.panel .value.long{flex:1 0 100%;max-width:100%;padding-left:16px;text-align:start}
 .panel .value.set{color:var(--tk-text)}
 .panel .value i{display:inline-block;width:22px;height:12px;margin-right:6px;border-radius:3px;
 border:1px solid var(--tk-line);vertical-align:-1px}

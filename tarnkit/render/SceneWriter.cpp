@@ -9,6 +9,7 @@
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/render/Markup.h"
 #include "tarnkit/render/PictureColors.h"
+#include "tarnkit/render/WirePath.h"
 
 namespace tarnkit::detail {
 
@@ -22,14 +23,6 @@ constexpr double kLeastWidth = 320;
 constexpr double kLeastHeight = 120;
 constexpr Font kCaptionFont{15, true};
 constexpr Font kNoteFont{11, false};
-
-// How far from its ends a curve runs on in their direction.
-double reach(const LayoutPoint& from, const LayoutPoint& to, bool turnsBack) {
-  const double dx = std::fabs(to.x - from.x);
-  const double dy = std::fabs(to.y - from.y);
-  if (turnsBack) return std::clamp(40 + dx * 0.12 + dy * 0.1, 40.0, 180.0);
-  return std::clamp(std::max(dx * 0.5, std::min(dy, 60.0) * 0.5), 16.0, 160.0);
-}
 
 }  // namespace
 
@@ -472,32 +465,21 @@ void SceneWriter::point(double x, double y) {
   appendNumber(out_, y);
 }
 
-// At its ends a wire runs to the right; past other boxes it runs level, in either direction.
 void SceneWriter::path(const Wire& wire) {
   out_ += " d=\"M";
   point(wire.from.x, wire.from.y);
-  LayoutPoint at = wire.from;
-  double direction = 1;
-  const auto curve = [&](const LayoutPoint& to, double arriving) {
-    const bool turnsBack = direction != arriving || (to.x - at.x) * direction < 24;
-    const double reached = reach(at, to, turnsBack);
-    out_ += 'C';
-    point(at.x + direction * reached, at.y);
-    out_ += ' ';
-    point(to.x - arriving * reached, to.y);
-    out_ += ' ';
-    point(to.x, to.y);
-    at = to;
-    direction = arriving;
-  };
-  for (std::size_t i = 0; i + 1 < wire.via.size(); i += 2) {
-    const double level = wire.via[i + 1].x - wire.via[i].x;
-    curve(wire.via[i], level < 0 || (level == 0 && wire.to.x < wire.from.x) ? -1 : 1);
-    out_ += 'L';
-    point(wire.via[i + 1].x, wire.via[i + 1].y);
-    at = wire.via[i + 1];
-  }
-  curve(wire.to, 1);
+  eachWirePiece(wire.from, wire.to, wire.via, [&](const WirePiece& piece) {
+    if (piece.isStraight) {
+      out_ += 'L';
+    } else {
+      out_ += 'C';
+      point(piece.firstControl.x, piece.firstControl.y);
+      out_ += ' ';
+      point(piece.secondControl.x, piece.secondControl.y);
+      out_ += ' ';
+    }
+    point(piece.end.x, piece.end.y);
+  });
   out_ += '"';
 }
 
