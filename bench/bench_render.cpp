@@ -1,6 +1,7 @@
 // The cost of drawing a group of 1,000 and of 10,000 nodes: where they stand, laid out by layers,
-// and as a page. Counters: "per_node" is the time for one node, "bytes_per_node" what is written
-// for it; growth shows in the rows of one name from N to N.
+// and as a page; beside the least that writing as much costs ("Floor"). Counters: "per_node" is the
+// time for one node, "bytes_per_node" what is written for it; growth shows in the rows of one name
+// from N to N.
 
 #include <benchmark/benchmark.h>
 
@@ -79,10 +80,22 @@ void BM_DrawPage(benchmark::State& state) {
           [](const HXGroup& group) { return graphPage(group, HXPictureTheme::light); });
 }
 
+// The least: the finished text of a placed picture, appended again piece by piece.
+void BM_FloorAppend(benchmark::State& state) {
+  const std::string done = graphPicture(groupOf(state.range(0), true));
+  measure(state, true, [&](const HXGroup&) {
+    constexpr std::size_t kPiece = 12;
+    std::string text;
+    for (std::size_t at = 0; at < done.size(); at += kPiece) text.append(done, at, kPiece);
+    return text;
+  });
+}
+
 void sizes(benchmark::internal::Benchmark* benchmark) {
   benchmark->Arg(1000)->Arg(10'000)->Unit(benchmark::kMillisecond);
 }
 
+BENCHMARK(BM_FloorAppend)->Apply(sizes);
 BENCHMARK(BM_DrawPlaced)->Apply(sizes);
 BENCHMARK(BM_DrawLaidOut)->Apply(sizes);
 BENCHMARK(BM_DrawPage)->Apply(sizes);

@@ -27,7 +27,8 @@ const std::string_view kPageBodyEnd =
 <button class="icon" id="fit" type="button" aria-label="Fit the whole group" title="Fit (0)"><svg viewBox="0 0 20 20" aria-hidden="true"><path d="M4 7.5V4h3.5M12.5 4H16v3.5M16 12.5V16h-3.5M7.5 16H4v-3.5"/></svg></button>
 </div>
 </main>
-<aside class="panel needs-script" id="panel" tabindex="-1" aria-label="Details" aria-live="polite"></aside>
+<aside class="panel needs-script" id="panel" tabindex="-1" aria-label="Details"></aside>
+<p class="unseen" id="said" role="status"></p>
 )html";
 
 }  // namespace tarnkit::detail

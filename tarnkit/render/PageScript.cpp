@@ -259,6 +259,7 @@ function select(node, fill = true) {
 function fillPanel() {
   panel.replaceChildren(...(selected ? nodeDetails(selected) : groupDetails()));
   panel.scrollTop = 0;
+  $("said").textContent = selected ? describe(selected) : current.data.title;
 }
 const heading = (text, color) => element("h1", {dir: "auto"},
   color && element("i", {style: "background:" + color}), text);
@@ -380,9 +381,11 @@ function find() {
     element("small", {dir: "auto"}, [entry.node.patchName !== entry.node.name &&
       entry.node.patchName, "in " + dataOf(entry.group).title].filter(Boolean).join(" · ")))));
   if (wanted && total !== found.length) {
-    results.append(element("li", {class: "none"}, total - found.length + " more"));
+    results.append(element("li", {class: "none", role: "presentation"},
+      total - found.length + " more"));
   }
-  if (wanted && !total) results.append(element("li", {class: "none"}, "No node has that name"));
+  if (wanted && !total) results.append(element("li", {class: "none",
+    role: "presentation"}, "No node has that name"));
   results.hidden = !wanted;
   search.setAttribute("aria-expanded", String(!results.hidden));
   mark(found.length ? 0 : -1);

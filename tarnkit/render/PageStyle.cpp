@@ -11,6 +11,9 @@ background:var(--tk-canvas);font:13px/1.5 Inter,'SF Pro Text','Helvetica Neue','
 button,input{font:inherit;color:inherit}
 :focus-visible{outline:2px solid var(--tk-accent);outline-offset:2px}
 [hidden],html:not(.script) .needs-script{display:none!important}
+html:not(.script) body{grid-template-columns:minmax(0,1fr)}
+.unseen{position:absolute;width:1px;height:1px;margin:0;overflow:hidden;clip-path:inset(50%);
+white-space:nowrap}
 .skip{position:absolute;left:8px;top:-60px;z-index:9;padding:8px 14px;border-radius:8px;
 background:var(--tk-body);color:var(--tk-text)}
 .skip:focus{top:8px}

@@ -322,5 +322,17 @@ class Page(RenderTest):
         self.assertFalse(SCRIPT in page)
 
 
+    def test_a_page_of_too_many_groups_says_so(self):
+        document, page = self.folder / "deep.document", self.folder / "deep.html"
+        self.document([op("newDocument", as_="g0")] + [
+            o for i in range(1, 10_100) for o in (
+                op("newNode", as_=f"g{i}", patch=None),
+                op("setForceAllowsSubnodes", node=f"g{i}", value=True),
+                op("addNode", node=f"g{i}", to=f"g{i - 1}"))] + [op("save", file=str(document))])
+        _, errors = self.host("render", document, "-o", page, "--format", "html")
+        self.assertIn("the nearest 10000 groups only", self.one_line(errors))
+        self.assertEqual(page.read_text(encoding="utf-8").count("<template "), 9_999)
+
+
 if __name__ == "__main__":
     unittest.main()
