@@ -1,5 +1,7 @@
 #include "tarnkit/render/ConnectionIndex.h"
 
+#include <unordered_set>
+
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXPatchPort.h"
 
@@ -15,10 +17,11 @@ const HXGroup* groupOf(const HXPort* port) {
 }  // namespace
 
 ConnectionIndex::ConnectionIndex(const HXGroup& root) {
-  const auto enter = [&](const HXPort& port, HXConnection& connection) {
-    // Both ends usually hold a connection; an input that was taken already holds it not.
-    const HXPort* const output = connection.outputPort();
-    if (output != &port && output && output->connections().contains(&connection)) return;
+  // Both ends usually hold a connection; but an input that was taken already does not, and either
+  // end may stand outside.
+  std::unordered_set<const HXConnection*> entered;
+  const auto enter = [&](const HXConnection& connection) {
+    if (!entered.insert(&connection).second) return;
     const HXGroup* const from = groupOf(connection.displayOutputPort());
     const HXGroup* const to = groupOf(connection.displayInputPort());
     if (from) byGroup_[from].push_back(&connection);
@@ -31,8 +34,7 @@ ConnectionIndex::ConnectionIndex(const HXGroup& root) {
     for (const auto& entry : group.subnodesByUniqueKey()) {
       const HXNode& node = *entry.value;
       for (const auto& port : node.portsByUniqueKey()) {
-        port.value->connections().forEach(
-            [&](HXConnection& connection) { enter(*port.value, connection); });
+        port.value->connections().forEach(enter);
       }
       if (node.subnodeGroup()) pending.push_back(node.subnodeGroup().get());
     }

@@ -166,6 +166,24 @@ class Structure(RenderTest):
         empty = self.draw(document, "--group", "node_13", notes=[])
         self.assertEqual(empty.notes(), ["This group is empty."])
 
+    def test_connections_across_groups(self):
+        document = self.folder / "across.document"
+        self.document([
+            op("newDocument", as_="doc"), *placed("outer", "HXRClampNode", 0, 0),
+            *placed("group", None, 300, 0), op("setForceAllowsSubnodes", node="group", value=True),
+            *placed("inner", "HXRClampNode", 0, 0, to="group"),
+            op("connect", first="outer/Tarn.resultOutput", second="inner/Tarn.valueInput"),
+            op("save", file=str(document), codingType=3)])
+        self.whole = self.shape(document)
+        ends = ("node_1/Tarn.resultOutput", "node_3/Tarn.valueInput")
+        outer = self.draw(document, notes=[])
+        inner = self.draw(document, "--group", "node_2",
+                          notes=["1 connection leads out of the group."])
+        self.assertEqual((outer.wires(), inner.wires()), ([ends], [ends]))
+        x, y, _, _ = outer.box(outer.nodes()["node_2"])
+        self.assertRegex(outer.each("tk-wire")[0].get("d"), f" {x:g} {y + 13:g}$")
+        self.assertEqual(len(inner.each("tk-far")), 1)
+
     def test_text_on_a_title_bar_can_be_read(self):
         patches = {s["defaultColor"].__str__(): s["class"] for s in
                    json.loads(self.host("catalogue", "--json", "--all")[0])}
