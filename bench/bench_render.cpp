@@ -30,8 +30,8 @@ Ref<HXDocument> makeDocument(std::int64_t nodeCount, bool placed) {
     const auto node = make<HXNode>();
     node->setPatch(patch.makeDefinition());
     if (placed) {
-      node->setPosition(
-          {static_cast<float>(i % kColumns) * 260, static_cast<float>(i / kColumns) * 140});
+      const std::int64_t row = i / kColumns;
+      node->setPosition({static_cast<float>(i % kColumns) * 260, static_cast<float>(row) * 140});
     }
     document->subnodeGroup()->addNode(*node);
     for (std::int64_t input = 0; input < 3; ++input) {
