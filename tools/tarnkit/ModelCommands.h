@@ -20,5 +20,7 @@ void addSendCommand(CLI::App& app);
 void addInspectCommand(CLI::App& app);
 /// `tarnkit render`: draws a document or a group of it.
 void addRenderCommand(CLI::App& app);
+/// `tarnkit reference`: writes the patch reference as HTML pages.
+void addReferenceCommand(CLI::App& app);
 
 }  // namespace tarnkit::tool

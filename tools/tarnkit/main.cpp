@@ -66,6 +66,7 @@ void addCommands(CLI::App& program) {
   tool::addSendCommand(program);
   tool::addInspectCommand(program);
   tool::addRenderCommand(program);
+  tool::addReferenceCommand(program);
 }
 
 int run(int argc, char** argv) {

@@ -35,7 +35,8 @@ std::string escaped(std::string_view text) {
       html += "&quot;";
     } else if (isControl(c)) {
       html += "\uFFFD";
-    } else if (c == '\xC2' && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
+    } else if (c == '\xC2' && i + 1 < text.size() &&
+               static_cast<unsigned char>(text[i + 1]) < 0xA0) {
       html += "\uFFFD";  // U+0080 to U+009F
       ++i;
     } else {

@@ -5,8 +5,8 @@
 
 namespace tarnkit::tool {
 
-/// The text as it stands in an HTML page, between tags or in a quoted attribute. Control characters,
-/// which a page must not hold, become U+FFFD, except for line ends and tabs.
+/// The text as it stands in an HTML page, between tags or in a quoted attribute. Control
+/// characters, which a page must not hold, become U+FFFD, except for line ends and tabs.
 std::string escaped(std::string_view text);
 
 /// A file name as a relative link to it.

@@ -47,8 +47,7 @@ constexpr PatchText kTexts[] = {
      "pieces make up its outline."},
     {"HXRClampNode",
      "Keeps a value between Minimum and Maximum: what lies outside becomes the nearer of the two."},
-    {"HXRColorMixerNode",
-     "Blends two colors. Mix runs from 0, all Color A, to 1, all Color B."},
+    {"HXRColorMixerNode", "Blends two colors. Mix runs from 0, all Color A, to 1, all Color B."},
     {"HXRColorToHSBANode",
      "Takes a color apart into hue, saturation, brightness and alpha, so that one of them can be "
      "changed by itself."},
@@ -177,8 +176,7 @@ constexpr PatchText kTexts[] = {
      "Combines values that are on or off with AND, OR, XOR, NAND, NOR, NXOR and NOT, in a chain of "
      "as many operations as you set."},
     {"HXRLoopControlNode", "Ends the loop that it stands in before its time, once Break is on."},
-    {"HXRLoopNode",
-     "Runs the patches inside it over and over, as many times as Loops says."},
+    {"HXRLoopNode", "Runs the patches inside it over and over, as many times as Loops says."},
     {"HXRLoopVariablesNode",
      "Tells the patches inside a loop which round they are in, how far along the loop that is, and "
      "how many rounds there are."},
@@ -303,8 +301,7 @@ constexpr PatchText kTexts[] = {
     {"HXRTransitionNode",
      "Turns a progress into a value: 0 gives Value Min, 1 gives Value Max, and everything between "
      "lies evenly spread. Take one for each property that an animation changes."},
-    {"HXRTurnDownForNode",
-     "A view that asks one question, what. The library keeps it a secret."},
+    {"HXRTurnDownForNode", "A view that asks one question, what. The library keeps it a secret."},
     {"HXRViewNode",
      "The base of everything that can be seen: a rectangle with a place, a size, a rotation and an "
      "opacity, which holds other views. Gestures and interactions connected to it say what touch "

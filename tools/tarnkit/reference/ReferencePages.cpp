@@ -74,8 +74,8 @@ ReferencePages::ReferencePages(const std::vector<const HXRNodeClass*>& patches)
   for (const auto* const patch : patches_) {
     const std::string fileName = patch->libraryDescription().toStdString();
     const auto complain = [&](std::string_view why) {
-      throw CommandFailure("reference", fmt::format("help page \"{}\" of {}", fileName,
-                                                    patch->name()), why);
+      throw CommandFailure("reference",
+                           fmt::format("help page \"{}\" of {}", fileName, patch->name()), why);
     };
     if (const auto fault = faultOf(fileName); !fault.empty()) complain(fault);
     const auto [place, isNew] = pageByName.try_emplace(lowerCased(fileName), pages_.size());
