@@ -46,6 +46,17 @@ std::string escaped(std::string_view text) {
   return html;
 }
 
+std::string nameHtml(std::string_view name) {
+  const bool isBlank = name.find_first_not_of(" \t\n\r") == std::string_view::npos;
+  return isBlank ? "<span class=\"none\">unnamed</span>" : escaped(name);
+}
+
+std::string codeHtml(std::string_view text) {
+  if (text.empty()) return "<span class=\"none\">empty</span>";
+  const char* const element = text.find('\n') == std::string_view::npos ? "code" : "pre";
+  return fmt::format("<{0}>{1}</{0}>", element, escaped(text));
+}
+
 std::string linkTo(std::string_view fileName) {
   std::string link;
   for (const char c : fileName) {

@@ -104,7 +104,8 @@ constexpr const char* kSearchForm =
     "<p id=\"page.found\" role=\"status\"></p>\n"
     "</form>\n";
 
-// "/" goes to the field, Enter to the first patch found, Escape empties the field.
+// "/" goes to the field, Enter to the patch of that name or else the first one found, Escape
+// empties the field.
 constexpr const char* kSearchScript = R"js(<script>
 (function () {
   var form = document.querySelector(".search");
@@ -125,6 +126,8 @@ constexpr const char* kSearchScript = R"js(<script>
     });
     sections.forEach(function (section) {
       section.hidden = !section.querySelector(".entries > li:not([hidden])");
+      var link = document.querySelector('.categories a[href="#' + section.id + '"]');
+      link.parentNode.hidden = section.hidden;
     });
     found.textContent = !words.length ? "" : count === 1 ? "1 patch" : (count || "No") + " patches";
   }
@@ -132,8 +135,11 @@ constexpr const char* kSearchScript = R"js(<script>
   field.addEventListener("input", search);
   form.addEventListener("submit", function (event) {
     event.preventDefault();
-    var first = document.querySelector(".entries > li:not([hidden]) a");
-    if (field.value && first) first.click();
+    var name = field.value.trim().toLowerCase();
+    var links = Array.prototype.slice.call(
+      document.querySelectorAll(".entries > li:not([hidden]) a"));
+    var best = links.filter(function (link) { return link.textContent.toLowerCase() === name; });
+    if (name && links.length) (best[0] || links[0]).click();
   });
   document.addEventListener("keydown", function (event) {
     if (event.key === "/" && event.target !== field && !event.ctrlKey && !event.metaKey) {

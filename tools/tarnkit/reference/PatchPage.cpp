@@ -39,14 +39,12 @@ std::string fact(const char* name, const std::string& value) {
   return fmt::format("<dt>{}</dt><dd>{}</dd>\n", name, value);
 }
 
-std::string code(std::string_view text) { return fmt::format("<code>{}</code>", escaped(text)); }
-
 std::string factsOf(const HXRNodeClass& patch, const ReferencePages& pages) {
   std::string html = "<dl class=\"facts\">\n";
   html += fact("Category", fmt::format("<a href=\"{}\">{}</a>", linkToCategory(patch),
                                        escaped(categoryOf(patch))));
-  html += fact("Class", code(patch.name()));
-  html += fact("Device class", code(patch.processClassName()));
+  html += fact("Class", codeHtml(patch.name()));
+  html += fact("Device class", codeHtml(patch.processClassName()));
   const auto* const base = patch.base();
   if (base && pages.pageOf(*base)) html += fact("A kind of", patchLink(*base, pages));
   if (patch.allowsSubnodes()) html += fact("Holds", "other patches");

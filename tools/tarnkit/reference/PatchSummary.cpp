@@ -14,6 +14,10 @@ namespace {
 
 constexpr std::size_t kMostNames = 4;
 
+bool isBlank(const String& name) {
+  return name.view().find_first_not_of(" \t\n\r") == std::string_view::npos;
+}
+
 /// "A", "A and B", "A, B and C", "A, B, C, D and 3 more".
 std::string listed(const std::vector<std::string>& names) {
   std::string text;
@@ -30,7 +34,8 @@ std::vector<std::string> portNames(const HXRPortGroupCollection& groups) {
   std::vector<std::string> names;
   for (const auto& entry : groups.portGroups()) {
     for (const auto& port : entry.value->ports()) {
-      names.push_back(static_cast<const HXRPort&>(*port).name().toStdString());
+      const String& name = static_cast<const HXRPort&>(*port).name();
+      if (!isBlank(name)) names.push_back(name.toStdString());
     }
   }
   return names;
@@ -42,13 +47,14 @@ std::string derivedSummary(const HXRNodeClass& patch) {
   const auto outputs = portNames(definition.portLayout().outputs());
   std::vector<std::string> parameters;
   for (const auto& parameter : definition.parameters()) {
-    if (!parameter->hidden()) parameters.push_back(parameter->name().toStdString());
+    if (parameter->hidden() || isBlank(parameter->name())) continue;
+    parameters.push_back(parameter->name().toStdString());
   }
   std::string text = patch.libraryCategory()
                          ? fmt::format("A patch of the category {}", categoryOf(patch))
                          : "A patch of no category";
   if (inputs.empty() && outputs.empty()) {
-    text += " without ports";
+    text += definition.portLayout().ports().empty() ? " without ports" : " without named ports";
   } else {
     text += " that ";
     if (!inputs.empty()) text += "takes " + listed(inputs);

@@ -86,8 +86,8 @@ std::string tableStart(std::string_view heading, std::string_view caption, int l
 constexpr const char* kTableEnd = "</table>\n</div>\n</section>\n";
 
 std::string portRow(const HXRPort& port, bool isInput, bool withChoices) {
-  std::string html = fmt::format("<tr><th scope=\"row\">{}</th><td><code>{}</code></td><td>{}</td>",
-                                 escaped(port.name()), escaped(port.uniqueKey()), kindOf(port));
+  std::string html = fmt::format("<tr><th scope=\"row\">{}</th><td>{}</td><td>{}</td>",
+                                 nameHtml(port.name()), codeHtml(port.uniqueKey()), kindOf(port));
   const auto* const input = as<HXRPrimitiveInputPort>(&port);
   if (isInput) html += fmt::format("<td>{}</td>", input ? defaultHtml(*input) : valueHtml(nullptr));
   if (withChoices) html += fmt::format("<td>{}</td>", input ? choicesHtml(*input) : "");
@@ -112,7 +112,7 @@ std::string portTable(const PortList& list, const HXRNodeClass& patch, bool isIn
       const bool isHidden = patch.hiddenPortGroupKeys().contains(group.key.object().get());
       html += fmt::format(
           "<tr class=\"group\"><th scope=\"rowgroup\" colspan=\"{}\">{}{}</th></tr>\n", columns,
-          escaped(group.key), isHidden ? " <span class=\"note\">hidden at first</span>" : "");
+          nameHtml(group.key), isHidden ? " <span class=\"note\">hidden at first</span>" : "");
     }
     for (const HXRPort* port : group.ports) html += portRow(*port, isInput, withChoices);
     html += "</tbody>\n";
@@ -155,10 +155,10 @@ std::string parameterTable(const HXRNodeClass& patch, int level) {
   html += "<tbody>\n";
   for (const auto& parameter : parameters) {
     html +=
-        fmt::format("<tr><th scope=\"row\">{}{}</th><td><code>{}</code></td><td>{}</td><td>{}</td>",
-                    escaped(parameter->name()),
+        fmt::format("<tr><th scope=\"row\">{}{}</th><td>{}</td><td>{}</td><td>{}</td>",
+                    nameHtml(parameter->name()),
                     parameter->hidden() ? " <span class=\"note\">not shown</span>" : "",
-                    escaped(parameter->uniqueKey()), kindOf(*parameter), defaultHtml(*parameter));
+                    codeHtml(parameter->uniqueKey()), kindOf(*parameter), defaultHtml(*parameter));
     if (withBounds) html += fmt::format("<td>{}</td>", boundsText(*parameter));
     html += "</tr>\n";
   }

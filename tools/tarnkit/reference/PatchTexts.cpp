@@ -40,7 +40,7 @@ constexpr PatchText kTexts[] = {
      "Spreads an array over outputs of its own, one for each of its first values. The Values "
      "parameter sets how many outputs there are."},
     {"HXRCameraPreviewNode",
-     "Gives the live picture of the device's front or back camera, with its width and height. "
+     "Gives the live picture of the device’s front or back camera, with its width and height. "
      "Connect Image to an Image View to show it."},
     {"HXRCircleViewNode",
      "A view in the form of a circle, filled with one color. Divisions sets how many straight "
@@ -125,7 +125,7 @@ constexpr PatchText kTexts[] = {
      "A view whose content is drawn through a filter, for example blurred as a whole."},
     {"HXRFrameInfoNode",
      "Tells how much time has passed since the frame before, as Delta Time, and follows the "
-     "display's refresh with Video Sync. For calculations that must not depend on the frame rate."},
+     "display’s refresh with Video Sync. For calculations that must not depend on the frame rate."},
     {"HXRGaussianBlurFilterNode",
      "Blurs an image evenly. The Blur Radius parameter sets how strongly."},
     {"HXRGridLayoutNode",
@@ -135,13 +135,13 @@ constexpr PatchText kTexts[] = {
      "Makes a color from hue, saturation, brightness and alpha. Change the hue alone to run "
      "through the rainbow."},
     {"HXRImageControlsFilterNode",
-     "Adjusts an image's brightness, contrast and saturation, its highlights and its shadows."},
+     "Adjusts an image’s brightness, contrast and saturation, its highlights and its shadows."},
     {"HXRImageImportNode",
      "Loads an image from a URL when Load asks for it, and gives it with its width and height. "
      "Done and Error tell how the loading went."},
     {"HXRImageInfoNode", "Tells the width, the height and the scale of an image."},
     {"HXRImageNode",
-     "Brings one of the document's pictures into the graph, with its width and height. Choose the "
+     "Brings one of the document’s pictures into the graph, with its width and height. Choose the "
      "picture with the Image parameter."},
     {"HXRImageViewNode", "A view that shows an image, through a filter if one is connected."},
     {"HXRIndexSwitchNode",
@@ -207,7 +207,7 @@ constexpr PatchText kTexts[] = {
      "Lets a view be dragged to and fro between two positions, A and B, like a drawer or a sheet. "
      "Tap To Toggle lets a tap do the same; A/B tells where the view is."},
     {"HXRPinNode",
-     "A fixed point on a connection's way across the canvas: passes its input on unchanged and "
+     "A fixed point on a connection’s way across the canvas: passes its input on unchanged and "
      "keeps long connections tidy."},
     {"HXRPinchGestureNode",
      "Recognizes two fingers that pinch a view and gives the scale they bring it to. Connect "
@@ -272,7 +272,7 @@ constexpr PatchText kTexts[] = {
     {"HXRStateOutputNode",
      "Gives the value that its State Input has handed over, and Initial until there is one."},
     {"HXRStatusBarNode",
-     "Hides and shows the device's status bar, with the animation that you choose, and makes it "
+     "Hides and shows the device’s status bar, with the animation that you choose, and makes it "
      "dark or light. Hidden and Style tell how it stands."},
     {"HXRStopwatchNode",
      "Measures time. Start sets it going, Stop halts it, Reset takes it back to zero."},

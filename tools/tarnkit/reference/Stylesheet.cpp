@@ -77,7 +77,7 @@ th:nth-child(2){width:28%}
 th:nth-child(3):not(:last-child){width:12%}
 th:nth-child(4):not(:last-child){width:15%}
 td:nth-child(3){overflow-wrap:normal}
-td code{color:var(--soft)}
+td:nth-child(2) code{color:var(--soft)}
 .group th{padding-top:1.125rem;font-size:.8125rem;font-weight:400;color:var(--soft)}
 .choices{display:flex;flex-wrap:wrap;gap:.125rem .875rem}
 .choices li{white-space:nowrap}
@@ -102,21 +102,21 @@ constexpr const char* kIndexRules = R"css(.title{max-width:44rem;margin:1rem 0 2
 border-radius:6px;background:var(--faint);color:inherit;font:inherit}
 .search p{font-size:.875rem;color:var(--soft)}
 .columns{display:grid;grid-template-columns:10rem minmax(0,1fr);gap:3.5rem;align-items:start}
-.categories{position:sticky;top:1.5rem;font-size:.875rem;line-height:1.9}
+.categories{position:sticky;top:1.5rem;max-height:calc(100vh - 3rem);overflow-y:auto;font-size:.875rem;line-height:1.9}
 .categories li{display:flex;justify-content:space-between}
-.category h2{margin-top:3rem;padding-bottom:.5rem;border-bottom:1px solid var(--rule)}
-.category:first-child h2{margin-top:0}
+.columns main{display:grid;gap:3rem}
+.columns h2{margin-top:0}
+.category h2{padding-bottom:.5rem;border-bottom:1px solid var(--rule)}
 .entries{display:grid;grid-template-columns:repeat(auto-fill,minmax(20rem,1fr));gap:1.125rem 2.5rem}
 .entries li{position:relative;padding-left:1.25rem;break-inside:avoid}
 .entries a{font-weight:600}
 .entries p{font-size:.875rem;line-height:1.45;color:var(--soft);text-wrap:pretty}
 .entries li::before{content:"";background:var(--patch);position:absolute;left:0;top:.5em;width:.625rem;height:.625rem;border-radius:50%;
 box-shadow:inset 0 0 0 1px rgba(127,127,127,.45)}
-.kinds{margin-top:4rem}
 .kinds dt{font-weight:600}
 .kinds dd{color:var(--soft)}
 @media (max-width:52rem){.columns{grid-template-columns:minmax(0,1fr);gap:2rem}
-.categories{position:static}.categories ul{display:flex;flex-wrap:wrap;gap:0 1.25rem}
+.categories{position:static;max-height:none}.categories ul{display:flex;flex-wrap:wrap;gap:0 1.25rem}
 .categories li{gap:.4em}.entries{grid-template-columns:minmax(0,1fr)}}
 )css";
 
@@ -127,10 +127,10 @@ h1{font-size:20pt}h2{font-size:13pt;margin-top:1.5rem}h3{font-size:11pt}
 h1,h2,h3,thead,.group{break-after:avoid}
 a{color:inherit}
 .top,.variants,.related,.search,.categories,.skip{display:none}
-.columns{display:block}
+.columns,.columns main{display:block}
 .entries{display:block;columns:2;column-gap:2rem}
 .entries li{margin-bottom:.625rem}
-.category h2{margin-top:1.5rem}
+.columns h2{margin-top:1.5rem}
 .overview{grid-template-columns:minmax(0,1fr) 13rem;gap:1.5rem;margin-top:1rem}
 .picture,tr,dt,dd{break-inside:avoid}
 .picture{padding:.5rem;border:1px solid var(--rule)}

@@ -28,16 +28,10 @@ std::string colorHtml(RGBA color) {
 
 /// A label with the value behind it, unless they read the same.
 std::string labelledHtml(const String& label, const PMRPrimitive* value) {
-  const std::string name = escaped(label);
+  const std::string name = nameHtml(label);
   const std::string html = valueHtml(value);
   if (name == html) return name;
   return fmt::format("{} <span class=\"stands\">{}</span>", name, html);
-}
-
-std::string textHtml(std::string_view text) {
-  if (text.empty()) return "<span class=\"none\">empty</span>";
-  const char* const element = text.find('\n') == std::string_view::npos ? "code" : "pre";
-  return fmt::format("<{0}>{1}</{0}>", element, escaped(text));
 }
 
 }  // namespace
@@ -58,7 +52,7 @@ std::string valueHtml(const PMRPrimitive* value) {
     case PMRPrimitive::color:
       return colorHtml(value->colorValue());
     case PMRPrimitive::string:
-      return textHtml(value->stringValue());
+      return codeHtml(value->stringValue());
     default:
       return kNone;
   }
@@ -93,7 +87,7 @@ std::string defaultHtml(const HXRParameter& parameter) {
     return colorHtml(color->defaultValue());
   }
   const auto* const text = as<HXRStringParameter>(&parameter);
-  return text && !text->defaultValue().isNil() ? textHtml(text->defaultValue()) : kNone;
+  return text && !text->defaultValue().isNil() ? codeHtml(text->defaultValue()) : kNone;
 }
 
 std::string boundsText(const HXRParameter& parameter) {
