@@ -1,16 +1,18 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <array>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/patches/PatchRegistry.h"
-#include "tarnkit/platform/File.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Output.h"
@@ -66,18 +68,19 @@ void makeDirectory(const std::string& directory) {
 }
 
 /// What is there under the name of one of our files must be from an earlier reference.
-void requireOurs(const std::string& path) {
-  constexpr std::size_t kSearched = 512;
+void requireOurs(const std::filesystem::path& path) {
   std::error_code failure;
   if (!std::filesystem::exists(path, failure) && !failure) return;
-  std::vector<std::uint8_t> bytes;
-  std::string error;
-  if (!File::read(path, bytes, &error)) failWithFile(kWhat, path, error);
-  const std::string_view start(reinterpret_cast<const char*>(bytes.data()),
-                               std::min(bytes.size(), kSearched));
-  if (start.find(kReferenceMark) == std::string_view::npos) {
-    throw CommandFailure(kWhat, path, "it is there already and is no page of a reference");
+  std::array<char, 512> start{};
+  if (std::filesystem::is_regular_file(path, failure)) {
+    std::ifstream(path, std::ios::binary).read(start.data(), start.size());
   }
+  if (std::string_view(start.data(), start.size()).find(kReferenceMark) != std::string_view::npos) {
+    return;
+  }
+  throw CommandFailure(
+      kWhat, path.string(),
+      failure ? failure.message() : "a file that no reference wrote is there already");
 }
 
 void writeReference(const ReferenceOptions& options) {
@@ -87,7 +90,7 @@ void writeReference(const ReferenceOptions& options) {
   const auto files = filesOf(pages, options, progress);
   makeDirectory(options.directory);
   const std::filesystem::path directory(options.directory);
-  for (const OutputFile& file : files) requireOurs((directory / file.name).string());
+  for (const OutputFile& file : files) requireOurs(directory / file.name);
   for (const OutputFile& file : files) {
     writeFile(kWhat, (directory / file.name).string(), bytesOf(file.text));
   }

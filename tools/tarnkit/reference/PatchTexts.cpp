@@ -89,7 +89,7 @@ constexpr PatchText kTexts[] = {
     {"HXRDeviceOrientationNode",
      "Chooses the orientations to which the prototype may turn: upright, upside down, and on "
      "either side. Set puts the choice into effect."},
-    {"HXRDeviceVibrationNode", "Lets the device vibrate when Vibrate turns on."},
+    {"HXRDeviceVibrationNode", "Makes the device vibrate when Vibrate turns on."},
     {"HXRDictionaryKeysAndValuesNode",
      "Gives the keys and the values of a dictionary as two arrays."},
     {"HXRDictionaryNode",
@@ -129,7 +129,8 @@ constexpr PatchText kTexts[] = {
     {"HXRGaussianBlurFilterNode",
      "Blurs an image evenly. The Blur Radius parameter sets how strongly."},
     {"HXRGridLayoutNode",
-     "Gives the position and the size of the item with number Index in a grid of so many columns. "
+     "Gives the position and the size of the item with number Index in a grid with a fixed number "
+     "of columns. "
      "Made for replicated views: feed it the index of the copy."},
     {"HXRHSBAToColorNode",
      "Makes a color from hue, saturation, brightness and alpha. Change the hue alone to run "

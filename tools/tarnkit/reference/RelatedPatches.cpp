@@ -4,7 +4,6 @@
 #include <cmath>
 #include <map>
 #include <set>
-#include <string_view>
 
 #include "tarnkit/patches/HXRNode.h"
 #include "tools/tarnkit/reference/PortKinds.h"
@@ -14,21 +13,7 @@ namespace tarnkit::tool {
 
 namespace {
 
-using Kinds = std::set<std::string_view>;
-
-/// The exclusive kinds among the ports that the patch adds to its base's.
-Kinds exclusiveKinds(const HXRNodeClass& patch, std::int32_t orientation) {
-  Kinds kinds;
-  for (const auto& [key, port] : patch.prototype().portLayout().ports()) {
-    if (port->orientation() != orientation || !isExclusiveKind(kindOf(*port))) continue;
-    const bool isInherited =
-        patch.base() && patch.base()->prototype().portLayout().ports().contains(key);
-    if (!isInherited) kinds.insert(kindOf(*port));
-  }
-  return kinds;
-}
-
-bool meet(const Kinds& a, const Kinds& b) {
+bool meet(const std::set<std::string_view>& a, const std::set<std::string_view>& b) {
   return std::any_of(a.begin(), a.end(), [&](std::string_view kind) { return b.count(kind) > 0; });
 }
 
@@ -43,29 +28,35 @@ RelatedPatches::RelatedPatches(const ReferencePages& pages) : pages_(pages) {
 }
 
 void RelatedPatches::addProfile(const HXRNodeClass& patch) {
+  Profile& profile = profiles_[&patch];
   std::map<std::string, std::pair<std::uint32_t, bool>> counts;
   for (const auto& [key, port] : patch.prototype().portLayout().ports()) {
-    const char* const side = port->orientation() == HXOrientationInput ? "in " : "out ";
-    auto& kind = counts[side + std::string(kindOf(*port))];
-    ++kind.first;
-    kind.second = true;
+    const bool isInput = port->orientation() == HXOrientationInput;
+    const auto kind = kindOf(*port);
+    auto& entry = counts[(isInput ? "in " : "out ") + std::string(kind)];
+    ++entry.first;
+    entry.second = true;
     ++counts["key " + key.toStdString()].first;
+    const bool isInherited =
+        patch.base() && patch.base()->prototype().portLayout().ports().contains(key);
+    if (isExclusiveKind(kind) && !isInherited) {
+      (isInput ? profile.taken : profile.given).insert(kind);
+    }
   }
-  Profile& profile = profiles_[&patch];
   for (const auto& [trait, count] : counts) {
     const auto number = static_cast<std::uint32_t>(patchesWithTrait_.size());
     const auto entry = traitNumbers_.try_emplace(trait, number);
     if (entry.second) patchesWithTrait_.push_back(0);
     ++patchesWithTrait_[entry.first->second];
-    profile.push_back({entry.first->second, count.first, count.second});
+    profile.traits.push_back({entry.first->second, count.first, count.second});
   }
-  std::sort(profile.begin(), profile.end(),
+  std::sort(profile.traits.begin(), profile.traits.end(),
             [](const Trait& a, const Trait& b) { return a.number < b.number; });
 }
 
 /// What both have over what either has, 0 to 1, every trait weighed by its rarity; 0 when they
 /// share no kind.
-double RelatedPatches::likeness(const Profile& a, const Profile& b) const {
+double RelatedPatches::likeness(const Traits& a, const Traits& b) const {
   const auto weight = [&](const Trait& trait) {
     return std::log(1 + static_cast<double>(profiles_.size()) / patchesWithTrait_[trait.number]);
   };
@@ -93,32 +84,31 @@ double RelatedPatches::likeness(const Profile& a, const Profile& b) const {
 }
 
 std::vector<const HXRNodeClass*> RelatedPatches::partnersOf(const ReferencePage& page) const {
-  Kinds taken;
-  Kinds given;
+  std::set<std::string_view> taken;
+  std::set<std::string_view> given;
   for (const auto* const patch : page.patches) {
-    taken.merge(exclusiveKinds(*patch, HXOrientationInput));
-    given.merge(exclusiveKinds(*patch, HXOrientationOutput));
+    const Profile& profile = profiles_.at(patch);
+    taken.insert(profile.taken.begin(), profile.taken.end());
+    given.insert(profile.given.begin(), profile.given.end());
   }
   std::vector<const HXRNodeClass*> partners;
   for (const auto* const patch : pages_.patches()) {
     if (partners.size() == kMostPartners) break;
     if (standsApart(*patch) || pages_.pageOf(*patch) == &page) continue;
-    if (meet(given, exclusiveKinds(*patch, HXOrientationInput)) ||
-        meet(taken, exclusiveKinds(*patch, HXOrientationOutput))) {
-      partners.push_back(patch);
-    }
+    const Profile& other = profiles_.at(patch);
+    if (meet(given, other.taken) || meet(taken, other.given)) partners.push_back(patch);
   }
   return partners;
 }
 
 std::vector<const HXRNodeClass*> RelatedPatches::similarTo(const ReferencePage& page,
                                                            const Relations& known) const {
-  const Profile& own = profiles_.at(page.patches.front());
+  const Traits& own = profiles_.at(page.patches.front()).traits;
   std::vector<std::pair<double, const HXRNodeClass*>> candidates;
   for (const auto* const patch : pages_.patches()) {
     if (standsApart(*patch) || pages_.pageOf(*patch) == &page) continue;
     if (holds(known.bases, patch) || holds(known.derived, patch)) continue;
-    const double found = likeness(own, profiles_.at(patch));
+    const double found = likeness(own, profiles_.at(patch).traits);
     if (found > 0) candidates.emplace_back(found, patch);
   }
   // Equal ones stay in the order of the index.

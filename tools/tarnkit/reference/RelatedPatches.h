@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -40,16 +42,22 @@ class RelatedPatches {
 
  private:
   /// A trait of a patch's ports ("in Number", "key Tarn.valueInput") and how often it has it,
-  /// sorted by trait.
+  /// in a list sorted by trait.
   struct Trait {
     std::uint32_t number;
     std::uint32_t count;
     bool isKind;
   };
-  using Profile = std::vector<Trait>;
+  using Traits = std::vector<Trait>;
+  struct Profile {
+    Traits traits;
+    /// The exclusive kinds among the ports that the patch adds to its base's.
+    std::set<std::string_view> taken;
+    std::set<std::string_view> given;
+  };
 
   void addProfile(const HXRNodeClass& patch);
-  double likeness(const Profile& a, const Profile& b) const;
+  double likeness(const Traits& a, const Traits& b) const;
   std::vector<const HXRNodeClass*> partnersOf(const ReferencePage& page) const;
   std::vector<const HXRNodeClass*> similarTo(const ReferencePage& page,
                                              const Relations& known) const;
