@@ -1,5 +1,5 @@
-// A plug-in that wishes its host ill: names with markup, control characters and other scripts, and a
-// help page of any name, taken from the environment.
+// A plug-in that wishes its host ill: names with markup, control characters and other scripts, and
+// a help page of any name, taken from the environment.
 #include <cstdlib>
 #include <vector>
 
@@ -12,24 +12,24 @@ using namespace tarnkit;
 
 constexpr const char* kHiddenGroups[] = {"<b>Group</b> & \"more\"", nullptr};
 
-const HXRNodeClass hostileNode{
-    "Hostile<Node> \"&1",
-    &HXRNode::kClass,
-    {.defaultName = "</title><script>alert(1)</script>",
-     .libraryCategory = "\"><img src=x> مرحبا\x01",
-     .libraryDescription = std::getenv("HOSTILE_HELP_PAGE"),
-     .processClassName = "<Hostile & Patch>",
-     .hiddenPortGroupKeys = kHiddenGroups},
-    [](PatchDeclaration& patch) {
-      patch.in("<i>量</i>", "Hostile.\"amount\"Input", value::string("</code>\x02\n</pre>"));
-      patch.group("<b>Group</b> & \"more\"");
-      auto& choice = patch.in("", "", value::index(1));
-      choice.mapValue(value::index(1), "<one>");
-      choice.mapValue(value::index(2), "");
-      patch.group();
-      patch.parameter("\x7F<p>", "Hostile.parameter", "<textarea>");
-      patch.out("&amp;", "Hostile.output");
-    }};
+const HXRNodeClass hostileNode{"Hostile<Node> \"&1",
+                               &HXRNode::kClass,
+                               {.defaultName = "</title><script>alert(1)</script>",
+                                .libraryCategory = "\"><img src=x> مرحبا\x01",
+                                .libraryDescription = std::getenv("HOSTILE_HELP_PAGE"),
+                                .processClassName = "<Hostile & Patch>",
+                                .hiddenPortGroupKeys = kHiddenGroups},
+                               [](PatchDeclaration& patch) {
+                                 patch.in("<i>量</i>", "Hostile.\"amount\"Input",
+                                          value::string("</code>\x02\n</pre>"));
+                                 patch.group("<b>Group</b> & \"more\"");
+                                 auto& choice = patch.in("", "", value::index(1));
+                                 choice.mapValue(value::index(1), "<one>");
+                                 choice.mapValue(value::index(2), "");
+                                 patch.group();
+                                 patch.parameter("\x7F<p>", "Hostile.parameter", "<textarea>");
+                                 patch.out("&amp;", "Hostile.output");
+                               }};
 
 const HXRNodeClass namelessNode{"NamelessNode", &hostileNode, {.defaultName = " "}};
 

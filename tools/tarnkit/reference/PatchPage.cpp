@@ -27,12 +27,14 @@ std::string patchLink(const HXRNodeClass& patch, const ReferencePages& pages) {
 
 std::string pictureOf(const HXRNodeClass& patch) {
   const auto document = patch.documentGraph();
+  auto& drawn = *as<HXDocument>(document.get());
+  drawn.setName(String(titleOf(patch)));  // what the picture is called for those who hear it
   HXPictureOptions options;
   options.embedded = true;
   options.caption = false;
   options.idPrefix = anchorOf(patch) + ".";
   return fmt::format("<figure class=\"picture\">\n{}\n</figure>\n",
-                     graphPicture(*as<HXDocument>(document.get())->subnodeGroup(), options));
+                     graphPicture(*drawn.subnodeGroup(), options));
 }
 
 std::string fact(const char* name, const std::string& value) {
@@ -77,7 +79,7 @@ std::string variantsOf(const ReferencePage& page, const ReferencePages& pages) {
   return html + "</ul>\n</nav>\n";
 }
 
-std::string linkList(const char* name, const Patches& patches, const ReferencePages& pages) {
+std::string linkList(std::string_view name, const Patches& patches, const ReferencePages& pages) {
   if (patches.empty()) return {};
   std::string html = fmt::format("<dt>{}</dt><dd><ul>\n", name);
   for (const auto* const patch : patches) {
@@ -89,10 +91,13 @@ std::string linkList(const char* name, const Patches& patches, const ReferencePa
 std::string relatedLinks(const ReferencePage& page, const ReferencePages& pages,
                          const RelatedPatches& related) {
   const Relations relations = related.relationsOf(page);
-  const std::string lists = linkList("A kind of", relations.bases, pages) +
-                            linkList("Kinds of it", relations.derived, pages) +
-                            linkList("Goes with", relations.partners, pages) +
-                            linkList("Similar", relations.similar, pages);
+  const std::string lists =
+      linkList("A kind of", relations.bases, pages) +
+      linkList("Kinds of it", relations.derived, pages) +
+      linkList("Goes with", relations.partners, pages) +
+      linkList("Similar", relations.similar, pages) +
+      linkList(fmt::format("More in {}", escaped(categoryOf(*page.patches.front()))),
+               relations.neighbours, pages);
   if (lists.empty()) return {};
   return fmt::format(
       "<nav class=\"related\" aria-labelledby=\"page.related\">\n"

@@ -130,8 +130,7 @@ constexpr PatchText kTexts[] = {
      "Blurs an image evenly. The Blur Radius parameter sets how strongly."},
     {"HXRGridLayoutNode",
      "Gives the position and the size of the item with number Index in a grid with a fixed number "
-     "of columns. "
-     "Made for replicated views: feed it the index of the copy."},
+     "of columns. Made for replicated views: feed it the index of the copy."},
     {"HXRHSBAToColorNode",
      "Makes a color from hue, saturation, brightness and alpha. Change the hue alone to run "
      "through the rainbow."},

@@ -13,6 +13,9 @@ namespace tarnkit::tool {
 
 namespace {
 
+/// From 0, nothing in common, to 1. What is below is likely to share a number or two and no more.
+constexpr double kLeastLikeness = 0.15;
+
 bool meet(const std::set<std::string_view>& a, const std::set<std::string_view>& b) {
   return std::any_of(a.begin(), a.end(), [&](std::string_view kind) { return b.count(kind) > 0; });
 }
@@ -43,6 +46,7 @@ void RelatedPatches::addProfile(const HXRNodeClass& patch) {
       (isInput ? profile.taken : profile.given).insert(kind);
     }
   }
+  if (patch.libraryCategory()) ++counts["category " + patch.libraryCategory().toStdString()].first;
   for (const auto& [trait, count] : counts) {
     const auto number = static_cast<std::uint32_t>(patchesWithTrait_.size());
     const auto entry = traitNumbers_.try_emplace(trait, number);
@@ -109,7 +113,7 @@ std::vector<const HXRNodeClass*> RelatedPatches::similarTo(const ReferencePage& 
     if (standsApart(*patch) || pages_.pageOf(*patch) == &page) continue;
     if (holds(known.bases, patch) || holds(known.derived, patch)) continue;
     const double found = likeness(own, profiles_.at(patch).traits);
-    if (found > 0) candidates.emplace_back(found, patch);
+    if (found >= kLeastLikeness) candidates.emplace_back(found, patch);
   }
   // Equal ones stay in the order of the index.
   std::stable_sort(candidates.begin(), candidates.end(),
@@ -137,6 +141,12 @@ Relations RelatedPatches::relationsOf(const ReferencePage& page) const {
   }
   relations.partners = partnersOf(page);
   relations.similar = similarTo(page, relations);
+  const auto* const first = page.patches.front();
+  for (const auto* const patch : pages_.patches()) {
+    if (relations.neighbours.size() == kMostNeighbours) break;
+    if (standsApart(*patch) || pages_.pageOf(*patch) == &page) continue;
+    if (patch->libraryCategory() == first->libraryCategory()) relations.neighbours.push_back(patch);
+  }
   return relations;
 }
 

@@ -24,9 +24,11 @@ struct Relations {
   /// Patches of other pages with an input for an output of this page, or the other way round, of a
   /// kind that fits nothing else.
   std::vector<const HXRNodeClass*> partners;
-  /// Patches of other pages whose ports are most like those of this page: of the same kinds, or
-  /// even under the same keys, where what is rare among the patches counts more.
+  /// Patches of other pages whose ports are most like those of this page: of the same kinds, better
+  /// still under the same keys or in the same category, where what is rare counts more.
   std::vector<const HXRNodeClass*> similar;
+  /// Patches of the same category.
+  std::vector<const HXRNodeClass*> neighbours;
 };
 
 /// Finds what to link to. Comparing every page with every patch takes time quadratic in their
@@ -36,13 +38,14 @@ class RelatedPatches {
   static constexpr std::size_t kMostDerived = 24;
   static constexpr std::size_t kMostPartners = 12;
   static constexpr std::size_t kMostSimilar = 6;
+  static constexpr std::size_t kMostNeighbours = 24;
 
   explicit RelatedPatches(const ReferencePages& pages);
   Relations relationsOf(const ReferencePage& page) const;
 
  private:
-  /// A trait of a patch's ports ("in Number", "key Tarn.valueInput") and how often it has it,
-  /// in a list sorted by trait.
+  /// A trait of a patch ("in Number", "key Tarn.valueInput", "category Math") and how often it has
+  /// it, in a list sorted by trait.
   struct Trait {
     std::uint32_t number;
     std::uint32_t count;
