@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <string_view>
+#include <vector>
+
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXGroup.h"
 #include "tarnkit/patches/HXRNodeClass.h"

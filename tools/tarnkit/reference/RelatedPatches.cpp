@@ -120,8 +120,24 @@ std::vector<const HXRNodeClass*> RelatedPatches::similarTo(const ReferencePage& 
                    [](const auto& a, const auto& b) { return a.first > b.first; });
   if (candidates.size() > kMostSimilar) candidates.resize(kMostSimilar);
   std::vector<const HXRNodeClass*> similar;
+  similar.reserve(candidates.size());
   for (const auto& candidate : candidates) similar.push_back(candidate.second);
   return similar;
+}
+
+std::vector<const HXRNodeClass*> RelatedPatches::neighboursOf(const ReferencePage& page,
+                                                              const Relations& known) const {
+  const String& category = page.patches.front()->libraryCategory();
+  std::vector<const HXRNodeClass*> neighbours;
+  for (const auto* const patch : pages_.patches()) {
+    if (neighbours.size() == kMostNeighbours) break;
+    if (patch->libraryCategory() != category || standsApart(*patch)) continue;
+    if (pages_.pageOf(*patch) == &page) continue;
+    const bool isKnown = holds(known.bases, patch) || holds(known.derived, patch) ||
+                         holds(known.partners, patch) || holds(known.similar, patch);
+    if (!isKnown) neighbours.push_back(patch);
+  }
+  return neighbours;
 }
 
 Relations RelatedPatches::relationsOf(const ReferencePage& page) const {
@@ -141,12 +157,7 @@ Relations RelatedPatches::relationsOf(const ReferencePage& page) const {
   }
   relations.partners = partnersOf(page);
   relations.similar = similarTo(page, relations);
-  const auto* const first = page.patches.front();
-  for (const auto* const patch : pages_.patches()) {
-    if (relations.neighbours.size() == kMostNeighbours) break;
-    if (standsApart(*patch) || pages_.pageOf(*patch) == &page) continue;
-    if (patch->libraryCategory() == first->libraryCategory()) relations.neighbours.push_back(patch);
-  }
+  relations.neighbours = neighboursOf(page, relations);
   return relations;
 }
 

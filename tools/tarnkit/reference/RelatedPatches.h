@@ -27,7 +27,7 @@ struct Relations {
   /// Patches of other pages whose ports are most like those of this page: of the same kinds, better
   /// still under the same keys or in the same category, where what is rare counts more.
   std::vector<const HXRNodeClass*> similar;
-  /// Patches of the same category.
+  /// The other patches of the same category.
   std::vector<const HXRNodeClass*> neighbours;
 };
 
@@ -62,6 +62,8 @@ class RelatedPatches {
   void addProfile(const HXRNodeClass& patch);
   double likeness(const Traits& a, const Traits& b) const;
   std::vector<const HXRNodeClass*> partnersOf(const ReferencePage& page) const;
+  std::vector<const HXRNodeClass*> neighboursOf(const ReferencePage& page,
+                                                const Relations& known) const;
   std::vector<const HXRNodeClass*> similarTo(const ReferencePage& page,
                                              const Relations& known) const;
 

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <string_view>
 
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
@@ -18,7 +19,7 @@ const char* onOff(bool value) { return value ? "On" : "Off"; }
 
 unsigned byteOf(float component) {
   if (!(component > 0)) return 0;
-  return component >= 1 ? 255 : static_cast<unsigned>(component * 255 + 0.5F);
+  return component >= 1 ? 255 : static_cast<unsigned>(std::lround(component * 255));
 }
 
 std::string colorHtml(RGBA color) {
@@ -28,7 +29,7 @@ std::string colorHtml(RGBA color) {
 
 /// A label with the value behind it, unless they read the same.
 std::string labelledHtml(const String& label, const PMRPrimitive* value) {
-  const std::string name = nameHtml(label);
+  std::string name = nameHtml(label);
   const std::string html = valueHtml(value);
   if (name == html) return name;
   return fmt::format("{} <span class=\"stands\">{}</span>", name, html);
