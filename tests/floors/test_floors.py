@@ -17,6 +17,7 @@ FLOORS = {
     "math": {"platform", "foundation"},
     "patches": {"platform", "foundation", "archive", "math"},
     "model": {"platform", "images", "foundation", "archive", "math", "patches"},
+    "render": {"platform", "images", "foundation", "archive", "math", "patches", "model"},
 }
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(["<])([^">]+)[">]', re.MULTILINE)
 

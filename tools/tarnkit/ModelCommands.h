@@ -18,5 +18,9 @@ void addSaveCommand(CLI::App& app);
 void addSendCommand(CLI::App& app);
 /// `tarnkit inspect`: tells what a file is and prints it.
 void addInspectCommand(CLI::App& app);
+/// `tarnkit render`: draws a document or a group of it.
+void addRenderCommand(CLI::App& app);
+/// `tarnkit reference`: writes the patch reference as HTML pages.
+void addReferenceCommand(CLI::App& app);
 
 }  // namespace tarnkit::tool

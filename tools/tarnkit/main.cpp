@@ -65,6 +65,8 @@ void addCommands(CLI::App& program) {
   tool::addSaveCommand(program);
   tool::addSendCommand(program);
   tool::addInspectCommand(program);
+  tool::addRenderCommand(program);
+  tool::addReferenceCommand(program);
 }
 
 int run(int argc, char** argv) {

@@ -1,0 +1,50 @@
+#include "tarnkit/render/ConnectionIndex.h"
+
+#include <unordered_set>
+
+#include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXPatchPort.h"
+
+namespace tarnkit::detail {
+
+namespace {
+
+const HXGroup* groupOf(const HXPort* port) {
+  const HXNode* const node = port ? port->node() : nullptr;
+  return node ? node->parentGroup() : nullptr;
+}
+
+}  // namespace
+
+ConnectionIndex::ConnectionIndex(const HXGroup& root) {
+  // Both ends usually hold a connection; but an input that was taken already does not, and either
+  // end may stand outside.
+  std::unordered_set<const HXConnection*> entered;
+  const auto enter = [&](const HXConnection& connection) {
+    if (!entered.insert(&connection).second) return;
+    const HXGroup* const from = groupOf(connection.displayOutputPort());
+    const HXGroup* const to = groupOf(connection.displayInputPort());
+    if (from) byGroup_[from].push_back(&connection);
+    if (to && to != from) byGroup_[to].push_back(&connection);
+  };
+  std::vector<const HXGroup*> pending{&root};
+  while (!pending.empty()) {
+    const HXGroup& group = *pending.back();
+    pending.pop_back();
+    for (const auto& entry : group.subnodesByUniqueKey()) {
+      const HXNode& node = *entry.value;
+      for (const auto& port : node.portsByUniqueKey()) {
+        port.value->connections().forEach(enter);
+      }
+      if (node.subnodeGroup()) pending.push_back(node.subnodeGroup().get());
+    }
+  }
+}
+
+const std::vector<const HXConnection*>& ConnectionIndex::connectionsIn(const HXGroup& group) const {
+  static const std::vector<const HXConnection*> none;
+  const auto at = byGroup_.find(&group);
+  return at == byGroup_.end() ? none : at->second;
+}
+
+}  // namespace tarnkit::detail

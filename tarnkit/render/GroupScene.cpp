@@ -1,0 +1,329 @@
+#include "tarnkit/render/GroupScene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_set>
+
+#include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXPatchPort.h"
+#include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/render/ConnectionIndex.h"
+#include "tarnkit/render/WirePath.h"
+
+namespace tarnkit::detail {
+
+namespace {
+
+constexpr double kFarthest = 100'000;
+// Boxes may touch, and a shadow's width more.
+constexpr double kTouching = 4;
+constexpr double kCell = 512;
+// How many levels a connection may lead inward before its end counts as outside.
+constexpr int kDeepestEnd = 64;
+constexpr double kEdgeDistance = 56;
+constexpr double kEdgeLabelRoom = 150;
+
+const HXPort* outputEnd(const HXConnection& connection) {
+  return connection.displayOutputPort() ? connection.displayOutputPort() : connection.outputPort();
+}
+
+const HXPort* inputEnd(const HXConnection& connection) {
+  return connection.displayInputPort() ? connection.displayInputPort() : connection.inputPort();
+}
+
+}  // namespace
+
+GroupScene::GroupScene(const HXGroup& drawn, const ConnectionIndex& connections)
+    : group(drawn), connections_(connections.connectionsIn(drawn)) {
+  measureNodes();
+  collectWires();
+  place();
+  endWires();
+  placeEdgePorts();
+  takeUp();
+  noteWhatIsMissing();
+}
+
+void GroupScene::measureNodes() {
+  std::unordered_set<const HXPort*> ends;
+  ends.reserve(connections_.size() * 2);
+  for (const HXConnection* connection : connections_) {
+    ends.insert(connection->displayInputPort());
+    ends.insert(connection->displayOutputPort());
+  }
+  const auto isConnected = [&](const HXPort& port) {
+    return ends.count(&port) > 0 || !port.connections().isEmpty();
+  };
+  const auto& nodes = group.subnodesByUniqueKey();
+  boxes.reserve(nodes.size());
+  boxOf_.reserve(nodes.size());
+  anchors_.reserve(std::size_t{nodes.size()} * 8);
+  for (const auto& entry : nodes) {
+    const auto index = static_cast<std::uint32_t>(boxes.size());
+    boxes.emplace_back(*entry.value, isConnected, [&](const HXPort& port, double y) {
+      return anchors_.emplace(&port, Anchor{index, y}).second;
+    });
+    boxOf_.emplace(entry.value.get(), index);
+  }
+}
+
+// A port that is not drawn is met at the title bar, of its node or of the node that encloses it.
+GroupScene::End GroupScene::endOf(const HXPort* port) const {
+  if (!port) return {};
+  if (const auto anchor = anchors_.find(port); anchor != anchors_.end()) {
+    return {static_cast<std::int32_t>(anchor->second.box), anchor->second.y};
+  }
+  const HXNode* node = port->node();
+  for (int level = 0; node && level < kDeepestEnd; ++level, node = node->enclosingNode()) {
+    if (const auto at = boxOf_.find(node); at != boxOf_.end()) {
+      return {static_cast<std::int32_t>(at->second), NodeBox::kTitleHeight / 2};
+    }
+  }
+  return {};
+}
+
+void GroupScene::collectWires() {
+  wires.reserve(connections_.size());
+  for (const HXConnection* connection : connections_) {
+    const HXPort* const output = outputEnd(*connection);
+    const End from = endOf(output);
+    const End to = endOf(inputEnd(*connection));
+    if (from.box < 0 && to.box < 0) continue;
+    Wire& wire = wires.emplace_back();
+    wire.connection = connection;
+    wire.fromBox = from.box;
+    wire.toBox = to.box;
+    wire.from.y = from.y;  // from the boxes' upper edges, until they are placed
+    wire.to.y = to.y;
+    const HXPort* const colored = connection->outputPort() ? connection->outputPort() : output;
+    wire.color = colored ? colored->defaultColor() : OIColorBlackRGBA;
+  }
+}
+
+bool GroupScene::boxesOverlap() const {
+  // Boxes of one cell are compared with each other. As long as none overlap, only so many fit.
+  std::unordered_map<std::int64_t, std::vector<std::uint32_t>> cells;
+  const auto cellAt = [](double at) { return static_cast<std::int64_t>(std::floor(at / kCell)); };
+  for (std::uint32_t i = 0; i < boxes.size(); ++i) {
+    const NodeBox& box = boxes[i];
+    const std::int64_t lastX = cellAt(box.x + box.width);
+    const std::int64_t lastY = cellAt(box.y + box.height);
+    for (std::int64_t cx = cellAt(box.x); cx <= lastX; ++cx) {
+      for (std::int64_t cy = cellAt(box.y); cy <= lastY; ++cy) {
+        auto& cell = cells[cx * 1'000'003 + cy];
+        for (const std::uint32_t other : cell) {
+          const NodeBox& b = boxes[other];
+          if (box.x + kTouching < b.x + b.width && b.x + kTouching < box.x + box.width &&
+              box.y + kTouching < b.y + b.height && b.y + kTouching < box.y + box.height) {
+            return true;
+          }
+        }
+        cell.push_back(i);
+      }
+    }
+  }
+  return false;
+}
+
+// Null when the nodes can be drawn where they stand.
+const char* GroupScene::reasonToLayOut() const {
+  bool onOneSpot = boxes.size() > 1;
+  for (const NodeBox& box : boxes) {
+    if (!(std::fabs(box.x) <= kFarthest && std::fabs(box.y) <= kFarthest)) {
+      return "a position is no number or too far out";
+    }
+    onOneSpot &= box.x == boxes.front().x && box.y == boxes.front().y;
+  }
+  if (onOneSpot) return "all nodes stand on one spot";
+  return boxesOverlap() ? "nodes overlap at their own positions" : nullptr;
+}
+
+void GroupScene::place() {
+  for (NodeBox& box : boxes) {
+    box.x = static_cast<double>(box.node->position().x);
+    box.y = static_cast<double>(box.node->position().y);
+  }
+  const char* const reason = reasonToLayOut();
+  if (!reason) return;
+  laidOut = true;
+  notes.push_back(std::string("Laid out by layers: ") + reason + ".");
+  layOut();
+}
+
+void GroupScene::layOut() {
+  std::vector<LayoutItem> items;
+  items.reserve(boxes.size());
+  for (const NodeBox& box : boxes) items.push_back({box.width, box.height, 0, 0});
+  std::vector<LayoutEdge> edges;
+  std::vector<Wire*> wireOfEdge;
+  for (Wire& wire : wires) {
+    if (wire.fromBox < 0 || wire.toBox < 0) continue;
+    edges.push_back({static_cast<std::uint32_t>(wire.fromBox),
+                     static_cast<std::uint32_t>(wire.toBox),
+                     wire.from.y,
+                     wire.to.y,
+                     {}});
+    wireOfEdge.push_back(&wire);
+  }
+  layOutByLayers(items, edges);
+  for (std::size_t i = 0; i < boxes.size(); ++i) {
+    boxes[i].x = std::round(items[i].x);
+    boxes[i].y = std::round(items[i].y);
+  }
+  for (std::size_t e = 0; e < edges.size(); ++e) wireOfEdge[e]->via = std::move(edges[e].via);
+}
+
+void GroupScene::endWires() {
+  for (Wire& wire : wires) {
+    if (wire.fromBox >= 0) {
+      const NodeBox& box = boxes[static_cast<std::size_t>(wire.fromBox)];
+      wire.from = {box.x + box.width, box.y + wire.from.y};
+    }
+    if (wire.toBox >= 0) {
+      const NodeBox& box = boxes[static_cast<std::size_t>(wire.toBox)];
+      wire.to = {box.x, box.y + wire.to.y};
+    }
+    if (wire.fromBox < 0) wire.from = {wire.to.x - kStub, wire.to.y};
+    if (wire.toBox < 0) wire.to = {wire.from.x + kStub, wire.from.y};
+    if (wire.fromBox == wire.toBox) {
+      // Around below the box.
+      const NodeBox& box = boxes[static_cast<std::size_t>(wire.fromBox)];
+      const double below = box.y + box.height + 14;
+      wire.via = {{box.x + box.width, below}, {box.x, below}};
+    }
+  }
+}
+
+void GroupScene::addEdgePorts(std::int32_t orientation) {
+  const bool isInput = orientation == HXOrientationInput;
+  for (const auto& object : isInput ? group.symbolicInputPorts() : group.symbolicOutputPorts()) {
+    const auto& port = static_cast<const HXSymbolicPort&>(*object);
+    EdgePort& edgePort = edgePorts.emplace_back();
+    edgePort.port = &port;
+    edgePort.isInput = isInput;
+    edgePort.label = Label(titleOfPort(port), NodeBox::kNameFont, kEdgeLabelRoom);
+    edgePort.color = port.defaultColor();
+    const End end = endOf(port.port());
+    edgePort.hasInner = end.box >= 0;
+    if (end.box < 0) continue;
+    const NodeBox& box = boxes[static_cast<std::size_t>(end.box)];
+    edgePort.inner = {isInput ? box.x : box.x + box.width, box.y + end.y};
+    edgePort.y = edgePort.inner.y;
+  }
+}
+
+// From above to below in the order of the inner ports, each as near to its own as the others let
+// it.
+void GroupScene::spreadEdgePorts(std::size_t first, std::size_t last) {
+  const auto begin = edgePorts.begin() + static_cast<std::ptrdiff_t>(first);
+  const auto end = edgePorts.begin() + static_cast<std::ptrdiff_t>(last);
+  std::stable_sort(begin, end, [](const EdgePort& a, const EdgePort& b) { return a.y < b.y; });
+  constexpr double kStep = EdgePort::kHeight + 6;
+  // Blocks of ports that push each other, each around the mean of where its ports want to be.
+  struct Block {
+    double sum;
+    double count;
+  };
+  std::vector<Block> blocks;
+  for (auto at = begin; at != end; ++at) {
+    Block block{at->y - kStep * static_cast<double>(at - begin), 1};
+    while (!blocks.empty() && blocks.back().sum / blocks.back().count >= block.sum / block.count) {
+      block.sum += blocks.back().sum;
+      block.count += blocks.back().count;
+      blocks.pop_back();
+    }
+    blocks.push_back(block);
+  }
+  auto at = begin;
+  for (const Block& block : blocks) {
+    for (double i = 0; i < block.count; ++i, ++at) {
+      at->y = block.sum / block.count + kStep * static_cast<double>(at - begin);
+    }
+  }
+}
+
+void GroupScene::placeEdgePorts() {
+  addEdgePorts(HXOrientationInput);
+  const std::size_t inputs = edgePorts.size();
+  addEdgePorts(HXOrientationOutput);
+  // A port that has lost its inner port stands below the others.
+  double lowest = 0;
+  for (const NodeBox& box : boxes) lowest = std::max(lowest, box.y + box.height);
+  for (EdgePort& port : edgePorts) {
+    if (!port.hasInner) port.y = lowest;
+  }
+  spreadEdgePorts(0, inputs);
+  spreadEdgePorts(inputs, edgePorts.size());
+}
+
+void GroupScene::takeUp() {
+  bool any = false;
+  const auto include = [&](double x, double y) {
+    left = any ? std::min(left, x) : x;
+    right = any ? std::max(right, x) : x;
+    top = any ? std::min(top, y) : y;
+    bottom = any ? std::max(bottom, y) : y;
+    any = true;
+  };
+  for (const NodeBox& box : boxes) {
+    include(box.x, box.y);
+    include(box.x + box.width, box.y + box.height);
+  }
+  for (const Wire& wire : wires) {
+    LayoutPoint at = wire.from;
+    eachWirePiece(wire.from, wire.to, wire.via, [&](const WirePiece& piece) {
+      // A curve goes at most three quarters of the way to its controls.
+      const auto toward = [&](const LayoutPoint& end, const LayoutPoint& control) {
+        include(end.x + 0.75 * (control.x - end.x), end.y);
+      };
+      toward(at, piece.firstControl);
+      toward(piece.end, piece.secondControl);
+      at = piece.end;
+    });
+    if (wire.fromBox < 0) include(wire.from.x - 6, wire.from.y);
+    if (wire.toBox < 0) include(wire.to.x + 6, wire.to.y);
+  }
+  if (!any) include(0, 0);
+  double inputs = 0;
+  double outputs = 0;
+  for (const EdgePort& port : edgePorts) {
+    double& room = port.isInput ? inputs : outputs;
+    room = std::max(room, port.label.width + 2 * EdgePort::kPadding + kEdgeDistance);
+    top = std::min(top, port.y - EdgePort::kHeight / 2);
+    bottom = std::max(bottom, port.y + EdgePort::kHeight / 2);
+  }
+  if (hasEdge()) {
+    leftEdge = left - std::max(inputs, kMargin);
+    rightEdge = right + std::max(outputs, kMargin);
+    left = leftEdge;
+    right = rightEdge;
+    top -= kMargin;
+    bottom += kMargin;
+  }
+}
+
+void GroupScene::note(std::size_t count, const char* one, const char* many) {
+  if (count == 1) notes.push_back(std::string("1 ") + one + ".");
+  if (count > 1) notes.push_back(std::to_string(count) + " " + many + ".");
+}
+
+void GroupScene::noteWhatIsMissing() {
+  std::size_t without = 0;
+  std::size_t unknown = 0;
+  for (const NodeBox& box : boxes) {
+    if (box.complaint.full.isNil()) continue;
+    ++(box.node->unknownPatchClass().isNil() ? without : unknown);
+  }
+  std::size_t lost = 0;
+  for (const EdgePort& port : edgePorts) lost += port.hasInner ? 0 : 1;
+  std::size_t leading = 0;
+  for (const Wire& wire : wires) leading += wire.fromBox < 0 || wire.toBox < 0 ? 1 : 0;
+  note(without, "node has no patch", "nodes have no patch");
+  note(unknown, "node has a patch that is not known here",
+       "nodes have patches that are not known here");
+  note(lost, "published port has lost its inner port",
+       "published ports have lost their inner ports");
+  note(leading, "connection leads out of the group", "connections lead out of the group");
+}
+
+}  // namespace tarnkit::detail

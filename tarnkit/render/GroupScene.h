@@ -1,0 +1,103 @@
+#pragma once
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "tarnkit/render/LayeredLayout.h"
+#include "tarnkit/render/NodeBox.h"
+
+namespace tarnkit {
+class HXConnection;
+class HXGroup;
+class HXSymbolicPort;
+}  // namespace tarnkit
+
+namespace tarnkit::detail {
+
+class ConnectionIndex;
+
+/// A connection as it is drawn.
+struct Wire {
+  const HXConnection* connection = nullptr;
+  LayoutPoint from;
+  LayoutPoint to;
+  std::vector<LayoutPoint> via;  // as LayoutEdge::via
+  RGBA color;
+  /// The box at either end; negative: that end is outside the group, and the wire a short piece.
+  std::int32_t fromBox = -1;
+  std::int32_t toBox = -1;
+};
+
+/// A published port at the group's edge.
+struct EdgePort {
+  static constexpr double kHeight = 22;
+  static constexpr double kPadding = 10;
+
+  const HXSymbolicPort* port = nullptr;
+  bool isInput = true;
+  Label label;
+  RGBA color;
+  double y = 0;  // the middle
+  /// The inner port's dot; `hasInner` is false when that port is gone.
+  LayoutPoint inner;
+  bool hasInner = false;
+};
+
+/// All that the picture of a group shows, measured and placed. Valid while the document does not
+/// change; for one thread. Linear in the group's nodes, ports and connections, but for sorting.
+class GroupScene {
+ public:
+  static constexpr double kMargin = 32;
+  static constexpr double kStub = 30;  // the length of a wire that leads out of the group
+
+  GroupScene(const HXGroup& group, const ConnectionIndex& connections);
+
+  const HXGroup& group;
+  std::vector<NodeBox> boxes;
+  std::vector<Wire> wires;
+  std::vector<EdgePort> edgePorts;
+  bool laidOut = false;
+  std::vector<std::string> notes;
+
+  /// What the boxes, wires and edge ports take up.
+  double left = 0;
+  double top = 0;
+  double right = 0;
+  double bottom = 0;
+  /// The group's edge: only a group that publishes ports shows one.
+  double leftEdge = 0;
+  double rightEdge = 0;
+  bool hasEdge() const noexcept { return !edgePorts.empty(); }
+
+ private:
+  struct Anchor {
+    std::uint32_t box;
+    double y;
+  };
+  struct End {
+    std::int32_t box = -1;
+    double y = 0;
+  };
+
+  void measureNodes();
+  void collectWires();
+  void place();
+  const char* reasonToLayOut() const;
+  bool boxesOverlap() const;
+  void layOut();
+  void endWires();
+  void placeEdgePorts();
+  void addEdgePorts(std::int32_t orientation);
+  void spreadEdgePorts(std::size_t first, std::size_t last);
+  void takeUp();
+  void noteWhatIsMissing();
+  void note(std::size_t count, const char* one, const char* many);
+  End endOf(const HXPort* port) const;
+
+  const std::vector<const HXConnection*>& connections_;
+  std::unordered_map<const HXPort*, Anchor> anchors_;
+  std::unordered_map<const HXNode*, std::uint32_t> boxOf_;
+};
+
+}  // namespace tarnkit::detail
