@@ -119,14 +119,14 @@ class Watcher final : public MXMathStringTokenizer {
 
  protected:
   void didParseToken(const Ref<MXMathStringToken>& token) override {
-    seen += token->description().toStdString() + ";";
+    seen += token ? token->description().toStdString() + ";" : "end";
   }
 };
 
 TEST(Tokenizer, ShowsEveryTokenToASubclass) {
   const auto watcher = make<Watcher>();
   ASSERT_TRUE(watcher->initWithString("2$x", nullptr, nullptr));
-  EXPECT_EQ(watcher->seen, "2;*;$x;");
+  EXPECT_EQ(watcher->seen, "2;*;$x;end");
 }
 
 TEST(Token, KnowsItsOperatorOnlyWhenItIsNotAmbiguous) {
