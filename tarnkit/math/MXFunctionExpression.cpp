@@ -27,7 +27,8 @@ constexpr Symbol kArgumentsKey("arguments");
 // Most of the time that a very long tree takes to build would be the system's, which hands memory
 // out page by page.
 constexpr std::size_t kManyBytes = std::size_t{8} << 20;
-[[gnu::noinline]] void askForLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t bytes) noexcept {
+[[gnu::noinline]] void askForLargePages([[maybe_unused]] void* memory,
+                                        [[maybe_unused]] std::size_t bytes) noexcept {
 #ifdef MADV_HUGEPAGE
   constexpr std::size_t kLargePage = std::size_t{2} << 20;
   const auto begin = reinterpret_cast<std::uintptr_t>(memory);
@@ -87,8 +88,7 @@ Ref<MXFunctionExpression> MXFunctionExpression::withTree(TreeBuilder& builder) {
   ExpressionNode& root = nodes[count - 1];
   root.flags = static_cast<std::uint16_t>(root.flags & ~ExpressionNode::kPercentOfFirst);
   auto* const tree = ::new (reinterpret_cast<ExpressionTree*>(nodes) - 1)
-      ExpressionTree{static_cast<std::uint32_t>(count), builder.summary(),
-                     textSize};
+      ExpressionTree{static_cast<std::uint32_t>(count), builder.summary(), textSize};
   return Ref<MXFunctionExpression>::adopt(
       ::new (memory.release()) MXFunctionExpression(*tree, static_cast<std::uint32_t>(count - 1)));
 }

@@ -9,8 +9,8 @@ namespace tarnkit::detail {
 class PreparedTree;
 
 /// A function of arguments as a tree: a place in a block of nodes, or a name with argument objects,
-/// whichever it was made from; the other is made when it is asked for. Archived under "function" and
-/// "arguments"; in an archive every expression stands in one place only.
+/// whichever it was made from; the other is made when it is asked for. Archived under "function"
+/// and "arguments"; in an archive every expression stands in one place only.
 ///
 /// The root of a block has the block's memory behind it; the functions inside refer to the root
 /// weakly, which keeps its memory.

@@ -140,11 +140,10 @@ std::optional<MXNumber> MXMathEvaluator::evaluateExpression(const MXExpression& 
     // A percentage that is the root asks the function that holds it.
     if (tree.summary.isPlain && !view.top().isFunction(detail::Builtin::percent)) {
       const auto* prepared = function.preparedTree(*this);
-      const bool isDone =
-          prepared
-              ? prepared->evaluate(substitutions, value)
-              : detail::evaluatePlainTree(view, tree.summary.stackDepth, substitutions,
-                                          angleMode_ == MXAngleMeasurementMode::degrees, value);
+      const bool isDone = prepared ? prepared->evaluate(substitutions, value)
+                                   : detail::evaluatePlainTree(
+                                         view, tree.summary.stackDepth, substitutions,
+                                         angleMode_ == MXAngleMeasurementMode::degrees, value);
       if (isDone) return value;
     }
   }

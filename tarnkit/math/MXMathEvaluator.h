@@ -90,8 +90,8 @@ class MXMathEvaluator final : public Object {
   void setOperatorSet(const Ref<MXMathOperatorSet>& operatorSet);
   MXAngleMeasurementMode angleMeasurementMode() const noexcept { return angleMode_; }
   void setAngleMeasurementMode(MXAngleMeasurementMode mode) noexcept { angleMode_ = mode; }
-  /// Whether the built-in functions compute in decimals of 38 digits instead of doubles. Changing it
-  /// makes a new function evaluator; setting it to what it is keeps the old one.
+  /// Whether the built-in functions compute in decimals of 38 digits instead of doubles. Changing
+  /// it makes a new function evaluator; setting it to what it is keeps the old one.
   bool usesHighPrecisionEvaluation() const noexcept { return !computesInDoubles_; }
   void setUsesHighPrecisionEvaluation(bool uses);
   /// Whether a function that is not known is looked up as a variable, so that "2x" takes x's value.

@@ -5,9 +5,8 @@
 namespace tarnkit::detail {
 
 void OnePassParser::noteMixedLevel(const OperatorRow& row) noexcept {
-  auto& levels = row.parserAssociativity == MXOperatorAssociativity::right
-                     ? frame_->rightLevels
-                     : frame_->leftLevels;
+  auto& levels = row.parserAssociativity == MXOperatorAssociativity::right ? frame_->rightLevels
+                                                                           : frame_->leftLevels;
   levels |= row.mixedLevel;
 }
 
@@ -151,15 +150,14 @@ OnePassParser::Frame& OnePassParser::beginFrame() {
 bool OnePassParser::closeGroup() {
   if (frames_.size() == 1) return false;
   if (frame_->isFunction) {
-    const bool isEmpty = expectsOperand_ && frame_->arguments == 0 &&
-                         operators_.size() == frame_->firstOperator;
+    const bool isEmpty =
+        expectsOperand_ && frame_->arguments == 0 && operators_.size() == frame_->firstOperator;
     if (!isEmpty) {
       if (!endGroup()) return false;
       ++frame_->arguments;
     }
-    tree_.addFunction(frame_->builtin, frame_->arguments,
-                      tree_.count() - frame_->firstNode, frame_->nameOffset,
-                      frame_->nameLength);
+    tree_.addFunction(frame_->builtin, frame_->arguments, tree_.count() - frame_->firstNode,
+                      frame_->nameOffset, frame_->nameLength);
   } else if (!endGroup()) {
     return false;
   }
@@ -213,8 +211,7 @@ void OnePassParser::addUnary(const OperatorRow& row) {
 }
 
 bool OnePassParser::endGroup() {
-  if (expectsOperand_ || (frame_->leftLevels & frame_->rightLevels) != 0)
-    return false;
+  if (expectsOperand_ || (frame_->leftLevels & frame_->rightLevels) != 0) return false;
   while (operators_.size() > frame_->firstOperator) reduceTop();
   return true;
 }

@@ -202,7 +202,9 @@ void OperatorTable::classifyBytes() {
       bits |= kLoneOperator;
     }
     const auto isShort = [](const OperatorToken& token) {
-      const auto isPlain = [](char each) { return isAsciiByte(each) && (each | 0x20) == each; };
+      const auto isPlain = [](char each) {
+        return isAsciiByte(each) && !(each >= 'a' && each <= 'z');
+      };
       return token.text.size() <= 2 && std::all_of(token.text.begin(), token.text.end(), isPlain);
     };
     if (range.begin != range.end &&

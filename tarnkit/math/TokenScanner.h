@@ -53,8 +53,8 @@ std::uint64_t hexadecimalValue(std::string_view digits) noexcept;
 bool isLoneIdentifier(char32_t codePoint) noexcept;
 
 /// Cuts a prepared text into tokens: the readers, the resolution of ambiguous operators, the
-/// inserted parentheses and multiplications. One pass, no memory of its own; `sink.take<type>(token)`
-/// takes each token and answers whether to go on.
+/// inserted parentheses and multiplications. One pass, no memory of its own;
+/// `sink.take<type>(token)` takes each token and answers whether to go on.
 template <class Sink>
 class TokenScanner {
  public:
@@ -81,6 +81,7 @@ class TokenScanner {
   }
 
   [[gnu::always_inline]] inline void skipBlanks() noexcept;
+  [[gnu::noinline]] void skipSomeBlanks() noexcept;
   [[gnu::always_inline]] inline bool readNumber(ScannedToken& token) noexcept;
   bool readLongNumber(ScannedToken& token) noexcept;
   bool readHexadecimal(ScannedToken& token) noexcept;
@@ -92,6 +93,7 @@ class TokenScanner {
   bool beginsOperator() const noexcept;
   bool readIdentifier(ScannedToken& token, MXTokenType type) noexcept;
   [[gnu::always_inline]] inline void takeIdentifier() noexcept;
+  [[gnu::noinline]] void takeAnyIdentifier(bool isFirst) noexcept;
 
   // Of several readers that fail on one token, the first one's error stays.
   bool fail(MXErrorCode code, bool hexadecimal = false) noexcept {

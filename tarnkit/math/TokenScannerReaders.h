@@ -94,6 +94,12 @@ bool TokenScanner<Sink>::insert(std::uint16_t row) {
 
 template <class Sink>
 void TokenScanner<Sink>::skipBlanks() noexcept {
+  constexpr std::uint8_t kMayBeBlank = OperatorTable::kBlank | OperatorTable::kPartial;
+  if (at_ != end_ && (classAt(at_) & kMayBeBlank) != 0) skipSomeBlanks();
+}
+
+template <class Sink>
+void TokenScanner<Sink>::skipSomeBlanks() noexcept {
   while (at_ != end_) {
     const std::uint8_t kind = classAt(at_);
     if ((kind & OperatorTable::kBlank) != 0) {
@@ -111,8 +117,7 @@ void TokenScanner<Sink>::skipBlanks() noexcept {
 // A lone digit is what most numbers are.
 template <class Sink>
 bool TokenScanner<Sink>::readNumber(ScannedToken& token) noexcept {
-  if (*at_ != '.' &&
-      (at_ + 1 == end_ || (classAt(at_ + 1) & OperatorTable::kEndsDigit) != 0)) {
+  if (*at_ != '.' && (at_ + 1 == end_ || (classAt(at_ + 1) & OperatorTable::kEndsDigit) != 0)) {
     slice(token, MXTokenType::number, at_, at_ + 1);
     ++at_;
     return true;
@@ -257,23 +262,33 @@ bool TokenScanner<Sink>::readIdentifier(ScannedToken& token, MXTokenType type) n
 // Moves behind the identifier; stays when there is none.
 template <class Sink>
 void TokenScanner<Sink>::takeIdentifier() noexcept {
-  if (at_ == end_ || *at_ == '"' || *at_ == '\'') return;
-  bool first = true;
+  constexpr std::uint8_t kNeedsLook = OperatorTable::kEndsIdentifier | OperatorTable::kPartial;
+  const char* at = at_;
+  if (at == end_ || *at == '"' || *at == '\'') return;
+  while (at != end_ && (classAt(at) & kNeedsLook) == 0) ++at;
+  const bool isFirst = at == at_;
+  at_ = at;
+  if (at != end_ && (classAt(at) & OperatorTable::kEndsIdentifier) == 0) takeAnyIdentifier(isFirst);
+}
+
+// From a character on that is no byte.
+template <class Sink>
+void TokenScanner<Sink>::takeAnyIdentifier(bool isFirst) noexcept {
   while (at_ != end_) {
     const std::uint8_t kind = classAt(at_);
     if ((kind & OperatorTable::kEndsIdentifier) != 0) return;
     if ((kind & OperatorTable::kPartial) == 0) {
       ++at_;
-      first = false;
+      isFirst = false;
       continue;
     }
     std::size_t length = 0;
     const char32_t point = nextCodePoint(rest(at_), length);
-    const bool lone = first && isLoneIdentifier(point);
+    const bool lone = isFirst && isLoneIdentifier(point);
     if (!lone && (isBlank(point) || table_.isOperatorCharacter(point))) return;
     at_ += length;
     if (lone) return;
-    first = false;
+    isFirst = false;
   }
 }
 

@@ -16,9 +16,8 @@ inline constexpr std::uint32_t kSearchedInPlace = 8;
 /// be looked at.
 inline bool sameName(std::string_view a, std::string_view b) noexcept {
   return a.size() == b.size() &&
-         (a.empty() ||
-          (a.front() == b.front() &&
-           (a.size() == 1 || std::memcmp(a.data(), b.data(), a.size()) == 0)));
+         (a.empty() || (a.front() == b.front() &&
+                        (a.size() == 1 || std::memcmp(a.data(), b.data(), a.size()) == 0)));
 }
 
 /// Evaluates a tree of built-in functions in doubles; false when a variable has no number among the
