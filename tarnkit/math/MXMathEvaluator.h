@@ -41,7 +41,7 @@ class MXMathEvaluator final : public Object {
   static constexpr int kMaximumNesting = 256;
   /// How many characters and nodes of substituted strings and expressions one evaluation may go
   /// through.
-  static constexpr std::uint64_t kMaximumSubstitutedWork = std::uint64_t{1} << 26;
+  static constexpr std::uint64_t kMaximumSubstitutedWork = std::uint64_t{1} << 24;
 
   using FunctionResolver = std::function<MXMathFunction(const String& name)>;
   using VariableResolver = std::function<std::optional<MXNumber>(const String& name)>;
