@@ -34,8 +34,7 @@ struct Class {
 };
 
 /// Written for both engines but for the spelling of variables and of the power: "a" stands for
-/// "$a",
-/// "^" for "**".
+/// "$a", "^" for "**".
 const std::vector<Class>& corpus() {
   static const std::vector<Class> classes = {
       {"short",
@@ -211,6 +210,15 @@ void runGrowth(benchmark::State& state, const std::string& text, double tokens) 
       tokens, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
+void runParseGrowth(benchmark::State& state, const std::string& text) {
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(MXExpression::expressionFromString(text, nullptr));
+  }
+  state.counters["per byte"] = benchmark::Counter(
+      static_cast<double>(text.size()),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
 std::string sumOf(std::size_t terms) {
   std::string text = "1";
   for (std::size_t i = 1; i < terms; ++i) text += "+1";
@@ -235,6 +243,10 @@ void registerAll() {
                                  2 * count - 1);
     benchmark::RegisterBenchmark(fmt::format("parentheses/{}", size).c_str(), runGrowth,
                                  parenthesesOf(size), 4 * count + 1);
+    benchmark::RegisterBenchmark(fmt::format("parse sum/{}", size).c_str(), runParseGrowth,
+                                 sumOf(size));
+    benchmark::RegisterBenchmark(fmt::format("parse parentheses/{}", size).c_str(), runParseGrowth,
+                                 parenthesesOf(size));
   }
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string_view>
+#include <type_traits>
 
 #include "tarnkit/math/BuiltinFunctions.h"
 #include "tarnkit/math/MXNumber.h"
 #include "tarnkit/platform/Object.h"
+#include "tarnkit/platform/String.h"
 
 namespace tarnkit::detail {
 
@@ -82,43 +84,38 @@ struct TreeSummary {
   bool isPlain = true;
 };
 
-/// An immutable tree in one block: nodes and text. Shared by the expression objects made from it;
-/// read by any thread.
-class ExpressionTree final : public Object {
-  TARNKIT_CLASS
- public:
-  /// Copies nodes and text; the tree's root is the last node.
-  static Ref<ExpressionTree> make(const ExpressionNode* nodes, std::size_t count,
-                                  std::string_view text, std::string_view moreText,
-                                  const TreeSummary& summary);
-  ~ExpressionTree() override;
+/// An immutable tree in one block of memory: this head, its nodes, its text. It stands behind the
+/// function expression that was made with it (see `TreeMemory`), and has nothing to be destroyed:
+/// whoever refers to that expression weakly may read it. Read by any thread.
+struct ExpressionTree {
+  std::uint32_t nodeCount;
+  TreeSummary summary;
+  std::size_t textSize;
 
   const ExpressionNode* nodes() const noexcept {
     return reinterpret_cast<const ExpressionNode*>(this + 1);
   }
-  std::uint32_t nodeCount() const noexcept { return nodeCount_; }
-  const TreeSummary& summary() const noexcept { return summary_; }
+  /// The characters stand behind the nodes.
   TreeView view(std::uint32_t root) const noexcept {
-    return {nodes(), root, characters(), textSize_, nullptr};
+    return {nodes(), root, reinterpret_cast<const char*>(nodes() + nodeCount), textSize, nullptr};
   }
-  /// The name of a variable node as a string; made once for the tree.
-  const String& variableName(const ExpressionNode& node) const;
-
- private:
-  ExpressionTree(std::size_t count, std::size_t textSize, const TreeSummary& summary) noexcept
-      : nodeCount_(static_cast<std::uint32_t>(count)), textSize_(textSize), summary_(summary) {}
-  static void* operator new(std::size_t size, std::size_t extra) { return allocate(size, extra); }
-  static void operator delete(void* object) noexcept { deallocate(object); }
-  static void operator delete(void* object, std::size_t) noexcept { deallocate(object); }
-  const char* characters() const noexcept {
-    return reinterpret_cast<const char*>(nodes() + nodeCount_);
-  }
-
-  std::uint32_t nodeCount_;
-  std::size_t textSize_;
-  TreeSummary summary_;
-  mutable std::atomic<String*> variableNames_{nullptr};
 };
 static_assert(alignof(ExpressionTree) >= alignof(ExpressionNode));
+static_assert(std::is_trivially_destructible_v<ExpressionTree>);
+
+/// The names of a tree's variables as strings, made once and shared by the expressions that stand
+/// in the tree. Immutable.
+class VariableNames final : public Object {
+  TARNKIT_CLASS
+ public:
+  explicit VariableNames(const ExpressionTree& tree);
+  /// The name of a variable node of the tree.
+  const String& operator[](const ExpressionNode& node) const noexcept {
+    return names_[node.ordinal];
+  }
+
+ private:
+  std::unique_ptr<String[]> names_;
+};
 
 }  // namespace tarnkit::detail

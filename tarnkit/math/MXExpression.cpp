@@ -9,6 +9,7 @@
 #include "tarnkit/math/MXNumberExpression.h"
 #include "tarnkit/math/MXParser.h"
 #include "tarnkit/math/MXVariableExpression.h"
+#include "tarnkit/math/MathText.h"
 #include "tarnkit/math/OnePassParser.h"
 #include "tarnkit/math/TreeOperations.h"
 #include "tarnkit/platform/Log.h"
@@ -26,12 +27,17 @@ std::string notOverridden(const char* operation) {
 }  // namespace
 
 Ref<MXExpression> MXExpression::expressionFromString(std::string_view string, MXError* error) {
-  std::string storage;
-  std::string_view text = string;
-  if (detail::prepareText(text, storage)) {
-    detail::TreeBuilder tree(text);
-    const auto& table = MXMathOperatorSet::defaultOperatorSet()->table();
-    if (detail::OnePassParser(text, table, tree).parse()) return expressionWithTree(tree);
+  const auto& table = MXMathOperatorSet::defaultOperatorSet()->table();
+  if (detail::isPlainText(string) && string.size() <= detail::kMaximumTextLength) {
+    detail::TreeBuilder tree(string);
+    if (detail::OnePassParser(string, table, tree).parse()) return expressionWithTree(tree);
+  } else {
+    std::string storage;
+    std::string_view text = string;
+    if (detail::prepareText(text, storage)) {
+      detail::TreeBuilder tree(text);
+      if (detail::OnePassParser(text, table, tree).parse()) return expressionWithTree(tree);
+    }
   }
   const auto parser = MXParser::parserWithString(string, error);
   return parser ? parser->parsedExpressionWithError(error) : nullptr;
@@ -68,7 +74,7 @@ Ref<MXExpression> MXExpression::functionExpressionWithFunction(
   return make<detail::MXFunctionExpression>(function, arguments);
 }
 
-Ref<MXExpression> MXExpression::expressionWithTree(const detail::TreeBuilder& tree) {
+Ref<MXExpression> MXExpression::expressionWithTree(detail::TreeBuilder& tree) {
   const auto view = tree.view();
   const auto& top = view.top();
   switch (top.kind) {
@@ -79,7 +85,7 @@ Ref<MXExpression> MXExpression::expressionWithTree(const detail::TreeBuilder& tr
     case detail::NodeKind::function:
       break;
   }
-  return make<detail::MXFunctionExpression>(tree.finish(), view.root);
+  return detail::MXFunctionExpression::withTree(tree);
 }
 
 MXExpressionType MXExpression::expressionType() const {

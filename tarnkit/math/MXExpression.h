@@ -42,8 +42,8 @@ class MXExpression : public Object {
       const String& function, const std::vector<Ref<Object>>& arguments, MXError* error);
   static Ref<MXExpression> functionExpressionWithFunction(
       const String& function, const std::vector<Ref<MXExpression>>& arguments, MXError* error);
-  /// The tree that a builder holds, which must not be empty.
-  static Ref<MXExpression> expressionWithTree(const detail::TreeBuilder& tree);
+  /// The tree that a builder holds, which must not be empty; the builder is used up.
+  static Ref<MXExpression> expressionWithTree(detail::TreeBuilder& tree);
 
   virtual MXExpressionType expressionType() const;
   /// The value of a number node; other nodes throw std::logic_error.

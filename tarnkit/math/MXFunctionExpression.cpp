@@ -1,11 +1,13 @@
 #include "tarnkit/math/MXFunctionExpression.h"
 
-#include <algorithm>
+#include <cstring>
 #include <memory>
 
+#include "tarnkit/math/MXMathEvaluator.h"
 #include "tarnkit/math/MXNumberExpression.h"
 #include "tarnkit/math/MXVariableExpression.h"
 #include "tarnkit/math/MathText.h"
+#include "tarnkit/math/PreparedTree.h"
 #include "tarnkit/math/TreeBuilder.h"
 #include "tarnkit/math/TreeOperations.h"
 #include "tarnkit/math/TreeSimplification.h"
@@ -28,23 +30,55 @@ MXFunctionExpression::MXFunctionExpression(String function,
   for (const auto& argument : arguments) setParent(*argument, this);
 }
 
-// A block that was made from objects is owned through its address only.
+MXFunctionExpression::MXFunctionExpression(const ExpressionTree& tree, std::uint32_t root,
+                                           Ref<VariableNames> names)
+    : madeTree_(&tree), names_(std::move(names)), root_(root), holding_(Holding::placeInBlock) {
+  retainWeakly(ownerOf(&tree));
+}
+
+Ref<MXFunctionExpression> MXFunctionExpression::withTree(TreeBuilder& builder) {
+  const TreeView from = builder.view();
+  const auto text = builder.text();
+  const auto moreText = builder.moreText();
+  const std::size_t count = builder.count();
+  const std::size_t textSize = text.size() + moreText.size();
+  const bool isInPlace = builder.hasMemory();
+  TreeMemory memory = isInPlace ? builder.takeMemory() : TreeMemory(count, textSize);
+  ExpressionNode* const nodes = memory.nodes();
+  if (!isInPlace) std::memcpy(nodes, from.nodes, count * sizeof(ExpressionNode));
+  auto* characters = reinterpret_cast<char*>(nodes + count);
+  if (!text.empty()) std::memcpy(characters, text.data(), text.size());
+  if (!moreText.empty()) std::memcpy(characters + text.size(), moreText.data(), moreText.size());
+  ExpressionNode& root = nodes[count - 1];
+  root.flags = static_cast<std::uint16_t>(root.flags & ~ExpressionNode::kPercentOfFirst);
+  auto* const tree = ::new (reinterpret_cast<ExpressionTree*>(nodes) - 1)
+      ExpressionTree{static_cast<std::uint32_t>(count), builder.summary(), textSize};
+  return Ref<MXFunctionExpression>::adopt(
+      ::new (memory.release()) MXFunctionExpression(*tree, static_cast<std::uint32_t>(count - 1)));
+}
+
 MXFunctionExpression::~MXFunctionExpression() {
   delete madeArguments_.load(std::memory_order_acquire);
-  const auto* made = madeTree_.load(std::memory_order_acquire);
-  if (made && made != tree_.get()) releaseObject(made);
+  for (const auto& prepared : preparedTrees_) delete prepared.load(std::memory_order_acquire);
+  if (holding_ == Holding::block) return;
+  const auto* tree = madeTree_.load(std::memory_order_acquire);
+  if (!tree) return;
+  if (holding_ == Holding::objects) {
+    releaseObject(ownerOf(tree));
+  } else {
+    releaseWeakly(ownerOf(tree));
+  }
 }
 
 String MXFunctionExpression::nameAsWritten() const {
-  if (!name_.isNil()) return name_;
-  const TreeView view = tree_->view(root_);
+  if (holding_ == Holding::objects) return name_;
+  const TreeView view = tree().view(root_);
   return String(view.name(view.top()));
 }
 
 String MXFunctionExpression::function() const {
-  if (name_.isNil()) {
-    const TreeView view = tree_->view(root_);
-    const Builtin builtin = view.top().builtin;
+  if (holding_ != Holding::objects) {
+    const Builtin builtin = tree().nodes()[root_].builtin;
     if (builtin != Builtin::none) return String::interned(builtinFunction(builtin).name);
   }
   return lowerCase(nameAsWritten());
@@ -53,11 +87,13 @@ String MXFunctionExpression::function() const {
 const std::vector<Ref<MXExpression>>& MXFunctionExpression::arguments() const {
   const auto* made = madeArguments_.load(std::memory_order_acquire);
   if (made) return *made;
-  const ExpressionNode* const nodes = tree_->nodes();
+  const ExpressionNode* const nodes = tree().nodes();
+  Ref<VariableNames> names = names_;
+  if (!names && tree().summary.variableCount > 0) names = make<VariableNames>(tree());
   auto fresh = std::make_unique<Arguments>(nodes[root_].argumentCount);
   std::uint32_t child = root_ - 1;
   for (std::size_t i = fresh->size(); i-- > 0;) {
-    (*fresh)[i] = expressionAt(child);
+    (*fresh)[i] = expressionAt(child, names);
     setParent(*(*fresh)[i], const_cast<MXFunctionExpression*>(this));
     child -= nodes[child].size;
   }
@@ -67,17 +103,18 @@ const std::vector<Ref<MXExpression>>& MXFunctionExpression::arguments() const {
   return *made;
 }
 
-Ref<MXExpression> MXFunctionExpression::expressionAt(std::uint32_t index) const {
-  const TreeView view = tree_->view(index);
+Ref<MXExpression> MXFunctionExpression::expressionAt(std::uint32_t index,
+                                                     const Ref<VariableNames>& names) const {
+  const TreeView view = tree().view(index);
   switch (view.top().kind) {
     case NodeKind::number:
       return make<MXNumberExpression>(view.number(view.top()));
     case NodeKind::variable:
-      return make<MXVariableExpression>(tree_->variableName(view.top()));
+      return make<MXVariableExpression>((*names)[view.top()]);
     case NodeKind::function:
       break;
   }
-  return make<MXFunctionExpression>(tree_, index);
+  return make<MXFunctionExpression>(tree(), index, names);
 }
 
 const ExpressionTree& MXFunctionExpression::tree() const {
@@ -113,10 +150,37 @@ const ExpressionTree* MXFunctionExpression::makeTree() const {
       }
     }
   }
-  Ref<ExpressionTree> fresh = builder.finish();
+  auto fresh = withTree(builder);
   const ExpressionTree* expected = nullptr;
-  if (madeTree_.compare_exchange_strong(expected, fresh.get(), std::memory_order_acq_rel)) {
-    return fresh.leak();
+  const ExpressionTree* const made = &fresh->tree();
+  if (!madeTree_.compare_exchange_strong(expected, made, std::memory_order_acq_rel)) {
+    return expected;
+  }
+  fresh.leak();
+  return made;
+}
+
+const PreparedTree* MXFunctionExpression::preparedTree(const MXMathEvaluator& evaluator) const {
+  if (holding_ == Holding::placeInBlock) return nullptr;
+  const MXFunctionExpression* const owner = ownerOf(&tree());
+  const auto mode = static_cast<std::size_t>(evaluator.angleMeasurementMode());
+  const auto* prepared = owner->preparedTrees_[mode].load(std::memory_order_acquire);
+  return prepared ? prepared : owner->prepareTree(evaluator, mode);
+}
+
+const PreparedTree* MXFunctionExpression::prepareTree(const MXMathEvaluator& evaluator,
+                                                      std::size_t mode) const {
+  constexpr std::uint32_t kWorthPreparing = 3;
+  constexpr std::uint32_t kCannotBePrepared = 0xFFFFFFFFU;
+  const std::uint32_t asked = askedForPrepared_.load(std::memory_order_relaxed);
+  if (asked < kWorthPreparing) askedForPrepared_.store(asked + 1, std::memory_order_relaxed);
+  if (asked < kWorthPreparing || asked == kCannotBePrepared) return nullptr;
+  auto fresh = PreparedTree::prepare(tree(), evaluator);
+  if (!fresh) askedForPrepared_.store(kCannotBePrepared, std::memory_order_relaxed);
+  const PreparedTree* expected = nullptr;
+  if (fresh && preparedTrees_[mode].compare_exchange_strong(expected, fresh.get(),
+                                                            std::memory_order_acq_rel)) {
+    return fresh.release();
   }
   return expected;
 }

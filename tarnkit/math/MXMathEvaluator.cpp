@@ -11,6 +11,7 @@
 #include "tarnkit/math/MXPrecisionFunctionEvaluator.h"
 #include "tarnkit/math/MathText.h"
 #include "tarnkit/math/OnePassParser.h"
+#include "tarnkit/math/PreparedTree.h"
 #include "tarnkit/math/RandomNumbers.h"
 #include "tarnkit/math/TreeEvaluation.h"
 #include "tarnkit/platform/Log.h"
@@ -129,17 +130,21 @@ std::optional<MXNumber> MXMathEvaluator::evaluateString(
 std::optional<MXNumber> MXMathEvaluator::evaluateExpression(const MXExpression& expression,
                                                             const MXSubstitutions& substitutions,
                                                             MXError* error) const {
-  if (expression.isMemberOf(detail::MXFunctionExpression::kClass)) {
+  if (computesInDoubles_ && expression.isMemberOf(detail::MXFunctionExpression::kClass)) {
     const auto& function = static_cast<const detail::MXFunctionExpression&>(expression);
+    double value = 0;
+    const auto* ready = function.readyTree(static_cast<std::size_t>(angleMode_));
+    if (ready && ready->evaluate(substitutions, value)) return value;
     const auto& tree = function.tree();
     const auto view = tree.view(function.root());
-    double value = 0;
     // A percentage that is the root asks the function that holds it.
-    if (computesInDoubles_ && tree.summary().isPlain &&
-        !view.top().isFunction(detail::Builtin::percent) &&
-        detail::evaluatePlainTree(view, tree.summary().stackDepth, substitutions,
-                                  angleMode_ == MXAngleMeasurementMode::degrees, value)) {
-      return value;
+    if (tree.summary.isPlain && !view.top().isFunction(detail::Builtin::percent)) {
+      const auto* prepared = function.preparedTree(*this);
+      const bool isDone = prepared ? prepared->evaluate(substitutions, value)
+                                   : detail::evaluatePlainTree(
+                                         view, tree.summary.stackDepth, substitutions,
+                                         angleMode_ == MXAngleMeasurementMode::degrees, value);
+      if (isDone) return value;
     }
   }
   return detail::TreeEvaluation(*this, substitutions, error).evaluate(expression);

@@ -41,7 +41,7 @@ class MXMathEvaluator final : public Object {
   static constexpr int kMaximumNesting = 256;
   /// How many characters and nodes of substituted strings and expressions one evaluation may go
   /// through.
-  static constexpr std::uint64_t kMaximumSubstitutedWork = std::uint64_t{1} << 26;
+  static constexpr std::uint64_t kMaximumSubstitutedWork = std::uint64_t{1} << 24;
 
   using FunctionResolver = std::function<MXMathFunction(const String& name)>;
   using VariableResolver = std::function<std::optional<MXNumber>(const String& name)>;
@@ -90,8 +90,8 @@ class MXMathEvaluator final : public Object {
   void setOperatorSet(const Ref<MXMathOperatorSet>& operatorSet);
   MXAngleMeasurementMode angleMeasurementMode() const noexcept { return angleMode_; }
   void setAngleMeasurementMode(MXAngleMeasurementMode mode) noexcept { angleMode_ = mode; }
-  /// Whether the built-in functions compute in decimals of 38 digits instead of doubles. Changing it
-  /// makes a new function evaluator; setting it to what it is keeps the old one.
+  /// Whether the built-in functions compute in decimals of 38 digits instead of doubles. Changing
+  /// it makes a new function evaluator; setting it to what it is keeps the old one.
   bool usesHighPrecisionEvaluation() const noexcept { return !computesInDoubles_; }
   void setUsesHighPrecisionEvaluation(bool uses);
   /// Whether a function that is not known is looked up as a variable, so that "2x" takes x's value.

@@ -41,7 +41,8 @@ Ref<MXMathOperatorSet> MXMathOperatorSet::copy() const {
 }
 
 Ref<MXMathOperator> MXMathOperatorSet::operatorForFunction(const String& function) const {
-  return operatorsByFunction_.get(function);
+  const auto* const found = operatorsByFunction_.find(function);
+  return found ? *found : operatorsByFunction_.get(detail::lowerCase(function));
 }
 
 std::vector<Ref<MXMathOperator>> MXMathOperatorSet::operatorsForToken(const String& token) const {

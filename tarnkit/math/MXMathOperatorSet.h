@@ -38,7 +38,7 @@ class MXMathOperatorSet final : public Object {
   const std::vector<Ref<MXMathOperator>>& operators() const noexcept { return operators_; }
   auto begin() const noexcept { return operators_.begin(); }
   auto end() const noexcept { return operators_.end(); }
-  /// Null when there is none.
+  /// Null when there is none under that name nor under it in lower case.
   Ref<MXMathOperator> operatorForFunction(const String& function) const;
   /// The operators that use the token, in any case of its letters; empty when none does.
   std::vector<Ref<MXMathOperator>> operatorsForToken(const String& token) const;

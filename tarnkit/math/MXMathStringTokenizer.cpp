@@ -9,6 +9,24 @@ namespace tarnkit {
 
 const Class MXMathStringTokenizer::kClass{"MXMathStringTokenizer", &Object::kClass};
 
+/// Makes a token object of each token of the scanner.
+struct MXMathStringTokenizer::Sink {
+  MXMathStringTokenizer& tokenizer;
+  std::string_view text;
+  const detail::OperatorTable& table;
+
+  template <MXTokenType Type>
+  bool take(const detail::ScannedToken& scanned) {
+    auto token = MXMathStringToken::mathStringTokenWithToken(
+        String(detail::tokenText(scanned, text, table)), Type);
+    if (token && scanned.row != detail::OperatorTable::kNoRow) {
+      token->resolveToOperatorFunction(table.row(scanned.row).info->function());
+    }
+    if (token) tokenizer.appendToken(token);
+    return true;
+  }
+};
+
 Ref<MXMathStringTokenizer> MXMathStringTokenizer::tokenizerWithString(
     std::string_view string, const Ref<MXMathOperatorSet>& operatorSet, MXError* error) {
   auto tokenizer = make<MXMathStringTokenizer>();
@@ -25,19 +43,12 @@ bool MXMathStringTokenizer::initWithString(std::string_view string,
     return false;
   }
   const detail::OperatorTable& table = operatorSet_->table();
-  auto sink = [&](const detail::ScannedToken& scanned) {
-    auto token = MXMathStringToken::mathStringTokenWithToken(
-        String(detail::tokenText(scanned, string, table)), scanned.type);
-    if (token && scanned.row != detail::OperatorTable::kNoRow) {
-      token->resolveToOperatorFunction(table.row(scanned.row).info->function());
-    }
-    appendToken(token);
-    return true;
-  };
+  Sink sink{*this, string, table};
   detail::TokenScanner scanner(string, table, sink);
-  if (scanner.run()) return true;
-  MXError::set(error, detail::scanError(scanner.failure(), string));
-  return false;
+  const bool isRead = scanner.run();
+  appendToken(nullptr);
+  if (!isRead) MXError::set(error, detail::scanError(scanner.failure(), string));
+  return isRead;
 }
 
 void MXMathStringTokenizer::appendToken(const Ref<MXMathStringToken>& token) {

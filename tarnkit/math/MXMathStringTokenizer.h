@@ -32,6 +32,9 @@ class MXMathStringTokenizer : public Object {
   /// Tokenizes the text; once in the life of a tokenizer. False on an error.
   bool initWithString(std::string_view string, const Ref<MXMathOperatorSet>& operatorSet,
                       MXError* error);
+  bool initWithString(std::string_view string, MXError* error) {
+    return initWithString(string, nullptr, error);
+  }
 
   /// The next token, or null at the end.
   Ref<MXMathStringToken> nextObject();
@@ -51,10 +54,12 @@ class MXMathStringTokenizer : public Object {
  protected:
   /// Announces a token to `didParseToken` and, unless it is null, adds it to the list.
   void appendToken(const Ref<MXMathStringToken>& token);
-  /// Called with every token before it is added; does nothing here.
+  /// Called with every token before it is added, and with null behind the last one; does nothing
+  /// here.
   virtual void didParseToken(const Ref<MXMathStringToken>& token);
 
  private:
+  struct Sink;
   Ref<MXMathOperatorSet> operatorSet_;
   std::vector<Ref<MXMathStringToken>> tokens_;
   std::vector<char32_t> operatorCharacters_;

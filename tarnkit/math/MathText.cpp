@@ -104,10 +104,21 @@ bool isPlainText(std::string_view text) noexcept {
     at += sizeof word;
     left -= sizeof word;
   }
-  for (; left != 0; --left, ++at) {
-    const auto byte = static_cast<std::uint64_t>(static_cast<unsigned char>(*at));
-    seen |= byte | (byte - 1);
+  // The bytes that are left, filled up with ones that are plain.
+  std::uint64_t last = kOnes;
+  if (left >= 4) {
+    std::uint32_t low;
+    std::uint32_t high;
+    std::memcpy(&low, at, sizeof low);
+    std::memcpy(&high, at + left - sizeof high, sizeof high);
+    last = low | std::uint64_t{high} << 32;
+  } else if (left > 0) {
+    const auto byte = [at](std::size_t i) {
+      return std::uint64_t{static_cast<unsigned char>(at[i])};
+    };
+    last = (kOnes << 24) | byte(0) | byte(left / 2) << 8 | byte(left - 1) << 16;
   }
+  seen |= last | (last - kOnes);
   return (seen & kTops) == 0;
 }
 

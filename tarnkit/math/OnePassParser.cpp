@@ -4,29 +4,41 @@
 
 namespace tarnkit::detail {
 
-void OnePassParser::noteLevel(const OperatorRow& row) noexcept {
-  auto& levels = row.parserAssociativity == MXOperatorAssociativity::right
-                     ? frames_.back().rightLevels
-                     : frames_.back().leftLevels;
-  levels |= std::uint64_t{1} << row.level;
+void OnePassParser::noteMixedLevel(const OperatorRow& row) noexcept {
+  auto& levels = row.parserAssociativity == MXOperatorAssociativity::right ? frame_->rightLevels
+                                                                           : frame_->leftLevels;
+  levels |= row.mixedLevel;
 }
 
-void OnePassParser::reduceTighter(std::int64_t precedence) {
-  while (operators_.size() > frames_.back().firstOperator) {
+void OnePassParser::reduceTop() {
+  const PendingOperator& top = operators_.back();
+  const OperatorRow& row = table_.row(top.row);
+  if (top.isPrefix) {
+    addUnary(row);
+  } else if (row.hasTableName) {
+    tree_.addBinary(row.builtin);
+  } else {
+    tree_.addBinary(row.builtin, row.info->function());
+  }
+  operators_.pop();
+}
+
+void OnePassParser::reduceTighter(std::uint8_t level) {
+  while (operators_.size() > frame_->firstOperator) {
     const PendingOperator& top = operators_.back();
-    if (top.precedence < precedence || (top.precedence == precedence && top.groupsRight)) return;
+    if (top.level < level || (top.level == level && top.groupsRight)) return;
     reduceTop();
   }
 }
 
 bool OnePassParser::addBinary(std::uint16_t index) {
   const OperatorRow& row = table_.row(index);
-  if (expectsOperand_ || row.precedence > lastPostfix_) return false;
+  if (expectsOperand_ || row.level > lastPostfix_) return false;
   noteLevel(row);
-  reduceTighter(row.precedence);
+  reduceTighter(row.level);
   PendingOperator& pending = operators_.add();
-  pending.precedence = pending.ownPrecedence = row.precedence;
   pending.row = index;
+  pending.level = pending.ownLevel = row.level;
   pending.groupsRight = row.parserAssociativity == MXOperatorAssociativity::right;
   pending.isPrefix = false;
   expectsOperand_ = true;
@@ -39,6 +51,8 @@ bool OnePassParser::addNumber(const ScannedToken& token) {
   const std::uint32_t offset = token.offset();
   const std::uint32_t length = token.length();
   const char first = text_[offset];
+  // Only an exponent: a number without digits, which is 0 and told in the log.
+  if (first == '.' && length > 1 && (text_[offset + 1] | 0x20) == 'e') return false;
   tree_.addLiteral(length == 1 ? first - '0' : readNumber(text_.substr(offset, length)), offset,
                    length);
   operandEnds();
@@ -55,17 +69,11 @@ bool OnePassParser::addVariable(const ScannedToken& token) {
   return true;
 }
 
-bool OnePassParser::operator()(const ScannedToken& token) {
-  switch (token.type) {
-    case MXTokenType::number:
-      return addNumber(token);
-    case MXTokenType::variable:
-      return addVariable(token);
-    case MXTokenType::function:
-      return openFunction(token);
-    case MXTokenType::op:
-      break;
-  }
+template <MXTokenType Type>
+bool OnePassParser::take(const ScannedToken& token) {
+  if constexpr (Type == MXTokenType::number) return addNumber(token);
+  if constexpr (Type == MXTokenType::variable) return addVariable(token);
+  if constexpr (Type == MXTokenType::function) return openFunction(token);
   if (token.row == OperatorTable::kNoRow) return false;
   return table_.row(token.row).role == OperatorRole::binary ? addBinary(token.row)
                                                             : addOtherOperator(token.row);
@@ -135,33 +143,33 @@ OnePassParser::Frame& OnePassParser::beginFrame() {
   frame.arguments = 0;
   frame.isFunction = false;
   frame.leftLevels = frame.rightLevels = 0;
+  frame_ = &frame;
   return frame;
 }
 
 bool OnePassParser::closeGroup() {
   if (frames_.size() == 1) return false;
-  if (frames_.back().isFunction) {
-    const bool isEmpty = expectsOperand_ && frames_.back().arguments == 0 &&
-                         operators_.size() == frames_.back().firstOperator;
+  if (frame_->isFunction) {
+    const bool isEmpty =
+        expectsOperand_ && frame_->arguments == 0 && operators_.size() == frame_->firstOperator;
     if (!isEmpty) {
       if (!endGroup()) return false;
-      ++frames_.back().arguments;
+      ++frame_->arguments;
     }
-    tree_.addFunction(frames_.back().builtin, frames_.back().arguments,
-                      tree_.count() - frames_.back().firstNode, frames_.back().nameOffset,
-                      frames_.back().nameLength);
+    tree_.addFunction(frame_->builtin, frame_->arguments, tree_.count() - frame_->firstNode,
+                      frame_->nameOffset, frame_->nameLength);
   } else if (!endGroup()) {
     return false;
   }
-  frames_.pop();
+  endFrame();
   operandEnds();
   return true;
 }
 
 bool OnePassParser::nextArgument() {
-  if (!frames_.back().isFunction || !endGroup()) return false;
-  ++frames_.back().arguments;
-  frames_.back().leftLevels = frames_.back().rightLevels = 0;
+  if (!frame_->isFunction || !endGroup()) return false;
+  ++frame_->arguments;
+  frame_->leftLevels = frame_->rightLevels = 0;
   expectsOperand_ = true;
   return true;
 }
@@ -169,13 +177,13 @@ bool OnePassParser::nextArgument() {
 bool OnePassParser::addPrefix(std::uint16_t index) {
   if (!expectsOperand_) return false;
   const OperatorRow& row = table_.row(index);
-  PendingOperator pending{row.precedence, row.precedence, index, true, true};
-  if (operators_.size() > frames_.back().firstOperator) {
+  PendingOperator pending{index, row.level, row.level, true, true};
+  if (operators_.size() > frame_->firstOperator) {
     // Whatever is on top stands directly before this one.
     const PendingOperator& before = operators_.back();
-    if (before.isPrefix && before.ownPrecedence > row.precedence) return false;
-    if (before.precedence > row.precedence) {
-      pending.precedence = before.precedence;
+    if (before.isPrefix && before.ownLevel > row.level) return false;
+    if (before.level > row.level) {
+      pending.level = before.level;
       pending.groupsRight = before.groupsRight;
     }
   }
@@ -186,25 +194,12 @@ bool OnePassParser::addPrefix(std::uint16_t index) {
 
 bool OnePassParser::addPostfix(std::uint16_t index) {
   const OperatorRow& row = table_.row(index);
-  if (expectsOperand_ || row.precedence > lastPostfix_) return false;
+  if (expectsOperand_ || row.level > lastPostfix_) return false;
   noteLevel(row);
-  reduceTighter(row.precedence);
+  reduceTighter(row.level);
   addUnary(row);
-  lastPostfix_ = row.precedence;
+  lastPostfix_ = row.level;
   return true;
-}
-
-void OnePassParser::reduceTop() {
-  const PendingOperator& top = operators_.back();
-  const OperatorRow& row = table_.row(top.row);
-  if (top.isPrefix) {
-    addUnary(row);
-  } else if (row.hasTableName) {
-    tree_.addBinary(row.builtin);
-  } else {
-    tree_.addBinary(row.builtin, row.info->function());
-  }
-  operators_.pop();
 }
 
 void OnePassParser::addUnary(const OperatorRow& row) {
@@ -216,9 +211,8 @@ void OnePassParser::addUnary(const OperatorRow& row) {
 }
 
 bool OnePassParser::endGroup() {
-  if (expectsOperand_ || (frames_.back().leftLevels & frames_.back().rightLevels) != 0)
-    return false;
-  while (operators_.size() > frames_.back().firstOperator) reduceTop();
+  if (expectsOperand_ || (frame_->leftLevels & frame_->rightLevels) != 0) return false;
+  while (operators_.size() > frame_->firstOperator) reduceTop();
   return true;
 }
 

@@ -33,17 +33,19 @@ class OnePassParser {
   /// Whether the tree has been built.
   bool parse();
 
-  /// The scanner's sink.
-  [[gnu::always_inline]] inline bool operator()(const ScannedToken& token);
+  /// Takes a token of the scanner.
+  template <MXTokenType Type>
+  [[gnu::always_inline]] inline bool take(const ScannedToken& token);
 
  private:
   /// No postfix operator stands last.
-  static constexpr std::int64_t kAnyPrecedence = INT64_MAX;
+  static constexpr std::uint8_t kAnyLevel = 0xFF;
 
+  /// Levels are those of the rows, which order operators as their precedences do.
   struct PendingOperator {
-    std::int64_t precedence;  // of a prefix operator: at least that of what it is wrapped under
-    std::int64_t ownPrecedence;
     std::uint16_t row;
+    std::uint8_t level;  // of a prefix operator: at least that of what it is wrapped under
+    std::uint8_t ownLevel;
     bool groupsRight;
     bool isPrefix;
   };
@@ -52,14 +54,14 @@ class OnePassParser {
     std::uint32_t firstOperator;
     std::uint32_t firstNode;
     std::uint32_t arguments;
-    bool isFunction;
-    Builtin builtin;
     std::uint32_t nameOffset;
     std::uint32_t nameLength;
-    // The levels of operators in the group (or argument) that are taken from the left, from the
-    // right.
-    std::uint64_t leftLevels;
-    std::uint64_t rightLevels;
+    // The mixed levels of which the group (or argument) has operators that are taken from the left,
+    // from the right.
+    std::uint32_t leftLevels;
+    std::uint32_t rightLevels;
+    bool isFunction;
+    Builtin builtin;
   };
 
   [[gnu::always_inline]] inline bool addNumber(const ScannedToken& token);
@@ -70,20 +72,27 @@ class OnePassParser {
   bool openFunction(const ScannedToken& token);
   bool openGroup();
   Frame& beginFrame();
+  void endFrame() noexcept {
+    frames_.pop();
+    frame_ = &frames_.back();
+  }
   bool closeGroup();
   bool nextArgument();
   bool addPrefix(std::uint16_t row);
   bool addPostfix(std::uint16_t row);
   [[gnu::always_inline]] inline bool addBinary(std::uint16_t row);
 
-  void noteLevel(const OperatorRow& row) noexcept;
-  [[gnu::always_inline]] inline void reduceTighter(std::int64_t precedence);
-  void reduceTop();
+  void noteLevel(const OperatorRow& row) noexcept {
+    if (row.mixedLevel != 0) noteMixedLevel(row);
+  }
+  void noteMixedLevel(const OperatorRow& row) noexcept;
+  [[gnu::always_inline]] inline void reduceTighter(std::uint8_t level);
+  [[gnu::always_inline]] inline void reduceTop();
   void addUnary(const OperatorRow& row);
   bool endGroup();
   void operandEnds() noexcept {
     expectsOperand_ = false;
-    lastPostfix_ = kAnyPrecedence;
+    lastPostfix_ = kAnyLevel;
   }
 
   std::string_view text_;
@@ -91,8 +100,9 @@ class OnePassParser {
   TreeBuilder& tree_;
   bool expectsOperand_ = true;
   bool opensArguments_ = false;  // a function's name was just read
-  std::int64_t lastPostfix_ = kAnyPrecedence;
+  std::uint8_t lastPostfix_ = kAnyLevel;
   SmallStack<Frame, 8> frames_;  // the text itself first; the innermost one last
+  Frame* frame_ = nullptr;       // the innermost one
   SmallStack<PendingOperator, 16> operators_;
 };
 

@@ -21,6 +21,18 @@ OperatorRole roleOf(const MXMathOperator& info, MXOperatorAssociativity parserAs
                                                                : OperatorRole::postfix;
 }
 
+LastToken lastTokenOf(const MXMathOperator& info) {
+  if (info.arity() == MXOperatorArity::binary) return LastToken::binary;
+  if (info.arity() == MXOperatorArity::unknown) return LastToken::noArity;
+  return info.associativity() == MXOperatorAssociativity::right ? LastToken::prefix
+                                                                : LastToken::postfix;
+}
+
+bool isFolded(const OperatorRow& row) {
+  return row.role == OperatorRole::binary || row.role == OperatorRole::prefix ||
+         row.role == OperatorRole::postfix;
+}
+
 bool isOrdinary(const OperatorRow& row) {
   switch (row.role) {
     case OperatorRole::open:
@@ -82,6 +94,7 @@ OperatorTable::OperatorTable(const MXMathOperatorSet& tokenSet, const MXMathOper
   const auto hasRole = [this](std::uint16_t row, OperatorRole role) {
     return row != kNoRow && rows_[row].role == role;
   };
+  resolveBytes();
   allowsOnePass_ = allowsOnePass_ && hasRole(open_, OperatorRole::open) &&
                    hasRole(close_, OperatorRole::close) && hasRole(multiply_, OperatorRole::binary);
 }
@@ -107,8 +120,30 @@ void OperatorTable::addRows(const MXMathOperatorSet& tokenSet, const MXMathOpera
     row.level = static_cast<std::uint8_t>(
         std::lower_bound(precedences.begin(), precedences.end(), row.precedence) -
         precedences.begin());
+    row.asLast = lastTokenOf(*each);
     allowsOnePass_ = allowsOnePass_ && isOrdinary(row);
     rows_.push_back(row);
+  }
+  findMixedLevels();
+}
+
+void OperatorTable::findMixedLevels() {
+  std::size_t found = 0;
+  for (OperatorRow& row : rows_) {
+    if (!isFolded(row) || row.mixedLevel != 0) continue;
+    const auto isOpposite = [&row](const OperatorRow& other) {
+      return isFolded(other) && other.level == row.level &&
+             other.parserAssociativity != row.parserAssociativity;
+    };
+    if (std::none_of(rows_.begin(), rows_.end(), isOpposite)) continue;
+    if (found == kMaximumMixedLevels) {
+      allowsOnePass_ = false;
+      return;
+    }
+    const std::uint32_t bit = 1U << found++;
+    for (OperatorRow& other : rows_) {
+      if (isFolded(other) && other.level == row.level) other.mixedLevel = bit;
+    }
   }
 }
 
@@ -160,12 +195,16 @@ void OperatorTable::classifyBytes() {
     if (c >= '0' && c <= '9') bits |= kDigit;
     if (isOperatorCharacter(byte)) bits |= kOperator | kEndsIdentifier;
     if (c == '$' || c == '\0') bits |= kEndsIdentifier;
+    constexpr std::string_view kInNumbers = "0123456789.eExX";
+    if (kInNumbers.find(c) == kInNumbers.npos) bits |= kEndsDigit;
     const Range range = ranges_[byte];
     if (range.end - range.begin == 1 && tokens_[range.begin].text.size() == 1) {
       bits |= kLoneOperator;
     }
     const auto isShort = [](const OperatorToken& token) {
-      const auto isPlain = [](char each) { return isAsciiByte(each) && (each | 0x20) == each; };
+      const auto isPlain = [](char each) {
+        return isAsciiByte(each) && !(each >= 'a' && each <= 'z');
+      };
       return token.text.size() <= 2 && std::all_of(token.text.begin(), token.text.end(), isPlain);
     };
     if (range.begin != range.end &&
@@ -173,6 +212,30 @@ void OperatorTable::classifyBytes() {
       bits |= kShortOperator;
     }
     classes_[byte] = static_cast<std::uint8_t>(bits);
+  }
+}
+
+// "!" after a comma stays unresolved: neither rule for it names the comma.
+std::uint16_t OperatorTable::resolve(const OperatorToken& ambiguous,
+                                     LastToken last) const noexcept {
+  const bool unary = last < LastToken::operand;
+  const std::uint16_t row = unary ? ambiguous.unaryRow : ambiguous.binaryRow;
+  if (row != kNoRow || ambiguous.text != "!") return row;
+  if (!unary) return factorial_;
+  return last == LastToken::noArity ? kNoRow : logicalNot_;
+}
+
+void OperatorTable::resolveBytes() {
+  for (auto& rows : rowsOfBytes_) rows.fill(kNoRow);
+  constexpr std::string_view kOfOtherReaders = "0123456789.$\"'";
+  for (const OperatorToken& token : tokens_) {
+    if (token.text.size() != 1 || kOfOtherReaders.find(token.text[0]) != std::string_view::npos) {
+      continue;
+    }
+    auto& rows = rowsOfBytes_[static_cast<unsigned char>(token.text[0])];
+    for (std::size_t last = 0; last < kLastTokens; ++last) {
+      rows[last] = token.row != kNoRow ? token.row : resolve(token, static_cast<LastToken>(last));
+    }
   }
 }
 

@@ -27,6 +27,18 @@ enum class OperatorRole : std::uint8_t {
   other
 };
 
+/// What stands last in a list of tokens, as far as the next one is concerned. From `operand` on it
+/// is something that an operand may not follow without an operator between.
+enum class LastToken : std::uint8_t {
+  nothing,
+  binary,
+  prefix,
+  noArity,
+  operand,
+  postfix,
+  function
+};
+
 /// One operator, laid out for the tokenizer and the parser.
 struct OperatorRow {
   const MXMathOperator* info;
@@ -39,8 +51,12 @@ struct OperatorRow {
   Builtin builtin;
   /// The function's name is that of the built-in, so nodes need not keep it.
   bool hasTableName;
-  /// The rank of the precedence among all, for sets of levels kept as bits.
+  /// The rank of the precedence among all.
   std::uint8_t level;
+  /// What it is to the token behind it.
+  LastToken asLast;
+  /// Operators of its level are taken from the left and from the right: the level's bit. Else 0.
+  std::uint32_t mixedLevel;
 };
 
 /// What one operator token stands for.
@@ -57,7 +73,9 @@ struct OperatorToken {
 class OperatorTable {
  public:
   static constexpr std::uint16_t kNoRow = 0xFFFF;
-  static constexpr std::size_t kMaximumLevels = 64;
+  /// More levels, or more mixed ones, than these leave the one-pass parser out.
+  static constexpr std::size_t kMaximumLevels = 250;
+  static constexpr std::size_t kMaximumMixedLevels = 32;
 
   /// Classes of bytes; a byte of a longer character is only `kPartial`.
   enum ByteClass : std::uint8_t {
@@ -68,6 +86,7 @@ class OperatorTable {
     kPartial = 16,
     kLoneOperator = 32,   // begins one token only, which is this byte
     kShortOperator = 64,  // begins tokens of one or two bytes only, none of them a letter
+    kEndsDigit = 128,     // behind a digit, ends the number
   };
 
   OperatorTable(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet,
@@ -104,6 +123,13 @@ class OperatorTable {
   const OperatorToken& loneToken(char byte) const noexcept {
     return tokens_[ranges_[static_cast<unsigned char>(byte)].begin];
   }
+  /// What an ambiguous token is behind a token; kNoRow when nothing tells.
+  std::uint16_t resolve(const OperatorToken& ambiguous, LastToken last) const noexcept;
+  /// The row of the token that is this byte alone, resolved; kNoRow when there is no such token,
+  /// when nothing resolves it, or when another reader comes before that of the operators.
+  std::uint16_t rowOfByte(char byte, LastToken last) const noexcept {
+    return rowsOfBytes_[static_cast<unsigned char>(byte)][static_cast<std::size_t>(last)];
+  }
 
   /// The rows of the tokens that the tokenizer inserts; kNoRow when the token is ambiguous.
   std::uint16_t openRow() const noexcept { return open_; }
@@ -121,8 +147,10 @@ class OperatorTable {
     std::uint16_t end = 0;
   };
   void addRows(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet);
+  void findMixedLevels();
   void addTokens(const MXMathOperatorSet& tokenSet);
   void classifyBytes();
+  void resolveBytes();
   std::uint16_t rowOf(const MXMathOperator* info) const noexcept;
   std::uint16_t rowOfFunction(std::string_view function) const noexcept;
   std::uint16_t insertedRow(std::string_view token) const noexcept;
@@ -135,6 +163,8 @@ class OperatorTable {
   std::vector<char32_t> characters_;   // operator characters, sorted
   std::array<Range, 256> ranges_{};
   std::array<std::uint8_t, 256> classes_{};
+  static constexpr std::size_t kLastTokens = static_cast<std::size_t>(LastToken::function) + 1;
+  std::array<std::array<std::uint16_t, kLastTokens>, 256> rowsOfBytes_{};
   std::uint16_t open_ = kNoRow;
   std::uint16_t close_ = kNoRow;
   std::uint16_t multiply_ = kNoRow;

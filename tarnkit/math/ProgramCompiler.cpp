@@ -13,6 +13,7 @@ namespace {
 
 constexpr int kMaximumAliasChain = 64;
 constexpr double kHundred = 100;
+constexpr std::size_t kSearchedVariables = 16;
 
 Operation operationOf(Builtin builtin) noexcept {
   switch (builtin) {
@@ -53,6 +54,15 @@ Operation operationOf(Builtin builtin) noexcept {
 
 }  // namespace
 
+ProgramCompiler::ProgramCompiler(const TreeView& tree, const MXMathEvaluator& evaluator,
+                                 const std::vector<String>& variables, Program& program)
+    : tree_(tree), evaluator_(evaluator), variables_(variables), program_(program) {
+  if (variables_.size() <= kSearchedVariables) return;
+  for (std::uint32_t slot = 0; slot < variables_.size(); ++slot) {
+    slots_.emplace(variables_[slot].view(), slot);
+  }
+}
+
 bool ProgramCompiler::compile() {
   for (std::uint32_t i = tree_.begin(); i <= tree_.root; ++i) {
     const ExpressionNode& node = tree_.nodes[i];
@@ -81,6 +91,10 @@ bool ProgramCompiler::compile() {
 }
 
 std::optional<std::uint32_t> ProgramCompiler::slotOf(std::string_view name) const {
+  if (variables_.size() > kSearchedVariables) {
+    const auto slot = slots_.find(name);
+    return slot == slots_.end() ? std::nullopt : std::optional(slot->second);
+  }
   const auto found = std::find_if(variables_.begin(), variables_.end(),
                                   [name](const String& each) { return each.view() == name; });
   if (found == variables_.end()) return std::nullopt;

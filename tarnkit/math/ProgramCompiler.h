@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "tarnkit/math/BuiltinFunctions.h"
@@ -21,8 +22,7 @@ namespace tarnkit::detail {
 class ProgramCompiler {
  public:
   ProgramCompiler(const TreeView& tree, const MXMathEvaluator& evaluator,
-                  const std::vector<String>& variables, Program& program)
-      : tree_(tree), evaluator_(evaluator), variables_(variables), program_(program) {}
+                  const std::vector<String>& variables, Program& program);
 
   /// False when the tree has something that only the tree evaluator can do: random numbers,
   /// registered functions, unknown names, wrong numbers of arguments.
@@ -62,6 +62,7 @@ class ProgramCompiler {
   TreeView tree_;
   const MXMathEvaluator& evaluator_;
   const std::vector<String>& variables_;
+  std::unordered_map<std::string_view, std::uint32_t> slots_;  // where there are many variables
   Program& program_;
   std::vector<Operand> operands_;
   std::optional<std::size_t> inAccumulator_;  // which operand, if any

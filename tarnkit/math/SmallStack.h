@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <type_traits>
 
 namespace tarnkit::detail {
@@ -41,9 +43,10 @@ class SmallStack {
     if (count != 0) std::memcpy(data_ + size_, values, count * sizeof(T));
     size_ += count;
   }
-  /// Room for as many records; memory that is not written to costs nothing.
-  void reserve(std::size_t capacity) {
-    if (capacity > capacity_) grow(capacity);
+  /// Fills memory of somebody else's, which outlives this, as long as it suffices. While empty.
+  void use(T* memory, std::size_t capacity) noexcept {
+    data_ = memory;
+    capacity_ = capacity;
   }
   void pop() noexcept { --size_; }
   void resize(std::size_t size) {
@@ -55,14 +58,17 @@ class SmallStack {
  private:
   [[gnu::noinline, gnu::cold]] void grow(std::size_t needed) {
     const std::size_t capacity = needed > capacity_ * 2 ? needed : capacity_ * 2;
-    auto* const fresh = static_cast<T*>(::operator new(capacity * sizeof(T)));
-    std::memcpy(static_cast<void*>(fresh), data_, size_ * sizeof(T));
-    heap_.reset(fresh);
-    data_ = fresh;
+    // Large runs are moved by the system without being copied.
+    void* const fresh = std::realloc(heap_.get(), capacity * sizeof(T));
+    if (!fresh) throw std::bad_alloc();
+    if (!heap_) std::memcpy(fresh, data_, size_ * sizeof(T));
+    (void)heap_.release();
+    data_ = static_cast<T*>(fresh);
+    heap_.reset(data_);
     capacity_ = capacity;
   }
   struct Release {
-    void operator()(T* memory) const noexcept { ::operator delete(memory); }
+    void operator()(T* memory) const noexcept { std::free(memory); }
   };
 
   alignas(T) unsigned char inline_[N * sizeof(T)];

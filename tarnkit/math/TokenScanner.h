@@ -53,8 +53,8 @@ std::uint64_t hexadecimalValue(std::string_view digits) noexcept;
 bool isLoneIdentifier(char32_t codePoint) noexcept;
 
 /// Cuts a prepared text into tokens: the readers, the resolution of ambiguous operators, the
-/// inserted parentheses and multiplications. One pass, no memory of its own; `sink(token)` takes
-/// each token and answers whether to go on.
+/// inserted parentheses and multiplications. One pass, no memory of its own;
+/// `sink.take<type>(token)` takes each token and answers whether to go on.
 template <class Sink>
 class TokenScanner {
  public:
@@ -70,25 +70,30 @@ class TokenScanner {
   const ScanFailure& failure() const noexcept { return failure_; }
 
  private:
-  // What stands last in the list, as far as the next token is concerned.
-  enum class Last : std::uint8_t { nothing, operand, function, binary, prefix, postfix, noArity };
-
   [[gnu::always_inline]] inline bool next(ScannedToken& token);
   [[gnu::always_inline]] inline bool process(ScannedToken& token);
-  [[gnu::always_inline]] inline bool emit(const ScannedToken& token);
-  [[gnu::noinline]] bool insert(std::uint16_t row);
-  std::uint16_t resolve(const ScannedToken& token) const noexcept;
-  Last lastOf(std::uint16_t row) const noexcept;
+  [[gnu::always_inline]] inline bool processOperator(ScannedToken& token);
+  [[gnu::noinline]] bool separate(bool fromOperand);
+  bool insert(std::uint16_t row);
+  bool insertParentheses() { return insert(table_.openRow()) && insert(table_.closeRow()); }
+  LastToken lastOf(std::uint16_t row) const noexcept {
+    return row == OperatorTable::kNoRow ? LastToken::noArity : table_.row(row).asLast;
+  }
 
   [[gnu::always_inline]] inline void skipBlanks() noexcept;
-  bool readNumber(ScannedToken& token) noexcept;
+  [[gnu::noinline]] void skipSomeBlanks() noexcept;
+  [[gnu::always_inline]] inline bool readNumber(ScannedToken& token) noexcept;
+  bool readLongNumber(ScannedToken& token) noexcept;
   bool readHexadecimal(ScannedToken& token) noexcept;
   [[gnu::always_inline]] inline bool readVariable(ScannedToken& token) noexcept;
   bool readQuotedVariable(ScannedToken& token) noexcept;
+  [[gnu::always_inline]] inline bool readByteOperator(ScannedToken& token,
+                                                      std::uint8_t kind) noexcept;
   [[gnu::always_inline]] inline bool readOperator(ScannedToken& token) noexcept;
   bool beginsOperator() const noexcept;
   bool readIdentifier(ScannedToken& token, MXTokenType type) noexcept;
   [[gnu::always_inline]] inline void takeIdentifier() noexcept;
+  [[gnu::noinline]] void takeAnyIdentifier(bool isFirst) noexcept;
 
   // Of several readers that fail on one token, the first one's error stays.
   bool fail(MXErrorCode code, bool hexadecimal = false) noexcept {
@@ -120,7 +125,7 @@ class TokenScanner {
   const OperatorTable& table_;
   Sink& sink_;
   const OperatorToken* ambiguous_ = nullptr;  // of the token read last
-  Last last_ = Last::nothing;
+  LastToken last_ = LastToken::nothing;
   ScanFailure failure_;
 };
 

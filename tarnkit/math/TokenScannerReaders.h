@@ -9,18 +9,18 @@ namespace tarnkit::detail {
 template <class Sink>
 bool TokenScanner<Sink>::run() {
   ScannedToken token;
+  bool canBeRead = true;
   for (;;) {
     skipBlanks();
     if (at_ == end_) break;
-    failure_ = {};  // an unresolved operator is forgiven when another token follows
-    if (!next(token)) return false;
-    failure_ = {};
+    failure_.code = MXErrorCode::none;  // an unresolved operator is forgiven by a further token
+    canBeRead = next(token);
+    if (!canBeRead) break;
+    failure_.code = MXErrorCode::none;
     if (!process(token)) return false;
   }
-  if (last_ == Last::function && !(insert(table_.openRow()) && insert(table_.closeRow()))) {
-    return false;
-  }
-  return failure_.code == MXErrorCode::none;
+  if (last_ == LastToken::function && !insertParentheses()) return false;
+  return canBeRead && failure_.code == MXErrorCode::none;
 }
 
 template <class Sink>
@@ -28,6 +28,7 @@ bool TokenScanner<Sink>::next(ScannedToken& token) {
   const char c = *at_;
   const std::uint8_t kind = classAt(at_);
   ambiguous_ = nullptr;
+  if (readByteOperator(token, kind)) return true;
   if (((kind & OperatorTable::kDigit) != 0 || c == '.') && readNumber(token)) return true;
   if (c == '$' && readVariable(token)) return true;
   if ((c == '"' || c == '\'') && readQuotedVariable(token)) return true;
@@ -36,50 +37,49 @@ bool TokenScanner<Sink>::next(ScannedToken& token) {
 
 template <class Sink>
 bool TokenScanner<Sink>::process(ScannedToken& token) {
-  bool opens = false;
-  bool beginsOperand = true;
-  if (token.type == MXTokenType::op) {
-    if (ambiguous_) {
-      token.row = resolve(token);
-      if (token.row == OperatorTable::kNoRow) {
-        failure_ = {MXErrorCode::unknownOperatorPrecedence, false, token.offset(), token.length()};
-      }
-    }
-    beginsOperand = false;
-    if (token.row != OperatorTable::kNoRow) {
-      const OperatorRow& row = table_.row(token.row);
-      if (row.role == OperatorRole::positive) return true;
-      opens = row.role == OperatorRole::open;
-      beginsOperand = row.arity == MXOperatorArity::unary &&
-                      row.associativity == MXOperatorAssociativity::right;
-    }
+  if (token.type == MXTokenType::op) return processOperator(token);
+  if (last_ >= LastToken::operand && !separate(true)) return false;
+  if (token.type == MXTokenType::number) {
+    last_ = LastToken::operand;
+    return sink_.template take<MXTokenType::number>(token);
   }
-  if (last_ == Last::function && !opens &&
-      !(insert(table_.openRow()) && insert(table_.closeRow()))) {
-    return false;
+  if (token.type == MXTokenType::variable) {
+    last_ = LastToken::operand;
+    return sink_.template take<MXTokenType::variable>(token);
   }
-  if (beginsOperand && (last_ == Last::operand || last_ == Last::postfix) &&
-      !insert(table_.multiplyRow())) {
-    return false;
-  }
-  return emit(token);
+  last_ = LastToken::function;
+  return sink_.template take<MXTokenType::function>(token);
 }
 
 template <class Sink>
-bool TokenScanner<Sink>::emit(const ScannedToken& token) {
-  switch (token.type) {
-    case MXTokenType::number:
-    case MXTokenType::variable:
-      last_ = Last::operand;
-      break;
-    case MXTokenType::function:
-      last_ = Last::function;
-      break;
-    case MXTokenType::op:
-      last_ = lastOf(token.row);
-      break;
+bool TokenScanner<Sink>::processOperator(ScannedToken& token) {
+  LastToken asLast = LastToken::noArity;
+  bool opens = false;
+  if (ambiguous_) token.row = table_.resolve(*ambiguous_, last_);
+  if (token.row == OperatorTable::kNoRow) {
+    failure_ = {MXErrorCode::unknownOperatorPrecedence, false, token.offset(), token.length()};
+  } else {
+    const OperatorRow& row = table_.row(token.row);
+    if (row.role == OperatorRole::positive) return true;
+    opens = row.role == OperatorRole::open;
+    asLast = row.asLast;
   }
-  return sink_(token);
+  const bool mustSeparate =
+      asLast == LastToken::prefix ? last_ >= LastToken::operand : last_ == LastToken::function;
+  if (mustSeparate && !(opens && last_ == LastToken::function) &&
+      !separate(asLast == LastToken::prefix)) {
+    return false;
+  }
+  last_ = asLast;
+  return sink_.template take<MXTokenType::op>(token);
+}
+
+// Ends a function that was named without arguments, and multiplies with what begins an operand.
+template <class Sink>
+bool TokenScanner<Sink>::separate(bool fromOperand) {
+  if (last_ == LastToken::function && !insertParentheses()) return false;
+  const bool multiplies = last_ == LastToken::operand || last_ == LastToken::postfix;
+  return !fromOperand || !multiplies || insert(table_.multiplyRow());
 }
 
 template <class Sink>
@@ -88,32 +88,18 @@ bool TokenScanner<Sink>::insert(std::uint16_t row) {
   slice(token, MXTokenType::op, at_, at_);
   token.form = TokenForm::inserted;
   token.row = row;
-  return emit(token);
-}
-
-template <class Sink>
-typename TokenScanner<Sink>::Last TokenScanner<Sink>::lastOf(std::uint16_t row) const noexcept {
-  if (row == OperatorTable::kNoRow) return Last::noArity;
-  const OperatorRow& info = table_.row(row);
-  if (info.arity == MXOperatorArity::binary) return Last::binary;
-  if (info.arity == MXOperatorArity::unknown) return Last::noArity;
-  return info.associativity == MXOperatorAssociativity::right ? Last::prefix : Last::postfix;
-}
-
-// "!" after a comma stays unresolved: neither rule for it names the comma.
-template <class Sink>
-std::uint16_t TokenScanner<Sink>::resolve(const ScannedToken& token) const noexcept {
-  const bool unary = last_ == Last::nothing || last_ == Last::binary || last_ == Last::prefix ||
-                     last_ == Last::noArity;
-  const std::uint16_t row = unary ? ambiguous_->unaryRow : ambiguous_->binaryRow;
-  if (row != OperatorTable::kNoRow || token.length() != 1 || begin_[token.offset()] != '!')
-    return row;
-  if (!unary) return table_.factorialRow();
-  return last_ == Last::noArity ? OperatorTable::kNoRow : table_.logicalNotRow();
+  last_ = lastOf(row);
+  return sink_.template take<MXTokenType::op>(token);
 }
 
 template <class Sink>
 void TokenScanner<Sink>::skipBlanks() noexcept {
+  constexpr std::uint8_t kMayBeBlank = OperatorTable::kBlank | OperatorTable::kPartial;
+  if (at_ != end_ && (classAt(at_) & kMayBeBlank) != 0) skipSomeBlanks();
+}
+
+template <class Sink>
+void TokenScanner<Sink>::skipSomeBlanks() noexcept {
   while (at_ != end_) {
     const std::uint8_t kind = classAt(at_);
     if ((kind & OperatorTable::kBlank) != 0) {
@@ -128,8 +114,19 @@ void TokenScanner<Sink>::skipBlanks() noexcept {
   }
 }
 
+// A lone digit is what most numbers are.
 template <class Sink>
 bool TokenScanner<Sink>::readNumber(ScannedToken& token) noexcept {
+  if (*at_ != '.' && (at_ + 1 == end_ || (classAt(at_ + 1) & OperatorTable::kEndsDigit) != 0)) {
+    slice(token, MXTokenType::number, at_, at_ + 1);
+    ++at_;
+    return true;
+  }
+  return readLongNumber(token);
+}
+
+template <class Sink>
+bool TokenScanner<Sink>::readLongNumber(ScannedToken& token) noexcept {
   const char* const start = at_;
   if (*at_ == '0' && at_ + 1 != end_ && (at_[1] == 'x' || at_[1] == 'X')) {
     return readHexadecimal(token);
@@ -139,10 +136,6 @@ bool TokenScanner<Sink>::readNumber(ScannedToken& token) noexcept {
     ++at_;
     while (isDigitAt(at_)) ++at_;
   }
-  if (at_ == start + 1 && *start == '.') {
-    at_ = start;
-    return fail(MXErrorCode::invalidNumber);
-  }
   if (at_ != end_ && (*at_ == 'e' || *at_ == 'E')) {
     const char* exponent = at_ + 1;
     if (exponent != end_ && (*exponent == '-' || *exponent == '+')) ++exponent;
@@ -150,6 +143,10 @@ bool TokenScanner<Sink>::readNumber(ScannedToken& token) noexcept {
       while (isDigitAt(exponent)) ++exponent;
       at_ = exponent;
     }
+  }
+  if (at_ == start + 1 && *start == '.') {
+    at_ = start;
+    return fail(MXErrorCode::invalidNumber);
   }
   slice(token, MXTokenType::number, start, at_);
   return true;
@@ -203,6 +200,22 @@ bool TokenScanner<Sink>::readQuotedVariable(ScannedToken& token) noexcept {
   return true;
 }
 
+// Most operators are one byte, and what follows shows that they are.
+template <class Sink>
+bool TokenScanner<Sink>::readByteOperator(ScannedToken& token, std::uint8_t kind) noexcept {
+  constexpr std::uint8_t kGoesOn = OperatorTable::kOperator | OperatorTable::kPartial;
+  const bool isWhole = (kind & OperatorTable::kLoneOperator) != 0 ||
+                       ((kind & OperatorTable::kShortOperator) != 0 &&
+                        (at_ + 1 == end_ || (classAt(at_ + 1) & kGoesOn) == 0));
+  if (!isWhole) return false;
+  const std::uint16_t row = table_.rowOfByte(*at_, last_);
+  if (row == OperatorTable::kNoRow) return false;
+  slice(token, MXTokenType::op, at_, at_ + 1);
+  token.row = row;
+  ++at_;
+  return true;
+}
+
 template <class Sink>
 bool TokenScanner<Sink>::readOperator(ScannedToken& token) noexcept {
   const OperatorToken* found = nullptr;
@@ -249,23 +262,33 @@ bool TokenScanner<Sink>::readIdentifier(ScannedToken& token, MXTokenType type) n
 // Moves behind the identifier; stays when there is none.
 template <class Sink>
 void TokenScanner<Sink>::takeIdentifier() noexcept {
-  if (at_ == end_ || *at_ == '"' || *at_ == '\'') return;
-  bool first = true;
+  constexpr std::uint8_t kNeedsLook = OperatorTable::kEndsIdentifier | OperatorTable::kPartial;
+  const char* at = at_;
+  if (at == end_ || *at == '"' || *at == '\'') return;
+  while (at != end_ && (classAt(at) & kNeedsLook) == 0) ++at;
+  const bool isFirst = at == at_;
+  at_ = at;
+  if (at != end_ && (classAt(at) & OperatorTable::kEndsIdentifier) == 0) takeAnyIdentifier(isFirst);
+}
+
+// From a character on that is no byte.
+template <class Sink>
+void TokenScanner<Sink>::takeAnyIdentifier(bool isFirst) noexcept {
   while (at_ != end_) {
     const std::uint8_t kind = classAt(at_);
     if ((kind & OperatorTable::kEndsIdentifier) != 0) return;
     if ((kind & OperatorTable::kPartial) == 0) {
       ++at_;
-      first = false;
+      isFirst = false;
       continue;
     }
     std::size_t length = 0;
     const char32_t point = nextCodePoint(rest(at_), length);
-    const bool lone = first && isLoneIdentifier(point);
+    const bool lone = isFirst && isLoneIdentifier(point);
     if (!lone && (isBlank(point) || table_.isOperatorCharacter(point))) return;
     at_ += length;
     if (lone) return;
-    first = false;
+    isFirst = false;
   }
 }
 

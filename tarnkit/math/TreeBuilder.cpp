@@ -12,6 +12,11 @@ void TreeBuilder::clear() noexcept {
   summary_ = {};
 }
 
+void TreeBuilder::reserve(std::size_t nodes) {
+  memory_ = TreeMemory(nodes, text_.size());
+  nodes_.use(memory_.nodes(), nodes);
+}
+
 std::uint32_t TreeBuilder::keep(std::string_view text) {
   const std::size_t offset = text_.size() + moreText_.size();
   if (offset + text.size() > std::numeric_limits<std::uint32_t>::max()) {

@@ -5,11 +5,12 @@
 
 #include "tarnkit/math/ExpressionTree.h"
 #include "tarnkit/math/SmallStack.h"
+#include "tarnkit/math/TreeMemory.h"
 
 namespace tarnkit::detail {
 
 /// Collects the nodes of a tree in postorder. Small trees need no memory from the heap until they
-/// are made into an `ExpressionTree`; they can be evaluated where they stand.
+/// are made into an expression; they can be evaluated where they stand.
 class TreeBuilder {
  public:
   static constexpr std::size_t kInlineNodes = 48;
@@ -25,12 +26,19 @@ class TreeBuilder {
     return {nodes_.data(), count() - 1, text_.data(), text_.size(), moreText_.data()};
   }
   const TreeSummary& summary() const noexcept { return summary_; }
-  Ref<ExpressionTree> finish() const {
-    return ExpressionTree::make(nodes_.data(), nodes_.size(), text_, moreText_, summary_);
+  /// The text that the nodes' slices refer to comes in two runs.
+  std::string_view text() const noexcept { return text_; }
+  std::string_view moreText() const noexcept { return moreText_; }
+  /// Whether the nodes stand in what `reserve` made, and it has room for the texts.
+  bool hasMemory() const noexcept {
+    return memory_.holds(nodes_.size(), text_.size() + moreText_.size()) &&
+           nodes_.data() == memory_.nodes();
   }
+  TreeMemory takeMemory() noexcept { return std::move(memory_); }
   void clear() noexcept;
-  /// Makes room where the number of nodes can be guessed.
-  void reserve(std::size_t nodes) { nodes_.reserve(nodes); }
+  /// Makes room, where the number of nodes can be guessed, in memory that an expression can take
+  /// over. While empty.
+  void reserve(std::size_t nodes);
 
   /// Keeps a text and answers where slices find it.
   std::uint32_t keep(std::string_view text);
@@ -114,6 +122,7 @@ class TreeBuilder {
   std::string moreText_;
   std::uint32_t depth_ = 0;
   TreeSummary summary_;
+  TreeMemory memory_;
   SmallStack<ExpressionNode, kInlineNodes> nodes_;
 };
 

@@ -16,7 +16,6 @@ namespace tarnkit::detail {
 namespace {
 
 constexpr std::uint32_t kInlineDepth = 64;
-constexpr std::uint32_t kSearchedInPlace = 8;
 constexpr int kMaximumAliasChain = 64;
 
 /// What the evaluations on this thread's stack have used so far.
@@ -25,14 +24,6 @@ struct Nesting {
   std::uint64_t work = 0;
 };
 thread_local Nesting nesting;
-
-// Most names are short: where the first characters differ nothing more need be looked at.
-inline bool sameName(std::string_view a, std::string_view b) noexcept {
-  return a.size() == b.size() &&
-         (a.empty() ||
-          (a.front() == b.front() &&
-           (a.size() == 1 || std::memcmp(a.data(), b.data(), a.size()) == 0)));
-}
 
 const Number* numberNamed(const MXSubstitutions& substitutions, std::string_view name) {
   const Ref<Object>* found = nullptr;

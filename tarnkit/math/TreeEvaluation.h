@@ -1,11 +1,24 @@
 #pragma once
 
+#include <cstring>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "tarnkit/math/MXMathEvaluator.h"
 
 namespace tarnkit::detail {
+
+/// So many substitutions are searched one after the other, more are found by their hashes.
+inline constexpr std::uint32_t kSearchedInPlace = 8;
+
+/// Whether two names are equal. Most are short: where the first characters differ nothing more need
+/// be looked at.
+inline bool sameName(std::string_view a, std::string_view b) noexcept {
+  return a.size() == b.size() &&
+         (a.empty() || (a.front() == b.front() &&
+                        (a.size() == 1 || std::memcmp(a.data(), b.data(), a.size()) == 0)));
+}
 
 /// Evaluates a tree of built-in functions in doubles; false when a variable has no number among the
 /// substitutions (then `TreeEvaluation` finds its value or the error). No side effects, no memory

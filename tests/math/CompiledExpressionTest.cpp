@@ -70,6 +70,16 @@ TEST(CompiledExpression, NumbersItsVariables) {
   EXPECT_EQ(bare->variables(), std::vector<String>{String("x")});
 }
 
+TEST(CompiledExpression, TakesManyVariables) {
+  std::string text = "$v0";
+  for (int i = 1; i < 20000; ++i) text += "+$v" + std::to_string(i);
+  const auto sum = compiled(text, make<MXMathEvaluator>());
+  EXPECT_TRUE(sum->isPrepared());
+  std::vector<double> values(20000, 1.0);
+  values[19999] = 3;
+  EXPECT_EQ(sum->evaluate(values), 20002);
+}
+
 TEST(CompiledExpression, FallsBackToTheEvaluator) {
   const auto evaluator = make<MXMathEvaluator>();
   evaluator->registerFunction(

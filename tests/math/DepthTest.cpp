@@ -2,8 +2,11 @@
 
 #include "tarnkit/math/MXCompiledExpression.h"
 #include "tarnkit/math/MXExpressionRewriter.h"
+#include "tarnkit/math/MXMathParsing.h"
+#include "tarnkit/platform/Data.h"
+#include "tarnkit/platform/StandardKeyedArchiver.h"
+#include "tarnkit/platform/StandardKeyedUnarchiver.h"
 #include "tests/math/MathTesting.h"
-#include "tests/math/MemoryCoder.h"
 
 namespace tarnkit::testing {
 namespace {
@@ -32,10 +35,12 @@ void expectEveryOperationEnds(const std::string& text, bool withArchive = true) 
   const double x[] = {1};
   EXPECT_TRUE(MXCompiledExpression::compile(tree, evaluator)->evaluate(x));
   if (!withArchive) return;
-  const MemoryEncoder encoder(*tree);
-  const MemoryDecoder decoder(encoder.records);
-  ASSERT_TRUE(decoder.root()) << decoder.reason;
-  EXPECT_TRUE(decoder.root()->isEqual(*tree));
+  registerMathClasses();
+  const auto data = StandardKeyedArchiver::archivedData(tree.get(), 0);
+  std::string reason;
+  const auto decoded = StandardKeyedUnarchiver::unarchive(data->bytes(), 0, &reason);
+  ASSERT_TRUE(decoded) << reason;
+  EXPECT_TRUE(decoded->isEqual(*tree));
 }
 
 TEST(Depth, OfParentheses) {

@@ -2,6 +2,9 @@
 
 #include "tarnkit/math/MXExpression.h"
 #include "tarnkit/math/MXMathParsing.h"
+#include "tarnkit/platform/Data.h"
+#include "tarnkit/platform/StandardKeyedArchiver.h"
+#include "tarnkit/platform/StandardKeyedUnarchiver.h"
 #include "tests/math/MathTesting.h"
 #include "tests/math/MemoryCoder.h"
 
@@ -82,6 +85,12 @@ TEST(Expression, KnowsItsParent) {
   sum = nullptr;
   EXPECT_FALSE(sine->parentExpression());
   EXPECT_EQ(sine->description(), "sin($x)");
+  EXPECT_EQ(sine->arguments()[0]->variable(), "x");
+  EXPECT_TRUE(sine->copy()->isEqual(*sine));
+
+  const auto deep = expression("f(g(h($y, $x)))")->arguments()[0]->arguments()[0];
+  EXPECT_FALSE(deep->parentExpression());
+  EXPECT_EQ(deep->arguments()[1]->variable(), "x") << "read after everything above it has gone";
 
   const auto two = number(2);
   const auto call = function("f", {two});
@@ -106,17 +115,28 @@ TEST(Expression, CopiesDeeply) {
 }
 
 TEST(Expression, ComesBackFromAnArchive) {
-  for (const char* text :
-       {"3.25", "$x", "Foo(1, g($x), 'a b') + 0x10 ** 0.1", "12345678901234567890.5 - 1e30"}) {
-    const auto original = expression(text);
-    const MemoryEncoder encoder(*original);
-    const MemoryDecoder decoder(encoder.records);
-    const auto decoded = as<MXExpression>(decoder.root());
-    ASSERT_TRUE(decoded) << decoder.reason;
-    EXPECT_TRUE(decoded->isEqual(*original)) << text;
+  registerMathClasses();
+  const auto infinite = number(1 / 0.0);
+  const Ref<MXExpression> originals[] = {
+      expression("3.25"),
+      expression("$x"),
+      expression("Foo(1, g($x), 'a b') + 0x10 ** 0.1"),
+      expression("12345678901234567890.5 - 1e30"),
+      function("π", {variable("größe"), infinite, number(0.0 / 0.0), number(-0.0)}),
+      function("f", {}),
+  };
+  for (const auto& original : originals) {
+    const auto data = StandardKeyedArchiver::archivedData(original.get(), 0);
+    std::string reason;
+    const auto decoded =
+        as<MXExpression>(StandardKeyedUnarchiver::unarchive(data->bytes(), 0, &reason));
+    ASSERT_TRUE(decoded) << reason;
+    EXPECT_TRUE(decoded->isEqual(*original)) << original->description().view();
     EXPECT_EQ(decoded->description(), original->description());
-    if (decoded->expressionType() == MXExpressionType::function) {
-      EXPECT_EQ(decoded->arguments()[0]->parentExpression(), decoded);
+    EXPECT_FALSE(decoded->parentExpression());
+    if (decoded->expressionType() != MXExpressionType::function) continue;
+    for (const auto& argument : decoded->arguments()) {
+      EXPECT_EQ(argument->parentExpression(), decoded);
     }
   }
 }

@@ -24,10 +24,10 @@ std::uint32_t ExpressionGenerator::below(std::uint32_t bound) {
 
 std::string ExpressionGenerator::anyTokens() {
   static const std::vector<std::string> kPieces = {
-      "1", "2.5", "$a", "$b",  "x",   "pi", "f(", "max(", "(", ")", "(",  ")",
-      ",", "+",   "-",  "*",   "/",   "**", "!",  "~",    "°", "%", "==", "!=",
-      "<", "<=",  "&&", "||",  "&",   "|",  "^",  "<<",   "¬", "1", "$a", "3",
-      "$", "'q'", "2e", "0x1", "\"z", "−",  "×",  " ",    "-", "+"};
+      "1", "2.5", "$a", "$b", "x", "pi", "f(", "max(", "(",  ")",   "(",  ")",    ",",   "+",
+      "-", "*",   "/",  "**", "!", "~",  "°",  "%",    "==", "!=",  "<",  "<=",   "&&",  "||",
+      "&", "|",   "^",  "<<", "¬", "1",  "$a", "3",    "$",  "'q'", "2e", "0x1",  "\"z", "−",
+      "×", " ",   "-",  "+",  "π", "0x", "''", "'$a'", "=<", "≯",   ".5", "MAX(", "!",   "\xff"};
   std::string text;
   for (std::uint32_t count = 1 + below(12); count > 0; --count) {
     text += kPieces[below(static_cast<std::uint32_t>(kPieces.size()))];

@@ -103,6 +103,22 @@ TEST(OperatorSet, LooksTokensUp) {
   EXPECT_EQ(functions("%"), "mod ");
   EXPECT_EQ(functions("&&"), "l_and ");
   EXPECT_EQ(functions("?"), "");
+  EXPECT_EQ(set->operatorForFunction(String("Add")), set->operatorForFunction(String("add")));
+  EXPECT_FALSE(set->operatorForFunction(String("?")));
+}
+
+// The probe is asked when the default table is built, in a process that has none yet.
+TEST(OperatorSet, GroupsPowersAsTheProbeSays) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        MXMathOperator::setPowerProbe([]() -> std::int64_t { return 64; });
+        const bool left = parsed("2 ** 3 ** 2") == "pow(pow(2,3),2)";
+        MXMathOperator::setPowerProbe([]() -> std::int64_t { return 512; });
+        std::_Exit(left && evaluated("2 ** 3 ** 2") == "64" ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+  GTEST_FLAG_SET(death_test_style, "fast");
 }
 
 TEST(Operator, ChecksItsTokens) {

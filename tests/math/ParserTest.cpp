@@ -126,6 +126,22 @@ TEST(Parser, UsesItsTokenizersOperatorSetForAssociativity) {
   EXPECT_FALSE(MXParser::parserWithTokenizer(nullptr, &error));
 }
 
+// A long tree is built where it stays, or not, when its memory was guessed too small.
+TEST(Parser, TakesLongTexts) {
+  ExpressionGenerator generator(41);
+  for (const char* piece : {"1", "2a ", "0xff+", "'a\\'b'*", "f(1,", "name_of_many_letters ", "(",
+                            ")", "max(1,2)+", "-", "$x**", "π"}) {
+    std::string text;
+    while (text.size() < 9000) {
+      text += piece;
+      if (generator.below(3) == 0) text += "1 ";
+    }
+    if (piece == std::string_view("f(1,")) text += std::string(9000, ')');
+    EXPECT_EQ(parsed(text + "1"), parsedFromTokens(text + "1")) << piece;
+    EXPECT_EQ(parsed(text), parsedFromTokens(text)) << piece;
+  }
+}
+
 TEST(Parser, TakesAnyBytes) {
   ExpressionGenerator generator(23);
   for (int i = 0; i < 20000; ++i) {

@@ -199,7 +199,12 @@ class Reference {
 
   static std::string expression(const Term& term) {
     if (term.kind == Term::number) return term.token->numberValue().text();
-    if (term.kind == Term::variable) return "$" + term.text();
+    if (term.kind == Term::variable) {
+      std::string name = term.text();
+      if (!name.empty() && name.front() == '$') name.erase(0, 1);
+      if (name.empty()) fail(4, "variable names must be at least 1 character long");
+      return "$" + name;
+    }
     if (term.kind == Term::group) {
       if (term.subterms.size() != 1) {
         fail(1, "Unable to create expression from term: " + term.describe());

@@ -1,3 +1,5 @@
+#include <cstdio>
+#include <cstdlib>
 #include <limits>
 
 #include "tarnkit/math/MXMathStringTokenizer.h"
@@ -32,6 +34,9 @@ TEST(Tokenizer, CutsTexts) {
       {".5", ".5"},
       {"1.2.3", "1.2 * .3"},
       {".", ". ( )"},
+      {".e .e+1", ".e ( ) * .e+1"},
+      {".e5", ".e5"},
+      {"0x+1", "1"},
       {"0x1F", "31"},
       {"0XfF", "255"},
       {"0xfffffffffffffffff", "18446744073709551615"},
@@ -119,14 +124,37 @@ class Watcher final : public MXMathStringTokenizer {
 
  protected:
   void didParseToken(const Ref<MXMathStringToken>& token) override {
-    seen += token->description().toStdString() + ";";
+    seen += token ? token->description().toStdString() + ";" : "end";
   }
 };
 
 TEST(Tokenizer, ShowsEveryTokenToASubclass) {
   const auto watcher = make<Watcher>();
-  ASSERT_TRUE(watcher->initWithString("2$x", nullptr, nullptr));
-  EXPECT_EQ(watcher->seen, "2;*;$x;");
+  ASSERT_TRUE(watcher->initWithString("2$x", nullptr));
+  EXPECT_EQ(watcher->seen, "2;*;$x;end");
+}
+
+// Operators that begin with letters of numbers, and that go on from a shorter one.
+void tokenizeWithOddOperators() {
+  const auto& set = MXMathOperatorSet::defaultOperatorSet();
+  set->addTokens({String("mode"), String("<x"), String("+:")}, String("add"));
+  EXPECT_EQ(tokens("1e2 mode 3"), "1e2 mode 3");
+  EXPECT_EQ(tokens("0x1 MODE .5"), "1 mode .5");
+  EXPECT_EQ(tokens("1<X2"), "1 <x 2");
+  EXPECT_EQ(tokens("1<2"), "1 < 2");
+  EXPECT_EQ(tokens("1+:-2"), "1 +: - 2");
+  EXPECT_EQ(tokens("1+-2"), "1 + - 2");
+  EXPECT_EQ(tokens("1d"), "2 d is not a valid operator");
+}
+
+TEST(Tokenizer, CutsLongestOperators) {
+  EXPECT_EXIT(
+      {
+        tokenizeWithOddOperators();
+        std::fflush(stdout);
+        std::_Exit(::testing::Test::HasFailure() ? 1 : 0);
+      },
+      ::testing::ExitedWithCode(0), "");
 }
 
 TEST(Token, KnowsItsOperatorOnlyWhenItIsNotAmbiguous) {
@@ -151,6 +179,15 @@ TEST(Token, TakesAnInvalidNumberForZero) {
   ASSERT_TRUE(token);
   EXPECT_EQ(token->numberValue().doubleValue(), 0);
   EXPECT_EQ(log.lines, std::vector<std::string>{"supposedly invalid number: 1x"});
+}
+
+// An exponent alone is a number token, if an invalid one.
+TEST(Token, TakesABareExponentForZero) {
+  const LogLines log;
+  EXPECT_EQ(parsed("1 + .E-5"), "add(1,0)");
+  EXPECT_EQ(evaluated("1 + .e5"), "1");
+  EXPECT_EQ(log.lines, (std::vector<std::string>{"supposedly invalid number: .E-5",
+                                                 "supposedly invalid number: .e5"}));
 }
 
 TEST(Token, ReadsNumbersToTheNearestDoubleAndKeepsTheirDigits) {
