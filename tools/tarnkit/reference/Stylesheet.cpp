@@ -86,9 +86,9 @@ td:nth-child(2) code{color:var(--soft)}
 border-radius:3px;background:var(--color);box-shadow:inset 0 0 0 1px rgba(127,127,127,.5);
 vertical-align:-.06em}
 .related{margin-top:3.5rem}
-.related dl,.kinds dl{display:grid;grid-template-columns:8rem minmax(0,1fr);font-size:.875rem}
+.related dl,.kinds dl{display:grid;grid-template-columns:minmax(8rem,max-content) minmax(0,1fr);font-size:.875rem}
 .related dt,.related dd,.kinds dt,.kinds dd{padding:.4375rem 0;border-top:1px solid var(--rule)}
-.related dt{color:var(--soft)}
+.related dt{padding-right:1.25rem;color:var(--soft)}
 .related ul{display:flex;flex-wrap:wrap;gap:.125rem 1.25rem}
 @media (max-width:52rem){.overview{grid-template-columns:minmax(0,1fr);gap:1.5rem}
 .related dl{display:block}.related dd{padding-top:0;border-top:0}h1{font-size:1.875rem}}
