@@ -73,51 +73,13 @@ bool HXArchiveReader::open(ByteSpan bytes, std::string* error) {
   classKey_ = list_.keyNamed("$class");
   referenceKey_ = list_.keyNamed("$reference");
   const Index objects = list_.valueForKey(top, "$objects");
-  const auto ids = list_.keys(objects);
-  const auto bodies = list_.values(objects);
-  ids_.assign(ids.begin(), ids.end());
-  bodies_.assign(bodies.begin(), bodies.end());
+  ids_ = list_.keys(objects);
+  bodies_ = list_.values(objects);
   objectsByKey_.assign(list_.keyCount(), kNoObject);
   for (Object object = 0; object < objectCount(); ++object) {
-    objectsByKey_[list_.keyOf(ids[object])] = object;
+    objectsByKey_[list_.keyOf(ids_[object])] = object;
   }
-  findClasses();
-  resolveForeignIDs();
   return true;
-}
-
-// One body may stand under many names, and have many keys.
-void HXArchiveReader::findClasses() {
-  std::vector<Object> firstWithBody(list_.count(), kNoObject);
-  classes_.reserve(bodies_.size());
-  for (Object object = 0; object < objectCount(); ++object) {
-    constexpr std::size_t kAhead = 8;
-    if (object + kAhead < bodies_.size()) list_.prefetch(bodies_[object + kAhead]);
-    Object& first = firstWithBody[bodies_[object]];
-    if (first == kNoObject) {
-      first = object;
-      classes_.push_back(findClass(bodies_[object]));
-    } else {
-      classes_.push_back(classes_[first]);
-    }
-  }
-}
-
-// As a rule the string in a reference is the very one that is the key in "$objects". Any other is
-// looked up here once, because it may be long, and the reference stand in many places.
-void HXArchiveReader::resolveForeignIDs() {
-  std::vector<bool> known;
-  for (Index value = 0; value < list_.count(); ++value) {
-    if (!isReference(value)) continue;
-    const Index id = list_.values(value)[0];
-    if (list_.keyOf(id) != PropertyList::kNoKey) continue;
-    if (foreignIDs_.empty()) {
-      foreignIDs_.assign(list_.count(), kNoObject);
-      known.resize(list_.count());
-    }
-    if (!known[id]) foreignIDs_[id] = objectNamed(list_.string(id));
-    known[id] = true;
-  }
 }
 
 HXArchiveReader::Object HXArchiveReader::objectNamed(std::string_view id) const noexcept {
@@ -125,20 +87,31 @@ HXArchiveReader::Object HXArchiveReader::objectNamed(std::string_view id) const 
   return key == PropertyList::kNoKey ? kNoObject : objectsByKey_[key];
 }
 
-std::string_view HXArchiveReader::classOf(Object object) const noexcept {
-  const Index name = classes_[object];
+std::string_view HXArchiveReader::classOf(Object object) const {
+  const Index name = findClass(bodies_[object]);
   return name == PropertyList::kNone ? std::string_view() : list_.string(name);
 }
 
-Index HXArchiveReader::findClass(Index body) const noexcept {
+Index HXArchiveReader::findClass(Index body) const {
   if (list_.kind(body) != Kind::map) return PropertyList::kNone;
   const auto keys = list_.keys(body);
-  for (std::size_t i = 0; i < keys.size(); ++i) {
-    if (list_.keyOf(keys[i]) != classKey_) continue;
-    const Index name = list_.values(body)[i];
-    return list_.kind(name) == Kind::string ? name : PropertyList::kNone;
+  std::size_t at = 0;
+  if (!keys.empty() && list_.keyOf(keys[0]) != classKey_) {
+    constexpr std::size_t kFew = 8;
+    if (keys.size() > kFew) {
+      const auto known = classesOfBodies_.find(body);
+      if (known != classesOfBodies_.end()) return known->second;
+    }
+    while (at < keys.size() && list_.keyOf(keys[at]) != classKey_) ++at;
+    if (keys.size() > kFew) classesOfBodies_[body] = classAt(body, at);
   }
-  return PropertyList::kNone;
+  return classAt(body, at);
+}
+
+Index HXArchiveReader::classAt(Index body, std::size_t entry) const noexcept {
+  if (entry >= list_.count(body)) return PropertyList::kNone;
+  const Index name = list_.values(body)[entry];
+  return list_.kind(name) == Kind::string ? name : PropertyList::kNone;
 }
 
 bool HXArchiveReader::isReference(Index value) const noexcept {
@@ -147,10 +120,14 @@ bool HXArchiveReader::isReference(Index value) const noexcept {
          list_.kind(list_.values(value)[0]) == Kind::string;
 }
 
-HXArchiveReader::Object HXArchiveReader::resolve(Index reference) const noexcept {
+HXArchiveReader::Object HXArchiveReader::resolve(Index reference) const {
   const Index id = list_.values(reference)[0];
   const auto key = list_.keyOf(id);
-  return key == PropertyList::kNoKey ? foreignIDs_[id] : objectsByKey_[key];
+  if (key != PropertyList::kNoKey) return objectsByKey_[key];
+  // As a rule the string in a reference is the very one that is the key in "$objects".
+  const auto [found, isNew] = foreignIDs_.try_emplace(id, kNoObject);
+  if (isNew) found->second = objectNamed(list_.string(id));
+  return found->second;
 }
 
 void HXArchiveReader::walk(Visitor& visitor) const {

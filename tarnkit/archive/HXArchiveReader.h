@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "tarnkit/platform/PropertyList.h"
@@ -17,8 +19,8 @@ enum class HXArchiveKind : std::uint8_t { none, editorDocument, deviceGraph, ima
 ///
 /// Every object has a number, in the order of the file. Nothing is copied out of the property list,
 /// so the bytes must outlive the reader. Opening costs time linear in the file, resolving a
-/// reference constant time, and nothing recurses. Owned by whoever looks; may be read from any
-/// thread.
+/// reference constant time, and nothing recurses. Owned by whoever looks; for one thread at a
+/// time.
 class HXArchiveReader {
  public:
   using Index = PropertyList::Index;
@@ -48,12 +50,12 @@ class HXArchiveReader {
   /// The encoded object: a map, a list, or a value of its own.
   Index bodyOf(Object object) const noexcept { return bodies_[object]; }
   /// "" for maps and lists, which have no class.
-  std::string_view classOf(Object object) const noexcept;
+  std::string_view classOf(Object object) const;
 
   /// Whether the value is a reference to an object.
   bool isReference(Index value) const noexcept;
   /// The object that a reference means; `kNoObject` for one that is absent, which reads as nil.
-  Object resolve(Index reference) const noexcept;
+  Object resolve(Index reference) const;
 
   /// What `walk` meets. Containers of an object begin with its number; those that stand inline,
   /// with `kNoObject`.
@@ -80,9 +82,8 @@ class HXArchiveReader {
   void walk(Visitor& visitor) const;
 
  private:
-  Index findClass(Index body) const noexcept;
-  void findClasses();
-  void resolveForeignIDs();
+  Index findClass(Index body) const;
+  Index classAt(Index body, std::size_t entry) const noexcept;
 
   PropertyList list_;
   HXArchiveKind kind_ = HXArchiveKind::none;
@@ -90,13 +91,14 @@ class HXArchiveReader {
   Index root_ = PropertyList::kNone;
   PropertyList::Key classKey_ = PropertyList::kNoKey;
   PropertyList::Key referenceKey_ = PropertyList::kNoKey;
-  std::vector<Index> ids_;            // of each object
-  std::vector<Index> bodies_;         // of each object
-  std::vector<Index> classes_;        // of each object: the string, or kNone
+  std::span<const Index> ids_;        // of each object
+  std::span<const Index> bodies_;     // of each object
   std::vector<Object> objectsByKey_;  // for each key of the list, the object of that name
-  // For each string of a reference that is no key of the list, the object of that name; empty while
-  // there is no such string.
-  std::vector<Object> foreignIDs_;
+  // What other writers' files may need, remembered when it is first asked: the classes of bodies of
+  // many keys that do not begin with "$class", and the objects of IDs in references that are no
+  // keys of the list. One such body or ID may stand in many places.
+  mutable std::unordered_map<Index, Index> classesOfBodies_;
+  mutable std::unordered_map<Index, Object> foreignIDs_;
 };
 
 }  // namespace tarnkit
