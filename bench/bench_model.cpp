@@ -358,7 +358,7 @@ BENCHMARK(BM_PublishAndUnpublish)->Apply(editSizes);
 // The allocator keeps what it was given: otherwise the large graphs measure how fast the kernel
 // hands out and clears the same pages again.
 int main(int argc, char** argv) {
-  mallopt(M_MMAP_THRESHOLD, 1 << 30);
+  mallopt(M_MMAP_MAX, 0);
   mallopt(M_TRIM_THRESHOLD, 1 << 30);
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
