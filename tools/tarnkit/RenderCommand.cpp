@@ -57,8 +57,12 @@ void render(const RenderOptions& options) {
                                                       : graphPicture(*group, picture, &report);
     writeFile("render", options.output, bytesOf(text));
   }
+  std::string file = options.file;
+  for (char& c : file) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
+  }
   for (const std::string& note : report.notes) {
-    fmt::print(stderr, "tarnkit: render, {}, {}\n", options.file, note);
+    fmt::print(stderr, "tarnkit: render, {}, {}\n", file, note);
   }
 }
 
