@@ -106,7 +106,7 @@ void LayeredComponent::breakCircles() {
 }
 
 void LayeredComponent::assignLayers() {
-  // The edges as segments, for now between any two layers.
+  // The edges as segments, at first between any two layers.
   segments_.clear();
   for (std::size_t e = 0; e < edgesOfMembers_.size(); ++e) {
     const LayoutEdge& edge = edges_[edgesOfMembers_[e]];

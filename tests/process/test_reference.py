@@ -9,6 +9,7 @@ import subprocess
 import unittest
 import urllib.parse
 
+from browser import Browser
 from host import HOST, HostTest
 
 PLUGIN = os.environ["TARNKIT_PLUGIN"]
@@ -255,6 +256,30 @@ class Reference(HostTest):
         self.assertEqual(sorted(listed), sorted(expected))
         names = [name for category, name, flag in listed if category == "View" and not flag]
         self.assertEqual(names, sorted(names))
+
+    def test_the_index_is_searched_by_keys(self):
+        shown = ("[...document.querySelectorAll('.entries > li:not([hidden]) > a')]"
+                 ".map(link => link.textContent)")
+        browser = Browser()
+        self.addCleanup(browser.close)
+        browser.open(self.write() / "index.html")
+        everything = browser.run(shown)
+        self.assertGreater(len(everything), 100)
+        browser.key("/")
+        browser.type("spring rest")
+        self.assertEqual(set(browser.run(shown)), {"Spring", "Spring (1D)", "Spring (2D)"})
+        self.assertEqual(browser.run("document.querySelectorAll('.category:not([hidden])').length"),
+                         1)
+        browser.key("Escape")
+        self.assertEqual(browser.run(shown), everything)
+        browser.type("no such patch")
+        self.assertEqual(browser.run("document.getElementById('page.found').textContent"),
+                         "No patches")
+        browser.key("Escape")
+        browser.type("view")
+        browser.key("Enter")
+        browser.wait_for("document.title.startsWith('View')")
+        self.assertEqual(browser.problems, [])
 
     def test_related_patches_share_a_base_or_kinds_of_ports(self):
         directory = self.write()
