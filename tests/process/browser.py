@@ -107,8 +107,13 @@ class Browser:
             return message["result"]
 
     def open(self, path):
+        self.leave_by(lambda: self.send("Page.navigate", url=pathlib.Path(path).as_uri()))
+
+    def leave_by(self, action):
+        """Does what leads to another page, and waits until that has loaded: in between no script
+        can be run."""
         self.loaded = False
-        self.send("Page.navigate", url=pathlib.Path(path).as_uri())
+        action()
         deadline = time.monotonic() + 20
         while not self.loaded:
             self.take(self.receive(deadline))
