@@ -272,7 +272,7 @@ class Reference(HostTest):
                          1)
         browser.key("Escape")
         self.assertEqual(browser.run(shown), everything)
-        browser.type("no such patch")
+        browser.type("xylophone")
         self.assertEqual(browser.run("document.getElementById('page.found').textContent"),
                          "No patches")
         browser.key("Escape")
