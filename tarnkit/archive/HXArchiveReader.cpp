@@ -1,5 +1,7 @@
 #include "tarnkit/archive/HXArchiveReader.h"
 
+#include <vector>
+
 #include "tarnkit/platform/PropertyListReader.h"
 
 namespace tarnkit {
@@ -75,7 +77,7 @@ bool HXArchiveReader::open(ByteSpan bytes, std::string* error) {
   const Index objects = list_.valueForKey(top, "$objects");
   ids_ = list_.keys(objects);
   bodies_ = list_.values(objects);
-  objectsByKey_.assign(list_.keyCount(), kNoObject);
+  objectsByKey_ = PropertyListKeyMap<Object>(list_, kNoObject);
   for (Object object = 0; object < objectCount(); ++object) {
     objectsByKey_[list_.keyOf(ids_[object])] = object;
   }
@@ -132,16 +134,19 @@ HXArchiveReader::Object HXArchiveReader::resolve(Index reference) const {
 
 void HXArchiveReader::walk(Visitor& visitor) const {
   struct Step {
-    Index container;
+    PropertyList::Elements keys;  // none of a list
+    PropertyList::Elements values;
     std::uint32_t next;
+    bool isMap;
   };
   std::vector<bool> metObjects(objectCount());
   std::vector<bool> metContainers(list_.count());
   std::vector<Step> path;
-  const auto open = [&](Index container) {
-    list_.prefetchElements(container);
+  const auto open = [&](Index container, bool isMap) {
+    const auto values = isMap ? list_.values(container) : list_.elements(container);
+    list_.prefetch(values);
     metContainers[container] = true;
-    path.push_back({container, 0});
+    path.push_back({isMap ? list_.keys(container) : PropertyList::Elements(), values, 0, isMap});
   };
   const auto enter = [&](Index value) {
     Object object = kNoObject;
@@ -154,10 +159,10 @@ void HXArchiveReader::walk(Visitor& visitor) const {
     }
     if (list_.kind(value) == Kind::map && !metContainers[value]) {
       visitor.beginMap(object, list_.count(value));
-      open(value);
+      open(value, true);
     } else if (list_.kind(value) == Kind::array && !metContainers[value]) {
       visitor.beginList(object, list_.count(value));
-      open(value);
+      open(value, false);
     } else {
       visitor.value(object, value);
     }
@@ -165,9 +170,8 @@ void HXArchiveReader::walk(Visitor& visitor) const {
   enter(root_);
   while (!path.empty()) {
     Step& step = path.back();
-    const Index container = step.container;
-    const bool isMap = list_.kind(container) == Kind::map;
-    if (step.next == list_.count(container)) {
+    if (step.next == step.values.size()) {
+      const bool isMap = step.isMap;
       path.pop_back();
       if (isMap) {
         visitor.endMap();
@@ -177,12 +181,13 @@ void HXArchiveReader::walk(Visitor& visitor) const {
       continue;
     }
     const std::uint32_t at = step.next++;
-    if (!isMap) {
-      enter(list_.elements(container)[at]);
-    } else if (const Index name = list_.keys(container)[at]; list_.keyOf(name) != classKey_) {
+    const Index value = step.values[at];
+    if (step.isMap) {
+      const Index name = step.keys[at];
+      if (list_.keyOf(name) == classKey_) continue;
       visitor.key(name);
-      enter(list_.values(container)[at]);
     }
+    enter(value);
   }
 }
 

@@ -1,13 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <vector>
 
 #include "tarnkit/platform/PropertyList.h"
+#include "tarnkit/platform/PropertyListKeyMap.h"
 
 namespace tarnkit {
 
@@ -91,9 +90,9 @@ class HXArchiveReader {
   Index root_ = PropertyList::kNone;
   PropertyList::Key classKey_ = PropertyList::kNoKey;
   PropertyList::Key referenceKey_ = PropertyList::kNoKey;
-  std::span<const Index> ids_;        // of each object
-  std::span<const Index> bodies_;     // of each object
-  std::vector<Object> objectsByKey_;  // for each key of the list, the object of that name
+  PropertyList::Elements ids_;               // of each object
+  PropertyList::Elements bodies_;            // of each object
+  PropertyListKeyMap<Object> objectsByKey_;  // the object of that name
   // What other writers' files may need, remembered when it is first asked: the classes of bodies of
   // many keys that do not begin with "$class", and the objects of IDs in references that are no
   // keys of the list. One such body or ID may stand in many places.

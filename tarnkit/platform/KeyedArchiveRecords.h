@@ -102,7 +102,7 @@ class KeyedArchiveRecords {
   std::vector<Index> containersIn(Index record);
 
   const PropertyList& list_;
-  std::span<const Index> archived_;  // "$objects"
+  PropertyList::Elements archived_;  // "$objects"
   PropertyList::Key classKey_ = PropertyList::kNoKey;
   PropertyList::Key classNameKey_ = PropertyList::kNoKey;
   PropertyList::Key objectsKey_ = PropertyList::kNoKey;

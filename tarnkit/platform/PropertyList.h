@@ -1,11 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
-#include <span>
 #include <string_view>
 #include <vector>
 
 #include "tarnkit/platform/Data.h"
+#include "tarnkit/platform/PropertyListElements.h"
 #include "tarnkit/platform/RawBuffer.h"
 
 namespace tarnkit {
@@ -14,16 +15,19 @@ namespace detail {
 class PropertyListBuilder;
 }
 
-/// A property list as read: one flat table of checked values, each known by its index. Immutable.
+/// A property list as read: checked values, each known by its index. Immutable.
 ///
-/// Containers are spans of indices, so nothing is expanded, copied or freed one by one, and nesting
-/// costs nothing. Texts and byte strings point into the bytes that were read where they can, so
-/// those bytes must outlive the list. Made by `PropertyListReader`, which has made sure that
-/// containers do not hold themselves, that the keys of a map are different strings, and that texts
-/// are UTF-8. Owned by whoever read it; may be read from any thread.
+/// The values stay in the binary form, where they were read, and are decoded when they are asked
+/// for; beside the bytes a value takes 8 bytes of memory, whatever it holds. (A list in the XML
+/// form is held in the binary form too.) So nothing is expanded, copied or freed one by one, and
+/// nesting costs nothing; but the bytes that were read must outlive the list and not change. Made
+/// by `PropertyListReader`, which has made sure that containers do not hold themselves, that the
+/// keys of a map are different strings, and that texts are UTF-8. Owned by whoever read it; may be
+/// read from any thread.
 class PropertyList {
  public:
   using Index = std::uint32_t;
+  using Elements = PropertyListElements;
   static constexpr Index kNone = 0xFFFFFFFFU;
 
   enum class Kind : std::uint8_t {
@@ -36,10 +40,10 @@ class PropertyList {
     real64,
     date,
     data,
-    string,
     uid,
     array,
     map,
+    string,
   };
   /// What the kind is called in messages ("a string").
   static const char* nameOf(Kind kind) noexcept;
@@ -47,86 +51,136 @@ class PropertyList {
   PropertyList() = default;
 
   Index root() const noexcept { return root_; }
-  std::size_t count() const noexcept { return values_.size(); }
+  std::size_t count() const noexcept { return entries_.size(); }
   /// How many bytes it was read from.
   std::size_t fileSize() const noexcept { return fileSize_; }
   /// How many references all containers hold together.
-  std::size_t referenceCount() const noexcept { return children_.size(); }
+  std::size_t referenceCount() const noexcept { return referenceCount_; }
 
-  Kind kind(Index index) const noexcept { return values_[index].kind; }
-  bool boolean(Index index) const noexcept { return values_[index].payload.integer != 0; }
-  /// Of an `integer`; of an `unsignedInteger`, its bits.
-  std::int64_t integer(Index index) const noexcept { return values_[index].payload.integer; }
+  Kind kind(Index index) const noexcept { return entries_[index].kind(); }
+  // Each of these is for values of its kind only.
+  bool boolean(Index index) const noexcept;
+  /// Of an `integer`; of an `unsignedInteger`, its bits; of a boolean, 0 or 1.
+  std::int64_t integer(Index index) const noexcept;
   /// Of a real, a `wideInteger`, or a date (seconds from 2001-01-01 00:00 UTC).
-  double real(Index index) const noexcept { return values_[index].payload.real; }
-  std::uint64_t uid(Index index) const noexcept {
-    return static_cast<std::uint64_t>(values_[index].payload.integer);
-  }
+  double real(Index index) const noexcept;
+  std::uint64_t uid(Index index) const noexcept;
   std::string_view string(Index index) const noexcept;
   ByteSpan data(Index index) const noexcept;
 
-  /// Elements of an array, entries of a map.
-  std::uint32_t count(Index index) const noexcept { return values_[index].count; }
-  std::span<const Index> elements(Index array) const noexcept {
-    return {children_.data() + values_[array].payload.integer, values_[array].count};
+  /// Elements of an array, entries of a map, bytes of data.
+  std::uint32_t count(Index index) const noexcept {
+    return static_cast<std::uint32_t>(detail::extentAt(objectAt(index)).count);
   }
-  std::span<const Index> keys(Index map) const noexcept { return elements(map); }
-  std::span<const Index> values(Index map) const noexcept {
-    return {children_.data() + values_[map].payload.integer + values_[map].count,
-            values_[map].count};
+  Elements elements(Index array) const noexcept {
+    const auto extent = detail::extentAt(objectAt(array));
+    return {extent.body, static_cast<std::uint32_t>(extent.count), referenceWidth_};
+  }
+  Elements keys(Index map) const noexcept { return elements(map); }
+  Elements values(Index map) const noexcept {
+    const auto extent = detail::extentAt(objectAt(map));
+    return {extent.body + extent.count * referenceWidth_, static_cast<std::uint32_t>(extent.count),
+            referenceWidth_};
   }
 
-  /// Asks the memory for what is wanted soon (a value; the first elements of an array, or values of
-  /// a map): in a large list each of them would be waited for.
-  void prefetch(Index index) const noexcept { __builtin_prefetch(&values_[index]); }
-  void prefetchElements(Index container) const noexcept {
-    const auto children = kind(container) == Kind::map ? values(container) : elements(container);
-    for (const Index child : children.first(children.size() < 16 ? children.size() : 16)) {
-      prefetch(child);
+  /// Asks the memory for what is wanted soon (a value; the first of a container's elements): in a
+  /// large list each of them would be waited for.
+  void prefetch(Index index) const noexcept { __builtin_prefetch(&entries_[index]); }
+  void prefetch(const Elements& elements) const noexcept {
+    for (const Index index : elements.first(std::min<std::size_t>(elements.size(), 16))) {
+      prefetch(index);
     }
   }
 
   /// Every text that is the key of some map has a number, so keys are compared without their texts.
+  /// `PropertyListKeyMap` holds a value for each.
   using Key = std::uint32_t;
-  static constexpr Key kNoKey = 0xFFFFFFFFU;
-  std::size_t keyCount() const noexcept { return keys_.size(); }
+  static constexpr Key kNoKey = 0xFFFFFFFEU;
   /// The number of a string that stands as a map's key, or `kNoKey` for one that was met as a value
   /// only (an equal key may still be there: see `keyNamed`).
-  Key keyOf(Index string) const noexcept { return values_[string].payload.text.keyPlusOne - 1; }
+  Key keyOf(Index string) const noexcept { return entries_[string].key(); }
   /// `kNoKey` when no map has such a key. Costs a hash.
   Key keyNamed(std::string_view text) const noexcept;
   /// The value in the map, or `kNone`. Linear in the map.
   Index valueForKey(Index map, std::string_view key) const noexcept;
 
+  /// How keys are numbered: most are found by their hash; strings that begin alike and ascend from
+  /// one to the next, as the IDs of an archive do, form a chain and are found by their order, which
+  /// costs nothing when a list of millions is read. (A string of the chain has its number though it
+  /// be no key.)
+  std::size_t hashedKeyCount() const noexcept { return keys_.size(); }
+  std::size_t chainedKeyCount() const noexcept { return chain_.size(); }
+  static bool isChained(Key key) noexcept { return (key & 1U) != 0; }
+  static std::uint32_t ordinalOf(Key key) noexcept { return key >> 1; }
+
  private:
   friend class detail::PropertyListBuilder;
-  struct Text {
+
+  // Where an object stands, and in one word what it is (4 bits) and a number: of a string, the
+  // key's, from 1 on; of a container, how far it was checked. 28 bits suffice: 2 GiB have no room
+  // for so many strings that are keys of different texts or of more than 8 bytes.
+  struct Entry {
+    static constexpr std::uint32_t kKindBits = 4;
+    static constexpr std::uint32_t kKindMask = 15;
+    static constexpr std::uint32_t kString = static_cast<std::uint32_t>(Kind::string);
+    // Added to `kString`: its text stands in `arena_`; its number is that of the chain.
+    static constexpr std::uint32_t kInArena = 1;
+    static constexpr std::uint32_t kInChain = 2;
+
     std::uint32_t position;
-    std::uint32_t keyPlusOne;
-  };
-  struct Value {
-    Kind kind;
-    bool inArena;  // a text that stands in `text_`, not in the bytes read
-    std::uint32_t count;
-    union {
-      std::int64_t integer;  // of a container: where its span begins
-      double real;
-      Text text;
-    } payload;
+    std::uint32_t word;
+
+    std::uint32_t form() const noexcept { return word & kKindMask; }
+    Kind kind() const noexcept { return static_cast<Kind>(std::min(form(), kString)); }
+    bool isString() const noexcept { return form() >= kString; }
+    bool isInArena() const noexcept {
+      return (word & (kString | kInArena)) == (kString | kInArena);
+    }
+    bool isContainer() const noexcept {
+      return (word & kKindMask & ~1U) == static_cast<std::uint32_t>(Kind::array);
+    }
+    std::uint32_t number() const noexcept { return word >> kKindBits; }
+    void setNumber(std::uint32_t number) noexcept {
+      word = (word & kKindMask) | (number << kKindBits);
+    }
+    Key key() const noexcept { return ((number() - 1) << 1) | ((word & kInChain) >> 1); }
   };
   struct KeySlot {
     std::uint32_t hash;
-    std::uint32_t keyPlusOne;
+    std::uint32_t number;
   };
 
-  ByteSpan bytes_;
-  detail::RawBuffer<char> text_;
-  detail::RawBuffer<Value> values_;
-  detail::RawBuffer<Index> children_;
+  const std::uint8_t* objectAt(Index index) const noexcept {
+    const Entry& entry = entries_[index];
+    return (entry.isInArena() ? arena_.data() : base_) + entry.position;
+  }
+
+  // The chain: strings of one beginning, sorted by length and then by bytes.
+  static constexpr std::size_t kChainPrefix = 8;
+  static bool mayBeLinked(std::string_view text) noexcept {
+    return text.size() > kChainPrefix && text[0] == '$';
+  }
+  static bool beginAlike(std::string_view a, std::string_view b) noexcept {
+    return a.substr(0, kChainPrefix) == b.substr(0, kChainPrefix);
+  }
+  static bool ascend(std::string_view a, std::string_view b) noexcept {
+    return a.size() != b.size() ? a.size() < b.size() : a < b;
+  }
+  bool couldBeInChain(std::string_view text) const noexcept {
+    return chain_.size() > 0 && mayBeLinked(text) && beginAlike(text, string(chain_[0]));
+  }
+  Key keyInChain(std::string_view text) const noexcept;
+
+  const std::uint8_t* base_ = nullptr;  // of the positions of all that is not in the arena
+  detail::RawBuffer<std::uint8_t> arena_;
+  detail::RawBuffer<Entry> entries_;
   std::vector<KeySlot> keyTable_;
-  std::vector<Index> keys_;  // a string for each key
+  std::vector<Index> keys_;         // a string for each key that is found by its hash
+  detail::RawBuffer<Index> chain_;  // the strings of the chain
+  unsigned referenceWidth_ = 1;
   Index root_ = kNone;
   std::size_t fileSize_ = 0;
+  std::size_t referenceCount_ = 0;
 };
 
 }  // namespace tarnkit

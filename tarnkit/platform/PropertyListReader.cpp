@@ -16,14 +16,14 @@ bool PropertyListReader::read(ByteSpan bytes, PropertyList& into, std::string* e
   std::string reason;
   bool done = false;
   try {
-    detail::PropertyListBuilder builder(into, bytes);
+    detail::PropertyListBuilder builder(into);
+    builder.setFileSize(bytes.size());
     if (bytes.size() > kMaximumFileSize) {
       reason = "it is larger than 2 GiB";
     } else if (isBinary(bytes)) {
-      done = detail::parseBinaryPropertyList(bytes, builder, reason) && builder.indexKeys(reason) &&
-             builder.refuseCycles(reason);
+      done = detail::parseBinaryPropertyList(bytes, builder, reason) && builder.finish(reason);
     } else {
-      done = detail::parseXMLPropertyList(bytes, builder, reason) && builder.indexKeys(reason);
+      done = detail::parseXMLPropertyList(bytes, builder, reason) && builder.finish(reason);
     }
   } catch (const std::exception&) {  // the memory ran out
     reason = "there is not enough memory to read it";

@@ -6,39 +6,24 @@
 #include <stdexcept>
 
 #include "tarnkit/platform/KeyedHash.h"
+#include "tarnkit/platform/PropertyListEncoding.h"
 #include "tarnkit/platform/UTF8.h"
 
 namespace tarnkit {
 
 namespace {
 
-constexpr std::uint8_t kFalse = 0x08;
-constexpr std::uint8_t kTrue = 0x09;
-constexpr std::uint8_t kInteger = 0x10;
-constexpr std::uint8_t kReal = 0x20;
-constexpr std::uint8_t kData = 0x40;
-constexpr std::uint8_t kASCII = 0x50;
-constexpr std::uint8_t kUTF16 = 0x60;
-constexpr std::uint8_t kUID = 0x80;
-constexpr std::uint8_t kArray = 0xA0;
-constexpr std::uint8_t kMap = 0xD0;
-constexpr std::size_t kHeaderSize = 8;
-constexpr std::size_t kTrailerSize = 32;
+using namespace detail::marker;
+using detail::bigEndian;
+
+constexpr std::size_t kHeaderSize = detail::kPropertyListHeaderSize;
+constexpr std::size_t kTrailerSize = detail::kPropertyListTrailerSize;
 constexpr std::size_t kMaximumCountSize = 6;  // a marker, an integer's marker and 4 bytes
 constexpr unsigned kFormShift = 30;
 constexpr std::size_t kSlack = 16;  // bytes that may be read past a small scalar
 
 [[noreturn]] void throwTooLarge() {
   throw std::length_error("the property list is too large to be written");
-}
-
-template <class Word>
-Word bigEndian(Word value) noexcept {
-  static_assert(std::endian::native == std::endian::little);
-  if constexpr (sizeof(Word) == 8) return static_cast<Word>(__builtin_bswap64(value));
-  if constexpr (sizeof(Word) == 4) return static_cast<Word>(__builtin_bswap32(value));
-  if constexpr (sizeof(Word) == 2) return static_cast<Word>(__builtin_bswap16(value));
-  return value;
 }
 
 template <class Word>

@@ -222,11 +222,11 @@ class XMLParser {
     switch (element) {
       case Element::key:
       case Element::string:
-        return addArena(Kind::string, text_);
+        return addValue(builder_.addText(text_));
       case Element::isTrue:
       case Element::isFalse:
         if (!isWhiteSpace(text_)) return refuse("a boolean holds a text");
-        return addValue(builder_.addInteger(Kind::boolean, element == Element::isTrue ? 1 : 0));
+        return addValue(builder_.addBoolean(element == Element::isTrue));
       case Element::integer:
         return addInteger();
       case Element::real: {
@@ -242,57 +242,55 @@ class XMLParser {
       default: {
         std::string bytes;
         if (!readBase64(text_, bytes)) return refuse("data is not base64");
-        return addArena(Kind::data, bytes);
+        return addValue(builder_.addData(bytes));
       }
     }
-  }
-
-  bool addArena(Kind kind, std::string_view text) {
-    auto& arena = builder_.arena();
-    const std::size_t start = arena.size();
-    if (!text.empty()) std::memcpy(arena.room(text.size()), text.data(), text.size());
-    arena.commit(text.size());
-    return addValue(builder_.addFromArena(kind, start));
   }
 
   bool addInteger() {
     PropertyListInteger value;
     if (!readPropertyListInteger(text_, value)) return refuse("an integer is malformed");
-    if (value.kind == Kind::wideInteger) {
-      return addValue(builder_.addReal(value.kind, value.wide));
+    switch (value.kind) {
+      case Kind::wideInteger:
+        return addValue(builder_.addReal(value.kind, value.wide));
+      case Kind::unsignedInteger:
+        return addValue(builder_.addUnsigned(static_cast<std::uint64_t>(value.bits)));
+      default:
+        return addValue(builder_.addInteger(value.bits));
     }
-    return addValue(builder_.addInteger(value.kind, value.bits));
   }
 
   bool closeContainer() {
     const Open open = open_.back();
     open_.pop_back();
-    const std::size_t references = children_.size() - open.firstChild;
-    const Index* const from = children_.data() + open.firstChild;
-    if (open.element == Element::array) {
-      std::copy_n(from, references, builder_.fillContainer(open.container, references, references));
-    } else {
-      if (references % 2 != 0) return refuse("a map ends with a key");
-      const std::size_t count = references / 2;
-      Index* const into = builder_.fillContainer(open.container, count, references);
+    const auto first = children_.begin() + static_cast<std::ptrdiff_t>(open.firstChild);
+    references_.assign(first, children_.end());
+    if (open.element == Element::dict) {
+      if (references_.size() % 2 != 0) return refuse("a map ends with a key");
+      const std::size_t count = references_.size() / 2;
       for (std::size_t i = 0; i < count; ++i) {
-        into[i] = from[2 * i];
-        into[count + i] = from[2 * i + 1];
+        references_[i] = first[static_cast<std::ptrdiff_t>(2 * i)];
+        references_[count + i] = first[static_cast<std::ptrdiff_t>(2 * i + 1)];
       }
-      if (count == 1) replaceUID(open.container);
     }
-    children_.resize(open.firstChild);
+    children_.erase(first, children_.end());
+    if (!replaceUID(open) && !builder_.fillContainer(open.container, references_, error_)) {
+      return false;
+    }
     return addValue(open.container);
   }
 
   // The XML form has no UIDs: a map with the one key "CF$UID" stands for one.
-  void replaceUID(Index map) {
+  bool replaceUID(const Open& open) {
     const PropertyList& list = builder_.list();
-    const Index value = list.values(map)[0];
-    if (list.string(list.keys(map)[0]) == "CF$UID" && list.kind(value) == Kind::integer &&
-        list.integer(value) >= 0) {
-      builder_.replaceByUID(map, static_cast<std::uint64_t>(list.integer(value)));
+    if (open.element != Element::dict || references_.size() != 2) return false;
+    const Index value = references_[1];
+    if (list.string(references_[0]) != "CF$UID" || list.kind(value) != Kind::integer ||
+        list.integer(value) < 0) {
+      return false;
     }
+    builder_.replaceByUID(open.container, static_cast<std::uint64_t>(list.integer(value)));
+    return true;
   }
 
   PropertyListBuilder& builder_;
@@ -300,6 +298,7 @@ class XMLParser {
   std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser_;
   std::vector<Open> open_;
   std::vector<Index> children_;
+  std::vector<Index> references_;
   std::string text_;
   Element leaf_ = Element::unknown;
   std::size_t depth_ = 0;

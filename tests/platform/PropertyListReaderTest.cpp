@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <random>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "tarnkit/platform/PropertyListReader.h"
 #include "tests/platform/BinaryList.h"
@@ -71,6 +75,8 @@ TEST(BinaryPropertyList, RefusesWhatIsMalformed) {
       {"an unknown kind", BinaryList{.objects = {"\x70"}}.bytes()},
       {"an unknown single byte", BinaryList{.objects = {"\x0F"}}.bytes()},
       {"a reference beyond the objects", BinaryList{.objects = {"\xA1\x01"}}.bytes()},
+      {"a reference of 8 bytes that wraps round",
+       BinaryList{.objects = {"\xA1\0\0\0\1\0\0\0\1"s, text}, .referenceWidth = 8}.bytes()},
       {"a list that is too long", BinaryList{.objects = {"\xAE\0"s}}.bytes()},
       {"a map that is too long", BinaryList{.objects = {"\xD2\0\0\0"s}}.bytes()},
       {"a key that is no string", BinaryList{.objects = {"\xD1\1\1"s, "\x10\1"}}.bytes()},
@@ -214,6 +220,150 @@ TEST(BinaryPropertyList, TakesAnyDepth) {
   EXPECT_TRUE(reads(up.bytes()));
   down.objects.back() = "\xA1" + BinaryList::number(0, 4);
   EXPECT_FALSE(reads(down.bytes()));
+}
+
+// Lists put together at random, small enough that cycles, equal keys in every order and encoding
+// and keys after their maps are all common: what is accepted, and how keys are told apart, must be
+// what a plain look at the objects says.
+class RandomList {
+ public:
+  explicit RandomList(std::uint32_t seed) : random_(seed) {
+    const std::size_t strings = 1 + pick(12);
+    const std::size_t containers = 1 + pick(90);
+    std::vector<bool> isContainer(strings + containers);
+    std::fill_n(isContainer.begin(), containers, true);
+    std::shuffle(isContainer.begin(), isContainer.end(), random_);
+    objects_.resize(isContainer.size());
+    std::uint64_t number = pick(12);
+    for (std::size_t i = 0; i < objects_.size(); ++i) {
+      if (!isContainer[i]) {
+        objects_[i].text = nextText(number);
+        objects_[i].isWide = pick(6) == 0;
+        strings_.push_back(i);
+      }
+    }
+    for (std::size_t i = 0; i < objects_.size(); ++i) {
+      if (isContainer[i]) fill(i);
+    }
+  }
+
+  std::string bytes() const {
+    BinaryList list;
+    for (const Object& object : objects_) list.objects.push_back(encoded(object));
+    return list.bytes();
+  }
+  bool isSound() const {
+    for (const Object& object : objects_) {
+      std::set<std::string> names;
+      for (const auto key : object.keys) {
+        if (!names.insert(objects_[key].text).second) return false;
+      }
+    }
+    std::vector<int> state(objects_.size());
+    for (std::size_t i = 0; i < objects_.size(); ++i) {
+      if (!endsFrom(i, state)) return false;
+    }
+    return true;
+  }
+  void check(const PropertyList& list) const {
+    for (std::uint32_t i = 0; i < objects_.size(); ++i) {
+      const Object& map = objects_[i];
+      for (std::size_t k = 0; k < map.keys.size(); ++k) {
+        const auto key = static_cast<std::uint32_t>(map.keys[k]);
+        const std::string& text = objects_[key].text;
+        EXPECT_EQ(list.string(key), text);
+        EXPECT_EQ(list.keyOf(key), list.keyNamed(text)) << text;
+        EXPECT_EQ(list.valueForKey(i, text), map.values[k]) << text;
+        for (const auto other : strings_) {
+          const auto otherKey = list.keyOf(static_cast<std::uint32_t>(other));
+          if (otherKey == PropertyList::kNoKey) continue;
+          EXPECT_EQ(otherKey == list.keyOf(key), objects_[other].text == text) << text;
+        }
+      }
+    }
+  }
+
+ private:
+  struct Object {
+    std::string text;  // of a string
+    bool isWide = false;
+    bool isMap = false;
+    std::vector<std::size_t> keys{};
+    std::vector<std::size_t> values{};
+  };
+
+  std::size_t pick(std::size_t count) { return random_() % count; }
+
+  // As a rule ascending, as archives have them.
+  std::string nextText(std::uint64_t& number) {
+    switch (pick(8)) {
+      case 0:
+        return "$object-" + std::to_string(pick(16));
+      case 1:
+        return "$othersObject-" + std::to_string(pick(3));
+      case 2:
+        return "name" + std::to_string(pick(3));
+      default:
+        return "$object-" + std::to_string(number += pick(4) == 0 ? 0 : 1);
+    }
+  }
+  void fill(std::size_t index) {
+    Object& object = objects_[index];
+    object.isMap = pick(2) == 0;
+    for (std::size_t count = pick(4); count > 0; --count) {
+      if (object.isMap) object.keys.push_back(strings_[pick(strings_.size())]);
+      // Forward as a rule, so that cycles are not everywhere.
+      const bool goesBack = pick(40) == 0;
+      const std::size_t ahead = objects_.size() - index - 1;
+      const bool toString = ahead == 0 || pick(3) == 0;
+      object.values.push_back(toString   ? strings_[pick(strings_.size())]
+                              : goesBack ? pick(objects_.size())
+                                         : index + 1 + pick(ahead));
+    }
+  }
+  static std::string encoded(const Object& object) {
+    std::string text;
+    if (!object.text.empty()) {
+      for (const char letter : object.text) (text += object.isWide ? "\0"s : ""s) += letter;
+      return std::string(1, object.isWide ? '\x6F' : '\x5F') + "\x10" +
+             static_cast<char>(object.text.size()) + text;
+    }
+    text = static_cast<char>((object.isMap ? 0xD0 : 0xA0) | object.values.size());
+    for (const auto key : object.keys) text += static_cast<char>(key);
+    for (const auto value : object.values) text += static_cast<char>(value);
+    return text;
+  }
+  bool endsFrom(std::size_t index, std::vector<int>& state) const {
+    if (state[index] != 0) return state[index] == 2;
+    state[index] = 1;
+    for (const auto value : objects_[index].values) {
+      if (!endsFrom(value, state)) return false;
+    }
+    state[index] = 2;
+    return true;
+  }
+
+  std::mt19937 random_;
+  std::vector<Object> objects_;
+  std::vector<std::size_t> strings_;
+};
+
+TEST(BinaryPropertyList, TellsKeysApartAndFindsCyclesWhateverTheOrder) {
+  int sound = 0;
+  for (std::uint32_t seed = 0; seed < 4000; ++seed) {
+    const RandomList random(seed);
+    const std::string file = random.bytes();
+    PropertyList list;
+    std::string error;
+    ASSERT_EQ(PropertyListReader::read(bytesOf(file), list, &error), random.isSound())
+        << "seed " << seed << ": " << error;
+    if (!random.isSound()) continue;
+    ++sound;
+    random.check(list);
+    if (testing::Test::HasFailure()) FAIL() << "seed " << seed;
+  }
+  EXPECT_GT(sound, 400);
+  EXPECT_LT(sound, 3600);
 }
 
 std::string plist(const std::string& body) {

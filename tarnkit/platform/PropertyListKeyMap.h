@@ -1,0 +1,31 @@
+#pragma once
+
+#include <vector>
+
+#include "tarnkit/platform/PropertyList.h"
+
+namespace tarnkit {
+
+/// A value for every key of a property list, by the key's number: one load a look-up. Belongs to
+/// whoever makes it.
+template <class T>
+class PropertyListKeyMap {
+ public:
+  PropertyListKeyMap() = default;
+  /// Every key of the list gets the value.
+  PropertyListKeyMap(const PropertyList& list, const T& value)
+      : hashed_(list.hashedKeyCount(), value), chained_(list.chainedKeyCount(), value) {}
+
+  T& operator[](PropertyList::Key key) noexcept {
+    return (PropertyList::isChained(key) ? chained_ : hashed_)[PropertyList::ordinalOf(key)];
+  }
+  const T& operator[](PropertyList::Key key) const noexcept {
+    return (PropertyList::isChained(key) ? chained_ : hashed_)[PropertyList::ordinalOf(key)];
+  }
+
+ private:
+  std::vector<T> hashed_;
+  std::vector<T> chained_;
+};
+
+}  // namespace tarnkit
