@@ -1,5 +1,6 @@
 // Property lists of both forms: whatever is read must hold together, and what the readers of
 // archives make of it must end.
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -29,15 +30,43 @@ void checkText(std::string_view text) {
   }
 }
 
+// Reads every byte, for the sanitizer to see.
+void checkScalar(const PropertyList& list, PropertyList::Index value) {
+  switch (list.kind(value)) {
+    case Kind::boolean:
+      return require(list.boolean(value) == (list.integer(value) == 1));
+    case Kind::integer:
+    case Kind::unsignedInteger: {
+      volatile std::int64_t seen = list.integer(value);
+      return static_cast<void>(seen);
+    }
+    case Kind::wideInteger:
+      return require(std::abs(list.real(value)) >= 0x1p63);
+    case Kind::real32:
+    case Kind::real64:
+    case Kind::date: {
+      volatile double seen = list.real(value);
+      return static_cast<void>(seen);
+    }
+    case Kind::uid: {
+      volatile std::uint64_t seen = list.uid(value);
+      return static_cast<void>(seen);
+    }
+    case Kind::data: {
+      const std::vector<std::uint8_t> copy(list.data(value).begin(), list.data(value).end());
+      return require(copy.size() == list.count(value));
+    }
+    case Kind::string:
+      return checkText(list.string(value));
+    default:
+      return;
+  }
+}
+
 void check(const PropertyList& list) {
   require(list.root() < list.count());
   for (PropertyList::Index value = 0; value < list.count(); ++value) {
-    if (list.kind(value) == Kind::string) checkText(list.string(value));
-    if (list.kind(value) == Kind::data) {
-      // Reads every byte, for the sanitizer to see.
-      const std::vector<std::uint8_t> copy(list.data(value).begin(), list.data(value).end());
-      require(copy.size() == list.count(value));
-    }
+    checkScalar(list, value);
     if (list.kind(value) != Kind::array && list.kind(value) != Kind::map) continue;
     for (const auto child : list.elements(value)) require(child < list.count());
     if (list.kind(value) != Kind::map) continue;
