@@ -2,8 +2,6 @@
 
 #include <bit>
 
-#include "tarnkit/platform/KeyedHash.h"
-
 namespace tarnkit {
 
 const char* PropertyList::nameOf(Kind kind) noexcept {
@@ -72,30 +70,6 @@ std::string_view PropertyList::string(Index index) const noexcept {
 ByteSpan PropertyList::data(Index index) const noexcept {
   const auto extent = detail::extentAt(objectAt(index));
   return {extent.body, extent.count};
-}
-
-PropertyList::Key PropertyList::keyNamed(std::string_view text) const noexcept {
-  if (couldBeInChain(text)) {
-    const Key key = keyInChain(text);
-    if (key != kNoKey) return key;
-  }
-  if (keyTable_.empty()) return kNoKey;
-  const auto hash =
-      static_cast<std::uint32_t>(detail::keyedHash(text.data(), text.size(), detail::hashKeys()));
-  const std::size_t mask = keyTable_.size() - 1;
-  for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
-    const KeySlot& slot = keyTable_[at];
-    if (slot.number == 0) return kNoKey;
-    if (slot.hash == hash && string(keys_[slot.number - 1]) == text) return (slot.number - 1) << 1;
-  }
-}
-
-PropertyList::Key PropertyList::keyInChain(std::string_view text) const noexcept {
-  const Index* const end = chain_.data() + chain_.size();
-  const Index* const found = std::lower_bound(
-      chain_.data(), end, text,
-      [this](Index member, std::string_view wanted) { return ascend(string(member), wanted); });
-  return found != end && string(*found) == text ? keyOf(*found) : kNoKey;
 }
 
 PropertyList::Index PropertyList::valueForKey(Index map, std::string_view key) const noexcept {

@@ -3,17 +3,18 @@
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 #include "tarnkit/platform/Data.h"
 #include "tarnkit/platform/PropertyListElements.h"
+#include "tarnkit/platform/PropertyListKeys.h"
 #include "tarnkit/platform/RawBuffer.h"
 
 namespace tarnkit {
 
 namespace detail {
 class PropertyListBuilder;
-}
+class PropertyListKeyCheck;
+}  // namespace detail
 
 /// A property list as read: checked values, each known by its index. Immutable.
 ///
@@ -94,27 +95,23 @@ class PropertyList {
 
   /// Every text that is the key of some map has a number, so keys are compared without their texts.
   /// `PropertyListKeyMap` holds a value for each.
-  using Key = std::uint32_t;
-  static constexpr Key kNoKey = 0xFFFFFFFEU;
+  using Key = detail::PropertyListKeys::Key;
+  static constexpr Key kNoKey = detail::PropertyListKeys::kNone;
   /// The number of a string that stands as a map's key, or `kNoKey` for one that was met as a value
   /// only (an equal key may still be there: see `keyNamed`).
   Key keyOf(Index string) const noexcept { return entries_[string].key(); }
   /// `kNoKey` when no map has such a key. Costs a hash.
-  Key keyNamed(std::string_view text) const noexcept;
+  Key keyNamed(std::string_view text) const noexcept { return keys_.named(*this, text); }
   /// The value in the map, or `kNone`. Linear in the map.
   Index valueForKey(Index map, std::string_view key) const noexcept;
 
-  /// How keys are numbered: most are found by their hash; strings that begin alike and ascend from
-  /// one to the next, as the IDs of an archive do, form a chain and are found by their order, which
-  /// costs nothing when a list of millions is read. (A string of the chain has its number though it
-  /// be no key.)
-  std::size_t hashedKeyCount() const noexcept { return keys_.size(); }
-  std::size_t chainedKeyCount() const noexcept { return chain_.size(); }
-  static bool isChained(Key key) noexcept { return (key & 1U) != 0; }
-  static std::uint32_t ordinalOf(Key key) noexcept { return key >> 1; }
+  /// The numbers, for `PropertyListKeyMap`. (A string of the chain has its number though it be no
+  /// key.)
+  const detail::PropertyListKeys& keyNumbers() const noexcept { return keys_; }
 
  private:
   friend class detail::PropertyListBuilder;
+  friend class detail::PropertyListKeyCheck;
 
   // Where an object stands, and in one word what it is (4 bits) and a number: of a string, the
   // key's, from 1 on; of a container, how far it was checked. 28 bits suffice: 2 GiB have no room
@@ -144,10 +141,10 @@ class PropertyList {
       word = (word & kKindMask) | (number << kKindBits);
     }
     Key key() const noexcept { return ((number() - 1) << 1) | ((word & kInChain) >> 1); }
-  };
-  struct KeySlot {
-    std::uint32_t hash;
-    std::uint32_t number;
+    void setKey(Key key) noexcept {
+      word |= (key & 1U) << 1;
+      setNumber(detail::PropertyListKeys::ordinalOf(key) + 1);
+    }
   };
 
   const std::uint8_t* objectAt(Index index) const noexcept {
@@ -155,28 +152,10 @@ class PropertyList {
     return (entry.isInArena() ? arena_.data() : base_) + entry.position;
   }
 
-  // The chain: strings of one beginning, sorted by length and then by bytes.
-  static constexpr std::size_t kChainPrefix = 8;
-  static bool mayBeLinked(std::string_view text) noexcept {
-    return text.size() > kChainPrefix && text[0] == '$';
-  }
-  static bool beginAlike(std::string_view a, std::string_view b) noexcept {
-    return a.substr(0, kChainPrefix) == b.substr(0, kChainPrefix);
-  }
-  static bool ascend(std::string_view a, std::string_view b) noexcept {
-    return a.size() != b.size() ? a.size() < b.size() : a < b;
-  }
-  bool couldBeInChain(std::string_view text) const noexcept {
-    return chain_.size() > 0 && mayBeLinked(text) && beginAlike(text, string(chain_[0]));
-  }
-  Key keyInChain(std::string_view text) const noexcept;
-
   const std::uint8_t* base_ = nullptr;  // of the positions of all that is not in the arena
   detail::RawBuffer<std::uint8_t> arena_;
   detail::RawBuffer<Entry> entries_;
-  std::vector<KeySlot> keyTable_;
-  std::vector<Index> keys_;         // a string for each key that is found by its hash
-  detail::RawBuffer<Index> chain_;  // the strings of the chain
+  detail::PropertyListKeys keys_;
   unsigned referenceWidth_ = 1;
   Index root_ = kNone;
   std::size_t fileSize_ = 0;

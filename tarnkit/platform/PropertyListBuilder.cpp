@@ -1,10 +1,7 @@
 #include "tarnkit/platform/PropertyListBuilder.h"
 
-#include <algorithm>
 #include <bit>
 #include <cstring>
-
-#include "tarnkit/platform/KeyedHash.h"
 
 namespace tarnkit::detail {
 
@@ -29,7 +26,7 @@ std::uint8_t* putCount(std::uint8_t* at, std::uint8_t marker, std::size_t count)
 
 }  // namespace
 
-PropertyListBuilder::PropertyListBuilder(PropertyList& list) : list_(list) {
+PropertyListBuilder::PropertyListBuilder(PropertyList& list) : list_(list), keyCheck_(list) {
   list_ = PropertyList();
   list_.referenceWidth_ = sizeof(Index);
 }
@@ -44,9 +41,7 @@ void PropertyListBuilder::beginInPlace(ByteSpan bytes, std::size_t objects,
 }
 
 bool PropertyListBuilder::finish(std::string& error) {
-  for (const Index map : lateMaps_) {
-    if (!checkKeys(map, error)) return false;
-  }
+  if (!keyCheck_.checkLate(error)) return false;
   while (!pending_.empty()) retryOldest();
   for (const Index container : doubtful_) {
     if (list_.entries_[container].number() == kUnseen && !settle(container)) {
@@ -145,7 +140,8 @@ bool PropertyListBuilder::admit(Index container, std::string& error) {
     } else if (value < total_) {
       allSettled = false;
     } else {
-      return refuseReference(error);
+      error = "a reference points to no object of the file";
+      return false;
     }
   }
   list_.referenceCount_ += isMap ? 2 * values.size() : values.size();
@@ -155,12 +151,7 @@ bool PropertyListBuilder::admit(Index container, std::string& error) {
     pending_.push_back(container);
   }
   if (!pending_.empty() && pending_.front() + kRetryDistance <= container) retryOldest();
-  return !isMap || checkKeys(container, error);
-}
-
-bool PropertyListBuilder::refuseReference(std::string& error) {
-  error = "a reference points to no object of the file";
-  return false;
+  return !isMap || keyCheck_.check(container, total_, error);
 }
 
 // What cannot lead back to itself is settled: scalars, and containers of nothing that is not.
@@ -198,151 +189,6 @@ bool PropertyListBuilder::settle(Index start) {
     path.push_back({child, 0});
   }
   return true;
-}
-
-// --- Keys
-
-bool PropertyListBuilder::checkKeys(Index map, std::string& error) {
-  const auto names = list_.keys(map);
-  std::uint32_t lastChained = 0;
-  bool chainAscends = true;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    const Index name = names[i];
-    if (name >= count()) {
-      if (name >= total_) return refuseReference(error);
-      postpone(map, i);
-      return true;
-    }
-    const auto& entry = list_.entries_[name];
-    if (!entry.isString()) {
-      error = std::string(PropertyList::nameOf(entry.kind())) + " is the key of a map";
-      return false;
-    }
-    if (entry.number() == 0) numberKeys(names, i);
-    if (names.size() == 1) break;
-    if (PropertyList::isChained(entry.key())) {
-      chainAscends &= entry.number() > lastChained;
-      lastChained = entry.number();
-      continue;
-    }
-    Index& last = lastMap_[entry.number() - 1];
-    if (last == map) return refuseTwice(name, error);
-    last = map;
-  }
-  return chainAscends || checkChainedKeys(map, error);
-}
-
-// The map is looked at again when all objects are there, as if for the first time.
-void PropertyListBuilder::postpone(Index map, std::size_t checkedKeys) {
-  for (const Index name : list_.keys(map).first(checkedKeys)) {
-    const auto key = list_.keyOf(name);
-    if (!PropertyList::isChained(key)) lastMap_[PropertyList::ordinalOf(key)] = PropertyList::kNone;
-  }
-  lateMaps_.push_back(map);
-}
-
-bool PropertyListBuilder::checkChainedKeys(Index map, std::string& error) const {
-  std::vector<std::pair<PropertyList::Key, Index>> chained;
-  for (const Index name : list_.keys(map)) {
-    const auto key = list_.keyOf(name);
-    if (PropertyList::isChained(key)) chained.emplace_back(key, name);
-  }
-  std::sort(chained.begin(), chained.end());
-  const auto twice =
-      std::adjacent_find(chained.begin(), chained.end(),
-                         [](const auto& a, const auto& b) { return a.first == b.first; });
-  return twice == chained.end() || refuseTwice(twice->second, error);
-}
-
-bool PropertyListBuilder::refuseTwice(Index key, std::string& error) const {
-  error = "a map has the key \"" + std::string(list_.string(key).substr(0, 200)) + "\" twice";
-  return false;
-}
-
-// A map of many different keys is slow where every look-up waits for the memory: the places of a
-// whole batch are asked for before the first one is looked at.
-void PropertyListBuilder::numberKeys(PropertyList::Elements names, std::size_t from) {
-  std::uint32_t hashes[kBatch];
-  Index fresh[kBatch];
-  std::size_t freshCount = 0;
-  growKeyTable(list_.keys_.size() + kBatch);
-  const std::size_t mask = list_.keyTable_.size() - 1;
-  const std::size_t end = std::min(from + kBatch, names.size());
-  for (std::size_t i = from; i < end; ++i) {
-    const Index name = names[i];
-    if (name >= count() || !list_.entries_[name].isString()) break;
-    if (list_.entries_[name].number() != 0) continue;
-    const auto text = list_.string(name);
-    hashes[freshCount] =
-        static_cast<std::uint32_t>(keyedHash(text.data(), text.size(), hashKeys()));
-    __builtin_prefetch(&list_.keyTable_[hashes[freshCount] & mask]);
-    fresh[freshCount++] = name;
-  }
-  for (std::size_t i = 0; i < freshCount; ++i) numberKey(fresh[i], hashes[i]);
-}
-
-void PropertyListBuilder::numberKey(Index string, std::uint32_t hash) {
-  auto& entry = list_.entries_[string];
-  if (entry.number() != 0) return;  // twice in one batch
-  const auto text = list_.string(string);
-  const std::size_t mask = list_.keyTable_.size() - 1;
-  std::size_t at = hash & mask;
-  for (; list_.keyTable_[at].number != 0; at = (at + 1) & mask) {
-    const auto& slot = list_.keyTable_[at];
-    if (slot.hash == hash && list_.string(list_.keys_[slot.number - 1]) == text) {
-      return entry.setNumber(slot.number);
-    }
-  }
-  if (list_.couldBeInChain(text)) {
-    const auto key = list_.keyInChain(text);
-    if (key != PropertyList::kNoKey) {
-      entry.word |= PropertyList::Entry::kInChain;
-      return entry.setNumber(PropertyList::ordinalOf(key) + 1);
-    }
-    chainIsOpen_ = false;  // an equal string that comes later must get this number
-  }
-  list_.keys_.push_back(string);
-  lastMap_.push_back(PropertyList::kNone);
-  const auto number = static_cast<std::uint32_t>(list_.keys_.size());
-  list_.keyTable_[at] = {hash, number};
-  entry.setNumber(number);
-}
-
-void PropertyListBuilder::growKeyTable(std::size_t keys) {
-  auto& table = list_.keyTable_;
-  std::size_t size = std::max<std::size_t>(64, table.size());
-  while (size < keys * 2) size *= 2;
-  if (size == table.size()) return;
-  std::vector<PropertyList::KeySlot> larger(size);
-  const std::size_t mask = larger.size() - 1;
-  for (const auto& slot : table) {
-    if (slot.number == 0) continue;
-    std::size_t at = slot.hash & mask;
-    while (larger[at].number != 0) at = (at + 1) & mask;
-    larger[at] = slot;
-  }
-  table = std::move(larger);
-}
-
-// '$' begins the names that an archiver gives; the first long one decides how those of the chain
-// begin. Keys that were hashed before stay out of it.
-void PropertyListBuilder::link(Index string, std::string_view text) {
-  if (list_.chain_.size() == 0) {
-    const auto isAlike = [&](Index key) {
-      return PropertyList::beginAlike(list_.string(key), text);
-    };
-    chainIsOpen_ = list_.keys_.size() <= kBatch &&
-                   std::none_of(list_.keys_.begin(), list_.keys_.end(), isAlike);
-    if (!chainIsOpen_) return;
-  } else if (!PropertyList::beginAlike(lastLinked_, text) ||
-             !PropertyList::ascend(lastLinked_, text)) {
-    return;
-  }
-  list_.chain_.append(string);
-  lastLinked_ = text;
-  auto& entry = list_.entries_[string];
-  entry.word |= PropertyList::Entry::kInChain;
-  entry.setNumber(static_cast<std::uint32_t>(list_.chain_.size()));
 }
 
 }  // namespace tarnkit::detail

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tarnkit/platform/PropertyList.h"
+#include "tarnkit/platform/PropertyListKeyCheck.h"
 
 namespace tarnkit::detail {
 
@@ -35,7 +36,8 @@ class PropertyListBuilder {
   }
   Index addASCII(std::size_t position, std::string_view text) {
     const Index index = add(Kind::string, position);
-    if (chainIsOpen_ && PropertyList::mayBeLinked(text)) link(index, text);
+    auto& keys = list_.keys_;
+    if (keys.link(list_, index, text)) list_.entries_[index].setKey(keys.lastLinked());
     return index;
   }
   /// The last one is of that kind.
@@ -62,7 +64,6 @@ class PropertyListBuilder {
   bool finish(std::string& error);
 
  private:
-  static constexpr std::size_t kBatch = 16;
   // After how many more objects a container is looked at again whose elements were not all there:
   // far enough for what an archiver writes after it, near enough to be in the cache.
   static constexpr Index kRetryDistance = 64;
@@ -70,7 +71,6 @@ class PropertyListBuilder {
   enum State : std::uint32_t { kUnseen, kSettled, kOpen };
 
   bool admit(Index container, std::string& error);
-  static bool refuseReference(std::string& error);
   bool isSettled(Index index) const noexcept {
     const auto& entry = list_.entries_[index];
     return !entry.isContainer() || entry.number() == kSettled;
@@ -79,29 +79,17 @@ class PropertyListBuilder {
   void retryOldest();
   bool settle(Index start);
 
-  bool checkKeys(Index map, std::string& error);
-  bool checkChainedKeys(Index map, std::string& error) const;
-  void postpone(Index map, std::size_t checkedKeys);
-  bool refuseTwice(Index key, std::string& error) const;
-  void numberKeys(PropertyList::Elements names, std::size_t from);
-  void numberKey(Index string, std::uint32_t hash);
-  void growKeyTable(std::size_t keys);
-  void link(Index string, std::string_view text);
-
   std::uint8_t* roomForObject(std::size_t size);
   void takeObject(Index index, const std::uint8_t* end);
   Index addToArena(Kind kind, std::uint8_t marker, std::uint64_t bits, unsigned width);
   Index addCounted(std::uint32_t form, std::uint8_t marker, std::string_view bytes);
 
   PropertyList& list_;
+  PropertyListKeyCheck keyCheck_;
   std::size_t total_ = PropertyList::kNone;
   bool isInPlace_ = false;
-  std::vector<Index> lastMap_;   // for each hashed key, the map that had it last
-  std::vector<Index> lateMaps_;  // whose keys were not all there yet
   std::deque<Index> pending_;    // containers whose elements were not all there yet
   std::vector<Index> doubtful_;  // those that may lead back to themselves
-  std::string_view lastLinked_;
-  bool chainIsOpen_ = true;
 };
 
 }  // namespace tarnkit::detail

@@ -14,16 +14,19 @@ class PropertyListKeyMap {
   PropertyListKeyMap() = default;
   /// Every key of the list gets the value.
   PropertyListKeyMap(const PropertyList& list, const T& value)
-      : hashed_(list.hashedKeyCount(), value), chained_(list.chainedKeyCount(), value) {}
+      : hashed_(list.keyNumbers().hashedCount(), value),
+        chained_(list.keyNumbers().chainedCount(), value) {}
 
   T& operator[](PropertyList::Key key) noexcept {
-    return (PropertyList::isChained(key) ? chained_ : hashed_)[PropertyList::ordinalOf(key)];
+    return (Keys::isChained(key) ? chained_ : hashed_)[Keys::ordinalOf(key)];
   }
   const T& operator[](PropertyList::Key key) const noexcept {
-    return (PropertyList::isChained(key) ? chained_ : hashed_)[PropertyList::ordinalOf(key)];
+    return (Keys::isChained(key) ? chained_ : hashed_)[Keys::ordinalOf(key)];
   }
 
  private:
+  using Keys = detail::PropertyListKeys;
+
   std::vector<T> hashed_;
   std::vector<T> chained_;
 };
