@@ -71,6 +71,43 @@ Decimal remainderOfMagnitudes(const Decimal& a, const Decimal& b) noexcept {
   return Decimal::rounding(false, {0, rest}, std::min(a.exponent(), b.exponent()));
 }
 
+// The whole part of a magnitude over a power of two.
+struct ShiftedDown {
+  UInt256 value;
+  bool isExact;
+};
+
+// Below 10^76.
+constexpr int kMostShiftedBits = 252;
+
+// Of a whole number whose exponent is not negative.
+ShiftedDown shiftedDown(const Decimal& whole, int bits) noexcept {
+  constexpr int kWordBits = 64;
+  // 38 digits and 10^127 have 549 bits.
+  constexpr int kWords = 9;
+  std::uint64_t words[kWords + 5] = {detail::lowWord(whole.mantissa()),
+                                     detail::highWord(whole.mantissa())};
+  for (int left = whole.exponent(); left > 0; left -= detail::kLargestPowerOfTenInWord) {
+    const int part = std::min(left, detail::kLargestPowerOfTenInWord);
+    const std::uint64_t power = detail::lowWord(detail::powerOfTen(part));
+    UInt128 carry = 0;
+    for (int i = 0; i < kWords; ++i) {
+      carry += UInt128{words[i]} * power;
+      words[i] = detail::lowWord(carry);
+      carry >>= kWordBits;
+    }
+  }
+  const int skipped = std::min(bits / kWordBits, kWords);
+  const int shift = bits % kWordBits;
+  std::uint64_t cut = words[skipped] & ((std::uint64_t{1} << shift) - 1);
+  for (int i = 0; i < skipped; ++i) cut |= words[i];
+  const auto word = [&](int i) {
+    const std::uint64_t* const at = words + skipped + i;
+    return detail::lowWord(detail::joinWords(at[1], at[0]) >> shift);
+  };
+  return {{detail::joinWords(word(3), word(2)), detail::joinWords(word(1), word(0))}, cut == 0};
+}
+
 }  // namespace
 
 Decimal MXDecimalNAN() noexcept { return Decimal::notANumber(); }
@@ -215,15 +252,11 @@ Decimal MXDecimalRightShift(const Decimal& value, const Decimal& count) noexcept
   if (whole.isZero()) return whole;
   if (bits < 0 || bits >= kFar) return whole.isNegative() ? MXDecimalNegativeOne() : Decimal();
   const WideFloat shifted = detail::wideOf(whole).timesPowerOfTwo(-static_cast<int>(bits));
-  if (whole.magnitude() >= Decimal::kDigits) {
-    return detail::decimalOf(shifted).rounded(0, DecimalRounding::down);
-  }
-  const UInt128 magnitude = whole.exponent() > 0
-                                ? whole.mantissa() * detail::powerOfTen(whole.exponent())
-                                : whole.mantissa() / detail::powerOfTen(-whole.exponent());
-  UInt128 left = bits < 128 ? magnitude >> bits : 0;
-  if (whole.isNegative() && (bits >= 128 || (left << bits) != magnitude)) ++left;
-  return Decimal::rounding(whole.isNegative(), {0, left}, 0);
+  // The last of 38 digits is far above the point.
+  if (shifted.exponent > kMostShiftedBits) return detail::decimalOf(shifted);
+  const ShiftedDown left = shiftedDown(whole, static_cast<int>(bits));
+  const bool isBelow = whole.isNegative() && !left.isExact;
+  return Decimal::rounding(whole.isNegative(), left.value + UInt256{0, isBelow ? 1U : 0U}, 0);
 }
 
 Decimal MXDecimalSin(const Decimal& angle) noexcept { return ofAngle(Builtin::sin, angle); }

@@ -174,6 +174,19 @@ TEST(DecimalTest, WholeNumbersRemaindersAndShifts) {
   EXPECT_EQ(MXDecimalRightShift(Decimal::of(-7), Decimal::of(1)).text(), "-4");
   EXPECT_EQ(MXDecimalRightShift(Decimal::of(-7), Decimal::of(5000)).text(), "-1");
   EXPECT_EQ(MXDecimalRightShift(read("1e-5"), Decimal::of(1)).text(), "0");
+  // Quotients of more bits than a word, cut and not rounded.
+  const Case shifts[] = {
+      {"1361129467683753853853498429727072845800", "129", "1"},
+      {"-1361129467683753853853498429727072845800", "129", "-2"},
+      {"2568048114007504292524252443e34", "78", "84969584480414994029212581051318088040"},
+      {"-13e80", "144", "-58294016115912390150427150664860511062"},
+      {"1e60", "60", "867361737988403547205962240695953369140625"},
+      {"1e127", "576", "0"},
+      {"-1e127", "576", "-1"},
+  };
+  for (const Case& each : shifts) {
+    EXPECT_EQ(MXDecimalRightShift(read(each.a), read(each.b)), read(each.rest)) << each.a;
+  }
 }
 
 TEST(DecimalTest, ExactResultsAndIdentities) {
