@@ -60,6 +60,15 @@ MXNumber MXNumber::fromText(std::string_view text) {
   return number;
 }
 
+MXNumber MXNumber::fromNumber(const Number& number) {
+  constexpr std::int64_t kTwoTo53 = std::int64_t{1} << 53;
+  const double value = number.doubleValue();
+  if (number.isReal()) return value;
+  const std::int64_t whole = number.int64Value();
+  if (whole >= -kTwoTo53 && whole <= kTwoTo53) return value;
+  return fromText(std::to_string(whole));
+}
+
 MXNumber MXNumber::fromDigits(std::string_view digits, double value) {
   MXNumber number(value);
   const std::string decimal = detail::decimalText(digits);

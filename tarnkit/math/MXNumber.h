@@ -16,13 +16,14 @@ class MXNumber {
  public:
   /// A plain number.
   MXNumber(double value = 0) noexcept : value_(value) {}
-  /// The decimal number of a text of digits ("12", "1.5", "2e-3"). One outside the range of a
-  /// decimal (38 digits, exponents -128 to 127) is a plain double, infinite when too large.
+  /// The decimal number of a text of digits ("12", "1.5", "2e-3"), to 38 digits. One too large for
+  /// a decimal or without a digit in its 128 places is a plain double, infinite when too large.
   /// Anything but a number logs "supposedly invalid number: …" and gives 0.
   static MXNumber fromText(std::string_view text);
   /// The same for digits that are known to be a number.
   static MXNumber fromDigits(std::string_view digits, double value);
-  static MXNumber fromNumber(const Number& number) noexcept { return number.doubleValue(); }
+  /// A whole number that no double holds keeps its digits.
+  static MXNumber fromNumber(const Number& number);
   /// Whether `fromText` reads the text as a number: digits, a point, an exponent, after a "-" or
   /// not.
   static bool isNumberText(std::string_view text) noexcept;

@@ -235,7 +235,9 @@ std::string decimalText(std::string_view number) {
   }
   if (digits.empty()) return "0";
   const auto padding = static_cast<std::int64_t>(kDecimalDigits - digits.size());
-  if (exponent < kMinimumDecimalExponent || exponent > kMaximumDecimalExponent + padding) return {};
+  const std::int64_t magnitude = exponent + static_cast<std::int64_t>(digits.size()) - 1;
+  if (magnitude < kMinimumDecimalExponent || exponent > kMaximumDecimalExponent + padding)
+    return {};
   if (exponent >= 0) return digits.append(static_cast<std::size_t>(exponent), '0');
   const auto fraction = static_cast<std::size_t>(-exponent);
   if (fraction >= digits.size()) {

@@ -36,7 +36,8 @@ String lowerCase(const String& text);
 double readNumber(std::string_view text) noexcept;
 /// The digits of such a number as a decimal value writes them: no exponent, no leading or trailing
 /// zeros ("0.5", "100000"), rounded to 38 significant digits, halves to even. Empty when the value
-/// is outside a decimal's range (exponents -128 to 127 over 38 digits).
+/// is too large for a decimal or its first digit is behind the 128th place; digits of others that
+/// stand behind it are kept for whoever rounds them.
 std::string decimalText(std::string_view number);
 
 }  // namespace tarnkit::detail

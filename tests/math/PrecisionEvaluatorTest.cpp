@@ -49,6 +49,8 @@ TEST_F(PrecisionEvaluatorTest, DigitsGoFromTheTextToTheResult) {
       {"30!", "265252859812191058636308480000000"},
       {"1 << 100", "1267650600228229401496703205376"},
       {"2 ** 126", "85070591730234615865843651857942052864"},
+      {"1.2345678901234567890123456789e-110 * 1e110", "1.234567890123456789"},
+      {"1.5e-128 * 1e128", "2"},
   };
   for (const Case& each : cases) EXPECT_EQ(value(each.text), each.value) << each.text;
 }
@@ -59,6 +61,10 @@ TEST_F(PrecisionEvaluatorTest, VariablesKeepTheirDigits) {
   substitutions.set("y", Number::withDouble(0.1));
   EXPECT_EQ(value("$x * 10", substitutions), "1.2345678901234567890123456789012345678");
   EXPECT_EQ(value("$y * 3", substitutions), "0.3");
+  substitutions.set("whole", Number::withInt64(-9007199254740993));
+  EXPECT_EQ(value("$whole + 1", substitutions), "-9007199254740992");
+  substitutions.set("small", String("123456789012345678901e-128").object());
+  EXPECT_EQ(value("$small * 1e127 * 10", substitutions), "123456789012345678901");
 }
 
 TEST_F(PrecisionEvaluatorTest, WhatHasNoValueIsNotANumber) {

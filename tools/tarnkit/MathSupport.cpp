@@ -47,7 +47,9 @@ Ref<Object> substitutionFromText(const std::string& text, bool keepsDigits) {
 
 std::string valueText(const MXNumber& value, bool precise) {
   if (!precise) return shortestText(value.doubleValue());
-  return value.isDecimal() ? value.text() : Decimal::fromDouble(value.doubleValue()).text();
+  const auto decimal = value.isDecimal() ? Decimal::fromText(value.text())
+                                         : Decimal::fromDouble(value.doubleValue());
+  return decimal.value_or(Decimal::notANumber()).text();
 }
 
 }  // namespace tarnkit::tool
