@@ -40,7 +40,7 @@ class MXMathEvaluator final : public Object {
   /// How deep substitutions and registered functions may lead back into evaluation.
   static constexpr int kMaximumNesting = 256;
   /// How many characters and nodes of substituted strings and expressions one evaluation may go
-  /// through.
+  /// through; a function that is computed in decimals there counts as 64 more.
   static constexpr std::uint64_t kMaximumSubstitutedWork = std::uint64_t{1} << 24;
 
   using FunctionResolver = std::function<MXMathFunction(const String& name)>;

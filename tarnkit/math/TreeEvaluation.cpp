@@ -17,6 +17,9 @@ namespace {
 
 constexpr std::uint32_t kInlineDepth = 64;
 constexpr int kMaximumAliasChain = 64;
+// What a function in decimals counts for, which may take 10 µs, beside the characters that are
+// read.
+constexpr std::uint64_t kDecimalFunctionWork = 64;
 
 /// What the evaluations on this thread's stack have used so far.
 struct Nesting {
@@ -199,6 +202,10 @@ bool TreeEvaluation::leaveFunction() {
   const std::size_t count = values_.size() - frame.firstValue;
   call.argumentIsRadians = count == 1 && tree_.nodes[frame.node - 1].isFunction(Builtin::dtor);
   if (frame.builtin == Builtin::percent && !pushPercentBase(frame, call.percentBase)) return false;
+  // Outside of substitutions the work is that of the text that was given.
+  if (nesting.depth > 1 && !evaluator_.computesInDoubles() && !charge(kDecimalFunctionWork)) {
+    return false;
+  }
   auto value = evaluator_.functionEvaluator().compute(
       call, std::span<const MXNumber>(values_.data() + frame.firstValue, count), error_);
   if (!value) {
@@ -294,13 +301,17 @@ std::optional<MXNumber> TreeEvaluation::reduce(const Object* value) {
   const auto* expression = as<MXExpression>(value);
   if (!string && !expression) return std::nullopt;
   ExpressionNode storage;
-  nesting.work += 1 + (string ? string->view().size() : expression->view(storage).top().size);
-  if (nesting.work > MXMathEvaluator::kMaximumSubstitutedWork) {
-    fail(MXErrorCode::invalidFormat, "the substitutions refer to each other too often");
+  if (!charge(1 + (string ? string->view().size() : expression->view(storage).top().size))) {
     return std::nullopt;
   }
   return string ? evaluator_.evaluateString(string->view(), substitutions_, error_)
                 : evaluator_.evaluateExpression(*expression, substitutions_, error_);
+}
+
+bool TreeEvaluation::charge(std::uint64_t work) {
+  nesting.work += work;
+  if (nesting.work <= MXMathEvaluator::kMaximumSubstitutedWork) return true;
+  return fail(MXErrorCode::invalidFormat, "the substitutions refer to each other too often");
 }
 
 // The object of the function that is about to be called as an argument of the innermost frame.

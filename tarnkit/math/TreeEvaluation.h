@@ -61,6 +61,7 @@ class TreeEvaluation {
   std::optional<MXNumber> variableValue(const String& name);
   std::optional<MXNumber> reduce(const Object* value);
   Ref<MXExpression> objectOf(std::uint32_t place);
+  bool charge(std::uint64_t work);
   bool fail(MXErrorCode code, std::string message);
   void failResolving(const char* what, const char* key, MXErrorCode code, const String& name);
 

@@ -67,6 +67,20 @@ TEST_F(PrecisionEvaluatorTest, VariablesKeepTheirDigits) {
   EXPECT_EQ(value("$small * 1e127 * 10", substitutions), "123456789012345678901");
 }
 
+// Variables of variables, as many additions as doubles do in a moment.
+TEST_F(PrecisionEvaluatorTest, EndsEarlierWhereSubstitutionsMultiply) {
+  MXSubstitutions substitutions;
+  for (int i = 0; i < 18; ++i) {
+    const std::string next = "$v" + std::to_string(i + 1);
+    substitutions.set(String("v" + std::to_string(i)), String(next + "+" + next).object());
+  }
+  substitutions.set("v18", String("1").object());
+  EXPECT_EQ(value("$v4", substitutions), "16384");
+  EXPECT_EQ(value("$v0", substitutions), "the substitutions refer to each other too often");
+  evaluator_->setUsesHighPrecisionEvaluation(false);
+  EXPECT_EQ(value("$v0", substitutions), "262144");
+}
+
 TEST_F(PrecisionEvaluatorTest, WhatHasNoValueIsNotANumber) {
   for (const char* text : {"1/0", "ln(0)", "asin(2)", "sqrt(-1)", "csc(0)", "acosh(0.5)",
                            "10 ** 127 * 10 ** 127", "exp(1000)", "(0 - 1) ** 0.5"}) {
