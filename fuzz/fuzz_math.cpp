@@ -1,5 +1,6 @@
-// Drives the engine with any bytes: tokenizer, both roads of the parser, evaluator, simplifier,
-// rewriter and prepared evaluation, and checks what must hold between them.
+// Drives the engine with any bytes: tokenizer, both roads of the parser, evaluator in doubles and
+// in decimals, simplifier, rewriter and prepared evaluation, and checks what must hold between
+// them.
 //
 // The first line of the input, when there are two, is the value of the variable "a" as a string.
 #include <bit>
@@ -12,6 +13,8 @@
 #include "tarnkit/math/MXExpressionRewriter.h"
 #include "tarnkit/math/MXMathEvaluator.h"
 #include "tarnkit/math/MXParser.h"
+#include "tarnkit/math/MXPrecisionFunctionEvaluator.h"
+#include "tarnkit/math/MathText.h"
 #include "tarnkit/platform/Log.h"
 
 namespace {
@@ -53,6 +56,31 @@ void evaluate(const Ref<MXExpression>& tree, std::string_view text, std::string_
   if (fast) require(sameBits(*fast, slow->doubleValue()));
 }
 
+void evaluateInDecimals(const Ref<MXExpression>& tree, std::string_view substitution) {
+  static const auto evaluator = [] {
+    auto made = make<MXMathEvaluator>();
+    made->setUsesHighPrecisionEvaluation(true);
+    return made;
+  }();
+  MXError error;
+  const MXSubstitutions substitutions{{"a", String(substitution).object()},
+                                      {"b", Number::withDouble(2.5)}};
+  const auto value = evaluator->evaluateExpression(*tree, substitutions, &error);
+  require(value.has_value() != static_cast<bool>(error));
+  if (!value) return;
+  const Decimal decimal = detail::decimalOfNumber(*value);
+  require(detail::decimalOfNumber(detail::numberOfDecimal(decimal)) == decimal);
+
+  const auto simplified = tree->simplifiedExpressionWithEvaluator(evaluator.get(), nullptr);
+  require(simplified != nullptr);
+  const auto again = evaluator->evaluateExpression(*simplified, substitutions, nullptr);
+  const auto draws = [](std::string_view from) {
+    return detail::lowerCase(from).find("random") != std::string::npos;
+  };
+  if (draws(tree->description().view()) || draws(substitution)) return;
+  require(again && detail::decimalOfNumber(*again) == decimal);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -78,5 +106,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   require(tree->isEqual(*slow) && tree->copy()->isEqual(*tree));
   require(tree->description() == slow->description());
   evaluate(tree, text, substitution);
+  evaluateInDecimals(tree, substitution);
   return 0;
 }

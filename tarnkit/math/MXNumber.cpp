@@ -53,11 +53,8 @@ MXNumber MXNumber::fromText(std::string_view text) {
     Log::line(fmt::format("supposedly invalid number: {}", text));
     return 0.0;
   }
-  MXNumber number = fromDigits(digits, detail::readNumber(digits));
-  if (!negative) return number;
-  number.value_ = -number.value_;
-  if (number.isDecimal()) number.decimal_ = String("-" + number.decimal_.toStdString());
-  return number;
+  const double magnitude = detail::readNumber(digits);
+  return fromDigits(text, negative ? -magnitude : magnitude);
 }
 
 MXNumber MXNumber::fromNumber(const Number& number) {
@@ -71,8 +68,11 @@ MXNumber MXNumber::fromNumber(const Number& number) {
 
 MXNumber MXNumber::fromDigits(std::string_view digits, double value) {
   MXNumber number(value);
-  const std::string decimal = detail::decimalText(digits);
-  if (!decimal.empty()) number.decimal_ = String(decimal);
+  const bool negative = !digits.empty() && digits.front() == '-';
+  std::string decimal = detail::decimalText(negative ? digits.substr(1) : digits);
+  if (decimal.empty()) return number;
+  if (negative) decimal.insert(decimal.begin(), '-');
+  number.decimal_ = String(decimal);
   return number;
 }
 

@@ -20,7 +20,7 @@ class MXNumber {
   /// a decimal or without a digit in its 128 places is a plain double, infinite when too large.
   /// Anything but a number logs "supposedly invalid number: …" and gives 0.
   static MXNumber fromText(std::string_view text);
-  /// The same for digits that are known to be a number.
+  /// The same for digits, after a "-" or not, that are known to be the number `value`.
   static MXNumber fromDigits(std::string_view digits, double value);
   /// A whole number that no double holds keeps its digits.
   static MXNumber fromNumber(const Number& number);

@@ -133,10 +133,29 @@ TEST_F(PrecisionEvaluatorTest, SwitchingMakesAnEvaluatorOnlyWhenItChanges) {
 }
 
 TEST_F(PrecisionEvaluatorTest, SimplifiedTreesKeepTheDigits) {
-  MXError error;
-  const auto expression = MXExpression::expressionFromString("$x + (0.1 + 0.2)", &error);
-  const auto simplified = expression->simplifiedExpressionWithEvaluator(evaluator_.get(), &error);
-  EXPECT_EQ(simplified->description(), "add($x,0.3)");
+  const Case cases[] = {
+      {"$x + (0.1 + 0.2)", "add($x,0.3)"},
+      {"$x + (0 - 1) / 3e8", "add($x,-0.0000000033333333333333333333333333333333333333)"},
+      {"$x + (0 - 99999999999999999999999999999999999999)",
+       "add($x,-99999999999999999999999999999999999999)"},
+  };
+  for (const Case& each : cases) {
+    MXError error;
+    const auto expression = MXExpression::expressionFromString(each.text, &error);
+    const auto simplified = expression->simplifiedExpressionWithEvaluator(evaluator_.get(), &error);
+    EXPECT_EQ(simplified->description(), each.value);
+  }
+}
+
+TEST_F(PrecisionEvaluatorTest, NumberExpressionsKeepTheDigits) {
+  const char* const digits = "-0.0000000033333333333333333333333333333333333333";
+  const auto number = MXExpression::numberExpressionWithNumber(MXNumber::fromText(digits));
+  evaluator_->registerFunction([number](const auto&...) { return number; }, "registered");
+  MXSubstitutions substitutions;
+  substitutions.set("x", number);
+  EXPECT_EQ(value("$x", substitutions), digits);
+  EXPECT_EQ(value("registered()"), digits);
+  EXPECT_EQ(number->copy()->description(), digits);
 }
 
 }  // namespace
