@@ -20,6 +20,10 @@ UserInfo groupInfo(const Ref<Object>& documentKey, HXGroup& group, const Symbol&
           {key, Ref<Object>(&object)}};
 }
 
+void warnOfCircle() {
+  Log::warning("HXGroup", "Attempting to add a node to a group inside itself.");
+}
+
 }  // namespace
 
 HXGroup::HXGroup() : HXGroup(Decoding{}) { uniqueKey_ = hx_newUniqueKey(); }
@@ -91,23 +95,37 @@ std::vector<Ref<HXNode>> HXGroup::selectedNodes() const {
   return nodes;
 }
 
+bool HXGroup::isInside(const HXNode& node) const {
+  const auto* subnodes = node.subnodeGroup().get();
+  if (!subnodes || (subnodes != this && subnodes->subnodes_.empty())) return false;
+  for (const HXNode* at = this->node(); at; at = at->enclosingNode()) {
+    if (at == &node) return true;
+  }
+  return false;
+}
+
 // Whatever is called out to below (observers, the owner's swaps) may replace this group, so every
 // step looks up the group in force anew.
 
 void HXGroup::addNode(HXNode& node) {
-  HXGroup& here = inForce();
+  const Ref<HXGroup> here(&inForce());
   const Ref<HXNode> kept(&node);
-  const auto* subnodes = node.subnodeGroup().get();
-  if (subnodes && (subnodes == &here || !subnodes->subnodes_.empty())) {
-    for (const HXNode* at = here.node(); at; at = at->enclosingNode()) {
-      if (at != &node) continue;
-      Log::warning("HXGroup", "Attempting to add a node to a group inside itself.");
+  if (here->isInside(node)) {
+    warnOfCircle();
+    return;
+  }
+  const bool wasSubviewGroup = here->isSubviewGroup();
+  if (const Ref<HXGroup> parent{node.parentGroup()}) {
+    parent->removeNode(&node);
+    // Whoever observed that may have put the node, or this group, somewhere else.
+    const auto* elsewhere = node.parentGroup();
+    if (elsewhere && elsewhere->subnodeForKey(node.uniqueKey()) == &node) return;
+    if (here->inForce().isInside(node)) {
+      warnOfCircle();
       return;
     }
   }
-  const bool wasSubviewGroup = here.isSubviewGroup();
-  if (auto* parent = node.parentGroup()) parent->removeNode(&node);
-  const Ref<HXGroup> target(&here.inForce());
+  const Ref<HXGroup> target(&here->inForce());
   node.setParentGroup(target.get());
   target->subnodes_.set(node.uniqueKey(), kept);
   detail::announce(HXGroupAddNodeNotification, *target, *target,
@@ -128,12 +146,13 @@ void HXGroup::removeNode(HXNode* node) {
   if (!node || here.subnodeForKey(node->uniqueKey()) != node) return;
   const Ref<HXGroup> keptGroup(&here);
   const Ref<HXNode> kept(node);
-  here.willRemoveNode(*node);
+  here.forgetNode(*node);
   here.inForce().withdraw(*node);
   const Ref<HXGroup> now(&here.inForce());
   if (node->parentGroup() != now.get()) return;  // an observer took it out already
   node->setParentGroup(nullptr);
   now->subnodes_.take(node->uniqueKey());
+  now->forgetNode(*node);  // again: an observer may have made it a view meanwhile
   detail::announce(HXGroupRemoveNodeNotification, *now, *now, [&](const Ref<Object>& documentKey) {
     return groupInfo(documentKey, *now, HXNodeInfo, *node);
   });
@@ -180,7 +199,10 @@ void HXGroup::subnodeViewTypeDidChange(HXNode& node) {
     const Ref<HXNode> owner(here->node());
     const bool swaps = owner && here->hasViewNode() != wasSubviewGroup;
     if (swaps) owner->exchangeSubnodeGroup(owner->makeSubnodeGroup(!wasSubviewGroup));
-    if (wasSubviewGroup) here->inForce().viewTypeDidChange(*subject);
+    HXGroup& now = here->inForce();
+    if (wasSubviewGroup && now.subnodeForKey(subject->uniqueKey()) == subject.get()) {
+      now.viewTypeDidChange(*subject);
+    }
     if (!swaps) return;
     subject = owner;
     group = Ref<HXGroup>(owner->parentGroup());
@@ -188,7 +210,7 @@ void HXGroup::subnodeViewTypeDidChange(HXNode& node) {
 }
 
 void HXGroup::didAddNode(HXNode&) {}
-void HXGroup::willRemoveNode(HXNode&) {}
+void HXGroup::forgetNode(HXNode&) {}
 void HXGroup::viewTypeDidChange(HXNode&) {}
 
 OrderedSet* HXGroup::symbolicPorts(std::int32_t orientation) const noexcept {

@@ -119,7 +119,7 @@ class HXGroup : public Object {
   virtual bool isSubviewGroup() const noexcept { return false; }
   /// Steps that a subview group adds, on the group in force.
   virtual void didAddNode(HXNode& node);
-  virtual void willRemoveNode(HXNode& node);
+  virtual void forgetNode(HXNode& node);
   virtual void viewTypeDidChange(HXNode& node);
 
  private:
@@ -128,6 +128,8 @@ class HXGroup : public Object {
   void unpublish(HXPort& port, HXSymbolicPort& symbolicPort);
   void endDeepPublications(HXPort& port);
   void withdraw(HXNode& node);
+  /// Whether the node holds this group, or a node that does.
+  bool isInside(const HXNode& node) const;
   OrderedSet* symbolicPorts(std::int32_t orientation) const noexcept;
 
   OrderedMap<Ref<HXNode>> subnodes_;

@@ -80,7 +80,7 @@ void HXSubviewGroup::didAddNode(HXNode& node) {
   announceOrder();
 }
 
-void HXSubviewGroup::willRemoveNode(HXNode& node) {
+void HXSubviewGroup::forgetNode(HXNode& node) {
   if (subviewNodes_->remove(&node)) announceOrder();
 }
 

@@ -34,7 +34,7 @@ class HXSubviewGroup final : public HXGroup {
   bool isSubviewGroup() const noexcept override { return true; }
   bool hasViewNode() const override;
   void didAddNode(HXNode& node) override;
-  void willRemoveNode(HXNode& node) override;
+  void forgetNode(HXNode& node) override;
   void viewTypeDidChange(HXNode& node) override;
 
  private:

@@ -125,6 +125,50 @@ TEST_F(GroupTest, AnObserverMaySwapTheGroupUnderAnOperation) {
   EXPECT_EQ(group->subnodeGroup()->subnodeForKey(clamp->uniqueKey()), clamp.get());
 }
 
+TEST_F(GroupTest, AnObserverMayMoveWhatIsBeingMoved) {
+  const auto here = add("");
+  const auto there = add("");
+  const auto target = add("");
+  const auto group = add("", here.get());
+  add("HXRClampNode", group.get());
+  const auto moveWith = [&](auto observe) {
+    bool done = false;
+    const auto token = NotificationCenter::defaultCenter().addObserver(
+        HXGroupRemoveNodeNotification, [&](const Notification&) {
+          if (!std::exchange(done, true)) observe();
+        });
+    target->subnodeGroup()->addNode(*group);
+    NotificationCenter::defaultCenter().removeObserver(token);
+  };
+  moveWith([&] { there->subnodeGroup()->addNode(*group); });
+  EXPECT_EQ(group->parentGroup(), there->subnodeGroup().get());
+  EXPECT_TRUE(target->subnodeGroup()->subnodes().empty()) << "a node stands in one group only";
+
+  Recorder recorder;
+  moveWith([&] { group->subnodeGroup()->addNode(*target); });
+  EXPECT_EQ(target->parentGroup(), group->subnodeGroup().get());
+  EXPECT_FALSE(group->parentGroup()) << "neither may hold the other";
+  EXPECT_THAT(recorder.takeLog(), ElementsAre("WARNING: [HXGroup] Attempting to add a node to a "
+                                              "group inside itself."));
+}
+
+TEST_F(GroupTest, AViewThatIsTakenOutIsNoViewAnyMoreWhateverObserversDo) {
+  const auto group = add("");
+  const auto first = addView(*group, "A");
+  addView(*group, "B");
+  bool swapped = false;
+  const auto token = NotificationCenter::defaultCenter().addObserver(
+      HXSubviewGroupSubviewOrderDidChangeNotification, [&](const Notification&) {
+        if (std::exchange(swapped, true)) return;
+        // The new group gathers its views while the first one still is a subnode.
+        group->swapSubnodeGroupToGroup();
+        group->swapSubnodeGroupToViewGroup();
+      });
+  group->subnodeGroup()->removeNode(first.get());
+  NotificationCenter::defaultCenter().removeObserver(token);
+  EXPECT_EQ(order(*group), "B");
+}
+
 TEST_F(GroupTest, SubviewsMoveAndAreClampedToTheEnd) {
   const auto group = add("");
   const Ref<HXNode> views[] = {addView(*group, "A"), addView(*group, "B"), addView(*group, "C")};
