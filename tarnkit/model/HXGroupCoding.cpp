@@ -85,12 +85,13 @@ void HXGroup::awakeAfterDecoding(Decoder& coder) {
     for (const auto& member : *ports) {
       auto& symbolicPort = static_cast<HXSymbolicPort&>(*member);
       symbolicPort.setNode(node());
-      const auto* port = symbolicPort.port();
+      auto* port = symbolicPort.port();
       if (!port || (port->node() && port->node()->parentGroup() == this)) continue;
       Log::warning("HXGroup", fmt::format("Dropping the publication \"{}\" of a port that is not "
                                           "inside the group",
                                           symbolicPort.name().view()));
       symbolicPort.setPort(nullptr);
+      if (port->symbolicPort() == &symbolicPort) port->setSymbolicPort(nullptr);
     }
   }
 }

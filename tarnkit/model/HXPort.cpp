@@ -86,4 +86,11 @@ void HXPort::initWithCoder(Decoder& coder) {
   symbolicPort_ = coder.decode<HXSymbolicPort>(kSymbolicPort);
 }
 
+// A port that publishes another one than this would let publications stand for each other in a
+// circle, in which withdrawing one would never come to an end.
+void HXPort::awakeAfterDecoding(Decoder&) {
+  const auto* symbolicPort = this->symbolicPort();
+  if (symbolicPort && symbolicPort->port() != this) symbolicPort_ = nullptr;
+}
+
 }  // namespace tarnkit

@@ -71,6 +71,7 @@ class HXPort : public HXRCollectedPort {
 
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
+  void awakeAfterDecoding(Decoder& coder) override;
 
  protected:
   HXPort() noexcept = default;

@@ -205,6 +205,28 @@ TEST_F(HostileDocumentTest, TruncatedAndFlippedFilesEndInASentence) {
   }
 }
 
+TEST_F(HostileDocumentTest, PublishedPortsThatPublishEachOtherInACircleComeApart) {
+  const auto outer = add("");
+  const auto inner = add("", outer.get());
+  auto& value = port(*add("HXRClampNode", inner.get()), "Tarn.valueInput");
+  const auto first = inner->subnodeGroup()->addSymbolicPortForPort(value);
+  const auto second = outer->subnodeGroup()->addSymbolicPortForPort(*first);
+  for (HXSymbolicPort* next : {first.get(), second.get()}) {
+    second->setSymbolicPort(next);
+    std::string error;
+    const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
+    second->setSymbolicPort(nullptr);
+    const auto opened = HXDocumentFile::document(bytes, 0, error);
+    ASSERT_TRUE(opened) << error;
+    const auto group = opened->subnodeGroup()->subnodes()[0];
+    ASSERT_EQ(group->symbolicInputPorts().count(), 1U);
+    const auto subgroup = group->subnodeGroup()->subnodes()[0];
+    subgroup->subnodeGroup()->removeNode(subgroup->subnodeGroup()->subnodes()[0].get());
+    EXPECT_TRUE(group->symbolicInputPorts().isEmpty());
+    EXPECT_TRUE(subgroup->symbolicInputPorts().isEmpty());
+  }
+}
+
 // One name of a quarter of a megabyte, of ports on many nodes: each would keep the part before the
 // colon for itself.
 TEST_F(HostileDocumentTest, ALongNameThatManyPortsShareIsNotCopiedForEach) {
