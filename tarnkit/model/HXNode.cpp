@@ -119,9 +119,10 @@ HXNode* HXNode::enclosingNode() const noexcept {
 }
 
 HXDocument* HXNode::document() const noexcept {
-  auto* node = const_cast<HXNode*>(this);
-  while (auto* enclosing = node->enclosingNode()) node = enclosing;
-  return node->asDocument();
+  for (auto* node = const_cast<HXNode*>(this); node; node = node->enclosingNode()) {
+    if (auto* document = node->asDocument()) return document;
+  }
+  return nullptr;
 }
 
 String HXNode::documentKey() const {

@@ -50,6 +50,7 @@ bool HXParameter::hidden() const { return patchParameter_ && patchParameter_->hi
 
 void HXParameter::valueDidChange() {
   const Ref<HXNode> node(this->node());
+  const Ref<HXParameter> kept(this);
   if (!node) return;
   detail::announce(HXParameterValueDidChangeNotification, *this, *node,
                    [&](const Ref<Object>& documentKey) {

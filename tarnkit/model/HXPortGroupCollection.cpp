@@ -25,12 +25,16 @@ HXPortGroupCollection::HXPortGroupCollection(HXNode* node, std::int32_t orientat
     : node_(node), portGroupKeys_(noKeys()), orientation_(orientation) {}
 
 void HXPortGroupCollection::followNode(const Ref<OrderedSet>& keys) {
-  updateWithPortGroupKeys(keys);
+  update(keys);
   followsNode_ = true;
 }
 
 void HXPortGroupCollection::updateWithPortGroupKeys(const Ref<OrderedSet>& keys) {
   followsNode_ = false;
+  update(keys ? make<OrderedSet>(*keys) : make<OrderedSet>());
+}
+
+void HXPortGroupCollection::update(const Ref<OrderedSet>& keys) {
   if (portGroupKeys_ == keys) return;
   if (portGroupKeys_->isEmpty()) {
     portGroupKeys_ = keys;

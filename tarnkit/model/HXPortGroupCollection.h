@@ -21,8 +21,8 @@ class HXPortGroupCollection final : public Object {
   std::int32_t orientation() const noexcept { return orientation_; }
   /// The keys (strings) in order; the set handed out never changes.
   Ref<const OrderedSet> portGroupKeys() const noexcept { return portGroupKeys_; }
-  /// Makes the keys those given: keys that stay keep their mutual order, new ones follow in the
-  /// order given.
+  /// Makes the keys those given (of null, none): keys that stay keep their mutual order, new ones
+  /// follow in the order given. The set stays the caller's.
   void updateWithPortGroupKeys(const Ref<OrderedSet>& keys);
   /// Whether the keys are still those which the node gave when it last synchronised.
   bool followsNode() const noexcept { return followsNode_; }
@@ -32,7 +32,9 @@ class HXPortGroupCollection final : public Object {
 
  private:
   friend class HXNode;
+  /// The same with a set that nobody changes any more.
   void followNode(const Ref<OrderedSet>& keys);
+  void update(const Ref<OrderedSet>& keys);
 
   WeakRef<HXNode> node_;
   Ref<OrderedSet> portGroupKeys_;  // never null after construction; shared, never changed in place

@@ -100,6 +100,12 @@ TEST_F(NodeTest, CollectionsKeepTheUsersOrder) {
   EXPECT_EQ(texts(*collection), "ACD");
   collection->updateWithPortGroupKeys(keySet({}));
   EXPECT_EQ(texts(*collection), "");
+  const auto callers = keySet({"A"});
+  collection->updateWithPortGroupKeys(callers);
+  callers->add(String("B").object());
+  EXPECT_EQ(texts(*collection), "A") << "what the caller does with its set later is its own affair";
+  collection->updateWithPortGroupKeys(nullptr);
+  EXPECT_EQ(texts(*collection), "");
 }
 
 TEST_F(NodeTest, AnOperationNeverPutsANodeIntoItself) {
@@ -110,6 +116,15 @@ TEST_F(NodeTest, AnOperationNeverPutsANodeIntoItself) {
   outer->subnodeGroup()->addNode(*outer);
   EXPECT_THAT(recorder.takeLog(), ::testing::SizeIs(2));
   EXPECT_EQ(outer->parentGroup(), document->subnodeGroup().get());
+}
+
+TEST_F(NodeTest, ADocumentIsTheOutermostNodeWhereverItStands) {
+  const auto inner = make<HXDocument>();
+  const auto node = add("HXRClampNode", inner.get());
+  document->subnodeGroup()->addNode(*inner);
+  EXPECT_EQ(inner->document(), inner.get());
+  EXPECT_EQ(node->document(), inner.get());
+  EXPECT_EQ(node->documentKey(), inner->documentKey());
 }
 
 TEST_F(NodeTest, ColoursFollowPatchAndViewNodes) {
