@@ -126,7 +126,7 @@ void HXDocument::awakeAfterDecoding(Decoder& coder) {
 }
 
 // A node that the document does not hold may hold itself, through its own group, and would never
-// go: such nodes are taken apart.
+// go: such nodes are taken apart. Two documents would take each other's nodes apart.
 void HXDocument::checkTree(Decoder& coder) {
   std::unordered_set<const HXNode*> held{this};
   std::vector<HXNode*> pending{this};
@@ -141,7 +141,8 @@ void HXDocument::checkTree(Decoder& coder) {
   std::size_t dropped = 0;
   coder.eachDecoded([&](Object& object) {
     auto* node = as<HXNode>(&object);
-    if (!node || held.contains(node)) return;
+    if (!node || held.contains(node) || coder.failed()) return;
+    if (node->isMemberOf(kClass)) return coder.fail("a second document stands in the archive");
     node->abandonDecoding();
     ++dropped;
   });

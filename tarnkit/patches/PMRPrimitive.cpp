@@ -1,8 +1,9 @@
 #include "tarnkit/patches/PMRPrimitive.h"
 
+#include <fmt/format.h>
+
 #include <bit>
 #include <cmath>
-#include <fmt/format.h>
 #include <limits>
 #include <string_view>
 
@@ -58,8 +59,7 @@ std::int32_t lowHalf(std::int64_t value) noexcept {
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 std::size_t afterDigits(std::string_view text, std::size_t at) noexcept {
-  while (at < text.size() && isDigit(text[at]))
-    ++at;
+  while (at < text.size() && isDigit(text[at])) ++at;
   return at;
 }
 
@@ -67,8 +67,7 @@ std::size_t afterDigits(std::string_view text, std::size_t at) noexcept {
 /// sign or a leading point is lost; 0 when there is none.
 float scanComponent(std::string_view& text) noexcept {
   std::size_t start = 0;
-  while (start < text.size() && !isDigit(text[start]))
-    ++start;
+  while (start < text.size() && !isDigit(text[start])) ++start;
   text.remove_prefix(start);
   std::size_t end = afterDigits(text, 0);
   if (end < text.size() && text[end] == '.') end = afterDigits(text, end + 1);
@@ -392,7 +391,7 @@ std::uint64_t PMRPrimitive::hash() const {
 }
 
 void PMRPrimitive::encodeWithCoder(Encoder& coder) const {
-  coder.encodeInt(lowHalf(type_), kStorageType);
+  coder.encodeInt64(type_, kStorageType);
   switch (type_) {
     case boolean:
       coder.encodeBool(payload_.boolean, kBooleanValue);

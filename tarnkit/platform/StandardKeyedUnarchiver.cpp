@@ -49,7 +49,8 @@ struct StandardKeyedUnarchiver::State {
   }
 
   PropertyList::Key keyFor(const Symbol& symbol) {
-    constexpr PropertyList::Key kUnknown = 0xFFFFFFFEU;
+    constexpr PropertyList::Key kUnknown = 0xFFFFFFFFU;
+    static_assert(kUnknown != PropertyList::kNoKey);
     const auto number = symbol.number();
     if (number >= symbolKeys.size()) {
       symbolKeys.resize(std::max<std::size_t>(Symbol::count(), number + std::size_t{1}), kUnknown);

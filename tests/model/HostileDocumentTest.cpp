@@ -5,9 +5,11 @@
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/model/HXReplicatorNode.h"
 #include "tarnkit/patches/catalogue/Catalogue.h"
+#include "tarnkit/platform/Array.h"
 #include "tarnkit/platform/PropertyList.h"
 #include "tarnkit/platform/PropertyListReader.h"
 #include "tarnkit/platform/PropertyListWriter.h"
+#include "tarnkit/platform/StandardKeyedArchiver.h"
 
 // Documents that somebody has tampered with: whatever stands in them, opening ends in a document
 // that can be edited, saved and sent, or in one sentence and nothing left behind.
@@ -225,6 +227,20 @@ TEST_F(HostileDocumentTest, PublishedPortsThatPublishEachOtherInACircleComeApart
     EXPECT_TRUE(group->symbolicInputPorts().isEmpty());
     EXPECT_TRUE(subgroup->symbolicInputPorts().isEmpty());
   }
+}
+
+// Each of two would take the other's nodes for strays and come out empty; of thousands, each would
+// look at all the others.
+TEST_F(HostileDocumentTest, ASecondDocumentIsRefused) {
+  const auto both = make<Array>();
+  both->add(document);
+  both->add(make<HXDocument>());
+  std::string error;
+  const auto data = StandardKeyedArchiver::archivedData(both.get(), 0, &error);
+  ASSERT_TRUE(data) << error;
+  Recorder quiet;
+  EXPECT_FALSE(HXDocumentFile::document(data->bytes(), 0, error));
+  EXPECT_EQ(error, "a second document stands in the archive");
 }
 
 // One name of a quarter of a megabyte, of ports on many nodes: each would keep the part before the

@@ -224,7 +224,8 @@ class FakeDecoder final : public Decoder {
 };
 
 TEST(PMRPrimitive, ReadsUnknownKindsAsNil) {
-  for (const std::int64_t type : {std::int64_t{8}, std::int64_t{-1}, std::int64_t{1} << 40}) {
+  constexpr std::int64_t kLarge = (std::int64_t{1} << 40) + P::number;
+  for (const std::int64_t type : {std::int64_t{8}, std::int64_t{-1}, kLarge}) {
     FakeDecoder coder;
     coder.integers["PMRPrimitive.storageType"] = type;
     const auto value = make<P>();
@@ -237,6 +238,7 @@ TEST(PMRPrimitive, ReadsUnknownKindsAsNil) {
     EXPECT_FALSE(value->toObject());
     EXPECT_EQ(value->hash(), 1U);
     EXPECT_EQ(value->copy()->storageType(), P::nil);
+    EXPECT_EQ(archivedAndBack(*value)->storageType(), type);
   }
   FakeDecoder coder;
   coder.integers["PMRPrimitive.storageType"] = P::string;
