@@ -2,9 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -36,8 +38,13 @@ struct Destruction {
 };
 thread_local Destruction destruction;
 
-std::unordered_map<std::string_view, const Class*>& registeredClasses() {
-  static std::unordered_map<std::string_view, const Class*> classes;
+struct RegisteredClasses {
+  std::unordered_map<std::string_view, const Class*> byName;
+  std::size_t longestName = 0;
+};
+
+RegisteredClasses& registeredClasses() {
+  static RegisteredClasses classes;
   return classes;
 }
 
@@ -118,12 +125,18 @@ String Class::nameString() const { return String::interned(name()); }
 
 Ref<Object> Class::make() const { return factory_ ? factory_(*this) : nullptr; }
 
-void ClassRegistry::add(const Class& record) { registeredClasses()[record.name()] = &record; }
+void ClassRegistry::add(const Class& record) {
+  auto& classes = registeredClasses();
+  classes.byName[record.name()] = &record;
+  classes.longestName = std::max(classes.longestName, record.name().size());
+}
 
+// Many objects of a file may refer to one long text as the name of their class.
 const Class* ClassRegistry::classNamed(std::string_view name) {
   const auto& classes = registeredClasses();
-  const auto found = classes.find(name);
-  return found == classes.end() ? nullptr : found->second;
+  if (name.size() > classes.longestName) return nullptr;
+  const auto found = classes.byName.find(name);
+  return found == classes.byName.end() ? nullptr : found->second;
 }
 
 }  // namespace tarnkit

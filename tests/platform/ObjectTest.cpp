@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -153,6 +155,14 @@ TEST(ClassRegistry, TheLastEntryOfANameCounts) {
   EXPECT_EQ(ClassRegistry::classNamed("Link"), &replacement);
   EXPECT_EQ(ClassRegistry::classNamed("link"), nullptr);
   EXPECT_EQ(ClassRegistry::classNamed(""), nullptr);
+}
+
+// Hashed at every look-up, the text would take seconds.
+TEST(ClassRegistry, ALongTextThatManyObjectsNameAsTheirClassCostsNothing) {
+  const std::string text(std::size_t{1} << 20, 'x');
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < 50000; ++i) ASSERT_EQ(ClassRegistry::classNamed(text), nullptr);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }
 
 }  // namespace
