@@ -99,6 +99,18 @@ class Files(HostTest):
         again = keys(op("open", file=str(self.document)), op("open", file=str(self.document)))
         self.assertFalse(set(fresh) & set(again))
 
+    def test_a_kept_key_means_the_node_of_the_document_in_hand(self):
+        # The new nodes get the keys that the file's have.
+        new = [op("newNode", as_=f"new{i}", patch=None) for i in range(4)]
+        name = op("setName", node="node_2", value="this one")
+        for operations in ([op("open", file=str(self.keyed), codingType=3), *new],
+                           [*new, op("open", file=str(self.keyed), codingType=3)]):
+            trace = self.trace(*operations, name, *new, name, op("dump"))
+            self.assertEqual(trace.notifications[len(operations)][0][1], "HXNode:node_2")
+            self.assertEqual(trace.notifications[-2], [])
+            group = trace.results[-1]["subnodeGroup"]["subnodes"][0]["subnodeGroup"]
+            self.assertEqual(group["subnodes"][0]["name"], "this one")
+
     def test_an_opened_document_is_edited_by_its_keys(self):
         trace = self.trace(op("open", file=str(self.keyed), codingType=3),
                            op("setStaticValue", port="node_2/Tarn.minimumInput", value=None),

@@ -44,7 +44,8 @@ void Session::nameNode(const std::string& name, const Ref<HXNode>& node) {
         fmt::format("\"{}\" cannot name a node: \"/\" separates node and port", name));
   }
   give(nodes_, name, node);
-  nodesByKey_.insert_or_assign(node->uniqueKey().toStdString(), WeakRef<HXNode>(node));
+  auto& ofKey = nodesByKey_[node->uniqueKey().toStdString()];
+  if (!ofKey.lock()) ofKey = WeakRef<HXNode>(node);
 }
 
 void Session::nameConnection(const std::string& name, const Ref<HXConnection>& connection) {
@@ -62,7 +63,7 @@ void Session::nameImage(const std::string& name, const Ref<HXImageStoreEntry>& i
 void Session::takeDocument(const std::string& name, const Ref<HXDocument>& document) {
   nameNode(name, document);
   document_ = document;
-  nodesByKey_.clear();
+  isDocumentIndexed_ = false;
 }
 
 Ref<HXDocument> Session::document() const {
@@ -76,7 +77,11 @@ Ref<HXNode> Session::node(const std::string& name) {
   throw CommandFailure(fmt::format("there is no node \"{}\"", name));
 }
 
+// Where a document kept its keys over a saving, another node may have the same one: that of the
+// document in hand, which is indexed after all others, is meant.
 Ref<HXNode> Session::nodeOfKey(const std::string& key) {
+  if (!isDocumentIndexed_) indexNodesBelow(document_);
+  isDocumentIndexed_ = true;
   if (const auto found = nodesByKey_.find(key); found != nodesByKey_.end()) {
     if (auto node = found->second.lock()) return node;
   }
@@ -86,8 +91,7 @@ Ref<HXNode> Session::nodeOfKey(const std::string& key) {
 }
 
 // Every node that is alive hangs below a named one that is in no group, or below the document in
-// hand. Documents that keep their keys over a saving may hold a key twice: the document in hand
-// comes last and wins.
+// hand.
 void Session::indexNodes() {
   nodesByKey_.clear();
   for (const auto& entry : nodes_) {

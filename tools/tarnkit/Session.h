@@ -2,6 +2,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "tarnkit/model/HXDocument.h"
 
@@ -17,8 +18,8 @@ namespace tarnkit::tool {
 ///
 /// A name is used for the object it was given to last; nodes, connections, ports and images have
 /// names of their own each. An object that is asked for and is not there throws CommandFailure. A
-/// look-up takes constant time, except the first by unique key after a document was opened, which
-/// walks the documents. For one thread.
+/// look-up takes constant time, except the first by unique key after a document was made or opened,
+/// which walks that document, and one of a key that is not there, which walks all. For one thread.
 class Session {
  public:
   /// Whether operations may read and write files.
@@ -62,6 +63,8 @@ class Session {
 
   bool allowsFiles_;
   Ref<HXDocument> document_;
+  /// Whether the nodes of the document in hand are among `nodesByKey_`.
+  bool isDocumentIndexed_ = true;
   Names<HXNode> nodes_;
   Names<HXConnection> connections_;
   Names<HXSymbolicPort> ports_;
