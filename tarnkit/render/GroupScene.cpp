@@ -40,7 +40,7 @@ GroupScene::GroupScene(const HXGroup& drawn, const ConnectionIndex& connections)
   place();
   endWires();
   placeEdgePorts();
-  takeUp();
+  measureBounds();
   noteWhatIsMissing();
 }
 
@@ -256,7 +256,7 @@ void GroupScene::placeEdgePorts() {
   spreadEdgePorts(inputs, edgePorts.size());
 }
 
-void GroupScene::takeUp() {
+void GroupScene::measureBounds() {
   bool any = false;
   const auto include = [&](double x, double y) {
     left = any ? std::min(left, x) : x;

@@ -60,7 +60,7 @@ class GroupScene {
   bool laidOut = false;
   std::vector<std::string> notes;
 
-  /// What the boxes, wires and edge ports take up.
+  /// The bounds of the boxes, wires and edge ports.
   double left = 0;
   double top = 0;
   double right = 0;
@@ -90,7 +90,7 @@ class GroupScene {
   void placeEdgePorts();
   void addEdgePorts(std::int32_t orientation);
   void spreadEdgePorts(std::size_t first, std::size_t last);
-  void takeUp();
+  void measureBounds();
   void noteWhatIsMissing();
   void note(std::size_t count, const char* one, const char* many);
   End endOf(const HXPort* port) const;

@@ -46,7 +46,7 @@ LayeredComponent::LayeredComponent(std::vector<LayoutItem>& items, std::vector<L
 }
 
 void LayeredComponent::run() {
-  breakCircles();
+  breakCycles();
   assignLayers();
   insertDummies();
   buildAdjacency();
@@ -58,8 +58,8 @@ void LayeredComponent::run() {
 }
 
 // Depth-first from the sources, without recursion; an edge back to a vertex that is still being
-// visited closes a circle.
-void LayeredComponent::breakCircles() {
+// visited closes a cycle.
+void LayeredComponent::breakCycles() {
   const std::size_t count = vertices_.size();
   std::vector<std::uint32_t> start(count + 1, 0);
   std::vector<std::uint32_t> targets(edgesOfMembers_.size());

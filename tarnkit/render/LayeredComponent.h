@@ -47,7 +47,7 @@ class LayeredComponent {
     std::vector<std::uint32_t> segments;
   };
 
-  void breakCircles();
+  void breakCycles();
   void assignLayers();
   void tightenLayers(const std::vector<std::uint32_t>& topological);
   void insertDummies();

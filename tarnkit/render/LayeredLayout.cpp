@@ -17,19 +17,20 @@ struct Part {
   std::vector<std::uint32_t> edges;
 };
 
-// Joined by the edges, by the method of merging sets.
+// The connected components of the graph, by union-find: every item leads to one of a lower index,
+// and a component is known by its lowest.
 std::vector<Part> connectedParts(const std::vector<LayoutItem>& items,
                                  const std::vector<LayoutEdge>& edges) {
-  std::vector<std::uint32_t> above(items.size());
-  std::iota(above.begin(), above.end(), 0U);
+  std::vector<std::uint32_t> parent(items.size());
+  std::iota(parent.begin(), parent.end(), 0U);
   const auto rootOf = [&](std::uint32_t at) {
-    while (above[at] != at) at = above[at] = above[above[at]];
+    while (parent[at] != at) at = parent[at] = parent[parent[at]];
     return at;
   };
   for (const LayoutEdge& edge : edges) {
     const std::uint32_t from = rootOf(edge.from);
     const std::uint32_t to = rootOf(edge.to);
-    above[std::max(from, to)] = std::min(from, to);
+    parent[std::max(from, to)] = std::min(from, to);
   }
   std::vector<std::uint32_t> partOf(items.size());
   std::vector<Part> parts;

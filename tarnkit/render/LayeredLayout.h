@@ -33,7 +33,7 @@ struct LayoutEdge {
 /// Places the boxes in layers so that lines run from left to right and cross little, with the upper
 /// left corner of it all at 0, 0.
 ///
-/// Circles are broken at the edges that close them, layers are those of the longest path, the order
+/// Cycles are broken at the edges that close them, layers are those of the longest path, the order
 /// within a layer comes from a bounded number of sweeps by the mean position of the neighbours, and
 /// heights from the same positions, the nearest that the order allows. Parts that no line joins
 /// stand beside each other. The same input gives the same output. Costs O(n log n).

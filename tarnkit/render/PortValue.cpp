@@ -17,19 +17,36 @@ namespace {
 
 constexpr int kLongestChain = 64;
 
-// The string of the value itself is shared, not copied: it may be long.
-String sharedText(const PMRPrimitive& value, const HXRPort* description) {
+// Of a string it is the string itself, not a copy: it may be long.
+String plainText(const PMRPrimitive& value) {
+  switch (value.storageType()) {
+    case PMRPrimitive::boolean:
+      return String(value.booleanValue() ? "on" : "off");
+    case PMRPrimitive::index:
+      return String(fmt::format("{}", value.indexValue()));
+    case PMRPrimitive::number:
+      return String(numberText(value.numberValue()));
+    case PMRPrimitive::radians:
+      return String(numberText(value.radiansValue()) + " rad");
+    case PMRPrimitive::degrees:
+      return String(numberText(value.degreesValue()) + "°");
+    case PMRPrimitive::color:
+      return String(colorText(value.colorValue()));
+    default:
+      return value.stringValue();
+  }
+}
+
+String textOf(const PMRPrimitive& value, const HXRPort* description) {
   if (const auto* input = as<HXRPrimitiveInputPort>(description)) {
     if (!input->mappedValues().empty()) {
       if (String label = input->labelForMappedValue(&value)) return label;
     }
   }
-  if (value.storageType() == PMRPrimitive::string) return value.stringValue();
-  return String(valueText(value));
+  return plainText(value);
 }
 
-}  // namespace
-
+// The patch port that the port is, or stands for.
 const HXPatchPort* patchPortOf(const HXPort& port) {
   const HXPort* at = &port;
   for (int links = 0; links < kLongestChain; ++links) {
@@ -39,6 +56,8 @@ const HXPatchPort* patchPortOf(const HXPort& port) {
   }
   return nullptr;
 }
+
+}  // namespace
 
 PortValue valueOfPort(const HXPort& port, double room) {
   PortValue value;
@@ -63,15 +82,15 @@ PortValue valueOfPort(const HXPort& port, double room) {
       value.kind = PortValue::Kind::text;
       break;
   }
-  value.text = Label(sharedText(*primitive, patchPort->definition()), NodeBox::kValueFont, room);
+  value.text = Label(textOf(*primitive, patchPort->definition()), NodeBox::kValueFont, room);
   if (value.text.full.size() == 0) value.kind = PortValue::Kind::none;
   return value;
 }
 
-std::string numberText(double number) {
+std::string numberText(float number) {
   if (std::isnan(number)) return "no number";
   if (std::isinf(number)) return number < 0 ? "−∞" : "∞";
-  return shortestText(static_cast<float>(number));
+  return shortestText(number);
 }
 
 std::string colorText(RGBA color) {
@@ -82,28 +101,6 @@ std::string colorText(RGBA color) {
     text += fmt::format("{:02x}", std::lround(alpha * 255));
   }
   return text;
-}
-
-std::string valueText(const PMRPrimitive& value, const HXRPort* description) {
-  if (description) return sharedText(value, description).toStdString();
-  switch (value.storageType()) {
-    case PMRPrimitive::nil:
-      return {};
-    case PMRPrimitive::boolean:
-      return value.booleanValue() ? "on" : "off";
-    case PMRPrimitive::index:
-      return fmt::format("{}", value.indexValue());
-    case PMRPrimitive::number:
-      return numberText(value.numberValue());
-    case PMRPrimitive::radians:
-      return numberText(value.radiansValue()) + " rad";
-    case PMRPrimitive::degrees:
-      return numberText(value.degreesValue()) + "°";
-    case PMRPrimitive::color:
-      return colorText(value.colorValue());
-    default:
-      return value.stringValue().toStdString();
-  }
 }
 
 }  // namespace tarnkit::detail

@@ -3,14 +3,11 @@
 #include <cstdint>
 #include <string>
 
-#include "tarnkit/patches/PMRPrimitive.h"
 #include "tarnkit/patches/RGBA.h"
 #include "tarnkit/render/Label.h"
 
 namespace tarnkit {
-class HXPatchPort;
 class HXPort;
-class HXRPort;
 }  // namespace tarnkit
 
 namespace tarnkit::detail {
@@ -27,17 +24,13 @@ struct PortValue {
   Label text;
 };
 
-/// The patch port that the port is, or stands for; null when there is none, or only at the end of a
-/// chain of more than 64 published ports.
-const HXPatchPort* patchPortOf(const HXPort& port);
-
-/// None for an output, a port without a value, and a value that is nil. `room` is for its text.
+/// None for an output, a port without a value, a value that is nil, and a port that publishes one
+/// through more than 64 groups. The text is the label that the port's description maps the value
+/// to, or "375", "45°", "on", "#ff8800", the string itself; `room` is for it.
 PortValue valueOfPort(const HXPort& port, double room);
 
-/// The value as people read it: the label that the description maps it to, or "375", "45°", "on",
-/// "#ff8800", the string itself.
-std::string valueText(const PMRPrimitive& value, const HXRPort* description = nullptr);
-std::string numberText(double number);
+/// "0.1", "∞", "no number".
+std::string numberText(float number);
 /// "#ff8800", and "#ff880080" when it is not opaque.
 std::string colorText(RGBA color);
 

@@ -135,7 +135,8 @@ void SceneWriter::edgePort(const EdgePort& port) {
   const double at = port.isInput ? scene_.leftEdge : scene_.rightEdge;
   const double tip = at + sign * width;
   out_ += port.hasInner ? "<g class=\"tk-edge\" id=\"" : "<g class=\"tk-edge tk-missing\" id=\"";
-  out_ += options_.idPrefix + "edge--";
+  out_ += options_.idPrefix;
+  out_ += "edge--";
   const String key = port.port->uniqueKey();
   appendIdPart(out_, scene_.group.uniqueKey());
   out_ += "--";
@@ -169,7 +170,9 @@ void SceneWriter::edgePort(const EdgePort& port) {
 
 void SceneWriter::wire(const Wire& wire) {
   const String key = wire.connection->uniqueKey();
-  out_ += "<path class=\"tk-wire\" id=\"" + options_.idPrefix + "wire--";
+  out_ += "<path class=\"tk-wire\" id=\"";
+  out_ += options_.idPrefix;
+  out_ += "wire--";
   appendIdPart(out_, scene_.group.uniqueKey());
   out_ += "--";
   if (key.isNil()) {
@@ -256,19 +259,19 @@ void SceneWriter::titleBar(const NodeBox& box) {
   appendNumber(out_, 2 * kRadius - box.width);
   out_ += "a7 7 0 0 0 -7 7z\"/>";
   text(light ? "tk-title tk-light" : "tk-title tk-dark", NodeBox::kInset, 17.5, box.title);
-  if (box.hasBadge()) badge(box, light ? "tk-count tk-light" : "tk-count tk-dark");
+  if (box.hasBadge()) badge(box, light);
   out_ += '\n';
 }
 
-void SceneWriter::badge(const NodeBox& box, const char* textClass) {
-  const bool light = textClass[sizeof "tk-count tk-" - 1] == 'l';
+void SceneWriter::badge(const NodeBox& box, bool light) {
   const double x = box.width - NodeBox::kInset + 3 - box.badgeWidth();
   out_ += light ? "<rect class=\"tk-badge tk-light\" rx=\"8\" y=\"5\" height=\"16\""
                 : "<rect class=\"tk-badge tk-dark\" rx=\"8\" y=\"5\" height=\"16\"";
   attribute("x", x);
   attribute("width", box.badgeWidth());
   out_ += "/>";
-  text(textClass, x + NodeBox::kBadgePadding, 16.5, box.countText);
+  text(light ? "tk-count tk-light" : "tk-count tk-dark", x + NodeBox::kBadgePadding, 16.5,
+       box.countText);
 }
 
 void SceneWriter::line(const NodeBox& box, const PortLine& line, std::size_t index, bool isInput) {

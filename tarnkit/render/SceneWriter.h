@@ -27,7 +27,7 @@ class SceneWriter {
   void wire(const Wire& wire);
   void node(const NodeBox& box);
   void titleBar(const NodeBox& box);
-  void badge(const NodeBox& box, const char* textClass);
+  void badge(const NodeBox& box, bool light);
   void line(const NodeBox& box, const PortLine& line, std::size_t index, bool isInput);
   void portLine(const NodeBox& box, const PortLine& line, double y, bool isInput);
   void heading(const NodeBox& box, const PortLine& line, double y, bool isInput);

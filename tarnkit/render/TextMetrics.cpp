@@ -4,6 +4,11 @@
 #include <unicode/uchar.h>
 #include <unicode/utext.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
 #include "tarnkit/platform/UTF8.h"
 #include "tarnkit/render/TextAdvances.h"
 

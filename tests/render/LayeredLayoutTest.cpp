@@ -14,7 +14,7 @@ struct Graph {
   std::vector<LayoutEdge> edges;
 };
 
-// With circles, edges from a box to itself, and several between the same two.
+// With cycles, edges from a box to itself, and several between the same two.
 Graph randomGraph(unsigned seed, std::uint32_t count, std::uint32_t edgeCount) {
   std::mt19937 random(seed);
   const auto below = [&](std::uint32_t limit) {
@@ -86,7 +86,7 @@ TEST(LayeredLayout, BoxesNeverOverlapAndTheSameGraphLooksTheSame) {
   }
 }
 
-TEST(LayeredLayout, LinesOfAGraphWithoutCirclesRunToTheRight) {
+TEST(LayeredLayout, LinesOfAGraphWithoutCyclesRunToTheRight) {
   Graph graph = randomGraph(7, 60, 120);
   for (LayoutEdge& edge : graph.edges) {
     if (edge.from > edge.to) std::swap(edge.from, edge.to);
