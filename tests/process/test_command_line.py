@@ -11,7 +11,7 @@ import unittest
 from host import HOST, HostTest, op
 
 COMMANDS = ("run", "open", "save", "send", "inspect", "catalogue", "eval", "tokens", "parse",
-            "simplify", "rewrite", "math")
+            "simplify", "rewrite", "math", "render", "reference")
 
 
 class CommandLine(HostTest):
@@ -31,6 +31,10 @@ class CommandLine(HostTest):
                 self.assertEqual(output, b"")
                 self.one_line(errors)
 
+        # What is not expected is named in the order in which it stands there.
+        errors = self.host("eval", "1", "--plugin", "file", status=2)[1]
+        self.assertIn(": --plugin file ", self.one_line(errors))
+
     def test_plugins_that_are_none(self):
         text = self.folder / "text"
         text.write_text("no library")
@@ -47,13 +51,24 @@ class CommandLine(HostTest):
                          "tarnkit: output, standard output, No space left on device\n")
 
     def test_short_results_are_not_lost_in_silence(self):
-        for arguments in (["eval", "1+1"], ["tokens", "1"], ["parse", "1"], ["--version"]):
+        for arguments in (["eval", "1+1"], ["tokens", "1"], ["parse", "1"], ["math"], ["--version"]):
             with self.subTest(arguments[0]), open("/dev/full", "wb") as full:
-                run = subprocess.run([HOST, *arguments], stdout=full, stderr=subprocess.PIPE,
-                                     timeout=60)
+                run = subprocess.run([HOST, *arguments], input=b"{}", stdout=full,
+                                     stderr=subprocess.PIPE, timeout=60)
                 self.assertEqual(run.returncode, 1)
                 self.assertEqual(run.stderr.decode(),
                                  "tarnkit: output, standard output, No space left on device\n")
+
+    def test_an_input_that_cannot_be_read_is_a_failure(self):
+        for arguments, what in ((["math"], "math"), (["run", "-"], "script"),
+                                (["inspect", "-"], "inspect")):
+            with self.subTest(arguments[0]):
+                folder = os.open(self.folder, os.O_RDONLY)
+                self.addCleanup(os.close, folder)
+                run = subprocess.run([HOST, *arguments], stdin=folder, capture_output=True,
+                                     text=True, timeout=60)
+                self.assertEqual((run.returncode, run.stdout), (1, ""))
+                self.assertEqual(self.one_line(run.stderr), f"{what}, standard input, Is a directory")
 
     def test_messages_that_cannot_be_written_change_nothing(self):
         logs = op("setParameter", node="n", parameter="Tarn.mathExpressionParameter", value="1 $")
@@ -93,6 +108,18 @@ class CommandLine(HostTest):
         run.stdin.close()
         self.assertEqual(run.wait(60), 1)
         self.assertRegex(os.read(terminal, 1000), rb"^(\rtarnkit: opening -)*\r\x1b\[Ktarnkit: open, ")
+        # A name is shown without what it could do to the terminal.
+        name = self.folder / "\x1b[2J\n"
+        os.mkfifo(name)
+        terminal, other = pty.openpty()
+        self.addCleanup(os.close, terminal)
+        run = subprocess.Popen([HOST, "open", name], stderr=other, stdout=subprocess.DEVNULL)
+        os.close(other)
+        self.assertTrue(select.select([terminal], [], [], 60)[0])
+        self.assertEqual(os.read(terminal, 1000),
+                         f"\rtarnkit: opening {self.folder}/ [2J ".encode()[:100])
+        name.write_bytes(b"")
+        self.assertEqual(run.wait(60), 1)
         self.assertRegex(self.host("open", "-", status=1)[1], "^tarnkit: open, standard input, ")
 
 

@@ -21,6 +21,9 @@ class Math(HostTest):
             (["x + y", "--var", "x=1", "--var", "y=2", "--functions-as-variables"], "3"),
             (["50 + 10%", "--percent"], "55"),
             (["7 % 4"], "3"),
+            (["-1"], "-1"),
+            (["--degrees", "--", "-1"], "-1"),
+            (["--", "--1"], "1"),
         ]
         for arguments, wanted in cases:
             with self.subTest(arguments=arguments):

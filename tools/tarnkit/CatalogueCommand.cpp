@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "tarnkit/model/HXModel.h"
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/PatchRegistry.h"
 #include "tools/tarnkit/CatalogueShapes.h"
@@ -48,8 +47,7 @@ PatchClasses namedClasses(const std::vector<std::string>& names) {
   for (const std::string& name : names) {
     const auto* const patchClass = patchClassNamed(name);
     if (!patchClass) {
-      throw CommandFailure(
-          fmt::format("catalogue, {}: there is no patch definition of that name", name));
+      throw CommandFailure("catalogue", name, "there is no patch definition of that name");
     }
     classes.push_back(patchClass);
   }
@@ -67,8 +65,8 @@ PatchClasses chosenClasses(const CatalogueOptions& options) {
   std::sort(classes.begin(), classes.end(), standsBefore);
   classes.erase(std::unique(classes.begin(), classes.end()), classes.end());
   if (classes.empty()) {
-    throw CommandFailure(fmt::format(
-        "catalogue, {}: no patch definition to be listed is in that category", options.category));
+    throw CommandFailure("catalogue", options.category,
+                         "no patch definition to be listed is in that category");
   }
   return classes;
 }
@@ -117,7 +115,6 @@ void printDetails(const PatchClasses& classes) {
 }
 
 void listCatalogue(const CatalogueOptions& options) {
-  registerModelClasses();
   const auto classes = chosenClasses(options);
   if (options.json) {
     printJson(classes);
@@ -133,7 +130,8 @@ void listCatalogue(const CatalogueOptions& options) {
 void addCatalogueCommand(CLI::App& app) {
   auto options = std::make_shared<CatalogueOptions>();
   auto* const command = app.add_subcommand("catalogue", "List the patch definitions");
-  command->add_option("CLASS", options->classes, "Only these classes, with their ports");
+  command->add_option("CLASS", options->classes, "Only these classes, with their ports")
+      ->type_name("");
   command->add_option("--category", options->category, "Only the patches of this category")
       ->type_name("NAME");
   command->add_flag("--all", options->all, "List hidden patches too");

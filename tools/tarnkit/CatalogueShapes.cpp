@@ -103,6 +103,7 @@ void writeParameterDescription(JsonWriter& json, const HXRParameter& parameter) 
 
 std::vector<String> sortedKeys(const OrderedSet& keys) {
   std::vector<String> sorted;
+  sorted.reserve(keys.count());
   for (const auto& key : keys) sorted.push_back(String::from(key.get()));
   std::sort(sorted.begin(), sorted.end());
   return sorted;
@@ -146,9 +147,8 @@ void writePatchClass(JsonWriter& json, const HXRNodeClass& patchClass) {
   json.key("hiddenInLibrary").value(patchClass.hiddenInLibrary());
   json.key("secretInLibrary").value(patchClass.secretInLibrary());
   json.key("allowsSubnodes").value(patchClass.allowsSubnodes());
-  json.key("hiddenPortGroupKeys").beginArray();
-  for (const auto& key : sortedKeys(patchClass.hiddenPortGroupKeys())) json.value(key.view());
-  json.endArray();
+  json.key("hiddenPortGroupKeys");
+  writeStrings(json, sortedKeys(patchClass.hiddenPortGroupKeys()));
   json.key("inputPortGroups");
   writeGroups(json, definition.portLayout().inputs());
   json.key("outputPortGroups");

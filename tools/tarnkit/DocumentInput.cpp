@@ -1,11 +1,13 @@
 #include "tools/tarnkit/DocumentInput.h"
 
-#include <algorithm>
+#include <CLI/CLI.hpp>
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/platform/PropertyListReader.h"
+#include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/Output.h"
+#include "tools/tarnkit/Shapes.h"
 
 namespace tarnkit::tool {
 
@@ -23,21 +25,38 @@ bool keepsUniqueKeys(ByteSpan bytes) {
 
 }  // namespace
 
-DocumentInput openDocument(std::string_view what, const std::string& path, ByteSpan bytes,
-                           std::optional<std::int32_t> codingType) {
+void DocumentOptions::addTo(CLI::App& command) {
+  command.add_option("FILE", file, "An editor document; - for standard input")
+      ->required()
+      ->type_name("");
+  command
+      .add_option("--coding-type", codingType,
+                  "Read as 0 or 1: draw fresh unique keys; 3: keep those of the file (default: as "
+                  "it was written)")
+      ->type_name("N");
+}
+
+DocumentInput openDocument(std::string_view what, const DocumentOptions& options, ByteSpan bytes) {
   DocumentInput input;
-  input.codingType = codingType               ? *codingType
+  input.codingType = options.codingType       ? *options.codingType
                      : keepsUniqueKeys(bytes) ? HXCodingTypeEditorWithKeys
                                               : HXCodingTypeEditor;
   std::string error;
   input.document = HXDocumentFile::document(bytes, input.codingType, error);
-  if (!input.document) failWithFile(what, path, error);
+  if (!input.document) failWithFile(what, options.file, error);
   return input;
 }
 
-DocumentInput openDocument(std::string_view what, const std::string& path,
-                           std::optional<std::int32_t> codingType) {
-  return openDocument(what, path, readFile(what, path), codingType);
+DocumentInput openDocument(std::string_view what, const DocumentOptions& options) {
+  return openDocument(what, options, readFile(what, options.file));
+}
+
+void requireShape(std::string_view what, const std::string& path, const HXDocument& document) {
+  try {
+    checkShapeDepth(document);
+  } catch (const CommandFailure& failure) {
+    failWithFile(what, path, failure.what());
+  }
 }
 
 }  // namespace tarnkit::tool

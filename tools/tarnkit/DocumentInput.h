@@ -7,7 +7,19 @@
 
 #include "tarnkit/model/HXDocument.h"
 
+namespace CLI {
+class App;
+}
+
 namespace tarnkit::tool {
+
+/// Which document a command is to open: its argument FILE and its option --coding-type.
+struct DocumentOptions {
+  std::string file;
+  std::optional<std::int32_t> codingType;
+
+  void addTo(CLI::App& command);
+};
 
 /// A document that a command opened.
 struct DocumentInput {
@@ -19,11 +31,12 @@ struct DocumentInput {
 /// Opens an editor document out of a file or standard input; `what` is the command. Without a
 /// coding type it is read as it was written: with the unique keys of the file when it holds any
 /// (3), otherwise with fresh ones (0). Throws CommandFailure.
-DocumentInput openDocument(std::string_view what, const std::string& path,
-                           std::optional<std::int32_t> codingType);
+DocumentInput openDocument(std::string_view what, const DocumentOptions& options);
 
 /// The same of bytes that were read already.
-DocumentInput openDocument(std::string_view what, const std::string& path, ByteSpan bytes,
-                           std::optional<std::int32_t> codingType);
+DocumentInput openDocument(std::string_view what, const DocumentOptions& options, ByteSpan bytes);
+
+/// Throws CommandFailure when the document is nested too deep for its shape to be written.
+void requireShape(std::string_view what, const std::string& path, const HXDocument& document);
 
 }  // namespace tarnkit::tool

@@ -81,10 +81,10 @@ Result sendImages(Session& session, const Arguments& arguments) {
   if (!HXDocumentFile::sendImages(*session.document(), directory, keys, error)) {
     throw CommandFailure(error);
   }
-  return [keys](JsonWriter& json) {
-    json.beginObject().key("keys").beginArray();
-    for (const auto& key : keys) json.value(key.view());
-    json.endArray().endObject();
+  return [keys = std::move(keys)](JsonWriter& json) {
+    json.beginObject().key("keys");
+    writeStrings(json, keys);
+    json.endObject();
   };
 }
 

@@ -6,6 +6,7 @@
 
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
+#include "tools/tarnkit/Output.h"
 
 namespace tarnkit::tool {
 
@@ -46,11 +47,8 @@ void evaluate(const EvalOptions& options) {
       options.expression, readVariables(options.variables, options.precise), &error);
   if (!value) throw CommandFailure(describeError(error));
   const std::string text = valueText(*value, options.precise);
-  if (options.json) {
-    fmt::print("{}\n", nlohmann::json{{"value", text}}.dump());
-  } else {
-    fmt::print("{}\n", text);
-  }
+  const std::string line = options.json ? nlohmann::json{{"value", text}}.dump() : text;
+  writeToStandardOutput(line + '\n');
 }
 
 }  // namespace
@@ -60,6 +58,7 @@ void addEvalCommand(CLI::App& program) {
   auto* const command = program.add_subcommand("eval", "Print the value of an expression");
   addExpressionArgument(*command, options->expression);
   command->add_option("--var", options->variables, "A variable, NAME=VALUE; VALUE is an expression")
+      ->type_name("NAME=VALUE")
       ->take_all()
       ->allow_extra_args(false);
   command->add_flag("--degrees", options->degrees, "Angles are in degrees");

@@ -1,10 +1,10 @@
-#include <fmt/format.h>
-
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <string>
 
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
+#include "tools/tarnkit/Output.h"
 
 namespace tarnkit::tool {
 
@@ -19,9 +19,12 @@ void printTokens(const std::string& text) {
   MXError error;
   const auto tokenizer = MXMathStringTokenizer::tokenizerWithString(text, &error);
   if (!tokenizer) throw CommandFailure(describeError(error));
+  std::string lines;
   while (const auto token = tokenizer->nextObject()) {
-    fmt::print("{}\n", token->description().view());
+    lines += token->description().view();
+    lines += '\n';
   }
+  writeToStandardOutput(lines);
 }
 
 Ref<MXExpression> parse(const std::string& text) {
@@ -32,7 +35,7 @@ Ref<MXExpression> parse(const std::string& text) {
 }
 
 void print(const Ref<MXExpression>& expression) {
-  fmt::print("{}\n", expression->description().view());
+  writeToStandardOutput(expression->description().toStdString() + '\n');
 }
 
 template <class Work>

@@ -6,9 +6,9 @@
 #include "tarnkit/patches/Orientation.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Session.h"
+#include "tools/tarnkit/ValueShapes.h"
 
 namespace tarnkit::tool {
 
@@ -58,11 +58,7 @@ Result setOpaque(Session& session, const Arguments& arguments) {
 }
 
 Result writeKeys(std::vector<String> keys) {
-  return [keys = std::move(keys)](JsonWriter& json) {
-    json.beginArray();
-    for (const auto& key : keys) json.value(key.view());
-    json.endArray();
-  };
+  return [keys = std::move(keys)](JsonWriter& json) { writeStrings(json, keys); };
 }
 
 Result selectedNodes(Session& session, const Arguments& arguments) {

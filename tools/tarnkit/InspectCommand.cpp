@@ -4,7 +4,6 @@
 #include "tarnkit/archive/HXArchiveReader.h"
 #include "tarnkit/archive/HXArchiveText.h"
 #include "tarnkit/platform/PropertyListReader.h"
-#include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/DocumentInput.h"
 #include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/ModelCommands.h"
@@ -37,11 +36,7 @@ void printDocument(const DocumentInput& input, const InspectOptions& options) {
     writeOutline(*input.document, writeToStandardOutput);
     return;
   }
-  try {
-    checkShapeDepth(*input.document);
-  } catch (const CommandFailure& failure) {
-    throw CommandFailure("inspect", options.file, failure.what());
-  }
+  requireShape("inspect", options.file, *input.document);
   JsonWriter json(writeToStandardOutput);
   json.beginObject().key("kind").value("editorDocument").key("document");
   writeNode(json, *input.document);
@@ -63,7 +58,7 @@ void inspect(const InspectOptions& options) {
     failWithFile("inspect", options.file,
                  "it is no editor document, device graph or image archive");
   }
-  printDocument(openDocument("inspect", options.file, bytes, std::nullopt), options);
+  printDocument(openDocument("inspect", {options.file, std::nullopt}, bytes), options);
 }
 
 }  // namespace

@@ -1,13 +1,18 @@
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
+#include <cerrno>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <system_error>
 
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
+#include "tools/tarnkit/Output.h"
+#include "tools/tarnkit/Progress.h"
 
 namespace tarnkit::tool {
 
@@ -130,27 +135,31 @@ class Batch {
   Ref<MXMathEvaluator> evaluator_ = make<MXMathEvaluator>();
 };
 
-void writeOut(std::string& pending) {
-  std::fwrite(pending.data(), 1, pending.size(), stdout);
-  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-    throw CommandFailure("standard output: cannot be written");
-  }
-  pending.clear();
-}
-
 void run(bool percent) {
   if (percent) readPercentSignAsPercent();
   std::ios::sync_with_stdio(false);
+  // A terminal that the lines are typed in is left alone.
+  std::optional<Progress> progress;
+  if (::isatty(STDIN_FILENO) == 0) progress.emplace("answering line");
   Batch batch;
+  std::uint64_t answered = 0;
   std::string line;
   std::string pending;
   while (std::getline(std::cin, line)) {
     // What is not UTF-8 in an answer is replaced, as the engine does with what it reads.
     pending += batch.answer(line).dump(-1, ' ', false, json::error_handler_t::replace);
     pending += '\n';
-    if (pending.size() >= kFlushSize) writeOut(pending);
+    ++answered;
+    if (progress) progress->setCount(answered);
+    if (pending.size() < kFlushSize) continue;
+    writeToStandardOutput(pending);
+    pending.clear();
   }
-  writeOut(pending);
+  const int error = errno;
+  writeToStandardOutput(pending);
+  if (std::cin.bad()) {
+    throw CommandFailure("math", "standard input", std::generic_category().message(error));
+  }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cctype>
 
 #include "tarnkit/math/MXExpressionRewriter.h"
@@ -11,12 +12,15 @@
 namespace tarnkit::tool {
 
 void addExpressionArgument(CLI::App& command, std::string& expression) {
-  command.add_option("EXPRESSION", expression, "The expression");
+  command.add_option("EXPRESSION", expression, "The expression")->type_name("");
   command.allow_extras();
 }
 
 void takeExpression(const CLI::App& command, std::string& expression) {
-  const auto extras = command.remaining();
+  auto extras = command.remaining();
+  if (const auto end = std::find(extras.begin(), extras.end(), "--"); end != extras.end()) {
+    extras.erase(end);  // where the options end
+  }
   const bool isGiven = command.count("EXPRESSION") > 0;
   if (!isGiven && extras.empty()) throw CLI::RequiredError("EXPRESSION");
   const auto isOption = [](const std::string& text) {
@@ -24,6 +28,7 @@ void takeExpression(const CLI::App& command, std::string& expression) {
            std::isalpha(static_cast<unsigned char>(text[2])) != 0;
   };
   if (extras.size() + (isGiven ? 1 : 0) > 1 || (!isGiven && isOption(extras.front()))) {
+    std::reverse(extras.begin(), extras.end());  // the exception names them from the last on
     throw CLI::ExtrasError(command.get_name(), extras);
   }
   if (!isGiven) expression = extras.front();

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/patches/PatchRegistry.h"
@@ -8,7 +6,6 @@
 #include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Session.h"
-#include "tools/tarnkit/ValueShapes.h"
 
 namespace tarnkit::tool {
 

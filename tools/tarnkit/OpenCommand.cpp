@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
-#include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/DocumentInput.h"
 #include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/ModelCommands.h"
@@ -15,23 +14,18 @@ namespace tarnkit::tool {
 namespace {
 
 struct OpenOptions {
-  std::string file;
-  std::optional<std::int32_t> codingType;
+  DocumentOptions document;
   bool json = false;
 };
 
 void open(const OpenOptions& options) {
-  const Progress progress("opening " + options.file);
-  const auto input = openDocument("open", options.file, options.codingType);
+  const Progress progress("opening " + options.document.file);
+  const auto input = openDocument("open", options.document);
   if (!options.json) {
     writeOutline(*input.document, writeToStandardOutput);
     return;
   }
-  try {
-    checkShapeDepth(*input.document);
-  } catch (const CommandFailure& failure) {
-    throw CommandFailure("open", options.file, failure.what());
-  }
+  requireShape("open", options.document.file, *input.document);
   JsonWriter json(writeToStandardOutput);
   writeNode(json, *input.document);
   json.endLine();
@@ -43,13 +37,7 @@ void open(const OpenOptions& options) {
 void addOpenCommand(CLI::App& app) {
   auto* command = app.add_subcommand("open", "Open a document and print it");
   const auto options = std::make_shared<OpenOptions>();
-  command->add_option("FILE", options->file, "An editor document; - for standard input")
-      ->required()
-      ->type_name("");
-  command
-      ->add_option("--coding-type", options->codingType,
-                   "0 or 1: draw fresh unique keys; 3: keep those of the file")
-      ->type_name("N");
+  options->document.addTo(*command);
   command->add_flag("--json", options->json, "Print the document's shape as JSON");
   command->callback([options] { open(*options); });
 }

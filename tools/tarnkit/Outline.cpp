@@ -13,6 +13,7 @@
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/NumberText.h"
+#include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/ValueShapes.h"
 
 namespace tarnkit::tool {
@@ -21,14 +22,7 @@ namespace {
 
 constexpr std::size_t kPiece = std::size_t{1} << 16;
 
-std::string quoted(const String& text) {
-  std::string quoted = "\"";
-  for (const char c : text.view()) {
-    const auto byte = static_cast<unsigned char>(c);
-    quoted += byte < 0x20 || byte == 0x7F ? ' ' : c;
-  }
-  return quoted + '"';
-}
+std::string quoted(const String& text) { return fmt::format("\"{}\"", oneLine(text)); }
 
 std::string counted(std::size_t count, std::string_view thing) {
   return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");

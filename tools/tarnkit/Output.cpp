@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "tarnkit/platform/File.h"
+#include "tarnkit/platform/Log.h"
 #include "tools/tarnkit/Command.h"
 
 namespace tarnkit::tool {
@@ -60,6 +61,16 @@ void writeFile(std::string_view what, const std::string& path, ByteSpan bytes) {
   if (path == kStandardStream) return writeToStandardOutput(what, bytes);
   std::string error;
   if (!File::write(path, bytes, &error)) failWithFile(what, path, error);
+}
+
+void complain(std::string_view text) { Log::line("tarnkit: " + oneLine(text)); }
+
+std::string oneLine(std::string_view text) {
+  std::string line(text);
+  for (char& c : line) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
+  }
+  return line;
 }
 
 void failWithFile(std::string_view what, const std::string& path, std::string_view error) {

@@ -21,6 +21,13 @@ std::vector<std::uint8_t> readFile(std::string_view what, const std::string& pat
 /// Writes a file whole or not at all, or standard output. Throws CommandFailure.
 void writeFile(std::string_view what, const std::string& path, ByteSpan bytes);
 
+/// Tells the user something: one line on standard error, "tarnkit: TEXT".
+void complain(std::string_view text);
+
+/// The text with blanks for its control characters: names and paths may hold anything, and are
+/// shown within lines and on terminals.
+std::string oneLine(std::string_view text);
+
 /// The failure of the library that `error` tells, of which the path may be the first word.
 [[noreturn]] void failWithFile(std::string_view what, const std::string& path,
                                std::string_view error);

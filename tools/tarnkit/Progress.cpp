@@ -10,6 +10,9 @@
 #include <csignal>
 #include <cstring>
 #include <limits>
+#include <string_view>
+
+#include "tools/tarnkit/Output.h"
 
 namespace tarnkit::tool {
 
@@ -49,7 +52,7 @@ void setTimer(time_t seconds) {
 
 Progress::Progress(const std::string& doing) : isShown_(::isatty(STDERR_FILENO) == 1) {
   if (!isShown_) return;
-  const std::string text = "\rtarnkit: " + doing;
+  const std::string text = "\rtarnkit: " + oneLine(doing);
   shownLength = std::min(text.size(), kLongestText);
   std::memcpy(shownText, text.data(), shownLength);
   shownCount = kNoCount;

@@ -11,7 +11,6 @@
 #include <system_error>
 #include <vector>
 
-#include "tarnkit/model/HXModel.h"
 #include "tarnkit/patches/PatchRegistry.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/ModelCommands.h"
@@ -63,7 +62,8 @@ void makeDirectory(const std::string& directory) {
   std::error_code failure;
   std::filesystem::create_directories(directory, failure);
   // A path that ends in "/" counts as not created when it is there already.
-  if (std::filesystem::is_directory(directory)) return;
+  std::error_code unknown;
+  if (std::filesystem::is_directory(directory, unknown)) return;
   throw CommandFailure(kWhat, directory, failure ? failure.message() : "it is no directory");
 }
 
@@ -84,7 +84,6 @@ void requireOurs(const std::filesystem::path& path) {
 }
 
 void writeReference(const ReferenceOptions& options) {
-  registerModelClasses();
   Progress progress("writing the reference");
   const ReferencePages pages(catalogue());
   const auto files = filesOf(pages, options, progress);

@@ -1,11 +1,12 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "tarnkit/render/HXGraphPage.h"
-#include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/DocumentInput.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Output.h"
@@ -16,12 +17,11 @@ namespace tarnkit::tool {
 namespace {
 
 struct RenderOptions {
-  std::string file;
+  DocumentOptions document;
   std::string output;
   std::string group;
   std::string format = "svg";
   std::string theme = "light";
-  std::optional<std::int32_t> codingType;
 };
 
 // The group of that key, or the group of the node of that key; null when there is neither.
@@ -45,24 +45,20 @@ const HXGroup* groupForKey(const HXDocument& document, std::string_view key) {
 void render(const RenderOptions& options) {
   HXPictureReport report;
   {
-    const Progress progress("drawing " + options.file);
-    const auto input = openDocument("render", options.file, options.codingType);
+    const Progress progress("drawing " + options.document.file);
+    const auto input = openDocument("render", options.document);
     const HXGroup* const group = options.group.empty()
                                      ? input.document->subnodeGroup().get()
                                      : groupForKey(*input.document, options.group);
-    if (!group) throw CommandFailure("render", options.file, "it has no group " + options.group);
+    if (!group) failWithFile("render", options.document.file, "it has no group " + options.group);
     HXPictureOptions picture;
     picture.theme = options.theme == "dark" ? HXPictureTheme::dark : HXPictureTheme::light;
     const std::string text = options.format == "html" ? graphPage(*group, picture.theme, &report)
                                                       : graphPicture(*group, picture, &report);
     writeFile("render", options.output, bytesOf(text));
   }
-  std::string file = options.file;
-  for (char& c : file) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-  }
   for (const std::string& note : report.notes) {
-    fmt::print(stderr, "tarnkit: render, {}, {}\n", file, note);
+    complain(fmt::format("render, {}, {}", options.document.file, note));
   }
 }
 
@@ -71,9 +67,7 @@ void render(const RenderOptions& options) {
 void addRenderCommand(CLI::App& app) {
   auto* command = app.add_subcommand("render", "Draw a document, or one group of it");
   const auto options = std::make_shared<RenderOptions>();
-  command->add_option("FILE", options->file, "An editor document; - for standard input")
-      ->required()
-      ->type_name("");
+  options->document.addTo(*command);
   command->add_option("-o,--output", options->output, "The picture; - for standard output")
       ->required()
       ->type_name("OUT");
@@ -90,10 +84,6 @@ void addRenderCommand(CLI::App& app) {
   command->add_option("--theme", options->theme, "Colours")
       ->check(CLI::IsMember({"light", "dark"}))
       ->type_name("light|dark");
-  command
-      ->add_option("--coding-type", options->codingType,
-                   "0 or 1: draw fresh unique keys; 3: keep those of the file")
-      ->type_name("N");
   command->callback([options] { render(*options); });
 }
 

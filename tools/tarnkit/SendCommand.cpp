@@ -12,17 +12,18 @@ namespace tarnkit::tool {
 namespace {
 
 struct SendOptions {
-  std::string file;
+  DocumentOptions document;
   std::string output;
   std::string images;
-  std::optional<std::int32_t> codingType;
 };
 
 void send(const SendOptions& options) {
-  const Progress progress("sending " + options.file);
-  const auto input = openDocument("send", options.file, options.codingType);
+  const Progress progress("sending " + options.document.file);
+  const auto input = openDocument("send", options.document);
   const auto graph = HXDocumentFile::deviceGraph(*input.document);
-  if (graph.empty()) failWithFile("send", options.file, "the device graph could not be made");
+  if (graph.empty()) {
+    failWithFile("send", options.document.file, "the device graph could not be made");
+  }
   writeFile("send", options.output, graph);
   if (options.images.empty()) return;
   std::vector<String> keys;
@@ -37,9 +38,7 @@ void send(const SendOptions& options) {
 void addSendCommand(CLI::App& app) {
   auto* command = app.add_subcommand("send", "Write the device graph of a document");
   const auto options = std::make_shared<SendOptions>();
-  command->add_option("FILE", options->file, "An editor document; - for standard input")
-      ->required()
-      ->type_name("");
+  options->document.addTo(*command);
   command
       ->add_option("-o,--output", options->output,
                    "The file for the device graph; - for standard output")
@@ -49,10 +48,6 @@ void addSendCommand(CLI::App& app) {
       ->add_option("--images", options->images,
                    "Write one archive for each image, KEY.plist, into this directory")
       ->type_name("DIR");
-  command
-      ->add_option("--coding-type", options->codingType,
-                   "0 or 1: draw fresh unique keys; 3: keep those of the file")
-      ->type_name("N");
   command->callback([options] { send(*options); });
 }
 

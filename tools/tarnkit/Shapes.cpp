@@ -78,12 +78,6 @@ void writePortGroups(JsonWriter& json, const char* key,
   json.endArray();
 }
 
-void writeKeyPath(JsonWriter& json, const HXNode& node) {
-  json.key("keyPath").beginArray();
-  for (const auto& key : node.keyPath()) json.value(key.view());
-  json.endArray();
-}
-
 void writePatchClass(JsonWriter& json, const HXNode& node) {
   json.key("patch");
   writeString(json, node.patch() ? node.patch()->isa().nameString() : String());
@@ -97,9 +91,8 @@ void writeAllPortKeys(JsonWriter& json, const HXNode& node) {
   keys.reserve(node.portsByUniqueKey().size());
   for (const auto& entry : node.portsByUniqueKey()) keys.push_back(entry.key);
   std::sort(keys.begin(), keys.end());
-  json.key("allPortKeys").beginArray();
-  for (const auto& key : keys) json.value(key.view());
-  json.endArray();
+  json.key("allPortKeys");
+  writeStrings(json, keys);
 }
 
 // Everything up to the subnode group.
@@ -110,7 +103,8 @@ void beginNode(JsonWriter& json, const HXNode& node) {
   writeString(json, node.uniqueKey());
   json.key("name");
   writeString(json, node.name());
-  writeKeyPath(json, node);
+  json.key("keyPath");
+  writeStrings(json, node.keyPath());
   writePatchClass(json, node);
   json.key("position");
   writePoint(json, node.position());

@@ -15,6 +15,12 @@ void writeString(JsonWriter& json, const String& string) {
   }
 }
 
+void writeStrings(JsonWriter& json, const std::vector<String>& strings) {
+  json.beginArray();
+  for (const auto& string : strings) writeString(json, string);
+  json.endArray();
+}
+
 void writePrimitive(JsonWriter& json, const PMRPrimitive* primitive) {
   if (!primitive) {
     json.null();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "tarnkit/model/HXGroup.h"
 #include "tarnkit/patches/PMRPrimitive.h"
@@ -17,6 +18,7 @@ class JsonWriter;
 // The small shapes, as JSON. What is nil is written as null.
 
 void writeString(JsonWriter& json, const String& string);
+void writeStrings(JsonWriter& json, const std::vector<String>& strings);
 void writePrimitive(JsonWriter& json, const PMRPrimitive* primitive);
 void writeColor(JsonWriter& json, RGBA color);
 void writePoint(JsonWriter& json, HXPoint point);

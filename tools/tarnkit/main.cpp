@@ -14,11 +14,11 @@
 
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/platform/Bundle.h"
-#include "tarnkit/platform/Log.h"
 #include "tools/tarnkit/CatalogueCommand.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
 #include "tools/tarnkit/ModelCommands.h"
+#include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/Plugins.h"
 
 namespace {
@@ -35,14 +35,6 @@ void describeApplication() {
   tarnkit::Bundle::mainBundle().setInfoDictionary(
       {{"CFBundleIdentifier", String("tarnkit.host").object()},
        {"CFBundleShortVersionString", String(TARNKIT_VERSION).object()}});
-}
-
-// One line, whatever names and paths it quotes.
-void complain(std::string text) {
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-  }
-  tarnkit::Log::line("tarnkit: " + text);
 }
 
 // A file that is opened while a standard stream is closed would get the stream's number, and what
@@ -95,12 +87,12 @@ int run(int argc, char** argv) {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
       return program.exit(error);  // --help, --version
     }
-    complain(fmt::format("{} (--help tells more)", error.what()));
+    tool::complain(fmt::format("{} (--help tells more)", error.what()));
     return kWrongCommandLine;
   }
 }
 
-// Short results wait in a buffer until here.
+// What --help and --version print waits in a buffer until here; results are written at once.
 void flushOutput() {
   std::cout.flush();
   if (std::fflush(stdout) == 0 && std::cout && std::ferror(stdout) == 0) return;
@@ -116,10 +108,10 @@ int main(int argc, char** argv) {
     flushOutput();
     return status;
   } catch (const std::bad_alloc&) {
-    complain("there is not enough memory for this work");
+    tool::complain("there is not enough memory for this work");
     return kWorkFailed;
   } catch (const std::exception& failure) {
-    complain(failure.what());
+    tool::complain(failure.what());
     return kWorkFailed;
   }
 }
