@@ -221,13 +221,14 @@ void GroupScene::spreadEdgePorts(std::size_t first, std::size_t last) {
   constexpr double kStep = EdgePort::kHeight + 6;
   // Blocks of ports that push each other, each around the mean of where its ports want to be.
   struct Block {
-    double sum;
-    double count;
+    double sum = 0;
+    std::size_t count = 0;
+    double mean() const noexcept { return sum / static_cast<double>(count); }
   };
   std::vector<Block> blocks;
   for (auto at = begin; at != end; ++at) {
     Block block{at->y - kStep * static_cast<double>(at - begin), 1};
-    while (!blocks.empty() && blocks.back().sum / blocks.back().count >= block.sum / block.count) {
+    while (!blocks.empty() && blocks.back().mean() >= block.mean()) {
       block.sum += blocks.back().sum;
       block.count += blocks.back().count;
       blocks.pop_back();
@@ -236,8 +237,8 @@ void GroupScene::spreadEdgePorts(std::size_t first, std::size_t last) {
   }
   auto at = begin;
   for (const Block& block : blocks) {
-    for (double i = 0; i < block.count; ++i, ++at) {
-      at->y = block.sum / block.count + kStep * static_cast<double>(at - begin);
+    for (std::size_t i = 0; i < block.count; ++i, ++at) {
+      at->y = block.mean() + kStep * static_cast<double>(at - begin);
     }
   }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -51,7 +52,7 @@ class GroupScene {
   static constexpr double kMargin = 32;
   static constexpr double kStub = 30;  // the length of a wire that leads out of the group
 
-  GroupScene(const HXGroup& group, const ConnectionIndex& connections);
+  GroupScene(const HXGroup& drawn, const ConnectionIndex& connections);
 
   const HXGroup& group;
   std::vector<NodeBox> boxes;

@@ -16,6 +16,7 @@ namespace {
 
 using namespace detail;
 
+// Of more nodes than these the page's script shows only what is to be seen (`isLarge`).
 constexpr std::size_t kLargeGroup = 800;
 
 struct PageGroup {
@@ -48,7 +49,7 @@ std::string pictureOf(const GroupScene& scene, std::size_t index, HXPictureRepor
   options.idPrefix = "g" + std::to_string(index) + "-";
   std::string svg;
   SceneWriter writer(scene, options, svg);
-  // The texts of a large group would be set only to be too small to read.
+  // Its texts would be set only to be too small to read.
   if (scene.boxes.size() > kLargeGroup) writer.addClasses(" is-distant is-far");
   writer.write();
   if (report) *report = {writer.width(), writer.height(), scene.laidOut, scene.notes};

@@ -302,7 +302,7 @@ void LayeredComponent::assignHeights() {
     }
   }
   for (int pass = 0; pass < kHeightPasses; ++pass) {
-    for (std::size_t i = 0; i < layers_.size(); ++i) alignLayer(layers_[i], true, pass > 1);
+    for (const auto& layer : layers_) alignLayer(layer, true, pass > 1);
     for (std::size_t i = layers_.size(); i-- > 0;) alignLayer(layers_[i], pass > 1, true);
   }
 }

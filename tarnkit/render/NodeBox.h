@@ -80,8 +80,8 @@ struct NodeBox {
  private:
   void addLines(std::vector<PortLine>& lines, std::int32_t orientation, IsConnected isConnected,
                 PortIsAt portIsAt);
-  void addPortLine(std::vector<PortLine>& lines, const HXPort& port, IsConnected isConnected,
-                   PortIsAt portIsAt);
+  static void addPortLine(std::vector<PortLine>& lines, const HXPort& port, IsConnected isConnected,
+                          PortIsAt portIsAt);
   void measure();
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string>
 
 #include "tarnkit/render/HXGraphPicture.h"
@@ -25,7 +26,7 @@ constexpr ThemeColor kColors[] = {
     {"warn", "#a83a00", "#ffa366"},
 };
 
-// "$name" stands for a colour.
+// "$fonts" stands for the fonts, every other "$name" for a colour.
 constexpr std::string_view kRules =
     ".tk-picture{fill:$text;font-size:11px;font-family:$fonts;-webkit-text-size-adjust:none}\n"
     ".tk-canvas{fill:$canvas}\n"

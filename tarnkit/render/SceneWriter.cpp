@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXConnection.h"
+#include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "tarnkit/render/GroupScene.h"
 #include "tarnkit/render/HXGraphPicture.h"
@@ -34,7 +35,7 @@ class SceneWriter {
   void value(const NodeBox& box, const PortValue& value, double y);
   void notes();
 
-  void dot(double x, double y, RGBA color, bool filled, bool ringed);
+  void dot(double x, double y, RGBA fill, bool filled, bool ringed);
   /// A text whose left edge (or right edge) is at x, whichever way it runs.
   void text(const char* classes, double x, double y, const Label& label, bool fromTheRight = false);
   void plainText(const char* classes, double x, double y, std::string_view words);

@@ -3,9 +3,14 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
 
+#include "tarnkit/math/MXMathEvaluator.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
+#include "tools/tarnkit/MathSupport.h"
 #include "tools/tarnkit/Output.h"
 
 namespace tarnkit::tool {

@@ -2,8 +2,11 @@
 #include <memory>
 #include <string>
 
+#include "tarnkit/math/MXMathEvaluator.h"
+#include "tarnkit/math/MXMathStringTokenizer.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
+#include "tools/tarnkit/MathSupport.h"
 #include "tools/tarnkit/Output.h"
 
 namespace tarnkit::tool {

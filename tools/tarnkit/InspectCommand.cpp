@@ -1,5 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "tarnkit/archive/HXArchiveReader.h"
 #include "tarnkit/archive/HXArchiveText.h"

@@ -79,7 +79,7 @@ JsonWriter& JsonWriter::value(std::uint64_t value) {
   return *this;
 }
 
-// What begins otherwise is no number of JSON.
+// What ends otherwise ("inf", "nan") is no number of JSON.
 void JsonWriter::number(const std::string& text) {
   const char last = text.back();
   if (last >= '0' && last <= '9') {

@@ -3,14 +3,19 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <cstdint>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
 #include <system_error>
 
+#include "tarnkit/math/MXMathEvaluator.h"
+#include "tarnkit/math/MXMathStringTokenizer.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
+#include "tools/tarnkit/MathSupport.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/Progress.h"
 

@@ -1,13 +1,18 @@
+#include "tools/tarnkit/MathSupport.h"
+
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 
+#include "tarnkit/math/MXError.h"
 #include "tarnkit/math/MXExpressionRewriter.h"
+#include "tarnkit/math/MXMathOperatorSet.h"
+#include "tarnkit/math/MXNumber.h"
 #include "tarnkit/platform/Decimal.h"
+#include "tarnkit/platform/Number.h"
 #include "tarnkit/platform/NumberText.h"
-#include "tools/tarnkit/MathCommands.h"
 
 namespace tarnkit::tool {
 

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -73,14 +74,18 @@ void requireOurs(const std::filesystem::path& path) {
   if (!std::filesystem::exists(path, failure) && !failure) return;
   std::array<char, 512> start{};
   if (std::filesystem::is_regular_file(path, failure)) {
-    std::ifstream(path, std::ios::binary).read(start.data(), start.size());
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+      throw CommandFailure(kWhat, path.string(), std::generic_category().message(errno));
+    }
+    file.read(start.data(), start.size());
   }
   if (std::string_view(start.data(), start.size()).find(kReferenceMark) != std::string_view::npos) {
     return;
   }
   throw CommandFailure(
       kWhat, path.string(),
-      failure ? failure.message() : "a file that no reference wrote is there already");
+      failure ? failure.message() : "something that no reference wrote is there already");
 }
 
 void writeReference(const ReferenceOptions& options) {

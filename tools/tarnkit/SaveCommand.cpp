@@ -1,5 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tools/tarnkit/DocumentInput.h"

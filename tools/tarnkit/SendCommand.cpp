@@ -1,5 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tools/tarnkit/DocumentInput.h"

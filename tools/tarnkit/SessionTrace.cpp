@@ -2,10 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <vector>
-
 #include "tarnkit/model/HXConnection.h"
-#include "tarnkit/model/HXImageStore.h"
+#include "tarnkit/model/HXImageStoreEntry.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPort.h"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "tarnkit/platform/Log.h"
 #include "tarnkit/platform/NotificationCenter.h"

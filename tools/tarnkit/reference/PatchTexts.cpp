@@ -1,7 +1,6 @@
 #include "tools/tarnkit/reference/PatchTexts.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 
 namespace tarnkit::tool {
