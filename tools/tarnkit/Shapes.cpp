@@ -64,6 +64,32 @@ void writeParameterValue(JsonWriter& json, const HXParameter& parameter) {
   }
 }
 
+void writePort(JsonWriter& json, const HXPort& port) {
+  const auto* patchPort = as<HXPatchPort>(&port);
+  const auto* definition = patchPort ? patchPort->definition() : nullptr;
+  json.beginObject().key("key");
+  writeString(json, port.uniqueKey());
+  json.key("class").value(port.isa().name());
+  json.key("name");
+  writeString(json, port.name());
+  json.key("displayName");
+  writeString(json, port.displayName());
+  json.key("orientation").value(port.orientation());
+  json.key("connectionRelationship").value(port.connectionRelationship());
+  json.key("processClassName");
+  writeString(json, definition ? definition->processClassName() : String());
+  json.key("color");
+  writeColor(json, port.defaultColor());
+  json.key("connections").beginArray();
+  port.connections().forEach([&](HXConnection& connection) { writeConnection(json, &connection); });
+  json.endArray();
+  if (patchPort) writePatchPortFields(json, *patchPort);
+  if (const auto* symbolic = as<HXSymbolicPort>(&port)) writeSymbolicPortFields(json, *symbolic);
+  json.key("symbolicPort");
+  writeString(json, port.symbolicPort() ? port.symbolicPort()->uniqueKey() : String());
+  json.endObject();
+}
+
 template <class Ports>
 void writePorts(JsonWriter& json, const char* key, const Ports& ports) {
   json.key(key).beginArray();
@@ -71,11 +97,37 @@ void writePorts(JsonWriter& json, const char* key, const Ports& ports) {
   json.endArray();
 }
 
+void writePortGroup(JsonWriter& json, const HXPortGroup& group) {
+  json.beginObject().key("key");
+  writeString(json, group.groupKey());
+  json.key("class").value(group.isa().name());
+  json.key("orientation").value(group.orientation());
+  json.key("hidden").value(group.hidden());
+  json.key("collapsedCanvasGroup").value(group.collapsedCanvasGroup());
+  json.key("collapsedSidebarGroup").value(group.collapsedSidebarGroup());
+  json.key("portKeys").beginArray();
+  const Ref<OrderedSet> keys = group.portKeys();
+  for (const auto& key : *keys) json.value(String::from(key.get()).view());
+  json.endArray().endObject();
+}
+
 void writePortGroups(JsonWriter& json, const char* key,
                      const std::vector<Ref<HXPortGroup>>& groups) {
   json.key(key).beginArray();
   for (const auto& group : groups) writePortGroup(json, *group);
   json.endArray();
+}
+
+// `key` is the key under which the node holds the parameter.
+void writeParameter(JsonWriter& json, const String& key, const HXParameter& parameter) {
+  json.beginObject().key("key");
+  writeString(json, key);
+  json.key("class").value(parameter.isa().name());
+  json.key("name");
+  writeString(json, parameter.name());
+  json.key("hidden").value(parameter.hidden());
+  writeParameterValue(json, parameter);
+  json.endObject();
 }
 
 void writePatchClass(JsonWriter& json, const HXNode& node) {
@@ -185,57 +237,6 @@ void checkShapeDepth(const HXNode& root) {
       pending.emplace_back(entry.value.get(), depth + 1);
     }
   }
-}
-
-void writePort(JsonWriter& json, const HXPort& port) {
-  const auto* patchPort = as<HXPatchPort>(&port);
-  const auto* definition = patchPort ? patchPort->definition() : nullptr;
-  json.beginObject().key("key");
-  writeString(json, port.uniqueKey());
-  json.key("class").value(port.isa().name());
-  json.key("name");
-  writeString(json, port.name());
-  json.key("displayName");
-  writeString(json, port.displayName());
-  json.key("orientation").value(port.orientation());
-  json.key("connectionRelationship").value(port.connectionRelationship());
-  json.key("processClassName");
-  writeString(json, definition ? definition->processClassName() : String());
-  json.key("color");
-  writeColor(json, port.defaultColor());
-  json.key("connections").beginArray();
-  port.connections().forEach([&](HXConnection& connection) { writeConnection(json, &connection); });
-  json.endArray();
-  if (patchPort) writePatchPortFields(json, *patchPort);
-  if (const auto* symbolic = as<HXSymbolicPort>(&port)) writeSymbolicPortFields(json, *symbolic);
-  json.key("symbolicPort");
-  writeString(json, port.symbolicPort() ? port.symbolicPort()->uniqueKey() : String());
-  json.endObject();
-}
-
-void writePortGroup(JsonWriter& json, const HXPortGroup& group) {
-  json.beginObject().key("key");
-  writeString(json, group.groupKey());
-  json.key("class").value(group.isa().name());
-  json.key("orientation").value(group.orientation());
-  json.key("hidden").value(group.hidden());
-  json.key("collapsedCanvasGroup").value(group.collapsedCanvasGroup());
-  json.key("collapsedSidebarGroup").value(group.collapsedSidebarGroup());
-  json.key("portKeys").beginArray();
-  const Ref<OrderedSet> keys = group.portKeys();
-  for (const auto& key : *keys) json.value(String::from(key.get()).view());
-  json.endArray().endObject();
-}
-
-void writeParameter(JsonWriter& json, const String& key, const HXParameter& parameter) {
-  json.beginObject().key("key");
-  writeString(json, key);
-  json.key("class").value(parameter.isa().name());
-  json.key("name");
-  writeString(json, parameter.name());
-  json.key("hidden").value(parameter.hidden());
-  writeParameterValue(json, parameter);
-  json.endObject();
 }
 
 // Walks from a stack of its own: documents may be nested deeper than the program's stack.
