@@ -44,6 +44,7 @@ void Session::nameNode(const std::string& name, const Ref<HXNode>& node) {
         fmt::format("\"{}\" cannot name a node: \"/\" separates node and port", name));
   }
   give(nodes_, name, node);
+  forgetDeadNodes();
   auto& ofKey = nodesByKey_[node->uniqueKey().toStdString()];
   if (!ofKey.lock()) ofKey = WeakRef<HXNode>(node);
 }
@@ -88,6 +89,14 @@ Ref<HXNode> Session::nodeOfKey(const std::string& key) {
   indexNodes();
   const auto found = nodesByKey_.find(key);
   return found == nodesByKey_.end() ? nullptr : found->second.lock();
+}
+
+// A weak reference holds its node's memory. Walking only when the index has doubled keeps that
+// within bounds and costs constant time an entry.
+void Session::forgetDeadNodes() {
+  if (nodesByKey_.size() < nextSweep_) return;
+  std::erase_if(nodesByKey_, [](const auto& entry) { return !entry.second.lock(); });
+  nextSweep_ = 2 * nodesByKey_.size() + kFirstSweep;
 }
 
 // Every node that is alive hangs below a named one that is in no group, or below the document in

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <unordered_map>
 
@@ -57,6 +58,7 @@ class Session {
   using Names = std::unordered_map<std::string, Ref<T>>;
 
   Ref<HXNode> nodeOfKey(const std::string& key);
+  void forgetDeadNodes();
   void indexNodes();
   void indexNodesBelow(const Ref<HXNode>& root);
 
@@ -69,6 +71,9 @@ class Session {
   Names<HXSymbolicPort> ports_;
   Names<HXImageStoreEntry> images_;
   std::unordered_map<std::string, WeakRef<HXNode>> nodesByKey_;
+  static constexpr std::size_t kFirstSweep = 1000;
+  /// The size of `nodesByKey_` at which those that are gone are taken out.
+  std::size_t nextSweep_ = kFirstSweep;
 };
 
 }  // namespace tarnkit::tool
