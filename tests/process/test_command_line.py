@@ -41,6 +41,7 @@ class CommandLine(HostTest):
         for plugin in (text, self.folder / "missing"):
             line = self.one_line(self.host("--plugin", plugin, "catalogue", status=1)[1])
             self.assertTrue(line.startswith(f"plug-in, {plugin}, "), line)
+            self.assertEqual(line.count(str(plugin)), 1)
 
     def test_a_closed_output_is_a_failure(self):
         with open("/dev/full", "wb") as full:

@@ -9,6 +9,7 @@
 #include "tarnkit/patches/PatchRegistry.h"
 #include "tarnkit/platform/Bundle.h"
 #include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/Output.h"
 
 namespace tarnkit::tool {
 
@@ -31,7 +32,7 @@ std::string lastLoadError() {
 void loadPlugin(const std::string& path) {
   const auto absolute = absolutePath(path);
   void* library = ::dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!library) throw CommandFailure("plug-in", path, lastLoadError());
+  if (!library) failWithFile("plug-in", absolute, lastLoadError());
   using Entry = HXRPlugin* (*)();
   const auto entry = reinterpret_cast<Entry>(::dlsym(library, kPluginEntry));
   if (!entry) {
