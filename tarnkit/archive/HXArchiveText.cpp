@@ -9,6 +9,7 @@
 
 #include "tarnkit/archive/HXArchiveReader.h"
 #include "tarnkit/platform/NumberText.h"
+#include "tarnkit/platform/UTF8.h"
 
 namespace tarnkit {
 
@@ -70,10 +71,7 @@ class TextWriter : public HXArchiveReader::Visitor {
 
  private:
   static std::string_view brief(std::string_view whole) noexcept {
-    if (whole.size() <= HXArchiveText::kLongText) return whole;
-    std::size_t end = HXArchiveText::kLongText;
-    while ((static_cast<unsigned char>(whole[end]) & 0xC0) == 0x80) --end;
-    return whole.substr(0, end);
+    return detail::beginningOf(whole, HXArchiveText::kLongText);
   }
 
   HXArchiveText::Sink sink_;

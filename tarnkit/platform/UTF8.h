@@ -50,6 +50,13 @@ inline CodePoint codePointAt(std::string_view text, std::size_t at) noexcept {
   return value < 0x10000 || value > 0x10FFFF ? kBad : CodePoint{value, 4};
 }
 
+/// The whole code points at the text's beginning that take at most that many bytes.
+inline std::string_view beginningOf(std::string_view text, std::size_t bytes) noexcept {
+  if (text.size() <= bytes) return text;
+  while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0U) == 0x80) --bytes;
+  return text.substr(0, bytes);
+}
+
 /// Writes the code point as UTF-8 to `into`, which has room for 4 bytes; returns how many it took.
 inline std::size_t writeUTF8(std::uint32_t value, char* into) noexcept {
   const auto put = [&](std::size_t i, std::uint32_t byte) { into[i] = static_cast<char>(byte); };

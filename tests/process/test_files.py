@@ -199,6 +199,20 @@ class Files(HostTest):
         self.assertIn('"Größe"', outline)
         self.assertIn("3 nodes, 1 connection, 0 images", outline)
 
+    def test_an_outline_shows_the_beginning_of_long_texts(self):
+        script = self.folder / "long"
+        script.write_text("\n".join(json.dumps(o) for o in [
+            op("newDocument", as_="doc"),
+            *[op("newNode", as_=f"n{i}", patch="HXRClampNode") for i in range(2)],
+            op("addNode", node="n0", to="doc"), op("setName", node="n0", value="ü" * 128),
+            op("addNode", node="n1", to="doc"),
+            op("setName", node="n1", value="x" + "ü" * 128),
+            op("save", path=str(self.folder / "long.tarn"))]))
+        self.host("run", script)
+        outline = self.host("open", self.folder / "long.tarn")[0].decode()
+        self.assertIn('"' + "ü" * 128 + '"', outline)
+        self.assertIn('"x' + "ü" * 127 + '…"', outline)
+
     def test_save_and_send_write_what_a_session_writes(self):
         out = self.folder / "out"
         again = self.folder / "again"

@@ -13,6 +13,7 @@
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/NumberText.h"
+#include "tarnkit/platform/UTF8.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/ValueShapes.h"
 
@@ -22,7 +23,13 @@ namespace {
 
 constexpr std::size_t kPiece = std::size_t{1} << 16;
 
-std::string quoted(const String& text) { return fmt::format("\"{}\"", oneLine(text)); }
+// Many nodes and ports of a document may share one text as long as the document.
+std::string brief(std::string_view text) {
+  const auto beginning = detail::beginningOf(text, kLongestOutlineText);
+  return oneLine(beginning) + (beginning.size() < text.size() ? "…" : "");
+}
+
+std::string quoted(const String& text) { return fmt::format("\"{}\"", brief(text)); }
 
 std::string counted(std::size_t count, std::string_view thing) {
   return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
@@ -90,12 +97,12 @@ class OutlineWriter {
   }
 
   void writeNode(const HXNode& node, std::size_t level) {
-    std::string text(node.uniqueKey().view());
+    std::string text = brief(node.uniqueKey());
     if (!node.name().isNil()) text += ' ' + quoted(node.name());
     if (node.patch()) {
       fmt::format_to(std::back_inserter(text), ", {}", node.patch()->isa().name());
     } else if (!node.unknownPatchClass().isNil()) {
-      fmt::format_to(std::back_inserter(text), ", {} (unknown)", node.unknownPatchClass().view());
+      fmt::format_to(std::back_inserter(text), ", {} (unknown)", brief(node.unknownPatchClass()));
     }
     fmt::format_to(std::back_inserter(text), " at ({}, {})", shortestText(node.position().x),
                    shortestText(node.position().y));
@@ -113,25 +120,25 @@ class OutlineWriter {
     const auto inner = portAddress(port.port());
     line(level, fmt::format("publishes {} {} as {}",
                             port.orientation() == HXOrientationInput ? "input" : "output",
-                            inner.empty() ? "that is gone" : inner, quoted(port.name())));
+                            inner.empty() ? "that is gone" : brief(inner), quoted(port.name())));
   }
 
   void writePort(const HXPatchPort& port, std::size_t level) {
     if (const auto& value = port.staticValue()) {
-      line(level, fmt::format("{} = {}", port.uniqueKey().view(), quoted(value->stringValue())));
+      line(level, fmt::format("{} = {}", brief(port.uniqueKey()), quoted(value->stringValue())));
     }
     if (port.orientation() != HXOrientationInput) return;
     port.connections().forEach([&](HXConnection& connection) {
       const auto from = portAddress(connection.displayOutputPort());
-      line(level, fmt::format("{} <- {}", port.uniqueKey().view(),
-                              from.empty() ? "a port that is gone" : from));
+      line(level, fmt::format("{} <- {}", brief(port.uniqueKey()),
+                              from.empty() ? "a port that is gone" : brief(from)));
     });
   }
 
   void writeImages(const HXImageStore& store) {
     for (const auto& entry : allValuesSortedByKey(store.imageEntries())) {
       const auto* image = entry->image().get();
-      line(0, fmt::format("image {}, {} x {}", entry->key().view(), image ? image->width() : 0,
+      line(0, fmt::format("image {}, {} x {}", brief(entry->key()), image ? image->width() : 0,
                           image ? image->height() : 0));
     }
   }
