@@ -207,7 +207,7 @@ class Files(HostTest):
             op("addNode", node="n0", to="doc"), op("setName", node="n0", value="ü" * 128),
             op("addNode", node="n1", to="doc"),
             op("setName", node="n1", value="x" + "ü" * 128),
-            op("save", path=str(self.folder / "long.tarn"))]))
+            op("save", file=str(self.folder / "long.tarn"))]))
         self.host("run", script)
         outline = self.host("open", self.folder / "long.tarn")[0].decode()
         self.assertIn('"' + "ü" * 128 + '"', outline)
