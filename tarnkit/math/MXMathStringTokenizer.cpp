@@ -1,6 +1,7 @@
 #include "tarnkit/math/MXMathStringTokenizer.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "tarnkit/math/MathText.h"
 #include "tarnkit/math/TokenScanner.h"
@@ -8,6 +9,43 @@
 namespace tarnkit {
 
 const Class MXMathStringTokenizer::kClass{"MXMathStringTokenizer", &Object::kClass};
+
+namespace {
+
+/// Hands the tokens of the text to the sink that `makeSink` makes of the text as it is scanned.
+template <class MakeSink>
+bool scan(std::string_view string, const detail::OperatorTable& table, MakeSink makeSink,
+          MXError* error) {
+  std::string storage;
+  if (!detail::prepareText(string, storage)) {
+    MXError::set(error, MXErrorCode::invalidFormat, "the expression is too long");
+    return false;
+  }
+  auto sink = makeSink(string);
+  detail::TokenScanner scanner(string, table, sink);
+  if (scanner.run()) return true;
+  MXError::set(error, detail::scanError(scanner.failure(), string));
+  return false;
+}
+
+/// Keeps the names of the variables.
+struct VariableSink {
+  std::string_view text;
+  const detail::OperatorTable& table;
+  std::vector<String>& names;
+  std::unordered_set<String> known{};
+
+  template <MXTokenType Type>
+  bool take(const detail::ScannedToken& scanned) {
+    if constexpr (Type == MXTokenType::variable) {
+      const auto [name, isNew] = known.emplace(detail::tokenText(scanned, text, table));
+      if (isNew) names.push_back(*name);
+    }
+    return true;
+  }
+};
+
+}  // namespace
 
 /// Makes a token object of each token of the scanner.
 struct MXMathStringTokenizer::Sink {
@@ -37,18 +75,28 @@ bool MXMathStringTokenizer::initWithString(std::string_view string,
                                            const Ref<MXMathOperatorSet>& operatorSet,
                                            MXError* error) {
   operatorSet_ = operatorSet ? operatorSet : MXMathOperatorSet::defaultOperatorSet();
-  std::string storage;
-  if (!detail::prepareText(string, storage)) {
-    MXError::set(error, MXErrorCode::invalidFormat, "the expression is too long");
-    return false;
-  }
   const detail::OperatorTable& table = operatorSet_->table();
-  Sink sink{*this, string, table};
-  detail::TokenScanner scanner(string, table, sink);
-  const bool isRead = scanner.run();
+  const bool isRead = scan(
+      string, table,
+      [&](std::string_view text) {
+        return Sink{*this, text, table};
+      },
+      error);
   appendToken(nullptr);
-  if (!isRead) MXError::set(error, detail::scanError(scanner.failure(), string));
   return isRead;
+}
+
+std::vector<String> MXMathStringTokenizer::variableNames(std::string_view string, MXError* error) {
+  const detail::OperatorTable& table = MXMathOperatorSet::defaultOperatorSet()->table();
+  std::vector<String> names;
+  const bool isRead = scan(
+      string, table,
+      [&](std::string_view text) {
+        return VariableSink{text, table, names};
+      },
+      error);
+  if (!isRead) names.clear();
+  return names;
 }
 
 void MXMathStringTokenizer::appendToken(const Ref<MXMathStringToken>& token) {

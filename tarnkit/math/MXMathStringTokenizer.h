@@ -36,6 +36,11 @@ class MXMathStringTokenizer : public Object {
     return initWithString(string, nullptr, error);
   }
 
+  /// The names of the variables in the text, each once, in the order of their tokens; no token
+  /// objects are made for it. None, with the error in the slot, when the text has something that is
+  /// no token.
+  static std::vector<String> variableNames(std::string_view string, MXError* error);
+
   /// The next token, or null at the end.
   Ref<MXMathStringToken> nextObject();
   /// The same without moving on.

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
@@ -145,6 +146,32 @@ void tokenizeWithOddOperators() {
   EXPECT_EQ(tokens("1+:-2"), "1 +: - 2");
   EXPECT_EQ(tokens("1+-2"), "1 + - 2");
   EXPECT_EQ(tokens("1d"), "2 d is not a valid operator");
+}
+
+TEST(Tokenizer, NamesVariablesWithoutMakingTokens) {
+  const char* const texts[] = {
+      "",        "1+1",  "$b + sin($a) * $b", "2$x$y", "$A + $a", "\"a b\" + 'c' - \"a b\"",
+      "a + a()", "-$ü!", "$1x * 0x1F",
+  };
+  for (const char* const text : texts) {
+    MXError error;
+    const auto tokenizer = MXMathStringTokenizer::tokenizerWithString(text, &error);
+    ASSERT_TRUE(tokenizer) << text << ": " << error.localizedDescription();
+    std::vector<String> expected;
+    for (const auto& token : tokenizer->allObjects()) {
+      if (token->tokenType() != MXTokenType::variable) continue;
+      if (std::count(expected.begin(), expected.end(), token->token()) == 0) {
+        expected.push_back(token->token());
+      }
+    }
+    EXPECT_EQ(MXMathStringTokenizer::variableNames(text, &error), expected) << text;
+    EXPECT_FALSE(error) << text;
+  }
+  MXError error;
+  EXPECT_TRUE(MXMathStringTokenizer::variableNames("$a + \"b", &error).empty());
+  MXError same;
+  EXPECT_FALSE(MXMathStringTokenizer::tokenizerWithString("$a + \"b", &same));
+  EXPECT_EQ(error.code(), same.code());
 }
 
 TEST(Tokenizer, CutsLongestOperators) {

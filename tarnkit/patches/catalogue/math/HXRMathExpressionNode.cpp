@@ -21,17 +21,6 @@ String keyForVariable(const String& name) {
   return String(fmt::format("Tarn.{}Input", name.view()));
 }
 
-/// The names of the variable tokens, each once, in the order of the tokens.
-std::vector<String> variableNames(MXMathStringTokenizer& tokenizer) {
-  std::vector<String> names;
-  std::unordered_set<String> known;
-  while (const auto token = tokenizer.nextObject()) {
-    if (token->tokenType() != MXTokenType::variable) continue;
-    if (known.insert(token->token()).second) names.push_back(token->token());
-  }
-  return names;
-}
-
 }  // namespace
 
 const HXRNodeClass HXRMathExpressionNode::kClass{
@@ -49,12 +38,11 @@ const HXRNodeClass HXRMathExpressionNode::kClass{
 
 std::vector<String> HXRMathExpressionNode::trn_variablesForExpression(const String& expression) {
   MXError error;
-  const auto tokenizer = MXMathStringTokenizer::tokenizerWithString(expression, nullptr, &error);
-  if (!tokenizer) {
+  const auto names = MXMathStringTokenizer::variableNames(expression, &error);
+  if (error) {
     Log::warning("HXRMathExpression", error.localizedDescription());
     return {};
   }
-  const auto names = variableNames(*tokenizer);
   const auto positions = detail::firstOccurrences(expression, names);
   std::vector<std::size_t> order(names.size());
   for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
