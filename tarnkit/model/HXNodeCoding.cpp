@@ -182,8 +182,12 @@ void HXNode::awakeAfterDecoding(Decoder& coder) {
     }
   }
   if (unknownPatchClass_.isNil()) {
+    const std::size_t archivedPorts = portsByUniqueKey_.size();
     const Ref<HXRNode> patch = std::exchange(patch_, nullptr);
     setPatch(patch);
+    // An expression may name as many ports as the document has letters, and many nodes share it.
+    const std::size_t ports = portsByUniqueKey_.size();
+    if (ports > archivedPorts) coder.countMade(ports - archivedPorts);
     return;
   }
   patch_ = makeStandIn();

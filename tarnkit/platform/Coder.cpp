@@ -16,6 +16,8 @@ String Decoder::decodeString(const Symbol& key) {
   return String(decode<StringObject>(key));
 }
 
+bool Decoder::countMade(std::uint64_t) { return true; }
+
 void Decoder::failForClass(const Object& object, const Symbol& key, const Class& wanted) {
   fail(fmt::format("{}: a {} where a {} is expected", key.text(), object.isa().name(),
                    wanted.name()));

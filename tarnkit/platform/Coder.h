@@ -118,9 +118,9 @@ class Encoder : public Coder {
 
 /// The reading half of keyed coding, over a file that need not be trusted.
 ///
-/// Every value is checked for its type. The first thing that does not fit is recorded by `fail`; the
-/// object being read goes on with the value of an absent key, and the whole decoding then ends with
-/// an error and no object. An absent key reads as false, 0, nil or an empty collection.
+/// Every value is checked for its type. The first thing that does not fit is recorded by `fail`;
+/// the object being read goes on with the value of an absent key, and the whole decoding then ends
+/// with an error and no object. An absent key reads as false, 0, nil or an empty collection.
 class Decoder : public Coder {
  public:
   virtual bool containsValue(const Symbol& key) = 0;
@@ -133,7 +133,8 @@ class Decoder : public Coder {
   /// The object, which may not have read its own keys yet (see `Object::initWithCoder`); strings,
   /// numbers and data are always whole. Null when absent.
   virtual Ref<Object> decodeObject(const Symbol& key) = 0;
-  /// Visits the elements of a list, set or ordered set in their order; false when the key is absent.
+  /// Visits the elements of a list, set or ordered set in their order; false when the key is
+  /// absent.
   virtual bool decodeCollection(const Symbol& key, FunctionRef<void(const Ref<Object>&)> visit) = 0;
   /// Visits the entries of a map with string keys in their order; false when the key is absent.
   virtual bool decodeMap(const Symbol& key,
@@ -141,6 +142,10 @@ class Decoder : public Coder {
   /// Records that the archive cannot be read, and why, unless something was recorded before.
   virtual void fail(std::string reason) = 0;
   virtual bool failed() const = 0;
+  /// Counts what an object made while it was decoded that does not stand in the archive. False,
+  /// with a failure, when that comes to be out of all proportion to the archive; readers of what
+  /// nobody could have tampered with do not count.
+  virtual bool countMade(std::uint64_t things);
   /// Visits every object that was made from a record of the archive so far, in the order of making.
   virtual void eachDecoded(FunctionRef<void(Object&)> visit) const = 0;
 

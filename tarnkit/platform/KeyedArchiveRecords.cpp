@@ -313,8 +313,8 @@ Ref<Object> KeyedArchiveRecords::makeData(Index record) {
   return make<Data>(list_.data(bytes));
 }
 
-bool KeyedArchiveRecords::spend(std::uint64_t visits) {
-  visits_ += visits;
+bool KeyedArchiveRecords::spend(std::uint64_t elements) {
+  visits_ += elements;
   return visits_ <= StandardKeyedUnarchiver::kSharingFactor * list_.referenceCount() +
                         StandardKeyedUnarchiver::kSharingAllowance ||
          refuseSharing();

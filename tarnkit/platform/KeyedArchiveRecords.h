@@ -50,8 +50,10 @@ class KeyedArchiveRecords {
                        FunctionRef<void(const Ref<Object>&)> visit);
   bool visitMap(Index reference, std::string_view key,
                 FunctionRef<void(const String&, const Ref<Object>&)> visit);
-  /// Counts bytes that were copied; false, and a failure, when they are too many.
+  /// Count bytes that were copied, and elements that were visited or made; false, and a failure,
+  /// when they are too many.
   bool spendBytes(std::uint64_t bytes);
+  bool spend(std::uint64_t elements);
   /// The number that stands inline, as a real; false when it is none.
   bool realValue(Index value, double& real) const noexcept;
 
@@ -91,7 +93,6 @@ class KeyedArchiveRecords {
   const ClassRecord* classOf(Index record);
   const ClassRecord* findClass(Index record);
   const ClassRecord* readClass(Index value);
-  bool spend(std::uint64_t visits);
   bool refuseSharing();
   bool visitElements(Index record, Form form, FunctionRef<void(const Ref<Object>&)> visit);
   bool visitNumberedElements(Index record, FunctionRef<void(const Ref<Object>&)> visit);

@@ -257,6 +257,10 @@ void StandardKeyedUnarchiver::fail(std::string reason) { state_->records.fail(st
 
 bool StandardKeyedUnarchiver::failed() const { return state_->records.failed(); }
 
+bool StandardKeyedUnarchiver::countMade(std::uint64_t things) {
+  return state_->records.spend(things);
+}
+
 void StandardKeyedUnarchiver::eachDecoded(FunctionRef<void(Object&)> visit) const {
   state_->records.eachMade(visit);
 }

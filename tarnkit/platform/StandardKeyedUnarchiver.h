@@ -26,8 +26,8 @@ class PropertyList;
 /// call of `unarchive`; one thread at a time.
 class StandardKeyedUnarchiver final : public Decoder {
  public:
-  /// The elements visited while one archive is read may come to this many times all references in
-  /// the file, the bytes copied out of shared data to this many times its size, and each to
+  /// The elements visited while one archive is read, and what objects make that does not stand in
+  /// it, may come to this many times all references in the file, the bytes copied out of shared data to this many times its size, and each to
   /// `kSharingAllowance` more; beyond that the archive is refused.
   static constexpr std::uint64_t kSharingFactor = 2;
   static constexpr std::uint64_t kSharingAllowance = 65536;
@@ -50,6 +50,7 @@ class StandardKeyedUnarchiver final : public Decoder {
                  FunctionRef<void(const String&, const Ref<Object>&)> visit) override;
   void fail(std::string reason) override;
   bool failed() const override;
+  bool countMade(std::uint64_t things) override;
   void eachDecoded(FunctionRef<void(Object&)> visit) const override;
 
  private:

@@ -199,6 +199,26 @@ class Files(HostTest):
         self.assertIn('"Größe"', outline)
         self.assertIn("3 nodes, 1 connection, 0 images", outline)
 
+    def test_a_long_expression_that_many_nodes_share_is_bounded(self):
+        script = self.folder / "shared"
+        document = self.folder / "shared.tarn"
+        nodes = [o for i in range(60)
+                 for o in (op("newNode", as_=f"n{i}", patch="HXRMathExpressionNode"),
+                           op("addNode", node=f"n{i}", to="doc"))]
+        script.write_text("\n".join(json.dumps(o) for o in [
+            op("newDocument", as_="doc"), *nodes, op("save", file=str(document))]))
+        self.host("run", script)
+        archive = plistlib.loads(document.read_bytes())
+        text = archive["$objects"].index("$a + $b")
+
+        def opened_with(variables, status):
+            archive["$objects"][text] = "+".join(f"$v{i}" for i in range(variables))
+            document.write_bytes(plistlib.dumps(archive, fmt=plistlib.FMT_BINARY))
+            return self.host("open", document, status=status)
+
+        self.assertIn(b"60 nodes", opened_with(1000, 0)[0])
+        self.assertIn("shared by too many objects", opened_with(5000, 1)[1])
+
     def test_an_outline_shows_the_beginning_of_long_texts(self):
         script = self.folder / "long"
         script.write_text("\n".join(json.dumps(o) for o in [
