@@ -84,12 +84,11 @@ class PropertyList {
             referenceWidth_};
   }
 
-  /// Asks the memory for what is wanted soon (a value; the first of a container's elements): in a
-  /// large list each of them would be waited for.
-  void prefetch(Index index) const noexcept { __builtin_prefetch(&entries_[index]); }
+  /// Asks the memory for the first of a container's elements, which are wanted soon: in a large
+  /// list each of them would be waited for.
   void prefetch(const Elements& elements) const noexcept {
     for (const Index index : elements.first(std::min<std::size_t>(elements.size(), 16))) {
-      prefetch(index);
+      __builtin_prefetch(&entries_[index]);
     }
   }
 

@@ -198,7 +198,7 @@ class BinaryParser {
     // An index has 4 bytes; what does not fit in is none.
     for (std::uint64_t i = 0; referenceWidth_ > sizeof(Index) && i < references; ++i) {
       if (readBytes(bytes_.data() + at + i * referenceWidth_, referenceWidth_) >= objectCount_) {
-        return refuse("a reference points to no object of the file");
+        return refuse(kDanglingReference);
       }
     }
     return builder_.addContainer(kind, object, error_);

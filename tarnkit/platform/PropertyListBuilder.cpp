@@ -3,6 +3,8 @@
 #include <bit>
 #include <cstring>
 
+#include "tarnkit/platform/PropertyListForms.h"
+
 namespace tarnkit::detail {
 
 namespace {
@@ -140,7 +142,7 @@ bool PropertyListBuilder::admit(Index container, std::string& error) {
     } else if (value < total_) {
       allSettled = false;
     } else {
-      error = "a reference points to no object of the file";
+      error = kDanglingReference;
       return false;
     }
   }

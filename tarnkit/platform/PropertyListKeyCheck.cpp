@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "tarnkit/platform/PropertyListForms.h"
+
 namespace tarnkit::detail {
 
 bool PropertyListKeyCheck::check(Index map, std::size_t total, std::string& error) {
@@ -13,7 +15,7 @@ bool PropertyListKeyCheck::check(Index map, std::size_t total, std::string& erro
     const Index name = names[i];
     if (name >= list_.count()) {
       if (name >= total) {
-        error = "a reference points to no object of the file";
+        error = kDanglingReference;
         return false;
       }
       postpone(map, i);
