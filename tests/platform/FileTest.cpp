@@ -1,19 +1,26 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "tarnkit/platform/File.h"
+#include "tarnkit/platform/FileReplacement.h"
 
 namespace tarnkit {
 namespace {
 
 namespace fs = std::filesystem;
+using detail::Naming;
+using detail::replaceFile;
 
 class FileTest : public ::testing::Test {
  protected:
@@ -33,6 +40,21 @@ class FileTest : public ::testing::Test {
   std::size_t fileCount() const {
     return static_cast<std::size_t>(
         std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+  }
+
+  // How a process that does this ends, with something done to it meanwhile.
+  template <class Work, class Meanwhile>
+  static int statusOfChild(Work work, Meanwhile meanwhile) {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(work());
+    meanwhile(child);
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    return status;
+  }
+  template <class Work>
+  static int statusOfChild(Work work) {
+    return statusOfChild(work, [](pid_t) {});
   }
 
   fs::path folder_;
@@ -93,22 +115,126 @@ TEST_F(FileTest, TellsPathAndCauseOfAFailure) {
 TEST_F(FileTest, AFailureInTheMiddleLeavesTheOldFileAlone) {
   const std::string file = path("a");
   ASSERT_TRUE(File::write(file, bytesOf("old")));
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    std::signal(SIGXFSZ, SIG_IGN);
+  const int status = statusOfChild([&] {
     const struct rlimit limit { 100000, 100000 };
-    if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) ::_exit(3);
+    if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return 3;
     std::string error;
     const bool done = File::write(file, bytesOf(std::string(200000, 'x')), &error);
-    ::_exit(done ? 1 : error.empty() ? 2 : 0);
-  }
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFEXITED(status));
+    return done ? 1 : error != file + ": File too large" ? 2 : 0;
+  });
+  ASSERT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
   EXPECT_EQ(WEXITSTATUS(status), 0);
   EXPECT_EQ(contents(file), "old");
   EXPECT_EQ(fileCount(), 1U);
+}
+
+TEST_F(FileTest, KeepsTheBitsThatLendRights) {
+  const std::string file = path("a");
+  ASSERT_TRUE(File::write(file, bytesOf("old")));
+  for (const auto naming : {Naming::whenWhole, Naming::fromTheStart}) {
+    ASSERT_EQ(::chmod(file.c_str(), 06751), 0);
+    struct stat status {};
+    ASSERT_EQ(::stat(file.c_str(), &status), 0);
+    ASSERT_TRUE(replaceFile(file, bytesOf("new"), &status, naming));
+    ASSERT_EQ(::stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 06751U);
+  }
+  // Those of somebody else would lend our own.
+  if (::getuid() == 0) {
+    ASSERT_EQ(::chown(file.c_str(), 4711, 4712), 0);
+    ASSERT_EQ(::chmod(file.c_str(), 06757), 0);
+    const int child = statusOfChild([&] {
+      // The folder is ours, the file may be written by anybody.
+      if (::chmod(folder_.c_str(), 0777) != 0 || ::setgid(4713) != 0 || ::setuid(4713) != 0) {
+        return 2;
+      }
+      return File::write(file, bytesOf("newer")) ? 0 : 1;
+    });
+    EXPECT_EQ(child, 0);
+    struct stat status {};
+    ASSERT_EQ(::stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 4713U);
+    EXPECT_EQ(status.st_mode & 07777U, 0757U);
+  }
+}
+
+// However a writer ends, the old file or the new one stands there whole, and nothing stays beside
+// it when another write was done.
+TEST_F(FileTest, AnEndInTheMiddleLeavesNothingBehind) {
+  const std::string file = path("a");
+  const std::string large(std::size_t{24} << 20, 'x');
+  const std::string small = "old";
+  for (const auto naming : {Naming::whenWhole, Naming::fromTheStart}) {
+    for (const int signal : {SIGKILL, SIGINT, SIGTERM, SIGHUP}) {
+      for (int delay = 1000; delay <= 5000; delay += 1000) {
+        ASSERT_TRUE(File::write(file, bytesOf(small)));
+        ASSERT_EQ(fileCount(), 1U) << "after signal " << signal;
+        const int status = statusOfChild(
+            [&] {
+              struct stat old {};
+              if (::stat(file.c_str(), &old) != 0) return 2;
+              for (;;) {
+                if (!replaceFile(file, bytesOf(large), &old, naming)) return 1;
+              }
+            },
+            [&](pid_t child) {
+              ::usleep(static_cast<useconds_t>(delay));
+              ::kill(child, signal);
+            });
+        ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
+        const std::string now = contents(file);
+        EXPECT_TRUE(now == small || now == large) << now.size();
+        if (signal == SIGKILL) continue;
+        EXPECT_EQ(fileCount(), 1U) << "after signal " << signal;
+      }
+    }
+  }
+}
+
+TEST_F(FileTest, ATemporaryFileInUseIsNobodysToRemove) {
+  const std::string file = path("a");
+  const std::string first(300000, '1');
+  const std::string second(200000, '2');
+  std::vector<std::thread> writers;
+  std::atomic<int> failures{0};
+  for (const auto* text : {&first, &second, &first, &second}) {
+    writers.emplace_back([&, text] {
+      for (int i = 0; i < 50; ++i) {
+        const auto naming = i % 2 == 0 ? Naming::whenWhole : Naming::fromTheStart;
+        if (!replaceFile(file, bytesOf(*text), nullptr, naming)) ++failures;
+      }
+    });
+  }
+  for (auto& writer : writers) writer.join();
+  EXPECT_EQ(failures, 0);
+  const std::string now = contents(file);
+  EXPECT_TRUE(now == first || now == second);
+  EXPECT_EQ(fileCount(), 1U);
+}
+
+TEST_F(FileTest, WaitsForStreamsThatDoNotBlockAndOutlivesTheirReaders) {
+  int ends[2];
+  ASSERT_EQ(::pipe2(ends, O_NONBLOCK | O_CLOEXEC), 0);
+  const std::string text(1000000, 'x');
+  std::string error;
+  std::thread writer([&] {
+    ::usleep(10000);  // the reader finds nothing first
+    EXPECT_TRUE(File::writeStream(ends[1], bytesOf(text), &error)) << error;
+    ::close(ends[1]);
+  });
+  std::vector<std::uint8_t> bytes;
+  std::string readError;
+  EXPECT_TRUE(File::readStream(ends[0], bytes, &readError)) << readError;
+  writer.join();
+  ::close(ends[0]);
+  EXPECT_EQ(bytes.size(), text.size());
+
+  const std::string pipe = path("pipe");
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  std::thread reader([&] { ::close(::open(pipe.c_str(), O_RDONLY)); });
+  EXPECT_FALSE(File::write(pipe, bytesOf(text), &error));
+  EXPECT_EQ(error, pipe + ": Broken pipe");
+  reader.join();
 }
 
 }  // namespace

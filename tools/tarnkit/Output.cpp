@@ -2,10 +2,6 @@
 
 #include <unistd.h>
 
-#include <array>
-#include <cerrno>
-#include <system_error>
-
 #include "tarnkit/platform/File.h"
 #include "tarnkit/platform/Log.h"
 #include "tools/tarnkit/Command.h"
@@ -14,31 +10,10 @@ namespace tarnkit::tool {
 
 namespace {
 
-[[noreturn]] void failWithSystem(std::string_view what, std::string_view where) {
-  throw CommandFailure(what, where, std::generic_category().message(errno));
-}
-
 void writeToStandardOutput(std::string_view what, ByteSpan bytes) {
-  while (!bytes.empty()) {
-    const auto done = ::write(STDOUT_FILENO, bytes.data(), bytes.size());
-    if (done < 0 && errno == EINTR) continue;
-    if (done < 0) failWithSystem(what, "standard output");
-    bytes = bytes.subspan(static_cast<std::size_t>(done));
-  }
-}
-
-std::vector<std::uint8_t> readStandardInput(std::string_view what) {
-  std::vector<std::uint8_t> bytes;
-  std::array<std::uint8_t, 1 << 16> piece;
-  for (;;) {
-    const auto size = ::read(STDIN_FILENO, piece.data(), piece.size());
-    if (size < 0 && errno == EINTR) continue;
-    if (size < 0) failWithSystem(what, "standard input");
-    if (size == 0) return bytes;
-    bytes.insert(bytes.end(), piece.begin(), piece.begin() + size);
-    if (bytes.size() > File::kMaximumSize) {
-      throw CommandFailure(what, "standard input", "it is longer than 2 GiB");
-    }
+  std::string error;
+  if (!File::writeStream(STDOUT_FILENO, bytes, &error)) {
+    throw CommandFailure(what, "standard output", error);
   }
 }
 
@@ -49,9 +24,14 @@ void writeToStandardOutput(std::string_view text) {
 }
 
 std::vector<std::uint8_t> readFile(std::string_view what, const std::string& path) {
-  if (path == kStandardStream) return readStandardInput(what);
   std::vector<std::uint8_t> bytes;
   std::string error;
+  if (path == kStandardStream) {
+    if (!File::readStream(STDIN_FILENO, bytes, &error)) {
+      throw CommandFailure(what, "standard input", error);
+    }
+    return bytes;
+  }
   if (!File::read(path, bytes, &error)) failWithFile(what, path, error);
   return bytes;
 }

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -103,6 +104,7 @@ void flushOutput() {
 
 int main(int argc, char** argv) {
   occupyStandardStreams();
+  std::signal(SIGXFSZ, SIG_IGN);  // output that may not grow further is told like a full disk
   try {
     const int status = run(argc, argv);
     flushOutput();
