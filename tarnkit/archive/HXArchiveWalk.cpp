@@ -23,6 +23,20 @@ const Symbol kObjectsKey{"$objects"};
 const Symbol kRootKey{"$root"};
 const Symbol kMembersKey{"NS.objects"};
 
+/// Gives the coder back the coding type that it had, whatever the objects set.
+class CodingTypeKeeper {
+ public:
+  explicit CodingTypeKeeper(Encoder& coder) noexcept
+      : coder_(coder), codingType_(coder.codingType()) {}
+  CodingTypeKeeper(const CodingTypeKeeper&) = delete;
+  CodingTypeKeeper& operator=(const CodingTypeKeeper&) = delete;
+  ~CodingTypeKeeper() { coder_.setCodingType(codingType_); }
+
+ private:
+  Encoder& coder_;
+  std::int32_t codingType_;
+};
+
 bool standsInline(CodingKind kind) noexcept {
   return kind == CodingKind::string || kind == CodingKind::number;
 }
@@ -58,6 +72,7 @@ void HXArchiveWalk::putObject(const Symbol& key, const Object& object, bool isUn
     put(key, inlineValue(object));
     return;
   }
+  recordCodingType(coder);
   Entry entry;
   entry.object = Ref<const Object>(&object);
   entry.kind = isUnconditional ? Entry::Kind::object : Entry::Kind::conditional;
@@ -67,6 +82,7 @@ void HXArchiveWalk::putObject(const Symbol& key, const Object& object, bool isUn
 
 void HXArchiveWalk::putCollection(const Symbol& key, CodingKind kind, std::size_t count,
                                   FunctionRef<const Object*(std::size_t)> at, Encoder& coder) {
+  recordCodingType(coder);
   const std::size_t position = entries_.size();
   Entry entry;
   entry.kind = Entry::Kind::collection;
@@ -89,6 +105,7 @@ bool HXArchiveWalk::putMap(const Symbol& key, std::size_t count,
     if (entry.key.isNil()) return false;
     if (entry.value) sorted_.emplace_back(entry.key, entry.value);
   }
+  recordCodingType(coder);
   const std::size_t position = entries_.size();
   Entry entry;
   entry.kind = Entry::Kind::collection;
@@ -116,6 +133,18 @@ void HXArchiveWalk::record(const Symbol& key, Entry entry) {
   entries_.push_back(std::move(entry));
 }
 
+// The objects are walked only when the one that refers to them has returned, so what it set for
+// them is noted among its values.
+void HXArchiveWalk::recordCodingType(const Encoder& coder) {
+  if (!isEncoding() || coder.codingType() == recordedType_) return;
+  recordedType_ = coder.codingType();
+  Entry entry;
+  entry.kind = Entry::Kind::codingType;
+  entry.isReplaced = true;
+  entry.value = static_cast<Index>(recordedType_);
+  entries_.push_back(std::move(entry));
+}
+
 // The top container holds the few keys that the host writes itself, so they are searched.
 void HXArchiveWalk::putTop(const Symbol& key, Index value) {
   const Index name = symbol(key).key;
@@ -129,7 +158,8 @@ void HXArchiveWalk::putTop(const Symbol& key, Index value) {
 
 // The one value just recorded, with what belongs to it, is all there is on the stack.
 void HXArchiveWalk::encodeForTop(const Symbol& key, Encoder& coder) {
-  pushFrame(kNone, 0, entries_.size(), Form::top, false);
+  const CodingTypeKeeper keeper(coder);
+  pushFrame(kNone, 0, entries_.size(), Form::top, false, coder.codingType());
   run(coder);
   putTop(key, entries_.front().value);
   entries_.clear();
@@ -196,10 +226,10 @@ void HXArchiveWalk::setClassName(const String& name, const Class& forClass) {
     substitute(forClass, name);
     return;
   }
-  // It takes effect where it stands among the values: objects written before it keep their names.
+  // It takes effect where it stands among the values: objects written before it keep their names,
+  // and may set another one for this class. Only before the first value is known what is in force.
   const KnownClass& known = knownClass(forClass);
-  if (pendingSubstitutions_ == 0 && known.substitute == name) return;
-  ++pendingSubstitutions_;
+  if (entries_.size() == frames_.back().begin && known.substitute == name) return;
   Entry entry;
   entry.kind = Entry::Kind::substitution;
   entry.isReplaced = true;
@@ -279,6 +309,7 @@ void HXArchiveWalk::encodeRoot(const Object& root, Encoder& coder) {
   if (standsInline(root.codingKind())) {
     identified_[id].body = inlineValue(root);
   } else {
+    const CodingTypeKeeper keeper(coder);
     writeObject(id, coder);
     run(coder);
   }
@@ -300,8 +331,10 @@ void HXArchiveWalk::encodeEntry(Frame& frame, Encoder& coder) {
   switch (entry.kind) {
     case Entry::Kind::value:
       return;
+    case Entry::Kind::codingType:
+      frame.codingType = static_cast<std::int32_t>(entry.value);
+      return;
     case Entry::Kind::substitution:
-      --pendingSubstitutions_;
       substitute(*classes_[entry.value].record, String::from(entry.object.get()));
       return;
     case Entry::Kind::collection: {
@@ -310,7 +343,7 @@ void HXArchiveWalk::encodeEntry(Frame& frame, Encoder& coder) {
       identified_[id].body = writer_.reserve();
       const std::size_t begin = frame.next;
       frame.next += entry.count;
-      pushFrame(id, begin, frame.next, entry.form, false);
+      pushFrame(id, begin, frame.next, entry.form, false, frame.codingType);
       return;
     }
     default:
@@ -342,11 +375,11 @@ void HXArchiveWalk::writeObject(std::uint32_t id, Encoder& coder) {
   identified_[id].isInProgress = true;
   switch (kind) {
     case CodingKind::list:
-      return openMembers(id, static_cast<const Array&>(object), Form::list);
+      return openMembers(id, static_cast<const Array&>(object), Form::list, coder);
     case CodingKind::set:
-      return openMembers(id, static_cast<const Set&>(object), Form::set);
+      return openMembers(id, static_cast<const Set&>(object), Form::set, coder);
     case CodingKind::orderedSet:
-      return openMembers(id, static_cast<const OrderedSet&>(object), Form::orderedSet);
+      return openMembers(id, static_cast<const OrderedSet&>(object), Form::orderedSet, coder);
     case CodingKind::map: {
       sorted_.clear();
       for (const auto& entry : static_cast<const Dictionary&>(object).entries()) {
@@ -354,7 +387,7 @@ void HXArchiveWalk::writeObject(std::uint32_t id, Encoder& coder) {
       }
       const std::size_t begin = entries_.size();
       appendSorted();
-      return pushFrame(id, begin, entries_.size(), Form::map, true);
+      return pushFrame(id, begin, entries_.size(), Form::map, true, typeOfNext(coder));
     }
     default:
       openObject(id, object, coder);
@@ -363,7 +396,10 @@ void HXArchiveWalk::writeObject(std::uint32_t id, Encoder& coder) {
 
 // What the object writes is only recorded here, whatever it refers to; the walk follows later.
 void HXArchiveWalk::openObject(std::uint32_t id, const Object& object, Encoder& coder) {
-  pushFrame(id, entries_.size(), entries_.size(), Form::object, true);
+  const std::int32_t codingType = typeOfNext(coder);
+  coder.setCodingType(codingType);
+  recordedType_ = codingType;
+  pushFrame(id, entries_.size(), entries_.size(), Form::object, true, codingType);
   SymbolEntry& classEntry = symbol(kClassKey);
   classEntry.serial = frames_.back().serial;
   classEntry.position = kNone;
@@ -372,19 +408,25 @@ void HXArchiveWalk::openObject(std::uint32_t id, const Object& object, Encoder& 
 }
 
 template <class Members>
-void HXArchiveWalk::openMembers(std::uint32_t id, const Members& members, Form form) {
+void HXArchiveWalk::openMembers(std::uint32_t id, const Members& members, Form form,
+                                const Encoder& coder) {
   const std::size_t begin = entries_.size();
   for (const auto& member : members) {
     if (member) appendElement(*member, kNone);
   }
-  pushFrame(id, begin, entries_.size(), form, true);
+  pushFrame(id, begin, entries_.size(), form, true, typeOfNext(coder));
+}
+
+// The root is written under the coder's own type, everything else under that of its place.
+std::int32_t HXArchiveWalk::typeOfNext(const Encoder& coder) const noexcept {
+  return frames_.empty() ? coder.codingType() : frames_.back().codingType;
 }
 
 void HXArchiveWalk::pushFrame(std::uint32_t id, std::size_t begin, std::size_t end, Form form,
-                              bool ownsEntries) {
+                              bool ownsEntries, std::int32_t codingType) {
   const auto first = static_cast<std::uint32_t>(begin);
-  frames_.push_back(
-      {id, first, first, static_cast<std::uint32_t>(end), ++serials_, form, ownsEntries});
+  frames_.push_back({id, first, first, static_cast<std::uint32_t>(end), ++serials_, codingType,
+                     form, ownsEntries});
 }
 
 void HXArchiveWalk::finishFrame() {
@@ -518,7 +560,7 @@ void HXArchiveWalk::clear() {
   identified_ = std::vector<Identified>();
   ids_.clear();
   symbols_.clear();
-  pendingSubstitutions_ = 0;
+  recordedType_ = 0;
   memberKeys_.clear();
   top_.clear();
   serials_ = 0;

@@ -28,7 +28,8 @@ class HXArchiveWalk {
   void encodeRoot(const Object& root, Encoder& coder);
 
   // Values for the innermost container that is open. While none is, objects are encoded at once and
-  // their references go into the top container.
+  // their references go into the top container. An object is written under the coding type that the
+  // coder had when it was put.
   void put(const Symbol& key, Index value);
   void putObject(const Symbol& key, const Object& object, bool isUnconditional, Encoder& coder);
   void putCollection(const Symbol& key, CodingKind kind, std::size_t count,
@@ -51,10 +52,18 @@ class HXArchiveWalk {
   enum class Form : std::uint8_t { object, list, map, set, orderedSet, top };
 
   struct Entry {
-    enum class Kind : std::uint8_t { value, object, conditional, collection, substitution };
+    enum class Kind : std::uint8_t {
+      value,
+      object,
+      conditional,
+      collection,
+      // For what follows in the container; these are no entries of it.
+      substitution,
+      codingType,
+    };
     Ref<const Object> object;  // of a substitution, the name
     Index key = kNone;
-    Index value = kNone;      // the encoded form; of a substitution, the number of the class
+    Index value = kNone;      // the encoded form, the number of the substituted class, or the type
     std::uint32_t count = 0;  // of a collection: the entries that follow and belong to it
     Kind kind = Kind::value;
     Form form = Form::object;  // of a collection
@@ -65,7 +74,8 @@ class HXArchiveWalk {
     std::uint32_t begin;
     std::uint32_t next;
     std::uint32_t end;
-    std::uint32_t serial;  // tells the keys of this container from those of others
+    std::uint32_t serial;     // tells the keys of this container from those of others
+    std::int32_t codingType;  // of the entries that come next
     Form form;
     bool ownsEntries;  // they stand at the end of the stack and go with the frame
   };
@@ -89,6 +99,7 @@ class HXArchiveWalk {
 
   SymbolEntry& symbol(const Symbol& key);
   void record(const Symbol& key, Entry entry);
+  void recordCodingType(const Encoder& coder);
   void putTop(const Symbol& key, Index value);
   void encodeForTop(const Symbol& key, Encoder& coder);
   Index inlineValue(const Object& object);
@@ -103,8 +114,10 @@ class HXArchiveWalk {
   void writeObject(std::uint32_t id, Encoder& coder);
   void openObject(std::uint32_t id, const Object& object, Encoder& coder);
   template <class Members>
-  void openMembers(std::uint32_t id, const Members& members, Form form);
-  void pushFrame(std::uint32_t id, std::size_t begin, std::size_t end, Form form, bool ownsEntries);
+  void openMembers(std::uint32_t id, const Members& members, Form form, const Encoder& coder);
+  std::int32_t typeOfNext(const Encoder& coder) const noexcept;
+  void pushFrame(std::uint32_t id, std::size_t begin, std::size_t end, Form form, bool ownsEntries,
+                 std::int32_t codingType);
   void finishFrame();
   void fillMap(const Frame& frame, bool withClass);
   void fillList(Index list, const Frame& frame);
@@ -127,7 +140,7 @@ class HXArchiveWalk {
   std::vector<SymbolEntry> symbols_;
   std::vector<KnownClass> classes_;
   IdentityTable classIDs_;
-  std::size_t pendingSubstitutions_ = 0;  // recorded and not yet in effect
+  std::int32_t recordedType_ = 0;  // the coding type of what the open object wrote last
   std::vector<Index> memberKeys_;
   std::vector<std::pair<Index, Index>> top_;  // keys and values of the top container
   std::uint32_t serials_ = 0;

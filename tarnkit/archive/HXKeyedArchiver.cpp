@@ -1,5 +1,7 @@
 #include "tarnkit/archive/HXKeyedArchiver.h"
 
+#include <utility>
+
 #include "tarnkit/archive/HXArchiveWalk.h"
 #include "tarnkit/platform/File.h"
 #include "tarnkit/platform/Log.h"
@@ -57,7 +59,13 @@ Ref<Data> HXKeyedArchiver::archivedDataWithRootObject(const Object* rootObject) 
 
 bool HXKeyedArchiver::archiveRootObject(const Object* rootObject, const std::string& toFile,
                                         std::string* error) {
-  return File::write(toFile, archivedDataWithRootObject(rootObject)->bytes(), error);
+  const auto data = make<Data>();
+  HXKeyedArchiver archiver(data);
+  archiver.encodeRootObject(rootObject);
+  std::string reason;
+  if (archiver.finishEncoding(&reason)) return File::write(toFile, data->bytes(), error);
+  if (error) *error = toFile + ": " + reason;
+  return false;
 }
 
 void HXKeyedArchiver::encodeRootObject(const Object* rootObject) {
@@ -128,7 +136,7 @@ std::size_t HXKeyedArchiver::stackDepth() const noexcept {
   return state_->walk.openContainers() + 1;
 }
 
-void HXKeyedArchiver::finishEncoding() {
+bool HXKeyedArchiver::finishEncoding(std::string* error) {
   State& state = *state_;
   std::vector<std::uint8_t> bytes;
   if (state.failure.empty()) {
@@ -138,10 +146,13 @@ void HXKeyedArchiver::finishEncoding() {
       state.failure = tooLarge.what();
     }
   }
-  if (!state.failure.empty()) Log::warning(kClassName, state.failure);
-  state.failure.clear();
+  const std::string failure = std::exchange(state.failure, {});
   state.walk.clear();
   data_->setBytes(std::move(bytes));
+  if (failure.empty()) return true;
+  Log::warning(kClassName, failure);
+  if (error) *error = failure;
+  return false;
 }
 
 }  // namespace tarnkit

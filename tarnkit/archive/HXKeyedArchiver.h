@@ -41,6 +41,12 @@ class HXArchiveRecursionError : public std::logic_error {
 ///   itself, for itself and everything after.
 /// Equal strings, equal numbers and reference maps are shared in the output.
 ///
+/// What an `encodeWithCoder` may rely on: the order of its calls decides, but what it refers to is
+/// written only after it returned. So an object is written under the coding type that the archiver
+/// had when it was referred to, a substitution holds for what is referred to after it, and what
+/// objects below substitute or set is not seen meanwhile. The coding type that an object sets ends
+/// with its `encodeWithCoder`.
+///
 /// Belongs to whoever makes it; one thread at a time; linear in the output.
 class HXKeyedArchiver final : public Encoder {
  public:
@@ -53,7 +59,7 @@ class HXKeyedArchiver final : public Encoder {
   /// The archive of `rootObject` at coding type 0.
   static Ref<Data> archivedDataWithRootObject(const Object* rootObject);
   /// Writes that archive to the file, whole or not at all; tells whether it did. When it did not,
-  /// `error`, if given, gets path and cause.
+  /// an old file is still there, and `error`, if given, gets path and cause.
   static bool archiveRootObject(const Object* rootObject, const std::string& toFile,
                                 std::string* error = nullptr);
 
@@ -90,15 +96,16 @@ class HXKeyedArchiver final : public Encoder {
                  const Symbol& key) override;
 
   void setClassName(const Symbol& name, const Class& forClass) override;
-  /// The substitution recorded for the class; nil when there is none.
+  /// The substitution recorded for the class; nil when there is none. Asked by an object that is
+  /// being encoded, it knows those of objects that were written before and those of this object.
   String classNameForClass(const Class& forClass) const;
   /// How many containers are open: 1 unless an object is being encoded.
   std::size_t stackDepth() const noexcept;
 
   /// Replaces the contents of the data with the property list and empties the archiver for its next
   /// root; substitutions are kept. A failure is logged as
-  /// "WARNING: [HXKeyedArchiver] REASON" and leaves the data empty.
-  void finishEncoding();
+  /// "WARNING: [HXKeyedArchiver] REASON" and leaves the data empty: false then, with the reason.
+  bool finishEncoding(std::string* error = nullptr);
 
  private:
   struct State;

@@ -82,12 +82,15 @@ std::vector<Ref<Data>> HXImageStore::dataRepresentationsOfAllEntries() const {
   std::vector<Ref<Data>> representations;
   for (const auto& entry : allValuesSortedByKey(entries_)) {
     auto data = make<Data>();
+    bool isDone = false;
     try {
       HXKeyedArchiver archiver(data);
       archiver.setCodingType(HXCodingTypeDevice);
       archiver.encodeRootObject(entry.get());
-      archiver.finishEncoding();
+      isDone = archiver.finishEncoding();
     } catch (const std::exception&) {
+    }
+    if (!isDone) {
       Log::warning("HXImageStore", fmt::format("Unable to code image entry to data: {}",
                                                entry->description().view()));
       continue;

@@ -46,9 +46,15 @@ struct ClassEntry {
   UID uid;  // 0: no record written under the present name
 };
 
+struct PendingObject {
+  UID uid;
+  std::int32_t codingType;  // that of the archiver when the object was referred to
+};
+
 }  // namespace
 
 struct StandardKeyedArchiver::State {
+  const Coder& coder;
   PropertyListWriter writer;
   Index list = 0;
   Index null = 0;
@@ -58,7 +64,7 @@ struct StandardKeyedArchiver::State {
   detail::IdentityTable identities;
   std::vector<UID> valueUIDs;  // UID of the string or number that is this object of the list
   UID nullTextUID = 0;
-  std::vector<UID> pending;  // the next to be encoded stands last
+  std::vector<PendingObject> pending;  // the next to be encoded stands last
   std::vector<SymbolEntry> symbols;
   std::uint32_t serials = 0;
   Fields top;
@@ -67,7 +73,7 @@ struct StandardKeyedArchiver::State {
   std::vector<ClassEntry> classes;
   detail::IdentityTable classIdentities;
 
-  State() { start(); }
+  explicit State(const Coder& owner) : coder(owner) { start(); }
 
   void start() {
     list = writer.reserve();
@@ -182,7 +188,7 @@ struct StandardKeyedArchiver::State {
     }
     if (!isConditional && !queued[uid]) {
       queued[uid] = true;
-      pending.push_back(uid);
+      pending.push_back({uid, coder.codingType()});
     }
     return uid;
   }
@@ -273,7 +279,7 @@ struct StandardKeyedArchiver::State {
     return mapBody(names, entries);
   }
 
-  Index body(const Object& value, StandardKeyedArchiver& coder) {
+  Index body(const Object& value, StandardKeyedArchiver& archiver) {
     switch (const CodingKind kind = value.codingKind()) {
       case CodingKind::data:
         return writer.addData(static_cast<const Data&>(value).bytes());
@@ -291,7 +297,7 @@ struct StandardKeyedArchiver::State {
     openFields(fields);
     fields.keys.push_back(writer.addSymbol(kClassKey));
     fields.values.push_back(0);
-    if (&value.isa() != &Null::kClass) value.encodeWithCoder(coder);
+    if (&value.isa() != &Null::kClass) value.encodeWithCoder(archiver);
     // After the keys: a class may substitute its own name while it encodes itself.
     fields.values[0] = writer.addUID(uidOfClass(value.isa()));
     return writer.addMap(fields.keys, fields.values);
@@ -299,13 +305,14 @@ struct StandardKeyedArchiver::State {
 
   // Encodes everything that was referred to. The references that an object makes stand in the order
   // of its keys; the last is taken first, so they are turned round.
-  void work(StandardKeyedArchiver& coder) {
+  void work(StandardKeyedArchiver& archiver) {
     std::reverse(pending.begin(), pending.end());
     while (!pending.empty()) {
-      const UID uid = pending.back();
+      const PendingObject next = pending.back();
       pending.pop_back();
       const std::size_t before = pending.size();
-      bodies[uid] = body(*objects[uid], coder);
+      archiver.setCodingType(next.codingType);
+      bodies[next.uid] = body(*objects[next.uid], archiver);
       std::reverse(pending.begin() + static_cast<std::ptrdiff_t>(before), pending.end());
     }
     open = &top;
@@ -313,18 +320,21 @@ struct StandardKeyedArchiver::State {
 
   // Values that are written straight into the top bring what they refer to along. An object that
   // throws leaves the archiver empty.
-  void workAtTop(StandardKeyedArchiver& coder) {
+  void workAtTop(StandardKeyedArchiver& archiver) {
     if (open != &top) return;
+    const std::int32_t codingType = archiver.codingType();
     try {
-      work(coder);
+      work(archiver);
     } catch (...) {
       reset();
+      archiver.setCodingType(codingType);
       throw;
     }
+    archiver.setCodingType(codingType);
   }
 };
 
-StandardKeyedArchiver::StandardKeyedArchiver() : state_(std::make_unique<State>()) {}
+StandardKeyedArchiver::StandardKeyedArchiver() : state_(std::make_unique<State>(*this)) {}
 StandardKeyedArchiver::~StandardKeyedArchiver() = default;
 
 Ref<Data> StandardKeyedArchiver::archivedData(const Object* root, std::int32_t codingType,

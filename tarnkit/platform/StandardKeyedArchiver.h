@@ -13,9 +13,10 @@ namespace tarnkit {
 ///
 /// An object stands in the archive once by identity, a string, number or class record once by
 /// value. `encodeObject` only notes the reference and puts the object on a work list, so neither
-/// the depth of the graph nor a cycle costs stack. Objects are encoded in pre-order, and the bytes
-/// depend on nothing but the graph. Belongs to whoever makes it; one thread at a time; linear in
-/// the output.
+/// the depth of the graph nor a cycle costs stack. An object is encoded under the coding type that
+/// the archiver had when it was first referred to unconditionally; one that an object sets ends
+/// with its `encodeWithCoder`. Objects are encoded in pre-order, and the bytes depend on nothing
+/// but the graph. Belongs to whoever makes it; one thread at a time; linear in the output.
 class StandardKeyedArchiver final : public Encoder {
  public:
   StandardKeyedArchiver();

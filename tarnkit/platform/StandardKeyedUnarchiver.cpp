@@ -20,15 +20,25 @@ using Index = PropertyList::Index;
 struct StandardKeyedUnarchiver::State {
   struct Task {
     Index value;
+    std::int32_t codingType;  // of the decoder when the object was first referred to
     bool isInitialised;
   };
+  struct TypeChange {
+    std::size_t from;  // the first object referred to under the type
+    std::int32_t codingType;
+  };
 
-  explicit State(const PropertyList& list) : records(list) {}
+  State(const PropertyList& list, const Coder& owner) : coder(owner), records(list) {}
+
+  const Coder& coder;
 
   detail::KeyedArchiveRecords records;
   std::vector<Task> tasks;  // the next stands last
   Index record = PropertyList::kNone;
   std::uint32_t cursor = 0;
+  std::vector<TypeChange> typeChanges;  // made by the object whose record is read
+  std::int32_t openType = 0;            // before all changes
+  std::int32_t lastType = 0;
   std::vector<PropertyList::Key> symbolKeys;
 
   const PropertyList& list() const noexcept { return records.list(); }
@@ -37,14 +47,27 @@ struct StandardKeyedUnarchiver::State {
     record = value;
     cursor = 0;
     records.clearReferred();
+    typeChanges.clear();
+    lastType = coder.codingType();
+    openType = lastType;
+  }
+
+  // What is referred to from now on is decoded under the type that the decoder has now.
+  void noteType() {
+    if (coder.codingType() == lastType) return;
+    lastType = coder.codingType();
+    typeChanges.push_back({records.referred().size(), lastType});
   }
 
   // What the record's object refers to comes next, in the order of its decode calls, each object
   // followed by what it refers to itself.
   void pushReferred() {
     const auto& referred = records.referred();
-    for (auto value = referred.rbegin(); value != referred.rend(); ++value) {
-      tasks.push_back({*value, false});
+    auto change = typeChanges.rbegin();
+    for (std::size_t i = referred.size(); i > 0; --i) {
+      while (change != typeChanges.rend() && change->from >= i) ++change;
+      tasks.push_back(
+          {referred[i - 1], change == typeChanges.rend() ? openType : change->codingType, false});
     }
   }
 
@@ -130,6 +153,7 @@ struct StandardKeyedUnarchiver::State {
 
   // The value under the key that refers to an object; `kNone` when it is absent or wrong.
   Index findReference(const Symbol& key) {
+    noteType();
     const Index value = find(key);
     if (value == PropertyList::kNone || list().kind(value) == Kind::uid) return value;
     failForKind(key, value, "a reference to an object");
@@ -138,7 +162,7 @@ struct StandardKeyedUnarchiver::State {
 };
 
 StandardKeyedUnarchiver::StandardKeyedUnarchiver(const PropertyList& list)
-    : state_(std::make_unique<State>(list)) {}
+    : state_(std::make_unique<State>(list, *this)) {}
 StandardKeyedUnarchiver::~StandardKeyedUnarchiver() = default;
 
 Ref<Object> StandardKeyedUnarchiver::unarchive(ByteSpan bytes, std::int32_t codingType,
@@ -169,6 +193,7 @@ Ref<Object> StandardKeyedUnarchiver::run() {
   Ref<Object> root;
   try {
     if (!state.records.open()) return nullptr;
+    state.openType = codingType();
     root = state.records.root();
     state.pushReferred();
     while (!state.tasks.empty() && !failed()) {
@@ -181,11 +206,13 @@ Ref<Object> StandardKeyedUnarchiver::run() {
         }
         task.isInitialised = true;
         state.records.setInitialised(value);
+        setCodingType(task.codingType);
         state.openRecord(value);
         if (!state.records.fillContainer(value)) {
           state.records.object(value)->initWithCoder(*this);
         }
       } else {
+        setCodingType(task.codingType);
         state.tasks.pop_back();
         state.openRecord(value);
         state.records.object(value)->awakeAfterDecoding(*this);

@@ -27,8 +27,9 @@ class PropertyList;
 class StandardKeyedUnarchiver final : public Decoder {
  public:
   /// The elements visited while one archive is read, and what objects make that does not stand in
-  /// it, may come to this many times all references in the file, the bytes copied out of shared data to this many times its size, and each to
-  /// `kSharingAllowance` more; beyond that the archive is refused.
+  /// it, may come to this many times all references in the file, the bytes copied out of shared
+  /// data to this many times its size, and each to `kSharingAllowance` more; beyond that the
+  /// archive is refused.
   static constexpr std::uint64_t kSharingFactor = 2;
   static constexpr std::uint64_t kSharingAllowance = 65536;
 

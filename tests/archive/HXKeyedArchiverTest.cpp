@@ -14,6 +14,7 @@
 #include "tarnkit/platform/Array.h"
 #include "tarnkit/platform/Bundle.h"
 #include "tarnkit/platform/Dictionary.h"
+#include "tarnkit/platform/File.h"
 #include "tarnkit/platform/Log.h"
 #include "tarnkit/platform/Null.h"
 #include "tarnkit/platform/Number.h"
@@ -335,7 +336,80 @@ TEST(HXKeyedArchiver, FollowsGraphsOfAnyDepth) {
   EXPECT_LT(HXArchiveText::indented(reader).size(), 20000000U);
 }
 
+// What an object sets for those that it refers to holds from where it stands among the values,
+// though they are written only when it returned.
+TEST(HXKeyedArchiver, KeepsTheOrderOfSettingsAndValues) {
+  const auto child = make<Scripted>([](Encoder& coder) {
+    coder.setClassName(kPMOther, ScriptedKind::kClass);  // undone by its parent
+  });
+  const auto parent = make<Scripted>([&](Encoder& coder) {
+    coder.encodeObject(child, kA);
+    coder.setClassName(kPMThing, ScriptedKind::kClass);  // what it was before the child
+    coder.encodeObject(make<ScriptedKind>(), kB);
+  });
+  const auto root = make<Scripted>([&](Encoder& coder) {
+    coder.setClassName(kPMThing, ScriptedKind::kClass);
+    coder.encodeObject(parent, kA);
+  });
+  EXPECT_EQ(shown(*root),
+            "$object-0 Scripted\n"
+            "  a: $object-1 Scripted\n"
+            "    a: $object-2 Scripted\n"
+            "    b: $object-3 PMThing\n");
+}
+
+TEST(HXKeyedArchiver, WritesObjectsUnderTheCodingTypeOfTheirPlace) {
+  const auto told = [](int codingType) {
+    return make<Scripted>([codingType](Encoder& coder) {
+      coder.encodeInt(coder.codingType(), kA);
+      coder.setCodingType(codingType);  // ends with this object
+    });
+  };
+  const auto shared = told(0);
+  const auto root = make<Scripted>([&](Encoder& coder) {
+    coder.encodeObject(told(8), kA);
+    coder.encodeConditionalObject(static_cast<const Object*>(shared.get()), kC);
+    coder.setCodingType(3);
+    coder.encodeList(std::vector<Ref<Scripted>>{told(9), shared}, kB);
+    coder.setCodingType(2);
+    coder.encodeObject(make<Scripted>([&](Encoder& inner) { inner.encodeObject(told(7), kA); }),
+                       kC);
+  });
+  const auto data = make<Data>();
+  HXKeyedArchiver archiver(data);
+  archiver.setCodingType(1);
+  archiver.encodeRootObject(root.get());
+  EXPECT_EQ(archiver.codingType(), 1);
+  archiver.finishEncoding();
+  EXPECT_EQ(shown(*data),
+            "$object-0 Scripted\n"
+            "  a: $object-1 Scripted\n"
+            "    a: 1\n"
+            "  b: $object-3 list of 2\n"
+            "    - $object-4 Scripted\n"
+            "      a: 3\n"
+            "    - $object-2 Scripted\n"
+            "      a: 3\n"
+            "  c: $object-5 Scripted\n"
+            "    a: $object-6 Scripted\n"
+            "      a: 2\n");
+}
+
 TEST(HXKeyedArchiver, ArchivesToAFile) {
+  const auto unserializable = make<Scripted>([](Encoder& coder) {
+    static const String nil;
+    const auto at = [](std::size_t) { return Encoder::MapEntry{nil, Null::null().get()}; };
+    coder.encodeMap(1, at, kA);
+  });
+  const std::string file = ::testing::TempDir() + "/archived";
+  ASSERT_TRUE(HXKeyedArchiver::archiveRootObject(make<Scripted>().get(), file));
+  std::string reason;
+  EXPECT_FALSE(HXKeyedArchiver::archiveRootObject(unserializable.get(), file, &reason));
+  EXPECT_EQ(reason, file + ": a key of a map is not a string");
+  std::vector<std::uint8_t> kept;
+  ASSERT_TRUE(File::read(file, kept));
+  EXPECT_EQ(HXArchiveReader::sniff(kept), HXArchiveKind::deviceGraph);
+
   std::string error;
   EXPECT_FALSE(HXKeyedArchiver::archiveRootObject(make<Scripted>().get(), "/dev/full", &error));
   EXPECT_EQ(error, "/dev/full: No space left on device");

@@ -475,6 +475,57 @@ TEST_F(StandardKeyedCoders, StartsAgainAfterAnObjectThatThrows) {
   }
 }
 
+// An object that keeps a part of itself under another coding type than its own.
+class TypedThing final : public Object {
+  TARNKIT_CLASS
+ public:
+  void encodeWithCoder(Encoder& coder) const override {
+    coder.encodeInt(coder.codingType(), kType);
+    coder.encodeObject(first, kFirst);
+    coder.setCodingType(coder.codingType() + 1);
+    coder.encodeObject(second, kSecond);
+  }
+  void initWithCoder(Decoder& coder) override {
+    written = coder.decodeInt(kType);
+    read = coder.codingType();
+    first = coder.decode<TypedThing>(kFirst);
+    coder.setCodingType(coder.codingType() + 1);
+    second = coder.decode<TypedThing>(kSecond);
+  }
+  void awakeAfterDecoding(Decoder& coder) override { awoken = coder.codingType(); }
+
+  static const Symbol kType, kFirst, kSecond;
+  Ref<TypedThing> first, second;
+  std::int32_t written = -1, read = -1, awoken = -1;
+};
+const Class TypedThing::kClass{"TypedThing", &Object::kClass, &detail::makeByDefault<TypedThing>};
+const Symbol TypedThing::kType{"type"}, TypedThing::kFirst{"first"}, TypedThing::kSecond{"second"};
+
+TEST_F(StandardKeyedCoders, HandsObjectsTheCodingTypeOfTheirPlace) {
+  ClassRegistry::add(TypedThing::kClass);
+  const auto root = make<TypedThing>();
+  root->first = make<TypedThing>();
+  root->second = make<TypedThing>();
+  root->first->second = make<TypedThing>();
+  root->second->first = make<TypedThing>();
+  const auto data = StandardKeyedArchiver::archivedData(root.get(), 5);
+  const auto opened = as<TypedThing>(StandardKeyedUnarchiver::unarchive(data->bytes(), 5));
+  ASSERT_TRUE(opened);
+  const struct {
+    const TypedThing& thing;
+    std::int32_t type;
+  } cases[] = {{*opened, 5},
+               {*opened->first, 5},
+               {*opened->second, 6},
+               {*opened->first->second, 6},
+               {*opened->second->first, 6}};
+  for (const auto& item : cases) {
+    EXPECT_EQ(item.thing.written, item.type);
+    EXPECT_EQ(item.thing.read, item.type);
+    EXPECT_EQ(item.thing.awoken, item.type);
+  }
+}
+
 TEST_F(StandardKeyedCoders, EscapesKeysThatBeginLikeTheArchivesOwn) {
   struct Escaped final : Object {
     const Class& isa() const noexcept override { return ArchivedThing::kClass; }
