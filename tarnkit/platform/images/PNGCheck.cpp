@@ -1,4 +1,5 @@
 #include <fmt/format.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <array>
@@ -17,20 +18,8 @@ constexpr std::size_t kChunkOverhead = 12;
 // A byte of compressed data stands for this many bytes at most.
 constexpr std::uint64_t kMaximumExpansion = 1032;
 
-constexpr std::array<std::uint32_t, 256> kChecksumTable = [] {
-  std::array<std::uint32_t, 256> table{};
-  for (std::uint32_t i = 0; i < table.size(); ++i) {
-    std::uint32_t value = i;
-    for (int bit = 0; bit < 8; ++bit) value = (value >> 1) ^ ((value & 1U) ? 0xEDB88320U : 0U);
-    table[i] = value;
-  }
-  return table;
-}();
-
 std::uint32_t checksum(ByteSpan bytes) noexcept {
-  std::uint32_t value = 0xFFFFFFFFU;
-  for (const auto byte : bytes) value = (value >> 8) ^ kChecksumTable[(value ^ byte) & 0xFFU];
-  return ~value;
+  return static_cast<std::uint32_t>(crc32_z(0, bytes.data(), bytes.size()));
 }
 
 std::uint32_t bigEndian(ByteSpan bytes, std::size_t at) noexcept {
