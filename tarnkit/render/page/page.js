@@ -1,8 +1,4 @@
-#include "tarnkit/render/PageParts.h"
-
-namespace tarnkit::detail {
-
-const std::string_view kPageScript = R"js("use strict";
+"use strict";
 (() => {
 const $ = id => document.getElementById(id);
 const root = document.documentElement, stage = $("stage"), panel = $("panel");
@@ -534,6 +530,3 @@ addEventListener("resize", () => { if (current) redraw(); });
 addEventListener("popstate", fromAddress);
 fromAddress();
 })();
-)js";
-
-}  // namespace tarnkit::detail
