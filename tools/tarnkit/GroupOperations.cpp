@@ -58,7 +58,7 @@ Result setOpaque(Session& session, const Arguments& arguments) {
 }
 
 Result writeKeys(std::vector<String> keys) {
-  return [keys = std::move(keys)](JsonWriter& json) { writeStrings(json, keys); };
+  return [keys = std::move(keys)](JSONWriter& json) { writeStrings(json, keys); };
 }
 
 Result selectedNodes(Session& session, const Arguments& arguments) {

@@ -1,7 +1,7 @@
 #include "tarnkit/model/HXImageStore.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Session.h"
 #include "tools/tarnkit/ValueShapes.h"
@@ -22,7 +22,7 @@ Result addImage(Session& session, const Arguments& arguments) {
   if (!entry) throw CommandFailure(path + ": the image cannot be stored");
   document->imageStore()->addImageEntry(entry);
   session.nameImage(name, entry);
-  return [entry](JsonWriter& json) {
+  return [entry](JSONWriter& json) {
     json.beginObject().key("key");
     writeString(json, entry->key());
     json.key("width").value(entry->image()->width());

@@ -1,9 +1,9 @@
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/patches/PatchRegistry.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Session.h"
 
@@ -47,7 +47,7 @@ Result newNode(Session& session, const Arguments& arguments) {
   if (!node) throw CommandFailure("there is no node class \"" + className + "\"");
   session.nameNode(name, node);
   if (patchClass) setFreshPatch(*node, *patchClass);
-  return [node](JsonWriter& json) {
+  return [node](JSONWriter& json) {
     json.beginObject().key("uniqueKey").value(node->uniqueKey().view()).endObject();
   };
 }

@@ -1,9 +1,9 @@
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Session.h"
 #include "tools/tarnkit/ValueShapes.h"
@@ -13,11 +13,11 @@ namespace tarnkit::tool {
 namespace {
 
 Result truth(bool value) {
-  return [value](JsonWriter& json) { json.value(value); };
+  return [value](JSONWriter& json) { json.value(value); };
 }
 
 Result shapeOf(const Ref<HXConnection>& connection) {
-  return [connection](JsonWriter& json) { writeConnection(json, connection.get()); };
+  return [connection](JSONWriter& json) { writeConnection(json, connection.get()); };
 }
 
 Ref<HXPort> portOf(Session& session, const Arguments& arguments) {
@@ -104,7 +104,7 @@ Result publish(Session& session, const Arguments& arguments) {
   const auto symbolicPort = enclosingGroup(*port)->addSymbolicPortForPort(*port);
   if (!symbolicPort) throw CommandFailure("the port is neither input nor output");
   session.namePort(name, symbolicPort);
-  return [symbolicPort](JsonWriter& json) {
+  return [symbolicPort](JSONWriter& json) {
     json.beginObject().key("key");
     writeString(json, symbolicPort->uniqueKey());
     json.endObject();
