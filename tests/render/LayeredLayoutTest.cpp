@@ -75,8 +75,9 @@ TEST(LayeredLayout, BoxesNeverOverlapAndTheSameGraphLooksTheSame) {
       EXPECT_EQ(item.y, again.items[i].y);
       left = std::min(left, item.x);
       top = std::min(top, item.y);
-      for (std::size_t j = 0; j < i; ++j)
+      for (std::size_t j = 0; j < i; ++j) {
         EXPECT_FALSE(overlap(item, graph.items[j])) << i << ' ' << j;
+      }
     }
     for (const LayoutEdge& edge : graph.edges) {
       for (const LayoutPoint& point : edge.via) top = std::min(top, point.y);

@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/patches/PatchRegistry.h"
 #include "tarnkit/platform/JSONWriter.h"
@@ -39,9 +41,9 @@ Result documentGraph(Session& session, const Arguments& arguments) {
   const auto name = arguments.optionalText("as");
   const auto className = arguments.text("class");
   const HXRNodeClass* patchClass = patchClassNamed(className);
-  if (!patchClass) throw CommandFailure("there is no patch class \"" + className + "\"");
+  if (!patchClass) throw CommandFailure(fmt::format("there is no patch class \"{}\"", className));
   const auto document = as<HXDocument>(patchClass->documentGraph());
-  if (!document) throw CommandFailure("no document can be made of \"" + className + "\"");
+  if (!document) throw CommandFailure(fmt::format("no document can be made of \"{}\"", className));
   session.takeDocument(name, document);
   return keysOf(document);
 }

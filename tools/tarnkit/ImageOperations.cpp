@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include "tarnkit/model/HXImageStore.h"
 #include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
@@ -19,7 +21,7 @@ Result addImage(Session& session, const Arguments& arguments) {
   const auto image = Image::imageWithContentsOfFile(String(path), &reason);
   if (!image) throw CommandFailure(reason);
   const auto entry = HXImageStore::createImageEntry(image);
-  if (!entry) throw CommandFailure(path + ": the image cannot be stored");
+  if (!entry) throw CommandFailure(fmt::format("{}: the image cannot be stored", path));
   document->imageStore()->addImageEntry(entry);
   session.nameImage(name, entry);
   return [entry](JSONWriter& json) {

@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSymbolicPort.h"
@@ -57,7 +59,7 @@ Result wire(Session& session, const Arguments& arguments) {
   const auto to = session.port(toAddress);
   const auto document = session.document();
   if (!from->canConnectToPort(to.get()) && !to->canConnectToPort(from.get())) {
-    throw CommandFailure("\"" + fromAddress + "\" does not fit \"" + toAddress + "\"");
+    throw CommandFailure(fmt::format("\"{}\" does not fit \"{}\"", fromAddress, toAddress));
   }
   for (const auto& end : {resolvedPort(from), resolvedPort(to)}) {
     if (!end || end->orientation() != HXOrientationInput) continue;
@@ -66,7 +68,7 @@ Result wire(Session& session, const Arguments& arguments) {
   }
   const auto connection = document->connectPort(*from, *to);
   if (!connection) {
-    throw CommandFailure("\"" + fromAddress + "\" cannot be joined to \"" + toAddress + "\"");
+    throw CommandFailure(fmt::format("\"{}\" cannot be joined to \"{}\"", fromAddress, toAddress));
   }
   session.nameConnection(name, connection);
   return shapeOf(connection);
