@@ -117,6 +117,8 @@ struct Range {
 };
 constexpr Range kRanges[] = {{0x20, 0x17F}, {0x370, 0x45F}, {0x590, 0x6FF}};
 
+static_assert(sizeof kRegular == sizeof kBold);
+
 }  // namespace
 
 std::uint8_t tabledAdvance(std::uint32_t codePoint, bool bold) noexcept {
