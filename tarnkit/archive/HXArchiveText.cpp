@@ -3,11 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <vector>
 
 #include "tarnkit/archive/HXArchiveReader.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tarnkit/platform/NumberText.h"
 #include "tarnkit/platform/UTF8.h"
 
@@ -19,34 +19,14 @@ using Kind = PropertyList::Kind;
 using Index = PropertyList::Index;
 using ArchivedObject = HXArchiveReader::Object;
 
-void appendQuoted(std::string& out, std::string_view text) {
-  out += '"';
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '"' || c == '\\') {
-      out += '\\';
-      out += c;
-    } else if (c == '\n') {
-      out += "\\n";
-    } else if (byte < 0x20 || byte == 0x7F) {
-      fmt::format_to(std::back_inserter(out), "\\u{:04x}", byte);
-    } else {
-      out += c;
-    }
-  }
-  out += '"';
-}
-
-// What both forms share: the text so far, handed on in pieces, and the strings that it holds.
+// What both forms share: the strings of the archive.
 class TextWriter : public HXArchiveReader::Visitor {
  protected:
-  TextWriter(const HXArchiveReader& archive, HXArchiveText::Sink sink)
-      : archive_(archive), sink_(sink), written_(archive.list().count()) {}
+  explicit TextWriter(const HXArchiveReader& archive)
+      : archive_(archive), written_(archive.list().count()) {}
 
   // The string at that place of the list, which must not be written whole again and again.
   std::string_view text(Index string) {
-    constexpr std::size_t kPiece = 65536;
-    if (out_.size() >= kPiece) flush();
     const auto whole = archive_.list().string(string);
     if (whole.size() <= HXArchiveText::kLongText) return whole;
     if (!written_[string]) {
@@ -61,20 +41,14 @@ class TextWriter : public HXArchiveReader::Visitor {
   // long.
   std::string_view idOf(ArchivedObject object) const { return brief(archive_.idOf(object)); }
   std::string_view classOf(ArchivedObject object) const { return brief(archive_.classOf(object)); }
-  void flush() {
-    sink_(out_);
-    out_.clear();
-  }
 
   const HXArchiveReader& archive_;
-  std::string out_;
 
  private:
   static std::string_view brief(std::string_view whole) noexcept {
     return detail::beginningOf(whole, HXArchiveText::kLongText);
   }
 
-  HXArchiveText::Sink sink_;
   std::string shortened_;
   std::vector<bool> written_;
 };
@@ -95,7 +69,7 @@ std::string integerText(const PropertyList& list, Index value) {
 class IndentedWriter final : public TextWriter {
  public:
   IndentedWriter(const HXArchiveReader& archive, HXArchiveText::Sink sink)
-      : TextWriter(archive, sink) {
+      : TextWriter(archive), sink_(sink) {
     fmt::format_to(std::back_inserter(out_), "{}, version {}, {} object{}\n",
                    archive.kind() == HXArchiveKind::imageArchive ? "image archive" : "device graph",
                    archive.version(), archive.objectCount(), archive.objectCount() == 1 ? "" : "s");
@@ -162,6 +136,8 @@ class IndentedWriter final : public TextWriter {
     afterKey_ = false;
   }
   void indent() {
+    constexpr std::size_t kPiece = 65536;
+    if (out_.size() >= kPiece) flush();
     out_.append(2 * std::min(inList_.size(), HXArchiveText::kMaximumIndentation), ' ');
   }
   void open(bool isList) {
@@ -172,7 +148,7 @@ class IndentedWriter final : public TextWriter {
     const PropertyList& list = archive_.list();
     switch (list.kind(value)) {
       case Kind::string:
-        return appendQuoted(out_, text(value));
+        return JSONWriter::appendQuoted(out_, text(value));
       case Kind::boolean:
         out_ += list.boolean(value) ? "true" : "false";
         return;
@@ -196,131 +172,101 @@ class IndentedWriter final : public TextWriter {
     }
   }
 
+  void flush() {
+    sink_(out_);
+    out_.clear();
+  }
+
+  HXArchiveText::Sink sink_;
+  std::string out_;
   std::vector<bool> inList_;
   bool afterKey_ = false;
 };
 
-class JSONWriter final : public TextWriter {
+class TreeWriter final : public TextWriter {
  public:
-  JSONWriter(const HXArchiveReader& archive, HXArchiveText::Sink sink) : TextWriter(archive, sink) {
-    out_ = archive.kind() == HXArchiveKind::imageArchive ? R"({"kind":"imageArchive","version":)"
-                                                         : R"({"kind":"deviceGraph","version":)";
-    appendQuoted(out_, archive.version());
-    fmt::format_to(std::back_inserter(out_), R"(,"objects":{},"root":)", archive.objectCount());
+  TreeWriter(const HXArchiveReader& archive, HXArchiveText::Sink sink)
+      : TextWriter(archive), json_(sink) {
+    const bool isImage = archive.kind() == HXArchiveKind::imageArchive;
+    json_.beginObject().key("kind").value(isImage ? "imageArchive" : "deviceGraph");
+    json_.key("version").value(archive.version());
+    json_.key("objects").value(std::uint64_t{archive.objectCount()});
+    json_.key("root");
   }
   void finish() {
-    out_ += "}\n";
-    flush();
+    json_.endObject().endLine();
+    json_.flush();
   }
 
   void beginMap(ArchivedObject object, std::uint32_t) override {
-    separate();
-    out_ += '{';
+    beginObject(object);
     if (object != HXArchiveReader::kNoObject) {
-      appendID(object);
-      if (const auto name = classOf(object); !name.empty()) {
-        out_ += R"("class":)";
-        appendQuoted(out_, name);
-        out_ += ',';
-      }
+      if (const auto name = classOf(object); !name.empty()) json_.key("class").value(name);
     }
-    out_ += R"("values":{)";
-    isFirst_ = true;
+    json_.key("values").beginObject();
   }
-  void key(Index key) override {
-    separate();
-    appendQuoted(out_, text(key));
-    out_ += ':';
-    isFirst_ = true;
-  }
-  void endMap() override {
-    out_ += "}}";
-    isFirst_ = false;
-  }
+  void key(Index key) override { json_.key(text(key)); }
+  void endMap() override { json_.endObject().endObject(); }
   void beginList(ArchivedObject object, std::uint32_t) override {
-    separate();
-    out_ += '{';
-    if (object != HXArchiveReader::kNoObject) appendID(object);
-    out_ += R"("elements":[)";
-    isFirst_ = true;
+    beginObject(object);
+    json_.key("elements").beginArray();
   }
-  void endList() override {
-    out_ += "]}";
-    isFirst_ = false;
-  }
+  void endList() override { json_.endArray().endObject(); }
   void value(ArchivedObject object, Index value) override {
-    separate();
-    if (object == HXArchiveReader::kNoObject) {
-      appendValue(value);
-    } else {
-      out_ += '{';
-      appendID(object);
-      out_ += R"("value":)";
-      appendValue(value);
-      out_ += '}';
-    }
-    isFirst_ = false;
+    if (object == HXArchiveReader::kNoObject) return writeValue(value);
+    beginObject(object);
+    json_.key("value");
+    writeValue(value);
+    json_.endObject();
   }
   void repeated(ArchivedObject object) override {
-    separate();
-    out_ += R"({"reference":)";
-    appendQuoted(out_, idOf(object));
-    out_ += '}';
-    isFirst_ = false;
+    json_.beginObject().key("reference").value(idOf(object)).endObject();
   }
-  void nil() override {
-    separate();
-    out_ += "null";
-    isFirst_ = false;
-  }
+  void nil() override { json_.null(); }
 
  private:
-  void separate() {
-    if (!isFirst_) out_ += ',';
+  void beginObject(ArchivedObject object) {
+    json_.beginObject();
+    if (object != HXArchiveReader::kNoObject) json_.key("id").value(idOf(object));
   }
-  void appendID(ArchivedObject object) {
-    out_ += R"("id":)";
-    appendQuoted(out_, idOf(object));
-    out_ += ',';
+  void writeCount(std::string_view name, std::uint64_t count) {
+    json_.beginObject().key(name).value(count).endObject();
   }
-  void appendValue(Index value) {
+  void writeValue(Index value) {
     const PropertyList& list = archive_.list();
     switch (list.kind(value)) {
       case Kind::string:
-        return appendQuoted(out_, text(value));
+        json_.value(text(value));
+        return;
       case Kind::boolean:
-        out_ += list.boolean(value) ? "true" : "false";
+        json_.value(list.boolean(value));
         return;
       case Kind::integer:
       case Kind::unsignedInteger:
-        out_ += integerText(list, value);
+        json_.number(integerText(list, value));
         return;
       case Kind::data:
-        fmt::format_to(std::back_inserter(out_), R"({{"data":{}}})", list.data(value).size());
-        return;
+        return writeCount("data", list.data(value).size());
       case Kind::uid:
-        fmt::format_to(std::back_inserter(out_), R"({{"uid":{}}})", list.uid(value));
+        return writeCount("uid", list.uid(value));
+      case Kind::real32:
+        json_.value(static_cast<float>(list.real(value)));
         return;
       case Kind::wideInteger:
-      case Kind::real32:
       case Kind::real64:
       case Kind::date:
-        if (std::isfinite(list.real(value))) {
-          out_ += realText(list, value);
-        } else {
-          appendQuoted(out_, realText(list, value));
-        }
+        json_.value(list.real(value));
         return;
       case Kind::array:
       case Kind::map:
-        out_ += R"({"repeated":true})";
+        json_.beginObject().key("repeated").value(true).endObject();
         return;
       default:
-        out_ += "null";
+        json_.null();
     }
   }
 
-  bool isFirst_ = true;  // nothing stands before the next value at its place
+  JSONWriter json_;
 };
 
 template <class Writer>
@@ -348,11 +294,11 @@ std::string HXArchiveText::indented(const HXArchiveReader& archive) {
 }
 
 void HXArchiveText::writeJSON(const HXArchiveReader& archive, Sink sink) {
-  write<JSONWriter>(archive, sink);
+  write<TreeWriter>(archive, sink);
 }
 
 std::string HXArchiveText::json(const HXArchiveReader& archive) {
-  return written<JSONWriter>(archive);
+  return written<TreeWriter>(archive);
 }
 
 }  // namespace tarnkit

@@ -1,6 +1,7 @@
 #include "tarnkit/render/GroupScene.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <unordered_set>
 
@@ -175,6 +176,7 @@ void GroupScene::layOut() {
 
 void GroupScene::endWires() {
   for (Wire& wire : wires) {
+    assert(wire.fromBox >= 0 || wire.toBox >= 0);
     if (wire.fromBox >= 0) {
       const NodeBox& box = boxes[static_cast<std::size_t>(wire.fromBox)];
       wire.from = {box.x + box.width, box.y + wire.from.y};
@@ -236,6 +238,8 @@ void GroupScene::spreadEdgePorts(std::size_t first, std::size_t last) {
     blocks.push_back(block);
   }
   auto at = begin;
+  assert(std::is_sorted(blocks.begin(), blocks.end(),
+                        [](const Block& a, const Block& b) { return a.mean() < b.mean(); }));
   for (const Block& block : blocks) {
     for (std::size_t i = 0; i < block.count; ++i, ++at) {
       at->y = block.mean() + kStep * static_cast<double>(at - begin);
@@ -285,6 +289,7 @@ void GroupScene::measureBounds() {
     if (wire.toBox < 0) include(wire.to.x + 6, wire.to.y);
   }
   if (!any) include(0, 0);
+  assert(left <= right && top <= bottom);
   double inputs = 0;
   double outputs = 0;
   for (const EdgePort& port : edgePorts) {

@@ -69,6 +69,7 @@ void appendHead(std::string& out, const HXGroup& group, HXPictureTheme theme) {
   out += pictureColors(HXPictureTheme::dark);
   out += "}\n";
   out += pictureStyle();
+  out += '\n';
   out += kPageStyle;
   out += "</style>\n</head>\n";
 }

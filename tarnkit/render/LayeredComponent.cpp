@@ -1,6 +1,7 @@
 #include "tarnkit/render/LayeredComponent.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <numeric>
 
@@ -38,6 +39,7 @@ LayeredComponent::LayeredComponent(std::vector<LayoutItem>& items, std::vector<L
       firstDummy_(edgesOfMembers.size(), kNone) {
   vertices_.resize(members.size());
   for (std::size_t i = 0; i < members.size(); ++i) {
+    assert(members[i] < items.size() && members[i] < localIndex.size());
     const LayoutItem& item = items[members[i]];
     vertices_[i].width = item.width;
     vertices_[i].height = item.height;
@@ -131,6 +133,7 @@ void LayeredComponent::assignLayers() {
       if (--waiting[to] == 0) topological.push_back(to);
     }
   }
+  assert(topological.size() == vertices_.size());  // no circle is left
   tightenLayers(topological);
 }
 
@@ -155,6 +158,7 @@ void LayeredComponent::insertDummies() {
   for (std::size_t e = 0; e < whole.size(); ++e) {
     const Segment& edge = whole[e];
     const std::uint32_t first = vertices_[edge.left].layer;
+    assert(vertices_[edge.right].layer > first);
     const std::uint32_t span = vertices_[edge.right].layer - first;
     if (span > kLongestReserved) continue;
     Segment piece = edge;

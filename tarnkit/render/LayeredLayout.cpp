@@ -1,6 +1,7 @@
 #include "tarnkit/render/LayeredLayout.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <numeric>
 
@@ -28,6 +29,7 @@ std::vector<Part> connectedParts(const std::vector<LayoutItem>& items,
     return at;
   };
   for (const LayoutEdge& edge : edges) {
+    assert(edge.from < items.size() && edge.to < items.size());
     const std::uint32_t from = rootOf(edge.from);
     const std::uint32_t to = rootOf(edge.to);
     parent[std::max(from, to)] = std::min(from, to);

@@ -1,10 +1,7 @@
 #include "tarnkit/render/Markup.h"
 
-#include <fmt/format.h>
-
 #include <charconv>
 #include <cmath>
-#include <iterator>
 
 #include "tarnkit/platform/UTF8.h"
 #include "tarnkit/render/TextMetrics.h"
@@ -65,24 +62,6 @@ void appendEscaped(std::string& out, std::string_view text) {
     plain = at;
   }
   out.append(text, plain);
-}
-
-void appendJSON(std::string& out, std::string_view text) {
-  out += '"';
-  for (std::size_t at = 0; at < text.size();) {
-    const CodePoint point = codePointAt(text, at);
-    at += point.size;
-    const std::uint32_t c = point.value;
-    if (c == '"' || c == '\\') {
-      out += '\\';
-      out += static_cast<char>(c);
-    } else if (c < 0x20 || c == '<' || c == '>' || c == '&' || c == 0x2028 || c == 0x2029) {
-      fmt::format_to(std::back_inserter(out), "\\u{:04x}", c);
-    } else {
-      appendCodePoint(out, c);
-    }
-  }
-  out += '"';
 }
 
 void appendNumber(std::string& out, double number) {

@@ -13,8 +13,6 @@ namespace tarnkit::detail {
 /// Escaped for character data and for attribute values in double quotes; what must not stand in
 /// XML is shown as U+FFFD.
 void appendEscaped(std::string& out, std::string_view text);
-/// The text inside double quotes as JSON that may stand in a <script> element.
-void appendJSON(std::string& out, std::string_view text);
 /// Rounded to hundredths, without needless digits. What is no number reads 0; beyond ten million it
 /// is clamped.
 void appendNumber(std::string& out, double number);

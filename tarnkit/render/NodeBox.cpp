@@ -1,6 +1,7 @@
 #include "tarnkit/render/NodeBox.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 #include "tarnkit/model/HXDocument.h"
@@ -82,6 +83,7 @@ NodeBox::NodeBox(const HXNode& drawn, IsConnected isConnected, PortIsAt portIsAt
     countText = Label(String(count), kCountFont, kTitleRoom);
     room -= badgeWidth() + kGap;
   }
+  assert(room > 0);
   title = Label(titleOfNode(drawn), kTitleFont, room);
   if (!drawn.unknownPatchClass().isNil()) {
     const std::string text = "Unknown patch " + drawn.unknownPatchClass().toStdString();

@@ -10,6 +10,7 @@
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tarnkit/platform/images/Image.h"
 #include "tarnkit/render/Markup.h"
 
@@ -17,82 +18,41 @@ namespace tarnkit::detail {
 
 namespace {
 
-/// One JSON object after another, field by field.
-class Writer {
- public:
-  explicit Writer(std::string& out) : out_(out) {}
-
-  void open(char bracket) {
-    separate();
-    out_ += bracket;
-    first_ = true;
-  }
-  void close(char bracket) {
-    out_ += bracket;
-    first_ = false;
-  }
-  void key(std::string_view name) {
-    separate();
-    out_.append(1, '"').append(name).append("\":");
-    first_ = true;
-  }
-  void text(std::string_view words) {
-    separate();
-    appendJSON(out_, words);
-  }
-  void number(double value) {
-    separate();
-    appendNumber(out_, value);
-  }
-  void field(std::string_view name, std::string_view words) {
-    key(name);
-    text(words);
-  }
-  void fieldUnlessNil(std::string_view name, const String& words) {
-    if (!words.isNil()) field(name, words);
-  }
-  void color(std::string_view name, RGBA value) {
-    std::string hex;
-    appendColor(hex, value);
-    field(name, hex);
-  }
-  void flag(std::string_view name) {
-    key(name);
-    out_ += "true";
-    first_ = false;
-  }
-
- private:
-  void separate() {
-    if (!first_) out_ += ',';
-    first_ = false;
-  }
-
-  std::string& out_;
-  bool first_ = true;
-};
-
-void writePort(Writer& json, const HXPort& port, const HXPortGroup* group) {
-  json.open('{');
-  json.field("key", port.uniqueKey());
-  json.field("name", titleOfPort(port));
-  if (group && group->groupKey() != HXRDefaultPortGroupKey) {
-    json.field("portGroup", group->groupKey());
-  }
-  if (group && group->hidden()) json.flag("hidden");
-  json.color("color", port.defaultColor());
-  const PortValue value = valueOfPort(port, 1);
-  if (value.kind != PortValue::Kind::none) {
-    json.field("value", value.text.full);
-    if (value.kind == PortValue::Kind::color) json.color("swatch", value.color);
-    if (value.isSet) json.flag("set");
-  }
-  if (const auto* published = port.symbolicPort()) json.field("published", published->name());
-  json.close('}');
+void writeField(JSONWriter& json, std::string_view name, std::string_view words) {
+  json.key(name).value(words);
 }
 
-void writePorts(Writer& json, const HXNode& node, std::int32_t orientation) {
-  json.open('[');
+void writeUnlessNil(JSONWriter& json, std::string_view name, const String& words) {
+  if (!words.isNil()) writeField(json, name, words);
+}
+
+void writeColor(JSONWriter& json, std::string_view name, RGBA color) {
+  std::string hex;
+  appendColor(hex, color);
+  writeField(json, name, hex);
+}
+
+void writePort(JSONWriter& json, const HXPort& port, const HXPortGroup* group) {
+  json.beginObject();
+  writeField(json, "key", port.uniqueKey());
+  writeField(json, "name", titleOfPort(port));
+  if (group && group->groupKey() != HXRDefaultPortGroupKey) {
+    writeField(json, "portGroup", group->groupKey());
+  }
+  if (group && group->hidden()) json.key("hidden").value(true);
+  writeColor(json, "color", port.defaultColor());
+  const PortValue value = valueOfPort(port, 1);
+  if (value.kind != PortValue::Kind::none) {
+    writeField(json, "value", value.text.full);
+    if (value.kind == PortValue::Kind::color) writeColor(json, "swatch", value.color);
+    if (value.isSet) json.key("set").value(true);
+  }
+  if (const auto* published = port.symbolicPort()) writeField(json, "published", published->name());
+  json.endObject();
+}
+
+void writePorts(JSONWriter& json, const HXNode& node, std::int32_t orientation) {
+  json.beginArray();
   std::unordered_set<const HXPort*> written;
   const bool isInput = orientation == HXOrientationInput;
   for (const auto& group : isInput ? node.inputPortGroups() : node.outputPortGroups()) {
@@ -106,7 +66,7 @@ void writePorts(Writer& json, const HXNode& node, std::int32_t orientation) {
       writePort(json, port, nullptr);
     }
   }
-  json.close(']');
+  json.endArray();
 }
 
 std::string parameterText(const HXParameter& parameter) {
@@ -128,86 +88,85 @@ std::string parameterText(const HXParameter& parameter) {
   return {};
 }
 
-void writeParameters(Writer& json, const HXNode& node) {
-  json.key("parameters");
-  json.open('[');
+void writeParameters(JSONWriter& json, const HXNode& node) {
+  json.key("parameters").beginArray();
   for (const auto& entry : node.parameters()) {
     const HXParameter& parameter = *entry.value;
     const String name = parameter.name();
-    json.open('{');
-    json.field("name", name ? name : entry.key);
-    json.field("value", parameterText(parameter));
-    if (const auto* color = as<HXColorParameter>(&parameter)) json.color("swatch", color->value());
-    json.close('}');
+    json.beginObject();
+    writeField(json, "name", name ? name : entry.key);
+    writeField(json, "value", parameterText(parameter));
+    if (const auto* color = as<HXColorParameter>(&parameter)) {
+      writeColor(json, "swatch", color->value());
+    }
+    json.endObject();
   }
-  json.close(']');
+  json.endArray();
 }
 
-void writeNode(Writer& json, const NodeBox& box) {
+void writeNode(JSONWriter& json, const NodeBox& box) {
   const HXNode& node = *box.node;
-  json.open('{');
-  json.field("key", node.uniqueKey());
-  json.field("name", box.title.full);
-  json.fieldUnlessNil("patch", patchNameOfNode(node));
+  json.beginObject();
+  writeField(json, "key", node.uniqueKey());
+  writeField(json, "name", box.title.full);
+  writeUnlessNil(json, "patch", patchNameOfNode(node));
   if (node.patch()) {
-    json.field("patchName", node.patchClass().defaultName());
-    json.fieldUnlessNil("category", node.patchClass().libraryCategory());
+    writeField(json, "patchName", node.patchClass().defaultName());
+    writeUnlessNil(json, "category", node.patchClass().libraryCategory());
   }
   if (const auto& group = node.subnodeGroup()) {
-    json.field("group", group->uniqueKey());
-    json.key("count");
-    json.number(group->subnodesByUniqueKey().size());
+    writeField(json, "group", group->uniqueKey());
+    json.key("count").value(std::uint64_t{group->subnodesByUniqueKey().size()});
   }
-  json.fieldUnlessNil("complaint", box.complaint.full);
-  json.color("color", node.defaultColor());
-  json.key("box");
-  json.open('[');
-  for (const double number : {box.x, box.y, box.width, box.height}) json.number(number);
-  json.close(']');
+  writeUnlessNil(json, "complaint", box.complaint.full);
+  writeColor(json, "color", node.defaultColor());
+  json.key("box").beginArray();
+  for (const double number : {box.x, box.y, box.width, box.height}) {
+    std::string digits;
+    appendNumber(digits, number);
+    json.number(digits);
+  }
+  json.endArray();
   json.key("inputs");
   writePorts(json, node, HXOrientationInput);
   json.key("outputs");
   writePorts(json, node, HXOrientationOutput);
   writeParameters(json, node);
-  json.close('}');
+  json.endObject();
 }
 
-void writeEnd(Writer& json, std::string_view name, const HXPort* port) {
+void writeEnd(JSONWriter& json, std::string_view name, const HXPort* port) {
   const HXNode* const node = port ? port->node() : nullptr;
   if (!node) return;
-  json.key(name);
-  json.open('[');
-  json.text(node->uniqueKey());
-  json.text(port->uniqueKey());
-  json.text(titleOfNode(*node));
-  json.text(titleOfPort(*port));
-  json.close(']');
+  json.key(name).beginArray();
+  json.value(node->uniqueKey());
+  json.value(port->uniqueKey());
+  json.value(titleOfNode(*node));
+  json.value(titleOfPort(*port));
+  json.endArray();
 }
 
 }  // namespace
 
 void appendPageData(std::string& out, const GroupScene& scene) {
-  Writer json(out);
-  json.open('{');
-  json.field("title", titleOfGroup(scene.group));
-  json.key("notes");
-  json.open('[');
-  for (const std::string& note : scene.notes) json.text(note);
-  json.close(']');
-  json.key("nodes");
-  json.open('[');
+  JSONWriter json(out, JSONWriter::Escapes::script);
+  json.beginObject();
+  writeField(json, "title", titleOfGroup(scene.group));
+  json.key("notes").beginArray();
+  for (const std::string& note : scene.notes) json.value(note);
+  json.endArray();
+  json.key("nodes").beginArray();
   for (const NodeBox& box : scene.boxes) writeNode(json, box);
-  json.close(']');
-  json.key("wires");
-  json.open('[');
+  json.endArray();
+  json.key("wires").beginArray();
   for (const Wire& wire : scene.wires) {
-    json.open('{');
+    json.beginObject();
     writeEnd(json, "from", wire.connection->displayOutputPort());
     writeEnd(json, "to", wire.connection->displayInputPort());
-    json.close('}');
+    json.endObject();
   }
-  json.close(']');
-  json.close('}');
+  json.endArray();
+  json.endObject();
 }
 
 }  // namespace tarnkit::detail

@@ -1,12 +1,13 @@
 #include "tarnkit/render/PictureColors.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <iterator>
 #include <string>
 
 #include "tarnkit/render/HXGraphPicture.h"
-#include "tarnkit/render/TextMetrics.h"
+#include "tarnkit/render/PageParts.h"
 
 namespace tarnkit {
 
@@ -26,63 +27,11 @@ constexpr ThemeColor kColors[] = {
     {"warn", "#a83a00", "#ffa366"},
 };
 
-// "$fonts" stands for the fonts, every other "$name" for a colour.
-constexpr std::string_view kRules =
-    ".tk-picture{fill:$text;font-size:11px;font-family:$fonts;-webkit-text-size-adjust:none}\n"
-    ".tk-canvas{fill:$canvas}\n"
-    ".tk-frame{fill:none;stroke:$frame;stroke-width:1.5}\n"
-    ".tk-body,.tk-stack,.tk-tab{fill:$body;stroke:$line}\n"
-    ".tk-missing .tk-body,.tk-missing .tk-tab{stroke:$warn;stroke-dasharray:4 3}\n"
-    ".tk-title{font-size:12px;font-weight:bold}\n"
-    ".tk-light{fill:#fff}\n"
-    ".tk-dark{fill:#000}\n"
-    ".tk-badge{fill-opacity:.18}\n"
-    ".tk-count{font-size:10px;font-weight:bold}\n"
-    ".tk-heading{fill:$muted;font-size:10px;font-weight:bold}\n"
-    ".tk-chevron{fill:none;stroke:$muted;stroke-width:1.5;stroke-linecap:round;"
-    "stroke-linejoin:round}\n"
-    ".tk-chip{fill:$chip}\n"
-    ".tk-value{fill:$muted;font-size:10px}\n"
-    ".tk-set{fill:$text}\n"
-    ".tk-swatch{stroke:$line}\n"
-    ".tk-switch{fill:$chip;stroke:$line}\n"
-    ".tk-switch.tk-on{fill:$accent;stroke:$accent}\n"
-    ".tk-knob{fill:$body;stroke:$line;stroke-width:.5}\n"
-    ".tk-dot{stroke-width:1.5}\n"
-    ".tk-open{fill:$body}\n"
-    ".tk-many{fill:$muted;stroke:$muted}\n"
-    ".tk-many.tk-open{fill:$body}\n"
-    ".tk-ring{fill:none;stroke-width:1.25}\n"
-    ".tk-wire{fill:none;stroke-width:2;stroke-linecap:round}\n"
-    ".tk-far{fill:$canvas;stroke-width:1.5}\n"
-    ".tk-link{fill:none;stroke-width:1.25;stroke-dasharray:1 4;stroke-linecap:round}\n"
-    ".tk-caption{font-size:15px;font-weight:bold}\n"
-    ".tk-counts,.tk-note{fill:$muted}\n"
-    ".tk-warn{fill:$warn}\n";
-
-const ThemeColor* colorNamed(std::string_view name) {
+const ThemeColor& colorNamed(std::string_view name) {
   const auto* const at = std::find_if(std::begin(kColors), std::end(kColors),
                                       [&](const ThemeColor& color) { return color.name == name; });
-  return at == std::end(kColors) ? nullptr : at;
-}
-
-template <class Append>
-std::string rulesWith(Append appendColor) {
-  std::string out;
-  for (std::size_t at = 0; at < kRules.size();) {
-    const auto dollar = kRules.find('$', at);
-    out.append(kRules.substr(at, dollar - at));
-    if (dollar == std::string_view::npos) break;
-    const auto end = kRules.find_first_not_of("abcdefghijklmnopqrstuvwxyz", dollar + 1);
-    const auto name = kRules.substr(dollar + 1, end - dollar - 1);
-    if (const auto* const color = colorNamed(name)) {
-      appendColor(out, *color);
-    } else {
-      out += detail::kPictureFonts;
-    }
-    at = end;
-  }
-  return out;
+  assert(at != std::end(kColors));
+  return *at;
 }
 
 std::string_view of(const ThemeColor& color, HXPictureTheme theme) {
@@ -96,14 +45,22 @@ double linear(float component) {
 
 }  // namespace
 
-std::string pictureStyle(HXPictureTheme theme) {
-  return rulesWith([&](std::string& out, const ThemeColor& color) { out += of(color, theme); });
-}
+std::string pictureStyle() { return std::string(detail::kPictureStyle); }
 
-std::string pictureStyle() {
-  return rulesWith([](std::string& out, const ThemeColor& color) {
-    out.append("var(--tk-").append(color.name) += ')';
-  });
+std::string pictureStyle(HXPictureTheme theme) {
+  constexpr std::string_view kVariable = "var(--tk-";
+  const std::string_view rules = detail::kPictureStyle;
+  std::string out;
+  for (std::size_t at = 0; at < rules.size();) {
+    const auto variable = rules.find(kVariable, at);
+    out.append(rules.substr(at, variable - at));
+    if (variable == std::string_view::npos) break;
+    const auto name = variable + kVariable.size();
+    const auto end = rules.find(')', name);
+    out.append(of(colorNamed(rules.substr(name, end - name)), theme));
+    at = end + 1;
+  }
+  return out;
 }
 
 std::string pictureColors(HXPictureTheme theme) {

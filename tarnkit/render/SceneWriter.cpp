@@ -1,6 +1,7 @@
 #include "tarnkit/render/SceneWriter.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 #include "tarnkit/model/HXConnection.h"
@@ -30,6 +31,7 @@ constexpr Font kNoteFont{11, false};
 SceneWriter::SceneWriter(const GroupScene& scene, const HXPictureOptions& options, std::string& out)
     : scene_(scene), options_(options), out_(out) {
   frame();
+  assert(left_ < right_ && top_ < bottom_);
 }
 
 void SceneWriter::frame() {

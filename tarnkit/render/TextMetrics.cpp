@@ -5,6 +5,7 @@
 #include <unicode/utext.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -124,6 +125,7 @@ FittedText fitText(std::string_view text, Font font, double width) {
   const std::string_view looked = text.substr(0, std::min(text.size(), cut + kLongestLook));
   const bool simple = isASCII(looked.substr(0, std::min(looked.size(), cut + 1)));
   const std::size_t end = simple ? cut : characterEnd(looked, cut);
+  assert(end <= cut);
   if (end != cut) usedAtCut = textWidth(looked.substr(0, end), {1, font.bold});
   std::string_view kept = text.substr(0, end);
   while (!kept.empty() && kept.back() == ' ') kept.remove_suffix(1);

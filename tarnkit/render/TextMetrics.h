@@ -4,12 +4,9 @@
 
 namespace tarnkit::detail {
 
-/// The fonts in which pictures are set. The text metrics are those of the widest of them, so that
-/// what fits by the metrics fits in every other.
-inline constexpr const char* kPictureFonts =
-    "Inter,'SF Pro Text','Helvetica Neue','Segoe UI',Roboto,Arial,'DejaVu Sans',sans-serif";
-
-/// A face of the fonts at a size in canvas units.
+/// A face of the fonts in which pictures are set (page/picture.css), at a size in canvas units. The
+/// metrics are those of the widest of these fonts, so that what fits by the metrics fits in every
+/// other.
 struct Font {
   double size = 11;
   bool bold = false;

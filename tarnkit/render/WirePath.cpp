@@ -1,6 +1,7 @@
 #include "tarnkit/render/WirePath.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 namespace tarnkit::detail {
@@ -19,6 +20,7 @@ double reach(const LayoutPoint& from, const LayoutPoint& to, bool turnsBack) {
 
 void eachWirePiece(LayoutPoint from, LayoutPoint to, const std::vector<LayoutPoint>& via,
                    FunctionRef<void(const WirePiece&)> visit) {
+  assert(via.size() % 2 == 0);
   LayoutPoint at = from;
   double direction = 1;
   const auto curve = [&](const LayoutPoint& end, double arriving) {

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,6 +9,8 @@
 namespace tarnkit::detail {
 
 namespace {
+
+using ::testing::ElementsAre;
 
 struct Graph {
   std::vector<LayoutItem> items;
@@ -75,8 +78,9 @@ TEST(LayeredLayout, BoxesNeverOverlapAndTheSameGraphLooksTheSame) {
       EXPECT_EQ(item.y, again.items[i].y);
       left = std::min(left, item.x);
       top = std::min(top, item.y);
-      for (std::size_t j = 0; j < i; ++j)
+      for (std::size_t j = 0; j < i; ++j) {
         EXPECT_FALSE(overlap(item, graph.items[j])) << i << ' ' << j;
+      }
     }
     for (const LayoutEdge& edge : graph.edges) {
       for (const LayoutPoint& point : edge.via) top = std::min(top, point.y);
@@ -132,19 +136,141 @@ TEST(LayeredLayout, LinesThatNeedNotCrossDoNot) {
   }
 }
 
+std::vector<double> columns(const Graph& graph) {
+  std::vector<double> x;
+  for (const LayoutItem& item : graph.items) x.push_back(item.x);
+  return x;
+}
+
+TEST(LayeredLayout, ColumnsStandApartAndLinesRunLevel) {
+  // Between columns stands a gap of 64, and 1.5 more for each line that leaves the left one.
+  Graph chain{{{120, 50, 0, 0}, {80, 90, 0, 0}, {60, 30, 0, 0}},
+              {{0, 1, 10, 70, {}}, {1, 2, 20, 15, {}}}};
+  layOutByLayers(chain.items, chain.edges);
+  EXPECT_THAT(columns(chain), ElementsAre(0, 185.5, 331));
+  EXPECT_NEAR(chain.items[0].y, 60, 1e-6);
+  EXPECT_NEAR(chain.items[1].y, 0, 1e-6);
+  EXPECT_NEAR(chain.items[2].y, 5, 1e-6);
+  EXPECT_TRUE(chain.edges[0].via.empty());
+
+  // Two that pull a third evenly stand 26 apart with it in their middle; the widest makes a column.
+  Graph fan{{{100, 40, 0, 0}, {70, 60, 0, 0}, {90, 20, 0, 0}, {50, 10, 0, 0}},
+            {{0, 1, 20, 30, {}}, {0, 2, 20, 10, {}}, {2, 3, 5, 5, {}}}};
+  layOutByLayers(fan.items, fan.edges);
+  EXPECT_THAT(columns(fan), ElementsAre(0, 167, 167, 167 + 90 + 65.5));
+  EXPECT_NEAR(fan.items[2].y, fan.items[1].y + 60 + 26, 1e-6);
+  EXPECT_NEAR(fan.items[3].y, fan.items[2].y, 1e-6);
+  EXPECT_GT(fan.items[0].y, fan.items[1].y);
+  EXPECT_LT(fan.items[0].y + 40, fan.items[2].y + 20);
+
+  // However many lines there are, no more than 72 is added.
+  Graph wide{{{100, 400, 0, 0}, {100, 400, 0, 0}}, {}};
+  for (int i = 0; i < 100; ++i) wide.edges.push_back({0, 1, 4.0 * i, 4.0 * i, {}});
+  layOutByLayers(wide.items, wide.edges);
+  EXPECT_EQ(wide.items[1].x, 100 + 64 + 72);
+}
+
+TEST(LayeredLayout, LongLinesPassTheBoxesBetweenTheirEnds) {
+  Graph graph{{{100, 40, 0, 0}, {80, 60, 0, 0}, {100, 40, 0, 0}},
+              {{0, 1, 20, 30, {}}, {1, 2, 30, 20, {}}, {0, 2, 30, 30, {}}}};
+  layOutByLayers(graph.items, graph.edges);
+  const LayoutItem& between = graph.items[1];
+  const auto& via = graph.edges[2].via;
+  ASSERT_EQ(via.size(), 2U);
+  EXPECT_EQ(via[0].x, between.x);
+  EXPECT_EQ(via[1].x, between.x + 80);
+  EXPECT_EQ(via[0].y, via[1].y);
+  const double air = std::max(between.y - via[0].y, via[0].y - between.y - 60);
+  EXPECT_NEAR(air, 12, 1e-6);
+
+  // One that would pass more than ten layers keeps no places in them.
+  Graph chain;
+  for (int i = 0; i < 13; ++i) chain.items.push_back({50, 30, 0, 0});
+  for (std::uint32_t i = 0; i + 1 < 13; ++i) chain.edges.push_back({i, i + 1, 15, 15, {}});
+  chain.edges.push_back({0, 10, 20, 20, {}});
+  chain.edges.push_back({1, 12, 20, 20, {}});
+  layOutByLayers(chain.items, chain.edges);
+  EXPECT_EQ(chain.edges[12].via.size(), 18U);
+  EXPECT_TRUE(chain.edges[13].via.empty());
+}
+
+TEST(LayeredLayout, WhatClosesACircleRunsBackAndWhatFeedsStandsBesideWhatItFeeds) {
+  Graph circle{{{100, 40, 0, 0}, {100, 40, 0, 0}, {100, 40, 0, 0}},
+               {{0, 1, 20, 20, {}}, {1, 2, 20, 20, {}}, {2, 0, 30, 30, {}}}};
+  layOutByLayers(circle.items, circle.edges);
+  EXPECT_LT(circle.items[0].x, circle.items[1].x);
+  EXPECT_LT(circle.items[1].x, circle.items[2].x);
+  // The line back is given in its own direction: from the right to the left.
+  const auto& back = circle.edges[2].via;
+  ASSERT_EQ(back.size(), 2U);
+  EXPECT_EQ(back[0].x, circle.items[1].x + 100);
+  EXPECT_EQ(back[1].x, circle.items[1].x);
+
+  Graph feeding;
+  for (int i = 0; i < 6; ++i) feeding.items.push_back({100, 40, 0, 0});
+  for (std::uint32_t i = 0; i + 1 < 4; ++i) feeding.edges.push_back({i, i + 1, 20, 20, {}});
+  feeding.edges.push_back({4, 3, 20, 20, {}});  // has time until the last column but one
+  feeding.edges.push_back({0, 5, 20, 20, {}});  // and this one none to wait for
+  layOutByLayers(feeding.items, feeding.edges);
+  EXPECT_EQ(feeding.items[4].x, feeding.items[2].x);
+  EXPECT_EQ(feeding.items[5].x, feeding.items[1].x);
+}
+
+TEST(LayeredLayout, PartsStandBesideEachOtherTheLargestFirst) {
+  Graph single;
+  for (int i = 0; i < 3; ++i) single.items.push_back({100, 50, 0, 0});
+  layOutByLayers(single.items, single.edges);
+  const std::pair<double, double> places[] = {{0, 0}, {140, 0}, {0, 90}};
+  for (std::size_t i = 0; i < 3; ++i) {
+    EXPECT_EQ(single.items[i].x, places[i].first);
+    EXPECT_EQ(single.items[i].y, places[i].second);
+  }
+
+  Graph mixed;
+  for (int i = 0; i < 4; ++i) mixed.items.push_back({100, 50.0 + i, 0, 0});
+  mixed.edges.push_back({2, 3, 10, 10, {}});
+  layOutByLayers(mixed.items, mixed.edges);
+  EXPECT_EQ(mixed.items[2].x, 0);
+  EXPECT_EQ(mixed.items[2].y, 0);
+  EXPECT_EQ(mixed.items[0].y, 53 + 40);
+  EXPECT_EQ(mixed.items[1].x, 140);
+}
+
 TEST(LayeredLayout, ALongChainIsFoldedIntoLines) {
+  // Columns are 215.5 apart; of a chain of 1000 a line holds 39, and below it stands a gap of 72.
   Graph chain;
   for (int i = 0; i < 1000; ++i) chain.items.push_back({150, 80, 0, 0});
   for (std::uint32_t i = 0; i + 1 < 1000; ++i) chain.edges.push_back({i, i + 1, 40, 40, {}});
   layOutByLayers(chain.items, chain.edges);
-  double right = 0;
-  double bottom = 0;
-  for (const LayoutItem& item : chain.items) {
-    right = std::max(right, item.x + item.width);
-    bottom = std::max(bottom, item.y + item.height);
+  for (std::size_t i = 0; i < 1000; ++i) {
+    EXPECT_NEAR(chain.items[i].x, 215.5 * static_cast<double>(i % 39), 1e-6) << i;
+    EXPECT_NEAR(chain.items[i].y, 152.0 * static_cast<double>(i / 39), 1e-6) << i;
   }
-  EXPECT_LT(right / bottom, 5);
-  EXPECT_GT(right / bottom, 0.5);
+  // To the next line one goes through the gap, each a little beside the one before.
+  int turns = 0;
+  for (std::size_t i = 0; i + 1 < 1000; ++i) {
+    const auto& via = chain.edges[i].via;
+    EXPECT_EQ(via.size(), i % 39 == 38 ? 2U : 0U);
+    if (via.size() != 2) continue;
+    EXPECT_NEAR(via[0].x, 215.5 * 38 + 150 + 12, 1e-6);
+    EXPECT_NEAR(via[1].x, -12, 1e-6);
+    const double gap = chain.items[i].y + 80 + 36;
+    EXPECT_NEAR(via[0].y, gap + 5.0 * (turns++ % 9 - 4), 1e-6);
+    EXPECT_EQ(via[0].y, via[1].y);
+  }
+  EXPECT_EQ(turns, 25);
+
+  // What is not so long, or not so flat, stays one line.
+  for (const auto& [count, height] : {std::pair{27, 80.0}, {40, 2000.0}}) {
+    Graph line;
+    for (int i = 0; i < count; ++i) line.items.push_back({150, height, 0, 0});
+    for (std::uint32_t i = 0; i + 1 < line.items.size(); ++i) {
+      line.edges.push_back({i, i + 1, 40, 40, {}});
+    }
+    layOutByLayers(line.items, line.edges);
+    EXPECT_NEAR(line.items.back().x, 215.5 * (count - 1), 1e-6);
+    EXPECT_EQ(line.items.back().y, 0);
+  }
 }
 
 }  // namespace

@@ -10,9 +10,9 @@
 
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/PatchRegistry.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/CatalogueShapes.h"
 #include "tools/tarnkit/Command.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/Output.h"
 
 namespace tarnkit::tool {
@@ -72,7 +72,7 @@ PatchClasses chosenClasses(const CatalogueOptions& options) {
 }
 
 void printJson(const PatchClasses& classes) {
-  JsonWriter json(writeToStandardOutput);
+  JSONWriter json(writeToStandardOutput);
   json.beginArray();
   for (const auto* const patchClass : classes) writePatchClass(json, *patchClass);
   json.endArray();

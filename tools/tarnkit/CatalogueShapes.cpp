@@ -8,14 +8,14 @@
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/patches/HXRValueParameters.h"
-#include "tools/tarnkit/JsonWriter.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/ValueShapes.h"
 
 namespace tarnkit::tool {
 
 namespace {
 
-void writeLabels(JsonWriter& json, const HXRPrimitiveInputPort* port) {
+void writeLabels(JSONWriter& json, const HXRPrimitiveInputPort* port) {
   json.beginArray();
   if (port) {
     for (const auto& [label, value] : port->mappedValues()) {
@@ -27,7 +27,7 @@ void writeLabels(JsonWriter& json, const HXRPrimitiveInputPort* port) {
   json.endArray();
 }
 
-void writePortDescription(JsonWriter& json, const HXRPort& port) {
+void writePortDescription(JSONWriter& json, const HXRPort& port) {
   const auto* const input = as<HXRPrimitiveInputPort>(&port);
   json.beginObject().key("name");
   writeString(json, port.name());
@@ -46,7 +46,7 @@ void writePortDescription(JsonWriter& json, const HXRPort& port) {
   json.endObject();
 }
 
-void writeGroups(JsonWriter& json, const HXRPortGroupCollection& groups) {
+void writeGroups(JSONWriter& json, const HXRPortGroupCollection& groups) {
   json.beginArray();
   for (const auto& [key, group] : groups.portGroups()) {
     json.beginObject().key("key").value(key.view()).key("ports").beginArray();
@@ -59,7 +59,7 @@ void writeGroups(JsonWriter& json, const HXRPortGroupCollection& groups) {
 }
 
 template <class Parameter>
-void writeBounds(JsonWriter& json, const HXRParameter& parameter) {
+void writeBounds(JSONWriter& json, const HXRParameter& parameter) {
   const auto* const bounded = as<Parameter>(&parameter);
   if (!bounded) return;
   json.key("default").value(bounded->defaultValue());
@@ -67,7 +67,7 @@ void writeBounds(JsonWriter& json, const HXRParameter& parameter) {
   json.key("maximum").value(bounded->maximumValue());
 }
 
-void writeKind(JsonWriter& json, const HXRParameter& parameter) {
+void writeKind(JSONWriter& json, const HXRParameter& parameter) {
   writeBounds<HXRIndexParameter>(json, parameter);
   writeBounds<HXRNumberParameter>(json, parameter);
   if (const auto* const boolean = as<HXRBooleanParameter>(&parameter)) {
@@ -84,7 +84,7 @@ void writeKind(JsonWriter& json, const HXRParameter& parameter) {
   }
 }
 
-void writeParameterDescription(JsonWriter& json, const HXRParameter& parameter) {
+void writeParameterDescription(JSONWriter& json, const HXRParameter& parameter) {
   json.beginObject().key("name");
   writeString(json, parameter.name());
   json.key("key").value(parameter.uniqueKey().view());
@@ -127,7 +127,7 @@ void appendGroups(std::string& text, const char* side, const HXRPortGroupCollect
 
 }  // namespace
 
-void writePatchClass(JsonWriter& json, const HXRNodeClass& patchClass) {
+void writePatchClass(JSONWriter& json, const HXRNodeClass& patchClass) {
   const HXRNode& definition = patchClass.prototype();
   json.beginObject().key("class").value(patchClass.name());
   json.key("base");

@@ -1,8 +1,10 @@
+#include <fmt/format.h>
+
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/patches/PatchRegistry.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Session.h"
 #include "tools/tarnkit/Shapes.h"
@@ -13,7 +15,7 @@ namespace tarnkit::tool {
 namespace {
 
 Result keysOf(const Ref<HXDocument>& document) {
-  return [document](JsonWriter& json) {
+  return [document](JSONWriter& json) {
     json.beginObject().key("uniqueKey");
     writeString(json, document->uniqueKey());
     json.key("documentKey");
@@ -39,9 +41,9 @@ Result documentGraph(Session& session, const Arguments& arguments) {
   const auto name = arguments.optionalText("as");
   const auto className = arguments.text("class");
   const HXRNodeClass* patchClass = patchClassNamed(className);
-  if (!patchClass) throw CommandFailure("there is no patch class \"" + className + "\"");
+  if (!patchClass) throw CommandFailure(fmt::format("there is no patch class \"{}\"", className));
   const auto document = as<HXDocument>(patchClass->documentGraph());
-  if (!document) throw CommandFailure("no document can be made of \"" + className + "\"");
+  if (!document) throw CommandFailure(fmt::format("no document can be made of \"{}\"", className));
   session.takeDocument(name, document);
   return keysOf(document);
 }
@@ -81,7 +83,7 @@ Result sendImages(Session& session, const Arguments& arguments) {
   if (!HXDocumentFile::sendImages(*session.document(), directory, keys, error)) {
     throw CommandFailure(error);
   }
-  return [keys = std::move(keys)](JsonWriter& json) {
+  return [keys = std::move(keys)](JSONWriter& json) {
     json.beginObject().key("keys");
     writeStrings(json, keys);
     json.endObject();
@@ -92,7 +94,7 @@ Result dump(Session& session, const Arguments& arguments) {
   const Ref<HXNode> node = arguments.has("node") ? session.node(arguments.text("node"))
                                                  : Ref<HXNode>(session.document());
   checkShapeDepth(*node);
-  return [node](JsonWriter& json) { writeNode(json, *node); };
+  return [node](JSONWriter& json) { writeNode(json, *node); };
 }
 
 constexpr Operation kOperations[] = {

@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "tarnkit/model/HXPortGroup.h"
@@ -58,7 +60,7 @@ Result setOpaque(Session& session, const Arguments& arguments) {
 }
 
 Result writeKeys(std::vector<String> keys) {
-  return [keys = std::move(keys)](JsonWriter& json) { writeStrings(json, keys); };
+  return [keys = std::move(keys)](JSONWriter& json) { writeStrings(json, keys); };
 }
 
 Result selectedNodes(Session& session, const Arguments& arguments) {
@@ -93,7 +95,9 @@ Result setPortGroup(Session& session, const Arguments& arguments) {
   const auto orientation = arguments.orientation("orientation");
   const auto key = arguments.text("group");
   const Ref<HXPortGroup> group(node->portGroupForKey(String(key), orientation));
-  if (!group) throw CommandFailure("the node has no port group \"" + key + "\" on that side");
+  if (!group) {
+    throw CommandFailure(fmt::format("the node has no port group \"{}\" on that side", key));
+  }
   bool isAny = false;
   for (const Flag& flag : kFlags) {
     if (!arguments.has(flag.name)) continue;

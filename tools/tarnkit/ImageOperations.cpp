@@ -1,7 +1,9 @@
+#include <fmt/format.h>
+
 #include "tarnkit/model/HXImageStore.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Session.h"
 #include "tools/tarnkit/ValueShapes.h"
@@ -19,10 +21,10 @@ Result addImage(Session& session, const Arguments& arguments) {
   const auto image = Image::imageWithContentsOfFile(String(path), &reason);
   if (!image) throw CommandFailure(reason);
   const auto entry = HXImageStore::createImageEntry(image);
-  if (!entry) throw CommandFailure(path + ": the image cannot be stored");
+  if (!entry) throw CommandFailure(fmt::format("{}: the image cannot be stored", path));
   document->imageStore()->addImageEntry(entry);
   session.nameImage(name, entry);
-  return [entry](JsonWriter& json) {
+  return [entry](JSONWriter& json) {
     json.beginObject().key("key");
     writeString(json, entry->key());
     json.key("width").value(entry->image()->width());

@@ -5,9 +5,9 @@
 
 #include "tarnkit/archive/HXArchiveReader.h"
 #include "tarnkit/archive/HXArchiveText.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tarnkit/platform/PropertyListReader.h"
 #include "tools/tarnkit/DocumentInput.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Outline.h"
 #include "tools/tarnkit/Output.h"
@@ -39,7 +39,7 @@ void printDocument(const DocumentInput& input, const InspectOptions& options) {
     return;
   }
   requireShape("inspect", options.file, *input.document);
-  JsonWriter json(writeToStandardOutput);
+  JSONWriter json(writeToStandardOutput);
   json.beginObject().key("kind").value("editorDocument").key("document");
   writeNode(json, *input.document);
   json.endObject().endLine();

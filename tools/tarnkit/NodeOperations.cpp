@@ -1,9 +1,11 @@
+#include <fmt/format.h>
+
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/patches/PatchRegistry.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Session.h"
 
@@ -21,7 +23,7 @@ const HXRNodeClass* patchClassOf(const Arguments& arguments) {
   if (name.isNil()) return nullptr;
   const HXRNodeClass* patchClass = patchClassNamed(name.view());
   if (!patchClass) {
-    throw CommandFailure("there is no patch class \"" + name.toStdString() + "\"");
+    throw CommandFailure(fmt::format("there is no patch class \"{}\"", name.view()));
   }
   return patchClass;
 }
@@ -29,8 +31,7 @@ const HXRNodeClass* patchClassOf(const Arguments& arguments) {
 void setFreshPatch(HXNode& node, const HXRNodeClass& patchClass) {
   const auto patch = patchClass.makeDefinition();
   if (!patch) {
-    throw CommandFailure("the patch class \"" + std::string(patchClass.name()) +
-                         "\" makes no patches");
+    throw CommandFailure(fmt::format("the patch class \"{}\" makes no patches", patchClass.name()));
   }
   patch->setExternal(HXRNode::hx_isExternalClass(patchClass));
   node.setPatch(patch);
@@ -44,10 +45,10 @@ Result newNode(Session& session, const Arguments& arguments) {
     className = patchClass ? patchClass->nodeClassName().toStdString() : "HXNode";
   }
   const auto node = HXNode::makeOfClass(className);
-  if (!node) throw CommandFailure("there is no node class \"" + className + "\"");
+  if (!node) throw CommandFailure(fmt::format("there is no node class \"{}\"", className));
   session.nameNode(name, node);
   if (patchClass) setFreshPatch(*node, *patchClass);
-  return [node](JsonWriter& json) {
+  return [node](JSONWriter& json) {
     json.beginObject().key("uniqueKey").value(node->uniqueKey().view()).endObject();
   };
 }
@@ -107,7 +108,7 @@ Result setParameter(Session& session, const Arguments& arguments) {
   const auto node = nodeOf(session, arguments);
   const auto key = arguments.text("parameter");
   const Ref<HXParameter> parameter(node->parameterForKey(String(key)));
-  if (!parameter) throw CommandFailure("the node has no parameter \"" + key + "\"");
+  if (!parameter) throw CommandFailure(fmt::format("the node has no parameter \"{}\"", key));
   if (auto* index = as<HXIndexParameter>(parameter.get())) {
     index->setValue(arguments.integer("value"));
   } else if (auto* number = as<HXNumberParameter>(parameter.get())) {
@@ -121,7 +122,7 @@ Result setParameter(Session& session, const Arguments& arguments) {
   } else if (auto* image = as<HXImageParameter>(parameter.get())) {
     setImage(session, *image, arguments.textOrNil("value"));
   } else {
-    throw CommandFailure("the parameter \"" + key + "\" has no value");
+    throw CommandFailure(fmt::format("the parameter \"{}\" has no value", key));
   }
   return {};
 }

@@ -1,8 +1,8 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/DocumentInput.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Outline.h"
 #include "tools/tarnkit/Output.h"
@@ -26,7 +26,7 @@ void open(const OpenOptions& options) {
     return;
   }
   requireShape("open", options.document.file, *input.document);
-  JsonWriter json(writeToStandardOutput);
+  JSONWriter json(writeToStandardOutput);
   writeNode(json, *input.document);
   json.endLine();
   json.flush();

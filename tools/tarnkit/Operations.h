@@ -5,15 +5,18 @@
 #include <span>
 #include <string_view>
 
+namespace tarnkit {
+class JSONWriter;
+}
+
 namespace tarnkit::tool {
 
 class Arguments;
-class JsonWriter;
 class Session;
 
 /// What an operation came to: writes its JSON when it is asked to, at any time before the next
 /// operation. Empty: null.
-using Result = std::function<void(JsonWriter&)>;
+using Result = std::function<void(JSONWriter&)>;
 
 /// One operation of an editing session: what its arguments are called (as `Arguments::check` takes
 /// them), and what performs it.

@@ -1,9 +1,11 @@
+#include <fmt/format.h>
+
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Session.h"
 #include "tools/tarnkit/ValueShapes.h"
@@ -13,11 +15,11 @@ namespace tarnkit::tool {
 namespace {
 
 Result truth(bool value) {
-  return [value](JsonWriter& json) { json.value(value); };
+  return [value](JSONWriter& json) { json.value(value); };
 }
 
 Result shapeOf(const Ref<HXConnection>& connection) {
-  return [connection](JsonWriter& json) { writeConnection(json, connection.get()); };
+  return [connection](JSONWriter& json) { writeConnection(json, connection.get()); };
 }
 
 Ref<HXPort> portOf(Session& session, const Arguments& arguments) {
@@ -57,7 +59,7 @@ Result wire(Session& session, const Arguments& arguments) {
   const auto to = session.port(toAddress);
   const auto document = session.document();
   if (!from->canConnectToPort(to.get()) && !to->canConnectToPort(from.get())) {
-    throw CommandFailure("\"" + fromAddress + "\" does not fit \"" + toAddress + "\"");
+    throw CommandFailure(fmt::format("\"{}\" does not fit \"{}\"", fromAddress, toAddress));
   }
   for (const auto& end : {resolvedPort(from), resolvedPort(to)}) {
     if (!end || end->orientation() != HXOrientationInput) continue;
@@ -66,7 +68,7 @@ Result wire(Session& session, const Arguments& arguments) {
   }
   const auto connection = document->connectPort(*from, *to);
   if (!connection) {
-    throw CommandFailure("\"" + fromAddress + "\" cannot be joined to \"" + toAddress + "\"");
+    throw CommandFailure(fmt::format("\"{}\" cannot be joined to \"{}\"", fromAddress, toAddress));
   }
   session.nameConnection(name, connection);
   return shapeOf(connection);
@@ -104,7 +106,7 @@ Result publish(Session& session, const Arguments& arguments) {
   const auto symbolicPort = enclosingGroup(*port)->addSymbolicPortForPort(*port);
   if (!symbolicPort) throw CommandFailure("the port is neither input nor output");
   session.namePort(name, symbolicPort);
-  return [symbolicPort](JsonWriter& json) {
+  return [symbolicPort](JSONWriter& json) {
     json.beginObject().key("key");
     writeString(json, symbolicPort->uniqueKey());
     json.endObject();

@@ -39,7 +39,7 @@ Result performOperation(Session& session, const std::string& name, const Json& j
 
 class Report {
  public:
-  Report(SessionRun::Output output, const JsonWriter::Sink& sink) : json_(sink), output_(output) {
+  Report(SessionRun::Output output, const JSONWriter::Sink& sink) : json_(sink), output_(output) {
     if (output_ == SessionRun::Output::trace) trace_.emplace(json_);
     if (output_ == SessionRun::Output::json) json_.beginArray();
   }
@@ -74,14 +74,14 @@ class Report {
   }
 
  private:
-  JsonWriter json_;
+  JSONWriter json_;
   SessionRun::Output output_;
   std::optional<SessionTrace> trace_;
 };
 
 }  // namespace
 
-void SessionRun::perform(std::string_view script, const JsonWriter::Sink& sink) const {
+void SessionRun::perform(std::string_view script, const JSONWriter::Sink& sink) const {
   Report report(output, sink);
   try {
     Session session(allowsFiles);

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "tools/tarnkit/JsonWriter.h"
+#include "tarnkit/platform/JSONWriter.h"
 
 namespace tarnkit::tool {
 
@@ -23,7 +23,7 @@ struct SessionRun {
   /// Performs the operations of the script one after the other, in a session of its own that ends
   /// with the run. The first that cannot be performed ends it with a CommandFailure that names its
   /// number, what it does and why; what was written before is written.
-  void perform(std::string_view script, const JsonWriter::Sink& sink) const;
+  void perform(std::string_view script, const JSONWriter::Sink& sink) const;
 };
 
 }  // namespace tarnkit::tool

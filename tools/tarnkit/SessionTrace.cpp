@@ -9,9 +9,9 @@
 #include "tarnkit/model/HXPort.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/platform/Array.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tarnkit/platform/Null.h"
 #include "tarnkit/platform/Number.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/ValueShapes.h"
 
 namespace tarnkit::tool {
@@ -61,7 +61,7 @@ std::string nameOf(const Object& object) {
   return std::string(className);
 }
 
-void writeNumber(JsonWriter& json, const Number& number) {
+void writeNumber(JSONWriter& json, const Number& number) {
   switch (number.kind()) {
     case Number::Kind::boolean:
       json.value(number.boolValue());
@@ -78,7 +78,7 @@ void writeNumber(JsonWriter& json, const Number& number) {
 }
 
 // Everything but collections.
-void writeSingle(JsonWriter& json, const Object& object) {
+void writeSingle(JSONWriter& json, const Object& object) {
   if (as<Null>(&object)) {
     json.null();
   } else if (const auto* string = as<StringObject>(&object)) {
@@ -93,14 +93,14 @@ void writeSingle(JsonWriter& json, const Object& object) {
 }
 
 template <class Collection>
-void writeMembers(JsonWriter& json, const Collection& collection) {
+void writeMembers(JSONWriter& json, const Collection& collection) {
   json.beginArray();
   for (const auto& member : collection) writeSingle(json, *member);
   json.endArray();
 }
 
 // Nothing in the model sends collections of collections.
-void writeObject(JsonWriter& json, const Object& object) {
+void writeObject(JSONWriter& json, const Object& object) {
   if (const auto* list = as<Array>(&object)) {
     writeMembers(json, *list);
   } else if (const auto* set = as<OrderedSet>(&object)) {
@@ -114,7 +114,7 @@ void writeObject(JsonWriter& json, const Object& object) {
 
 }  // namespace
 
-SessionTrace::SessionTrace(JsonWriter& json)
+SessionTrace::SessionTrace(JSONWriter& json)
     : json_(json),
       token_(NotificationCenter::defaultCenter().addObserver(
           nullptr, nullptr, [this](const Notification& notification) { write(notification); })),

@@ -6,9 +6,11 @@
 #include "tarnkit/platform/Log.h"
 #include "tarnkit/platform/NotificationCenter.h"
 
-namespace tarnkit::tool {
+namespace tarnkit {
+class JSONWriter;
+}
 
-class JsonWriter;
+namespace tarnkit::tool {
 
 /// Writes what happens during a session, as JSON lines: every notification that the model posts and
 /// every line that it logs, under the number of the operation that is being performed.
@@ -17,7 +19,7 @@ class JsonWriter;
 /// log. One at a time; for one thread.
 class SessionTrace {
  public:
-  explicit SessionTrace(JsonWriter& json);
+  explicit SessionTrace(JSONWriter& json);
   ~SessionTrace();
   SessionTrace(const SessionTrace&) = delete;
   SessionTrace& operator=(const SessionTrace&) = delete;
@@ -28,7 +30,7 @@ class SessionTrace {
   void write(const Notification& notification);
   void write(std::string_view logLine);
 
-  JsonWriter& json_;
+  JSONWriter& json_;
   std::uint64_t operation_ = 0;
   NotificationCenter::Token token_;
   Log::Sink formerSink_;

@@ -12,15 +12,15 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/Command.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/ValueShapes.h"
 
 namespace tarnkit::tool {
 
 namespace {
 
-void writePatchPortFields(JsonWriter& json, const HXPatchPort& port) {
+void writePatchPortFields(JSONWriter& json, const HXPatchPort& port) {
   json.key("defaultValue");
   writePrimitive(json, port.defaultValue().get());
   json.key("staticValue");
@@ -29,7 +29,7 @@ void writePatchPortFields(JsonWriter& json, const HXPatchPort& port) {
   writePrimitive(json, port.effectiveValue().get());
 }
 
-void writeSymbolicPortFields(JsonWriter& json, const HXSymbolicPort& port) {
+void writeSymbolicPortFields(JSONWriter& json, const HXSymbolicPort& port) {
   json.key("port");
   writePortAddress(json, port.port());
   json.key("resolvedPort");
@@ -37,12 +37,12 @@ void writeSymbolicPortFields(JsonWriter& json, const HXSymbolicPort& port) {
 }
 
 template <class Parameter>
-void writeBounds(JsonWriter& json, const Parameter& parameter) {
+void writeBounds(JSONWriter& json, const Parameter& parameter) {
   json.key("minimum").value(parameter.minimumValue());
   json.key("maximum").value(parameter.maximumValue());
 }
 
-void writeParameterValue(JsonWriter& json, const HXParameter& parameter) {
+void writeParameterValue(JSONWriter& json, const HXParameter& parameter) {
   json.key("value");
   if (const auto* index = as<HXIndexParameter>(&parameter)) {
     json.value(index->value());
@@ -64,7 +64,7 @@ void writeParameterValue(JsonWriter& json, const HXParameter& parameter) {
   }
 }
 
-void writePort(JsonWriter& json, const HXPort& port) {
+void writePort(JSONWriter& json, const HXPort& port) {
   const auto* patchPort = as<HXPatchPort>(&port);
   const auto* definition = patchPort ? patchPort->definition() : nullptr;
   json.beginObject().key("key");
@@ -91,13 +91,13 @@ void writePort(JsonWriter& json, const HXPort& port) {
 }
 
 template <class Ports>
-void writePorts(JsonWriter& json, const char* key, const Ports& ports) {
+void writePorts(JSONWriter& json, const char* key, const Ports& ports) {
   json.key(key).beginArray();
   for (const auto& port : ports) writePort(json, static_cast<const HXPort&>(*port));
   json.endArray();
 }
 
-void writePortGroup(JsonWriter& json, const HXPortGroup& group) {
+void writePortGroup(JSONWriter& json, const HXPortGroup& group) {
   json.beginObject().key("key");
   writeString(json, group.groupKey());
   json.key("class").value(group.isa().name());
@@ -111,7 +111,7 @@ void writePortGroup(JsonWriter& json, const HXPortGroup& group) {
   json.endArray().endObject();
 }
 
-void writePortGroups(JsonWriter& json, const char* key,
+void writePortGroups(JSONWriter& json, const char* key,
                      const std::vector<Ref<HXPortGroup>>& groups) {
   json.key(key).beginArray();
   for (const auto& group : groups) writePortGroup(json, *group);
@@ -119,7 +119,7 @@ void writePortGroups(JsonWriter& json, const char* key,
 }
 
 // `key` is the key under which the node holds the parameter.
-void writeParameter(JsonWriter& json, const String& key, const HXParameter& parameter) {
+void writeParameter(JSONWriter& json, const String& key, const HXParameter& parameter) {
   json.beginObject().key("key");
   writeString(json, key);
   json.key("class").value(parameter.isa().name());
@@ -130,7 +130,7 @@ void writeParameter(JsonWriter& json, const String& key, const HXParameter& para
   json.endObject();
 }
 
-void writePatchClass(JsonWriter& json, const HXNode& node) {
+void writePatchClass(JSONWriter& json, const HXNode& node) {
   json.key("patch");
   writeString(json, node.patch() ? node.patch()->isa().nameString() : String());
   if (!node.unknownPatchClass().isNil()) {
@@ -138,7 +138,7 @@ void writePatchClass(JsonWriter& json, const HXNode& node) {
   }
 }
 
-void writeAllPortKeys(JsonWriter& json, const HXNode& node) {
+void writeAllPortKeys(JSONWriter& json, const HXNode& node) {
   std::vector<String> keys;
   keys.reserve(node.portsByUniqueKey().size());
   for (const auto& entry : node.portsByUniqueKey()) keys.push_back(entry.key);
@@ -148,7 +148,7 @@ void writeAllPortKeys(JsonWriter& json, const HXNode& node) {
 }
 
 // Everything up to the subnode group.
-void beginNode(JsonWriter& json, const HXNode& node) {
+void beginNode(JSONWriter& json, const HXNode& node) {
   json.beginObject();
   json.key("class").value(node.isa().name());
   json.key("uniqueKey");
@@ -177,7 +177,7 @@ void beginNode(JsonWriter& json, const HXNode& node) {
   json.key("subnodeGroup");
 }
 
-void endNode(JsonWriter& json, const HXNode& node) {
+void endNode(JSONWriter& json, const HXNode& node) {
   if (const auto* document = as<HXDocument>(&node)) {
     json.key("documentKey");
     writeString(json, document->documentKey());
@@ -196,7 +196,7 @@ void endNode(JsonWriter& json, const HXNode& node) {
 }
 
 // Everything up to the subnodes.
-void beginGroup(JsonWriter& json, const HXGroup& group) {
+void beginGroup(JSONWriter& json, const HXGroup& group) {
   json.beginObject();
   json.key("class").value(group.isa().name());
   json.key("uniqueKey");
@@ -209,7 +209,7 @@ void beginGroup(JsonWriter& json, const HXGroup& group) {
   json.key("subnodes").beginArray();
 }
 
-void endGroup(JsonWriter& json, const HXGroup& group) {
+void endGroup(JSONWriter& json, const HXGroup& group) {
   json.endArray();
   if (const auto* subviewGroup = as<HXSubviewGroup>(&group)) {
     json.key("subviewNodes").beginArray();
@@ -240,7 +240,7 @@ void checkShapeDepth(const HXNode& root) {
 }
 
 // Walks from a stack of its own: documents may be nested deeper than the program's stack.
-void writeNode(JsonWriter& json, const HXNode& root) {
+void writeNode(JSONWriter& json, const HXNode& root) {
   struct Level {
     const HXNode* node;
     std::vector<Ref<HXNode>> subnodes;

@@ -4,9 +4,11 @@ namespace tarnkit {
 class HXNode;
 }
 
-namespace tarnkit::tool {
+namespace tarnkit {
+class JSONWriter;
+}
 
-class JsonWriter;
+namespace tarnkit::tool {
 
 /// How deep a document may be nested for its shape to be written: every node's key path repeats the
 /// keys of all that enclose it, so the text grows with the square of the depth.
@@ -16,6 +18,6 @@ inline constexpr int kMaximumShapeDepth = 10'000;
 void checkShapeDepth(const HXNode& root);
 
 /// The root's shape, with everything below it; of a document also its own fields.
-void writeNode(JsonWriter& json, const HXNode& root);
+void writeNode(JSONWriter& json, const HXNode& root);
 
 }  // namespace tarnkit::tool

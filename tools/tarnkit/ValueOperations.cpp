@@ -2,8 +2,8 @@
 #include "tarnkit/patches/catalogue/logic/HXRConditionalNode.h"
 #include "tarnkit/patches/catalogue/logic/HXRLogicNode.h"
 #include "tarnkit/patches/catalogue/math/HXRMathNode.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
-#include "tools/tarnkit/JsonWriter.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/ValueShapes.h"
 
@@ -13,7 +13,7 @@ namespace {
 
 Result readPrimitiveValue(Session&, const Arguments& arguments) {
   const auto primitive = arguments.primitive("value");
-  return [primitive](JsonWriter& json) {
+  return [primitive](JSONWriter& json) {
     json.beginObject();
     json.key("storageType").value(primitive->storageType());
     json.key("booleanValue").value(primitive->booleanValue());
@@ -34,7 +34,7 @@ Result readPrimitiveValue(Session&, const Arguments& arguments) {
 
 Result equalPrimitives(Session&, const Arguments& arguments) {
   const bool equal = arguments.primitive("value")->isEqual(*arguments.primitive("other"));
-  return [equal](JsonWriter& json) { json.value(equal); };
+  return [equal](JSONWriter& json) { json.value(equal); };
 }
 
 Result operatorText(Session&, const Arguments& arguments) {
@@ -43,12 +43,12 @@ Result operatorText(Session&, const Arguments& arguments) {
   const String text = table == "math"    ? HXRStringForMathOperator(index)
                       : table == "logic" ? HXRStringForLogicOperator(index)
                                          : HXRStringForConditionalOperator(index);
-  return [text](JsonWriter& json) { writeString(json, text); };
+  return [text](JSONWriter& json) { writeString(json, text); };
 }
 
 Result readVersion(Session&, const Arguments& arguments) {
   const auto version = HXVersionFromString(arguments.textOrNil("text"));
-  return [version](JsonWriter& json) {
+  return [version](JSONWriter& json) {
     json.beginObject().key("version").beginArray();
     json.value(version.major).value(version.minor).value(version.patch).endArray();
     json.key("text");

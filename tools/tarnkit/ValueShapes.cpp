@@ -3,11 +3,11 @@
 #include "tarnkit/model/HXConnection.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXPort.h"
-#include "tools/tarnkit/JsonWriter.h"
+#include "tarnkit/platform/JSONWriter.h"
 
 namespace tarnkit::tool {
 
-void writeString(JsonWriter& json, const String& string) {
+void writeString(JSONWriter& json, const String& string) {
   if (string.isNil()) {
     json.null();
   } else {
@@ -15,13 +15,13 @@ void writeString(JsonWriter& json, const String& string) {
   }
 }
 
-void writeStrings(JsonWriter& json, const std::vector<String>& strings) {
+void writeStrings(JSONWriter& json, const std::vector<String>& strings) {
   json.beginArray();
   for (const auto& string : strings) writeString(json, string);
   json.endArray();
 }
 
-void writePrimitive(JsonWriter& json, const PMRPrimitive* primitive) {
+void writePrimitive(JSONWriter& json, const PMRPrimitive* primitive) {
   if (!primitive) {
     json.null();
     return;
@@ -60,11 +60,11 @@ void writePrimitive(JsonWriter& json, const PMRPrimitive* primitive) {
   json.endObject();
 }
 
-void writeColor(JsonWriter& json, RGBA color) {
+void writeColor(JSONWriter& json, RGBA color) {
   json.floats({color.red, color.green, color.blue, color.alpha});
 }
 
-void writePoint(JsonWriter& json, HXPoint point) { json.floats({point.x, point.y}); }
+void writePoint(JSONWriter& json, HXPoint point) { json.floats({point.x, point.y}); }
 
 std::string portAddress(const HXPort* port) {
   const auto* node = port ? port->node() : nullptr;
@@ -75,7 +75,7 @@ std::string portAddress(const HXPort* port) {
   return address;
 }
 
-void writePortAddress(JsonWriter& json, const HXPort* port) {
+void writePortAddress(JSONWriter& json, const HXPort* port) {
   const auto address = portAddress(port);
   if (address.empty()) {
     json.null();
@@ -84,7 +84,7 @@ void writePortAddress(JsonWriter& json, const HXPort* port) {
   }
 }
 
-void writeConnection(JsonWriter& json, const HXConnection* connection) {
+void writeConnection(JSONWriter& json, const HXConnection* connection) {
   if (!connection) {
     json.null();
     return;

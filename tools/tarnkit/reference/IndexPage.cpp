@@ -13,6 +13,7 @@
 #include "tools/tarnkit/reference/PatchSummary.h"
 #include "tools/tarnkit/reference/PortKinds.h"
 #include "tools/tarnkit/reference/ReferencePages.h"
+#include "tools/tarnkit/reference/ReferenceParts.h"
 #include "tools/tarnkit/reference/ValueHtml.h"
 
 namespace tarnkit::tool {
@@ -104,57 +105,6 @@ constexpr const char* kSearchForm =
     "<p id=\"page.found\" role=\"status\"></p>\n"
     "</form>\n";
 
-// "/" goes to the field, Enter to the patch of that name or else the first one found, Escape
-// empties the field.
-constexpr const char* kSearchScript = R"js(<script>
-(function () {
-  var form = document.querySelector(".search");
-  var field = document.getElementById("page.search");
-  var found = document.getElementById("page.found");
-  var sections = Array.prototype.slice.call(document.querySelectorAll(".category"));
-  var entries = Array.prototype.map.call(document.querySelectorAll(".entries > li"),
-    function (item) {
-      return {item: item, words: (item.textContent + " " + item.dataset.words).toLowerCase()};
-    });
-  function search() {
-    var words = field.value.toLowerCase().split(/\s+/).filter(Boolean);
-    var count = 0;
-    entries.forEach(function (entry) {
-      var fits = words.every(function (word) { return entry.words.indexOf(word) >= 0; });
-      entry.item.hidden = !fits;
-      if (fits) count += 1;
-    });
-    sections.forEach(function (section) {
-      section.hidden = !section.querySelector(".entries > li:not([hidden])");
-      var link = document.querySelector('.categories a[href="#' + section.id + '"]');
-      link.parentNode.hidden = section.hidden;
-    });
-    found.textContent = !words.length ? "" : count === 1 ? "1 patch" : (count || "No") + " patches";
-  }
-  form.hidden = false;
-  field.addEventListener("input", search);
-  form.addEventListener("submit", function (event) {
-    event.preventDefault();
-    var name = field.value.trim().toLowerCase();
-    var links = Array.prototype.slice.call(
-      document.querySelectorAll(".entries > li:not([hidden]) a"));
-    var best = links.filter(function (link) { return link.textContent.toLowerCase() === name; });
-    if (name && links.length) (best[0] || links[0]).click();
-  });
-  document.addEventListener("keydown", function (event) {
-    if (event.key === "/" && event.target !== field && !event.ctrlKey && !event.metaKey) {
-      event.preventDefault();
-      field.focus();
-    } else if (event.key === "Escape" && event.target === field) {
-      field.value = "";
-      search();
-    }
-  });
-  search();
-})();
-</script>
-)js";
-
 }  // namespace
 
 std::string indexPage(const ReferencePages& pages) {
@@ -167,7 +117,8 @@ std::string indexPage(const ReferencePages& pages) {
       pages.patches().size(), kSearchForm);
   body += "<div class=\"columns\">\n" + categoryLinks(categories) + "<main id=\"page.list\">\n";
   for (const Category& category : categories) body += sectionOf(category, pages);
-  body += legend() + "</main>\n</div>\n" + pageFooter() + kSearchScript;
+  body += legend() + "</main>\n</div>\n" + pageFooter();
+  body += fmt::format("<script>\n{}</script>\n", kSearchScript);
   return pageFrame("Patch reference", "Every patch by category, with its ports and parameters.",
                    body);
 }

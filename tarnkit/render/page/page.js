@@ -1,8 +1,4 @@
-#include "tarnkit/render/PageParts.h"
-
-namespace tarnkit::detail {
-
-const std::string_view kPageScript = R"js("use strict";
+"use strict";
 (() => {
 const $ = id => document.getElementById(id);
 const root = document.documentElement, stage = $("stage"), panel = $("panel");
@@ -87,7 +83,7 @@ function draw() {
 const isLarge = group => group.nodes.size > 800;
 const vector = name => document.createElementNS("http://www.w3.org/2000/svg", name);
 function makeLayers(group) {
-  const {picture: svg, data} = group, ends = new Map();
+  const {picture: svg, data} = group;
   const layer = (name, elements) => {
     const made = vector("g");
     made.setAttribute("class", name);
@@ -97,16 +93,16 @@ function makeLayers(group) {
   };
   group.wireLayer = layer("wires", [...svg.querySelectorAll(".tk-wire,.tk-far")]);
   group.nodeLayer = layer("nodes", [...group.elements.values()]);
-  group.parts = [...svg.querySelectorAll(".tk-wire")].map((element, i) => {
+  group.parts = [...svg.querySelectorAll(".tk-wire")].map((wire, i) => {
     const boxes = [data.wires[i].from, data.wires[i].to].map(end => end && group.nodes.get(end[0]))
       .filter(Boolean).map(node => node.box);
     const x = Math.min(...boxes.map(b => b[0])) - 200, y = Math.min(...boxes.map(b => b[1])) - 200;
-    return {element, layer: group.wireLayer, box: [x, y,
+    return {element: wire, layer: group.wireLayer, box: [x, y,
       Math.max(...boxes.map(b => b[0] + b[2])) + 200 - x,
       Math.max(...boxes.map(b => b[1] + b[3])) + 200 - y]};
   });
-  for (const node of data.nodes) {
-    group.parts.push({element: group.elements.get(node.key), layer: group.nodeLayer, box: node.box});
+  for (const {key, box} of data.nodes) {
+    group.parts.push({element: group.elements.get(key), layer: group.nodeLayer, box});
   }
   group.far = vector("g");
   const paths = new Map();
@@ -271,7 +267,8 @@ function groupDetails() {
     ["0", "fit"], ["1", "100 %"], ["/", "find a node"], ["Tab", "next node, Enter: its details"],
     ["Enter", "again: open its group"], ["Esc", "let go, then up"]];
   return [heading(data.title),
-    element("p", {}, many(data.nodes.length, "node") + ", " + many(data.wires.length, "connection")),
+    element("p", {}, many(data.nodes.length, "node") + ", " +
+      many(data.wires.length, "connection")),
     ...data.notes.map(note => element("p", {}, note)),
     ...section("Groups inside", data.nodes.filter(node => node.count).map(node =>
       element("li", {class: "row"}, element("button", {class: "end", type: "button", dir: "auto",
@@ -534,6 +531,3 @@ addEventListener("resize", () => { if (current) redraw(); });
 addEventListener("popstate", fromAddress);
 fromAddress();
 })();
-)js";
-
-}  // namespace tarnkit::detail
