@@ -52,17 +52,22 @@ double bitOr(double x, double y) noexcept { return fromInteger(toInteger(x) | to
 double bitXor(double x, double y) noexcept { return fromInteger(toInteger(x) ^ toInteger(y)); }
 double bitNot(double x) noexcept { return fromInteger(~toInteger(x)); }
 
-double shiftLeft(double x, double y) noexcept {
-  const std::int64_t count = toInteger(y);
+std::int64_t shiftLeft(std::int64_t value, std::int64_t count) noexcept {
   if (count < 0 || count >= kIntegerBits) return 0;
-  return fromInteger(static_cast<std::int64_t>(static_cast<std::uint64_t>(toInteger(x)) << count));
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(value) << count);
+}
+
+std::int64_t shiftRight(std::int64_t value, std::int64_t count) noexcept {
+  if (count < 0 || count >= kIntegerBits) return value < 0 ? -1 : 0;
+  return value >> count;
+}
+
+double shiftLeft(double x, double y) noexcept {
+  return fromInteger(shiftLeft(toInteger(x), toInteger(y)));
 }
 
 double shiftRight(double x, double y) noexcept {
-  const std::int64_t value = toInteger(x);
-  const std::int64_t count = toInteger(y);
-  if (count < 0 || count >= kIntegerBits) return value < 0 ? -1 : 0;
-  return fromInteger(value >> count);
+  return fromInteger(shiftRight(toInteger(x), toInteger(y)));
 }
 
 double factorial(double x) noexcept {

@@ -46,6 +46,10 @@ double bitAnd(double x, double y) noexcept;
 double bitOr(double x, double y) noexcept;
 double bitXor(double x, double y) noexcept;
 double bitNot(double x) noexcept;
+/// The shifts of 64-bit integers: by 64 bits or more, or by a negative count, they give 0, or -1
+/// for a negative value shifted right.
+std::int64_t shiftLeft(std::int64_t value, std::int64_t count) noexcept;
+std::int64_t shiftRight(std::int64_t value, std::int64_t count) noexcept;
 double shiftLeft(double x, double y) noexcept;
 double shiftRight(double x, double y) noexcept;
 double factorial(double x) noexcept;

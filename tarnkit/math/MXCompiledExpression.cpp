@@ -22,6 +22,7 @@ Ref<MXCompiledExpression> MXCompiledExpression::compile(const Ref<MXExpression>&
 Ref<MXCompiledExpression> MXCompiledExpression::compile(const Ref<MXExpression>& expression,
                                                         const Ref<MXMathEvaluator>& evaluator,
                                                         std::vector<String> variables) {
+  if (!expression || !evaluator) return nullptr;
   return make<MXCompiledExpression>(expression, evaluator, std::move(variables));
 }
 

@@ -24,7 +24,8 @@ class MXCompiledExpression final : public Object {
   static constexpr std::size_t kTemporariesInPlace = 32;
 
   /// Prepares the expression. The slots are its variables in the order of their first appearance
-  /// (and functions without arguments that the evaluator takes for variables).
+  /// (and functions without arguments that the evaluator takes for variables). Null without an
+  /// expression or an evaluator.
   static Ref<MXCompiledExpression> compile(const Ref<MXExpression>& expression,
                                            const Ref<MXMathEvaluator>& evaluator);
   /// The same with the slots given; further variables of the expression are appended to them.

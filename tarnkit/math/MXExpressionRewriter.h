@@ -29,8 +29,8 @@ class MXExpressionRewriter final : public Object {
   MXExpressionRewriter() = default;
   ~MXExpressionRewriter() override;
 
-  /// Appends a rule; the first text is what a match becomes. A nil condition always holds. A rule
-  /// that cannot be made is logged ("error creating rule: …") and left out.
+  /// Appends a rule; the first text is what a match becomes. A nil or empty condition always holds.
+  /// A rule that cannot be made is logged ("error creating rule: …") and left out.
   void addRewriteRule(const String& replacement, const String& forExpressionsMatchingTemplate,
                       const String& condition);
   /// Simplifies and applies every rule in order, again and again until nothing changes; the

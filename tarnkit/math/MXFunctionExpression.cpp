@@ -1,5 +1,6 @@
 #include "tarnkit/math/MXFunctionExpression.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -214,10 +215,7 @@ void MXFunctionExpression::initWithCoder(Decoder& coder) {
   }
   auto arguments = std::make_unique<Arguments>();
   coder.decodeEach<MXExpression>(kArgumentsKey, [&](const Ref<MXExpression>& argument) {
-    if (hasParent(*argument)) {
-      coder.fail("an expression that stands in two places");
-      return;
-    }
+    sharesNodes_ = sharesNodes_ || hasParent(*argument);
     setParent(*argument, this);
     arguments->push_back(argument);
   });
@@ -228,26 +226,46 @@ void MXFunctionExpression::abandonDecoding() {
   delete madeArguments_.exchange(new Arguments, std::memory_order_acq_rel);
 }
 
-// Each expression is an argument of one function at most, so there is one way up; it goes round in
-// a circle when it comes back to the milestone, which is moved ahead at growing distances.
+// What stands in several places is one object here and many nodes in the tree, so a small archive
+// may stand for a tree without end. The nodes are counted from the leaves upward, each object once.
 void MXFunctionExpression::awakeAfterDecoding(Decoder& coder) {
-  if (coder.failed()) return;
-  std::vector<MXFunctionExpression*> way;
-  const MXExpression* milestone = nullptr;
-  std::size_t nextMilestone = 1;
-  for (auto* at = this; at && !at->isPlaced_;
-       at = as<MXFunctionExpression>(at->parentExpression().get())) {
-    if (at == milestone) {
+  constexpr std::uint32_t kBeingCounted = 0xFFFFFFFFU;
+  constexpr std::uint64_t kMostCounted = kBeingCounted - 1;
+  struct Step {
+    MXFunctionExpression* function;
+    std::size_t next;  // argument
+    std::uint64_t nodes;
+  };
+  if (coder.failed() || decodedNodes_ != 0) return;
+  decodedNodes_ = kBeingCounted;
+  std::vector<Step> way{{this, 0, 1}};
+  while (!way.empty()) {
+    Step& step = way.back();
+    if (step.function->sharesNodes_ && step.nodes > kMaximumSharedNodes) {
+      coder.fail("an expression of too many nodes");
+      return;
+    }
+    const auto& arguments = *step.function->madeArguments_.load(std::memory_order_acquire);
+    if (step.next == arguments.size()) {
+      step.function->decodedNodes_ = static_cast<std::uint32_t>(std::min(step.nodes, kMostCounted));
+      way.pop_back();
+      continue;
+    }
+    auto* const argument = as<MXFunctionExpression>(arguments[step.next].get());
+    if (argument && argument->decodedNodes_ == kBeingCounted) {
       coder.fail("an expression that is its own argument");
       return;
     }
-    way.push_back(at);
-    if (way.size() == nextMilestone) {
-      milestone = at;
-      nextMilestone *= 2;
+    if (argument && argument->decodedNodes_ == 0) {
+      argument->decodedNodes_ = kBeingCounted;
+      way.push_back({argument, 0, 1});
+      continue;
     }
+    step.nodes += argument ? argument->decodedNodes_ : 1;
+    step.function->sharesNodes_ =
+        step.function->sharesNodes_ || (argument && argument->sharesNodes_);
+    ++step.next;
   }
-  for (auto* const placed : way) placed->isPlaced_ = true;
 }
 
 }  // namespace tarnkit::detail

@@ -10,13 +10,17 @@ class PreparedTree;
 
 /// A function of arguments as a tree: a place in a block of nodes, or a name with argument objects,
 /// whichever it was made from; the other is made when it is asked for. Archived under "function"
-/// and "arguments"; in an archive every expression stands in one place only.
+/// and "arguments". An expression that stands in several places is archived once.
 ///
 /// The root of a block has the block's memory behind it; the functions inside refer to the root
 /// weakly, which keeps its memory.
 class MXFunctionExpression final : public MXExpression {
   TARNKIT_CLASS
  public:
+  /// The largest tree that is decoded of expressions of which some stand in several places; they
+  /// count in each.
+  static constexpr std::uint32_t kMaximumSharedNodes = std::uint32_t{1} << 22;
+
   MXFunctionExpression() = default;
   MXFunctionExpression(String function, const std::vector<Ref<MXExpression>>& arguments);
   /// A function inside the block in which another one stands.
@@ -72,9 +76,13 @@ class MXFunctionExpression final : public MXExpression {
   mutable std::atomic<std::uint32_t> askedForPrepared_{0};
   String name_;               // where it was made from objects
   Ref<VariableNames> names_;  // where it stands inside a block that has variables
-  std::uint32_t root_ = 0;
+  union {
+    std::uint32_t root_ = 0;  // of one in a block
+    std::uint32_t
+        decodedNodes_;  // of a decoded one, how many its tree has; 0 before they are counted
+  };
   Holding holding_ = Holding::objects;
-  bool isPlaced_ = false;  // decoding has checked what holds it
+  bool sharesNodes_ = false;  // of a decoded one: something in it stands in several places
 };
 
 }  // namespace tarnkit::detail

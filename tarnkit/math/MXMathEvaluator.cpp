@@ -56,7 +56,7 @@ bool MXMathEvaluator::registerFunction(MXMathFunction function, const String& fo
 }
 
 bool MXMathEvaluator::addAlias(const String& alias, const String& forFunctionName) {
-  return enter(alias, {detail::lowerCase(forFunctionName), {}});
+  return !forFunctionName.isNil() && enter(alias, {detail::lowerCase(forFunctionName), {}});
 }
 
 bool MXMathEvaluator::enter(const String& name, RegisteredFunction function) {

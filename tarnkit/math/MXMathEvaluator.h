@@ -63,7 +63,8 @@ class MXMathEvaluator final : public Object {
   /// The names of all built-ins, registered functions and aliases, sorted by their bytes.
   std::vector<String> registeredFunctions() const;
   /// Makes another name for a function, which is looked up when the alias is called; refused as
-  /// `registerFunction` is. "trunc" is floor, for negative numbers too.
+  /// `registerFunction` is, and for a nil function name. "trunc" is floor, for negative numbers
+  /// too. An alias of percent stands in no sum: with "pct" for it, 50 + pct(10) is 50.1.
   bool addAlias(const String& alias, const String& forFunctionName);
   void removeAlias(const String& alias) { unregisterFunctionWithName(alias); }
 
@@ -75,7 +76,8 @@ class MXMathEvaluator final : public Object {
   std::optional<MXNumber> evaluateString(std::string_view string,
                                          const MXSubstitutions& substitutions) const;
   /// The value of a tree; nothing, with the error in the slot, on failure. An error that stands in
-  /// the slot already is not overwritten by the general ones about unresolved names.
+  /// the slot already is not overwritten by the general ones about names that are not resolved and
+  /// functions that return nothing of use.
   std::optional<MXNumber> evaluateExpression(const MXExpression& expression,
                                              const MXSubstitutions& substitutions,
                                              MXError* error) const;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <atomic>
 #include <stdexcept>
 
 #include "tarnkit/math/MXMathOperatorSet.h"
@@ -15,8 +16,6 @@ const Class MXMathOperator::kClass{"MXMathOperator", &Object::kClass};
 namespace {
 
 constexpr std::int64_t kRightGroupedPower = 512;
-
-std::atomic<std::uint64_t> changes{1};
 
 std::int64_t conventionalPower() { return kRightGroupedPower; }
 std::atomic<MXMathOperator::PowerProbe> powerProbe{&conventionalPower};
@@ -172,10 +171,19 @@ String MXMathOperator::description() const {
                             precedence_));
 }
 
-std::uint64_t MXMathOperator::changeCount() noexcept {
-  return changes.load(std::memory_order_acquire);
+void MXMathOperator::standIn(MXMathOperatorSet& set) {
+  sets_.erase(std::remove_if(sets_.begin(), sets_.end(),
+                             [&set](const WeakRef<MXMathOperatorSet>& each) {
+                               return !each || each.get() == &set;
+                             }),
+              sets_.end());
+  sets_.emplace_back(&set);
 }
 
-void MXMathOperator::noteChange() noexcept { changes.fetch_add(1, std::memory_order_release); }
+void MXMathOperator::noteChange() const noexcept {
+  for (const auto& each : sets_) {
+    if (const auto set = each.lock()) set->noteChange();
+  }
+}
 
 }  // namespace tarnkit

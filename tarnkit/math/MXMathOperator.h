@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -9,6 +8,8 @@
 #include "tarnkit/platform/String.h"
 
 namespace tarnkit {
+
+class MXMathOperatorSet;
 
 enum class MXOperatorArity : int { unknown = 0, unary = 1, binary = 2 };
 /// Of a unary operator, right means prefix ("-3") and left means postfix ("3!").
@@ -49,8 +50,9 @@ inline constexpr const char* MXOperatorUnaryPlus = "positive";
 /// An operator: a function name with the tokens that stand for it, an arity, an associativity and a
 /// precedence (higher binds tighter).
 ///
-/// Owned by an operator set; the tokens of a text refer to it. Changing one is seen by everything
-/// that is tokenized or parsed afterwards, and must not happen while another thread does so.
+/// Owned by operator sets; the tokens of a text refer to it. Changing one is seen by everything
+/// that is tokenized or parsed afterwards, and must not happen while another thread does so with a
+/// set in which it stands.
 class MXMathOperator final : public Object {
   TARNKIT_CLASS
  public:
@@ -99,16 +101,18 @@ class MXMathOperator final : public Object {
   /// "<root description> {(tokens) => function(), Arity: …, Assoc: …, Precedence: …}".
   String description() const override;
 
-  /// Counts the changes of all operators and sets, so that tables made from them know their age.
-  static std::uint64_t changeCount() noexcept;
-  static void noteChange() noexcept;
+  /// Tells the set of every change from now on; called by a set that takes the operator up.
+  void standIn(MXMathOperatorSet& set);
 
  private:
+  void noteChange() const noexcept;
+
   String function_;
   std::vector<String> tokens_;
   MXOperatorArity arity_;
   MXOperatorAssociativity associativity_;
   std::int64_t precedence_;
+  std::vector<WeakRef<MXMathOperatorSet>> sets_;  // in which it stands
 };
 
 }  // namespace tarnkit

@@ -22,6 +22,7 @@ MXMathOperatorSet::MXMathOperatorSet() {
     auto own = listed->copy();
     operatorsByFunction_.set(own->function(), own);
     enterTokens(own, own->tokens());
+    own->standIn(*this);
     operators_.push_back(std::move(own));
   }
   std::stable_sort(operators_.begin(), operators_.end(),
@@ -76,6 +77,10 @@ void MXMathOperatorSet::addOperatorWithPrecedenceLowerThan(const Ref<MXMathOpera
 
 void MXMathOperatorSet::add(const Ref<MXMathOperator>& newOperator,
                             const Ref<MXMathOperator>& existing, Place place) {
+  if (!newOperator || !existing) {
+    throw std::invalid_argument(newOperator ? "No operator is given to add another one next to"
+                                            : "No operator is given to be added");
+  }
   const std::int64_t precedence = existing->precedence();
   const std::vector<String> tokens = newOperator->tokens();
   newOperator->setPrecedence(place == Place::higher  ? precedence + 1
@@ -93,6 +98,7 @@ void MXMathOperatorSet::add(const Ref<MXMathOperator>& newOperator,
     }
   }
   operators_.push_back(newOperator);
+  newOperator->standIn(*this);
   renumber(*newOperator, precedence, place);
   std::stable_sort(operators_.begin(), operators_.end(),
                    [](const auto& a, const auto& b) { return a->precedence() < b->precedence(); });
@@ -130,7 +136,7 @@ void MXMathOperatorSet::removePercentOperator() {
     users->erase(std::remove(users->begin(), users->end(), old), users->end());
     if (users->empty()) operatorsByToken_.take(detail::lowerCase(token));
   }
-  MXMathOperator::noteChange();
+  noteChange();
 }
 
 void MXMathOperatorSet::addPercentOperator() {
@@ -152,21 +158,32 @@ void MXMathOperatorSet::enterTokens(const Ref<MXMathOperator>& entered,
     if (std::find(users.begin(), users.end(), entered) == users.end()) users.push_back(entered);
     operatorsByToken_.set(lower, std::move(users));
   }
-  MXMathOperator::noteChange();
+  noteChange();
 }
 
 const detail::OperatorTable& MXMathOperatorSet::table() const {
-  const auto now = MXMathOperator::changeCount();
-  const auto* present = table_.load(std::memory_order_acquire);
-  if (present && present->madeAt() == now) return *present;
-  const auto& tokens = defaultOperatorSet();
+  const MXMathOperatorSet& tokens = *defaultOperatorSet();
+  const auto now =
+      tokens.changes_.load(std::memory_order_relaxed) + changes_.load(std::memory_order_relaxed);
+  if (tableMadeAt_.load(std::memory_order_acquire) == now) return *table_;
+  return makeTable(tokens);
+}
+
+Ref<const detail::OperatorTable> MXMathOperatorSet::keptTable() const {
+  return Ref<const detail::OperatorTable>(&table());
+}
+
+// The old table goes at once. Nobody reads it but scans that keep it: operators do not change while
+// another thread uses them.
+const detail::OperatorTable& MXMathOperatorSet::makeTable(const MXMathOperatorSet& tokens) const {
   const std::lock_guard lock(tableMutex_);
-  present = table_.load(std::memory_order_relaxed);
-  if (present && present->madeAt() == now) return *present;
-  // Nobody reads the old table any more: operators do not change while another thread uses them.
-  ownedTable_ = std::make_unique<const detail::OperatorTable>(*tokens, *this, now);
-  table_.store(ownedTable_.get(), std::memory_order_release);
-  return *ownedTable_;
+  const auto now =
+      tokens.changes_.load(std::memory_order_relaxed) + changes_.load(std::memory_order_relaxed);
+  if (tableMadeAt_.load(std::memory_order_relaxed) != now) {
+    table_ = make<const detail::OperatorTable>(tokens, *this);
+    tableMadeAt_.store(now, std::memory_order_release);
+  }
+  return *table_;
 }
 
 }  // namespace tarnkit

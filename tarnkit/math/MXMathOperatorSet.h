@@ -1,6 +1,6 @@
 #pragma once
 
-#include <memory>
+#include <atomic>
 #include <mutex>
 #include <vector>
 
@@ -16,8 +16,9 @@ class OperatorTable;
 /// The operators that a text may use, ordered by precedence, and what each token stands for.
 ///
 /// The tokenizer looks operators up in the shared default set; a set of one's own governs which
-/// characters are operator characters and the associativities that the parser uses. Sets and their
-/// operators may be read by several threads as long as none changes them. Misuse throws
+/// characters are operator characters and the associativities that the parser uses. A set and its
+/// operators may be read by several threads as long as none changes them or the default set;
+/// making, changing and dropping other sets meanwhile disturbs nobody. Misuse throws
 /// std::invalid_argument with a fixed text.
 class MXMathOperatorSet final : public Object {
   TARNKIT_CLASS
@@ -45,9 +46,10 @@ class MXMathOperatorSet final : public Object {
 
   /// Gives an operator further tokens. Throws "No operator is defined for function '…'".
   void addTokens(const std::vector<String>& tokens, const String& forOperatorFunction);
-  /// Adds an operator next to an existing one. One whose function the set has already only lends
-  /// its tokens to that one; otherwise a token that is taken throws "An operator is already defined
-  /// for '…'". The new operator ends level with what stood right above the existing one.
+  /// Adds an operator next to an existing one; neither may be null. One whose function the set has
+  /// already only lends its tokens to that one; otherwise a token that is taken throws "An operator
+  /// is already defined for '…'". The new operator ends level with what stood right above the
+  /// existing one.
   void addOperatorWithPrecedenceHigherThan(const Ref<MXMathOperator>& newOperator,
                                            const Ref<MXMathOperator>& existing);
   void addOperatorWithPrecedenceSameAs(const Ref<MXMathOperator>& newOperator,
@@ -61,11 +63,17 @@ class MXMathOperatorSet final : public Object {
   bool interpretsPercentSignAsModulo() const noexcept { return interpretsPercentSignAsModulo_; }
   void setInterpretsPercentSignAsModulo(bool modulo);
 
-  /// The look-up table for tokenizing with this set; made again after any operator has changed.
+  /// The look-up table for tokenizing with this set; made again when an operator of this set or of
+  /// the default one has changed. It is good until the next such change.
   const detail::OperatorTable& table() const;
+  /// The same, kept: for a scan that hands control to others, who may change operators.
+  Ref<const detail::OperatorTable> keptTable() const;
+  /// Told by the operators of the set when they are changed.
+  void noteChange() noexcept { changes_.fetch_add(1, std::memory_order_relaxed); }
 
  private:
   enum class Place { higher, same, lower };
+  const detail::OperatorTable& makeTable(const MXMathOperatorSet& tokens) const;
   void add(const Ref<MXMathOperator>& newOperator, const Ref<MXMathOperator>& existing,
            Place place);
   void renumber(MXMathOperator& added, std::int64_t existing, Place place);
@@ -79,9 +87,12 @@ class MXMathOperatorSet final : public Object {
   Ref<MXMathOperator> percentTokenOperator_;
   bool interpretsPercentSignAsModulo_ = true;
 
+  std::atomic<std::uint64_t> changes_{1};
   mutable std::mutex tableMutex_;
-  mutable std::atomic<const detail::OperatorTable*> table_{nullptr};
-  mutable std::unique_ptr<const detail::OperatorTable> ownedTable_;
+  /// The changes of the default set and of this one, in sum, that the table has seen. Whoever reads
+  /// the number of today finds the table of today: it is published after the table.
+  mutable std::atomic<std::uint64_t> tableMadeAt_{0};
+  mutable Ref<const detail::OperatorTable> table_;
 };
 
 }  // namespace tarnkit

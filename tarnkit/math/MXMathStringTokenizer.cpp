@@ -4,7 +4,7 @@
 #include <unordered_set>
 
 #include "tarnkit/math/MathText.h"
-#include "tarnkit/math/TokenScanner.h"
+#include "tarnkit/math/TokenScannerReaders.h"
 
 namespace tarnkit {
 
@@ -75,7 +75,9 @@ bool MXMathStringTokenizer::initWithString(std::string_view string,
                                            const Ref<MXMathOperatorSet>& operatorSet,
                                            MXError* error) {
   operatorSet_ = operatorSet ? operatorSet : MXMathOperatorSet::defaultOperatorSet();
-  const detail::OperatorTable& table = operatorSet_->table();
+  // Whoever watches the tokens may change operators.
+  const auto kept = operatorSet_->keptTable();
+  const detail::OperatorTable& table = *kept;
   const bool isRead = scan(
       string, table,
       [&](std::string_view text) {

@@ -19,10 +19,11 @@ Ref<MXExpression> MXNumberExpression::simplifiedExpressionWithEvaluator(const MX
 }
 
 void MXNumberExpression::encodeWithCoder(Encoder& coder) const {
-  const double value = number_.doubleValue();
-  archived_ = number_.isShortest() ? Ref<Object>(Number::withDouble(value))
-                                   : Ref<Object>(number_.decimalText().object());
-  coder.encodeObject(archived_, kNumberKey);
+  if (number_.isShortest()) {
+    coder.encodeObject(Number::withDouble(number_.doubleValue()), kNumberKey);
+  } else {
+    coder.encodeString(number_.decimalText(), kNumberKey);
+  }
 }
 
 void MXNumberExpression::initWithCoder(Decoder& coder) {

@@ -23,7 +23,6 @@ class MXNumberExpression final : public MXExpression {
 
  private:
   MXNumber number_;
-  mutable Ref<Object> archived_;  // what stands in the archive, alive while a coder may refer to it
 };
 
 }  // namespace tarnkit::detail

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tarnkit/math/FunctionMath.h"
 #include "tarnkit/math/MXDecimal.h"
 #include "tarnkit/math/precision/PrecisionFunctions.h"
 #include "tarnkit/math/precision/PrecisionTables.h"
@@ -79,9 +80,9 @@ std::optional<Decimal> binary(Builtin id, const Decimal& x, const Decimal& y) no
     case Builtin::nthroot:
       return MXDecimalNthRoot(x, y);
     case Builtin::lshift:
-      return MXDecimalLeftShift(x, y);
+      return Decimal::fromInteger(math::shiftLeft(x.int64Value(), y.int64Value()));
     case Builtin::rshift:
-      return MXDecimalRightShift(x, y);
+      return Decimal::fromInteger(math::shiftRight(x.int64Value(), y.int64Value()));
     default:
       return std::nullopt;
   }
@@ -114,6 +115,13 @@ std::optional<Decimal> plain(Builtin id, const Decimal& x) noexcept {
   }
 }
 
+// atan(1/x), as in doubles; the decimal operation goes on to π for negative numbers.
+WideResult arcCotangent(const Decimal& x) noexcept {
+  WideResult result = wideArc(Builtin::acotan, x.absolute());
+  if (result) result->negative = x.isNegative();
+  return result;
+}
+
 // The functions that have to do with angles or hyperbolas.
 std::optional<Decimal> transcendental(const BuiltinCall& call, const Decimal& x) noexcept {
   const Builtin id = call.function.id;
@@ -132,7 +140,8 @@ std::optional<Decimal> transcendental(const BuiltinCall& call, const Decimal& x)
   const bool isArc = id >= Builtin::asin && id <= Builtin::acotan;
   const bool isArea = id >= Builtin::asinh && id <= Builtin::atanh;
   const bool isInverseArea = id >= Builtin::acsch && id <= Builtin::acotanh;
-  WideResult result = isArc                     ? wideArc(id, x)
+  WideResult result = id == Builtin::acotan     ? arcCotangent(x)
+                      : isArc                   ? wideArc(id, x)
                       : isArea || isInverseArea ? wideArea(id, x)
                                                 : wideHyperbolic(id, x);
   if (result && call.degrees && call.function.angle == BuiltinAngle::result) {

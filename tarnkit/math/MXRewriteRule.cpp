@@ -48,7 +48,7 @@ Ref<MXRewriteRule> MXRewriteRule::rewriteRuleWithTemplate(const String& template
     error = MXError(MXErrorCode::invalidFormat, "the template is not a function expression");
   }
   auto pattern = error ? nullptr : parse(replacementPattern, error);
-  auto holds = error || condition.isNil() ? nullptr : parse(condition, error);
+  auto holds = error || condition.size() == 0 ? nullptr : parse(condition, error);
   if (error) {
     Log::line(fmt::format("error creating rule: {}", error.localizedDescription()));
     return nullptr;

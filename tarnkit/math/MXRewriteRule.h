@@ -24,7 +24,7 @@ class MXRewriteRule final : public Object {
   using Bindings = std::vector<TreeView>;
 
   /// Null, with a line "error creating rule: …" in the log, when a text does not parse or the
-  /// template is no function. A nil condition always holds.
+  /// template is no function. A nil or empty condition always holds.
   static Ref<MXRewriteRule> rewriteRuleWithTemplate(const String& templateText,
                                                     const String& replacementPattern,
                                                     const String& condition);

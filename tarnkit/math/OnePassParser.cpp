@@ -1,6 +1,7 @@
 #include "tarnkit/math/OnePassParser.h"
 
 #include "tarnkit/math/MathText.h"
+#include "tarnkit/math/TokenScannerReaders.h"
 
 namespace tarnkit::detail {
 

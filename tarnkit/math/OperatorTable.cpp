@@ -7,6 +7,8 @@
 
 namespace tarnkit::detail {
 
+const Class OperatorTable::kClass{"_MXOperatorTable", &Object::kClass};
+
 namespace {
 
 OperatorRole roleOf(const MXMathOperator& info, MXOperatorAssociativity parserAssociativity) {
@@ -71,9 +73,8 @@ bool beginsWith(std::string_view text, std::string_view token, std::size_t& leng
 
 }  // namespace
 
-OperatorTable::OperatorTable(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet,
-                             std::uint64_t madeAt)
-    : madeAt_(madeAt) {
+OperatorTable::OperatorTable(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet)
+    : operators_(tokenSet.operators()) {
   for (const auto& each : parserSet) {
     for (const String& token : each->tokens()) {
       for (std::size_t at = 0; at < token.size();) {
@@ -98,6 +99,8 @@ OperatorTable::OperatorTable(const MXMathOperatorSet& tokenSet, const MXMathOper
   allowsOnePass_ = allowsOnePass_ && hasRole(open_, OperatorRole::open) &&
                    hasRole(close_, OperatorRole::close) && hasRole(multiply_, OperatorRole::binary);
 }
+
+OperatorTable::~OperatorTable() = default;
 
 void OperatorTable::addRows(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet) {
   std::vector<std::int64_t> precedences;

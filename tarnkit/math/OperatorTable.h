@@ -69,8 +69,10 @@ struct OperatorToken {
 };
 
 /// The operators of the default set, with what another set says about characters and
-/// associativities, arranged for scanning; immutable, made by `MXMathOperatorSet::table`.
-class OperatorTable {
+/// associativities, arranged for scanning; immutable, made by `MXMathOperatorSet::table`. Keeps the
+/// operators of its rows.
+class OperatorTable final : public Object {
+  TARNKIT_CLASS
  public:
   static constexpr std::uint16_t kNoRow = 0xFFFF;
   /// More levels, or more mixed ones, than these leave the one-pass parser out.
@@ -89,12 +91,10 @@ class OperatorTable {
     kEndsDigit = 128,     // behind a digit, ends the number
   };
 
-  OperatorTable(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet,
-                std::uint64_t madeAt);
+  OperatorTable(const MXMathOperatorSet& tokenSet, const MXMathOperatorSet& parserSet);
+  ~OperatorTable() override;
 
-  std::uint64_t madeAt() const noexcept { return madeAt_; }
   const OperatorRow& row(std::uint16_t index) const noexcept { return rows_[index]; }
-  const OperatorToken& token(std::uint16_t index) const noexcept { return tokens_[index]; }
   std::uint8_t classOf(char byte) const noexcept {
     return classes_[static_cast<unsigned char>(byte)];
   }
@@ -135,8 +135,6 @@ class OperatorTable {
   std::uint16_t openRow() const noexcept { return open_; }
   std::uint16_t closeRow() const noexcept { return close_; }
   std::uint16_t multiplyRow() const noexcept { return multiply_; }
-  std::uint16_t factorialRow() const noexcept { return factorial_; }
-  std::uint16_t logicalNotRow() const noexcept { return logicalNot_; }
   /// Whether the one-pass parser may be used: ordinary parentheses, one opinion about the side of
   /// every unary operator, few enough levels.
   bool allowsOnePass() const noexcept { return allowsOnePass_; }
@@ -157,7 +155,7 @@ class OperatorTable {
   std::uint16_t firstWithToken(std::string_view token, const char* first,
                                const char* second) const noexcept;
 
-  std::uint64_t madeAt_;
+  std::vector<Ref<MXMathOperator>> operators_;
   std::vector<OperatorRow> rows_;
   std::vector<OperatorToken> tokens_;  // by first byte, longer ones first
   std::vector<char32_t> characters_;   // operator characters, sorted

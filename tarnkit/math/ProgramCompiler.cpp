@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tarnkit/math/CalledFunction.h"
 #include "tarnkit/math/FunctionMath.h"
 #include "tarnkit/math/MXFunctionEvaluator.h"
 #include "tarnkit/math/MXMathEvaluator.h"
@@ -11,7 +12,6 @@ namespace tarnkit::detail {
 
 namespace {
 
-constexpr int kMaximumAliasChain = 64;
 constexpr double kHundred = 100;
 constexpr std::size_t kSearchedVariables = 16;
 
@@ -101,23 +101,11 @@ std::optional<std::uint32_t> ProgramCompiler::slotOf(std::string_view name) cons
   return static_cast<std::uint32_t>(found - variables_.begin());
 }
 
-Builtin ProgramCompiler::builtinOf(std::uint32_t index) const {
-  const ExpressionNode& node = tree_.nodes[index];
-  if (node.builtin != Builtin::none) return node.builtin;
-  String name(functionName(tree_.at(index)));
-  for (int hops = 0; hops < kMaximumAliasChain; ++hops) {
-    const auto* registered = evaluator_.registeredFunction(name);
-    if (!registered || registered->aliasOf.isNil()) return Builtin::none;
-    name = registered->aliasOf;
-    const Builtin builtin = builtinNamed(name);
-    if (builtin != Builtin::none) return builtin;
-  }
-  return Builtin::none;
-}
-
 bool ProgramCompiler::addFunction(std::uint32_t index) {
   const ExpressionNode& node = tree_.nodes[index];
-  const Builtin builtin = builtinOf(index);
+  const Builtin builtin = node.builtin != Builtin::none
+                              ? node.builtin
+                              : calledFunction(tree_.at(index), evaluator_).builtin;
   const std::uint32_t count = node.argumentCount;
   if (!isPlainCall(builtin, count)) {
     // The function stands for a variable where the evaluator says so and nothing else knows it.
@@ -131,11 +119,6 @@ bool ProgramCompiler::addFunction(std::uint32_t index) {
     return true;
   }
   const BuiltinFunction& function = builtinFunction(builtin);
-  // An alias makes a new parent for its arguments, which a percentage among them would notice.
-  if (node.builtin == Builtin::none && builtin <= Builtin::subtract &&
-      tree_.nodes[index - 1].isFunction(Builtin::percent)) {
-    return false;
-  }
   if (foldConstants(function, index, count)) return true;
   const bool argumentIsRadians = count == 1 && tree_.nodes[index - 1].isFunction(Builtin::dtor);
   switch (function.shape) {
@@ -145,7 +128,7 @@ bool ProgramCompiler::addFunction(std::uint32_t index) {
     case BuiltinShape::list:
       return addList(function, count);
     case BuiltinShape::special:
-      addPercent((node.flags & ExpressionNode::kPercentOfFirst) != 0);
+      addPercent(isPercentOfFirst(tree_, index, evaluator_));
       return true;
     default:
       addUnary(function, argumentIsRadians);
@@ -155,14 +138,13 @@ bool ProgramCompiler::addFunction(std::uint32_t index) {
 
 bool ProgramCompiler::foldConstants(const BuiltinFunction& function, std::uint32_t index,
                                     std::uint32_t count) {
-  const ExpressionNode& node = tree_.nodes[index];
   std::vector<double> arguments;
   for (std::size_t i = operands_.size() - count; i < operands_.size(); ++i) {
     if (operands_[i].source != Source::constant) return false;
     arguments.push_back(operands_[i].constant);
   }
   double base = 1;
-  if (function.id == Builtin::percent && (node.flags & ExpressionNode::kPercentOfFirst) != 0) {
+  if (isPercentOfFirst(tree_, index, evaluator_)) {
     const Operand& first = operands_[operands_.size() - 2];
     if (first.source != Source::constant) return false;
     base = first.constant;

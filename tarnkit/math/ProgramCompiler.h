@@ -38,7 +38,6 @@ class ProgramCompiler {
   };
 
   bool addFunction(std::uint32_t index);
-  Builtin builtinOf(std::uint32_t index) const;
   std::optional<std::uint32_t> slotOf(std::string_view name) const;
   bool foldConstants(const BuiltinFunction& function, std::uint32_t index, std::uint32_t count);
   bool addList(const BuiltinFunction& function, std::uint32_t count);

@@ -52,9 +52,9 @@ std::string tokenText(const ScannedToken& token, std::string_view text, const Op
 std::uint64_t hexadecimalValue(std::string_view digits) noexcept;
 bool isLoneIdentifier(char32_t codePoint) noexcept;
 
-/// Cuts a prepared text into tokens: the readers, the resolution of ambiguous operators, the
-/// inserted parentheses and multiplications. One pass, no memory of its own;
-/// `sink.take<type>(token)` takes each token and answers whether to go on.
+/// Cuts a prepared text into tokens (whoever runs one includes TokenScannerReaders.h): the readers,
+/// the resolution of ambiguous operators, the inserted parentheses and multiplications. One pass,
+/// no memory of its own; `sink.take<type>(token)` takes each token and answers whether to go on.
 template <class Sink>
 class TokenScanner {
  public:
@@ -130,5 +130,3 @@ class TokenScanner {
 };
 
 }  // namespace tarnkit::detail
-
-#include "tarnkit/math/TokenScannerReaders.h"

@@ -1,8 +1,9 @@
 #pragma once
 
-// The bodies of `TokenScanner`; included by TokenScanner.h only, at its end.
+// The bodies of `TokenScanner`, for the sources that run one with a sink of their own.
 
 #include "tarnkit/math/MathText.h"
+#include "tarnkit/math/TokenScanner.h"
 
 namespace tarnkit::detail {
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <span>
 
+#include "tarnkit/math/CalledFunction.h"
 #include "tarnkit/math/FunctionMath.h"
 #include "tarnkit/math/MXFunctionEvaluator.h"
 #include "tarnkit/math/MathText.h"
@@ -16,7 +17,6 @@ namespace tarnkit::detail {
 namespace {
 
 constexpr std::uint32_t kInlineDepth = 64;
-constexpr int kMaximumAliasChain = 64;
 // What a function in decimals counts for, which may take 10 µs, beside the characters that are
 // read.
 constexpr std::uint64_t kDecimalFunctionWork = 64;
@@ -154,18 +154,12 @@ bool TreeEvaluation::step(std::uint32_t node, std::uint32_t place) {
 bool TreeEvaluation::enterFunction(std::uint32_t node, std::uint32_t place) {
   const Builtin builtin = tree_.nodes[node].builtin;
   if (builtin != Builtin::none) return enterBuiltin(node, place, builtin);
-  String name(functionName(tree_.at(node)));
-  for (int hops = 0; hops < kMaximumAliasChain; ++hops) {
-    const auto* registered = evaluator_.registeredFunction(name);
-    if (!registered) return resolveUnknown(name, node, place);
-    if (registered->aliasOf.isNil()) {
-      return callRegistered(registered->function, node, place, name);
-    }
-    name = registered->aliasOf;
-    const Builtin target = builtinNamed(name);
-    if (target != Builtin::none) return enterBuiltin(node, place, target);
-  }
-  return fail(MXErrorCode::invalidFormat, fmt::format("the alias {} leads to itself", name.view()));
+  const CalledFunction called = calledFunction(tree_.at(node), evaluator_);
+  if (called.builtin != Builtin::none) return enterBuiltin(node, place, called.builtin);
+  if (called.registered) return callRegistered(*called.registered, place, called.name);
+  if (!called.leadsToItself) return resolveUnknown(called.name, place);
+  return fail(MXErrorCode::invalidFormat,
+              fmt::format("the alias {} leads to itself", called.name.view()));
 }
 
 bool TreeEvaluation::enterBuiltin(std::uint32_t index, std::uint32_t place, Builtin builtin) {
@@ -201,17 +195,16 @@ bool TreeEvaluation::leaveFunction() {
   call.degrees = evaluator_.angleMeasurementMode() == MXAngleMeasurementMode::degrees;
   const std::size_t count = values_.size() - frame.firstValue;
   call.argumentIsRadians = count == 1 && tree_.nodes[frame.node - 1].isFunction(Builtin::dtor);
-  if (frame.builtin == Builtin::percent && !pushPercentBase(frame, call.percentBase)) return false;
+  // An alias makes a node of its own, which stands in no sum.
+  const bool isPercent = tree_.nodes[frame.node].builtin == Builtin::percent;
+  if (isPercent && !findPercentBase(frame, call.percentBase)) return false;
   // Outside of substitutions the work is that of the text that was given.
   if (nesting.depth > 1 && !evaluator_.computesInDoubles() && !charge(kDecimalFunctionWork)) {
     return false;
   }
   auto value = evaluator_.functionEvaluator().compute(
       call, std::span<const MXNumber>(values_.data() + frame.firstValue, count), error_);
-  if (!value) {
-    return fail(MXErrorCode::invalidArgument,
-                fmt::format("invalid return type from {} function", call.function.name));
-  }
+  if (!value) return failReturning(call.function.name);
   values_.resize(frame.firstValue);
   values_.push_back(std::move(*value));
   frames_.pop_back();
@@ -220,7 +213,7 @@ bool TreeEvaluation::leaveFunction() {
 
 // The second argument of an addition or a subtraction is a part of the first one's value, which
 // stands right below its own.
-bool TreeEvaluation::pushPercentBase(const Frame& frame, MXNumber& base) {
+bool TreeEvaluation::findPercentBase(const Frame& frame, MXNumber& base) {
   if (frames_.size() > 1) {
     const Frame& parent = frames_[frames_.size() - 2];
     const bool isSum = parent.builtin == Builtin::add || parent.builtin == Builtin::subtract;
@@ -240,8 +233,8 @@ bool TreeEvaluation::pushPercentBase(const Frame& frame, MXNumber& base) {
   return value.has_value();
 }
 
-bool TreeEvaluation::callRegistered(const MXMathFunction& function, std::uint32_t,
-                                    std::uint32_t place, const String& name) {
+bool TreeEvaluation::callRegistered(const MXMathFunction& function, std::uint32_t place,
+                                    const String& name) {
   const auto object = objectOf(place);
   const MXMathFunction called = function;  // it may unregister itself
   const auto result = called(object->arguments(), substitutions_, evaluator_, error_);
@@ -251,15 +244,12 @@ bool TreeEvaluation::callRegistered(const MXMathFunction& function, std::uint32_
     return false;
   }
   auto value = reduce(result.get());
-  if (!value) {
-    return fail(MXErrorCode::invalidArgument,
-                fmt::format("invalid return type from {} function", name.view()));
-  }
+  if (!value) return failReturning(name.view());
   values_.push_back(std::move(*value));
   return true;
 }
 
-bool TreeEvaluation::resolveUnknown(const String& name, std::uint32_t node, std::uint32_t place) {
+bool TreeEvaluation::resolveUnknown(const String& name, std::uint32_t place) {
   if (evaluator_.resolvesFunctionsAsVariables()) {
     if (auto value = variableValue(name)) {
       values_.push_back(std::move(*value));
@@ -268,7 +258,7 @@ bool TreeEvaluation::resolveUnknown(const String& name, std::uint32_t node, std:
   }
   if (const auto& resolver = evaluator_.functionResolver()) {
     if (const MXMathFunction function = resolver(name)) {
-      return callRegistered(function, node, place, name);
+      return callRegistered(function, place, name);
     }
   }
   failResolving("unable to resolve function: {}", MXUnknownFunctionKey,
@@ -331,10 +321,16 @@ Ref<MXExpression> TreeEvaluation::objectOf(std::uint32_t place) {
   return frames_.empty() ? object : object->arguments()[place];
 }
 
-// An error that a function or an inner evaluation has left is never overwritten.
 bool TreeEvaluation::fail(MXErrorCode code, std::string message) {
-  if (!*error_) *error_ = MXError(code, std::move(message));
+  *error_ = MXError(code, std::move(message));
   return false;
+}
+
+// The general errors leave alone what a function or an inner evaluation has told.
+bool TreeEvaluation::failReturning(std::string_view name) {
+  return *error_ ? false
+                 : fail(MXErrorCode::invalidArgument,
+                        fmt::format("invalid return type from {} function", name));
 }
 
 void TreeEvaluation::failResolving(const char* what, const char* key, MXErrorCode code,

@@ -53,16 +53,16 @@ class TreeEvaluation {
   bool enterFunction(std::uint32_t node, std::uint32_t place);
   bool enterBuiltin(std::uint32_t node, std::uint32_t place, Builtin builtin);
   bool leaveFunction();
-  bool callRegistered(const MXMathFunction& function, std::uint32_t node, std::uint32_t place,
-                      const String& name);
-  bool resolveUnknown(const String& name, std::uint32_t node, std::uint32_t place);
+  bool callRegistered(const MXMathFunction& function, std::uint32_t place, const String& name);
+  bool resolveUnknown(const String& name, std::uint32_t place);
   bool pushVariable(std::uint32_t node);
-  bool pushPercentBase(const Frame& frame, MXNumber& base);
+  bool findPercentBase(const Frame& frame, MXNumber& base);
   std::optional<MXNumber> variableValue(const String& name);
   std::optional<MXNumber> reduce(const Object* value);
   Ref<MXExpression> objectOf(std::uint32_t place);
   bool charge(std::uint64_t work);
   bool fail(MXErrorCode code, std::string message);
+  bool failReturning(std::string_view name);
   void failResolving(const char* what, const char* key, MXErrorCode code, const String& name);
 
   const MXMathEvaluator& evaluator_;

@@ -1,14 +1,12 @@
 #include "tarnkit/math/TreeSimplification.h"
 
+#include "tarnkit/math/CalledFunction.h"
 #include "tarnkit/math/MXFunctionEvaluator.h"
 #include "tarnkit/math/SmallStack.h"
-#include "tarnkit/math/TreeOperations.h"
 
 namespace tarnkit::detail {
 
 namespace {
-
-constexpr int kMaximumAliasChain = 64;
 
 const MXSubstitutions& noSubstitutions() {
   static const MXSubstitutions none;
@@ -53,32 +51,11 @@ bool TreeSimplification::fold(std::uint32_t index) {
 }
 
 std::optional<MXNumber> TreeSimplification::evaluate(std::uint32_t index) {
-  bool mayBeResolved = false;
-  const Builtin builtin = target(index, mayBeResolved);
+  const Builtin builtin = tree_.nodes[index].builtin;
   if (builtin != Builtin::none) return evaluateBuiltin(index, builtin);
-  return mayBeResolved ? evaluateObject(index) : std::nullopt;
-}
-
-// The built-in that computes the node, aliases followed; otherwise whether something might know it.
-Builtin TreeSimplification::target(std::uint32_t index, bool& mayBeResolved) const {
-  if (tree_.nodes[index].builtin != Builtin::none) return tree_.nodes[index].builtin;
-  String name(functionName(tree_.at(index)));
-  for (int hops = 0; hops < kMaximumAliasChain; ++hops) {
-    const auto* registered = evaluator_.registeredFunction(name);
-    if (!registered) {
-      mayBeResolved = evaluator_.functionResolver() ||
-                      (evaluator_.resolvesFunctionsAsVariables() && evaluator_.variableResolver());
-      return Builtin::none;
-    }
-    if (registered->aliasOf.isNil()) {
-      mayBeResolved = true;
-      return Builtin::none;
-    }
-    name = registered->aliasOf;
-    const Builtin builtin = builtinNamed(name);
-    if (builtin != Builtin::none) return builtin;
-  }
-  return Builtin::none;
+  const CalledFunction called = calledFunction(tree_.at(index), evaluator_);
+  if (called.builtin != Builtin::none) return evaluateBuiltin(index, called.builtin);
+  return mayBeComputed(called, evaluator_) ? evaluateObject(index) : std::nullopt;
 }
 
 std::optional<MXNumber> TreeSimplification::evaluateBuiltin(std::uint32_t index, Builtin builtin) {
@@ -87,18 +64,13 @@ std::optional<MXNumber> TreeSimplification::evaluateBuiltin(std::uint32_t index,
   BuiltinCall call{builtinFunction(builtin)};
   if (!call.function.takes(count)) return std::nullopt;
   if (builtin == Builtin::count) return static_cast<double>(count);
-  if (builtin == Builtin::percent) {
+  if (node.builtin == Builtin::percent) {
+    // What is simplified may be the second operand of something else.
     if (index == tree_.root) return evaluateObject(index);
-    if ((node.flags & ExpressionNode::kPercentOfFirst) != 0) {
-      const TreeView out = out_.view();
-      const ExpressionNode& first = out.nodes[out.root - 1];
-      if (first.kind != NodeKind::number) {
-        // The part of an unknown whole; only a resolver may know it.
-        return evaluator_.variableResolver() || evaluator_.functionResolver()
-                   ? evaluateObject(index)
-                   : std::nullopt;
-      }
-      call.percentBase = out.number(first);
+    if (isPercentOfFirst(tree_, index, evaluator_)) {
+      const auto base = percentBase(index);
+      if (!base) return std::nullopt;
+      call.percentBase = *base;
     }
   }
   call.degrees = evaluator_.angleMeasurementMode() == MXAngleMeasurementMode::degrees;
@@ -118,6 +90,15 @@ std::optional<MXNumber> TreeSimplification::evaluateBuiltin(std::uint32_t index,
   }
   MXError ignored;
   return evaluator_.functionEvaluator().compute(call, values, &ignored);
+}
+
+// The value of the operand before a percentage, which stands right below its argument.
+std::optional<MXNumber> TreeSimplification::percentBase(std::uint32_t index) {
+  const TreeView out = out_.view();
+  const ExpressionNode& first = out.nodes[out.root - 1];
+  if (first.kind == NodeKind::number) return out.number(first);
+  return known_.of(index - tree_.nodes[index].size,
+                   [this](std::uint32_t other) { return evaluateObject(other); });
 }
 
 // Evaluates the original node, for what looks at the argument expressions or at the parent.

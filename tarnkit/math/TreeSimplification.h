@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tarnkit/math/KnownValues.h"
 #include "tarnkit/math/MXMathEvaluator.h"
 #include "tarnkit/math/TreeBuilder.h"
 
@@ -12,7 +13,11 @@ class TreeSimplification {
   /// `object` is the expression that `tree` was taken from; null when there is none.
   TreeSimplification(const TreeView& tree, const MXExpression* object,
                      const MXMathEvaluator& evaluator, TreeBuilder& simplified)
-      : tree_(tree), object_(object), evaluator_(evaluator), out_(simplified) {}
+      : tree_(tree),
+        object_(object),
+        evaluator_(evaluator),
+        out_(simplified),
+        known_(tree, evaluator) {}
 
   /// Appends the simplified tree; tells whether it differs from the original.
   bool run();
@@ -23,13 +28,14 @@ class TreeSimplification {
   std::optional<MXNumber> evaluate(std::uint32_t index);
   std::optional<MXNumber> evaluateBuiltin(std::uint32_t index, Builtin builtin);
   std::optional<MXNumber> evaluateObject(std::uint32_t index);
-  Builtin target(std::uint32_t index, bool& mayBeResolved) const;
+  std::optional<MXNumber> percentBase(std::uint32_t index);
 
   TreeView tree_;
   const MXExpression* object_;
   Ref<MXExpression> ownObject_;
   const MXMathEvaluator& evaluator_;
   TreeBuilder& out_;
+  KnownValues known_;
 };
 
 /// Simplifies an expression object; a null evaluator means the default one.

@@ -162,6 +162,8 @@ TEST(Evaluator, RegistersFunctionsAndAliases) {
   EXPECT_FALSE(evaluator->registerFunction(constant(1), String("SIN")));
   EXPECT_FALSE(evaluator->addAlias(String("Cos"), String("sin")));
   EXPECT_FALSE(evaluator->addAlias(String("avg"), String("sin")));
+  EXPECT_FALSE(evaluator->addAlias(String("nowhere"), String()));
+  EXPECT_EQ(evaluated(*evaluator, "nowhere(1)"), "3 unable to resolve function: nowhere");
   EXPECT_TRUE(evaluator->addAlias(String("Reply"), String("ANSWER")));
   EXPECT_EQ(evaluated(*evaluator, "reply"), "42");
   EXPECT_TRUE(evaluator->addAlias(String("plus"), String("add")));
@@ -230,6 +232,32 @@ TEST(Evaluator, CallsRegisteredFunctionsWithExpressions) {
   MXError error;
   EXPECT_FALSE(evaluator->evaluateString("Gone(1)", {}, &error));
   EXPECT_EQ(error.userInfo().get(String(MXUnknownFunctionKey)), "gone");
+}
+
+// A slot that is used again holds what failed last; only the general errors leave it alone.
+TEST(Evaluator, WritesItsErrorIntoAUsedSlot) {
+  const auto evaluator = make<MXMathEvaluator>();
+  evaluator->addAlias(String("ping"), String("ping"));
+  MXSubstitutions substitutions{{"loop", String("$loop").object()}};
+  const std::pair<const char*, const char*> cases[] = {
+      {"$gone", "4 unable to resolve variable: gone"},
+      {"sqrt(1, 2)", "18 sqrt requires 1 argument"},
+      {"1 +", "10 no right operand to binary +"},
+      {"1 + average($no)", "18 average requires at least 2 arguments"},
+      {"0x", "5 unable to parse hex number"},
+      {"random(1, 2, 3)", "18 random() may only have up to 2 arguments"},
+      {"ping()", "1 the alias ping leads to itself"},
+      {"random(5, 5)", "18 random() requires a lower bound below its upper bound"},
+      {"$loop", "1 the expression refers to itself or is nested too deeply"},
+      {"pi(1)", "18 pi requires 0 arguments"},
+      {"$x", "18 pi requires 0 arguments"},
+  };
+  MXError error;
+  for (const auto& [text, wanted] : cases) {
+    EXPECT_FALSE(evaluator->evaluateString(text, substitutions, &error)) << text;
+    EXPECT_EQ(textOf(error), wanted);
+  }
+  EXPECT_TRUE(error.userInfo().empty()) << "of the variable that failed first";
 }
 
 TEST(Evaluator, DrawsRandomNumbers) {

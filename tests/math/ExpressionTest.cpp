@@ -141,6 +141,28 @@ TEST(Expression, ComesBackFromAnArchive) {
   }
 }
 
+TEST(Expression, ComesBackWithPartsThatStandInSeveralPlaces) {
+  registerMathClasses();
+  const auto archivedAndBack = [](const MXExpression& original, std::string& reason) {
+    const auto data = StandardKeyedArchiver::archivedData(&original, 0);
+    return as<MXExpression>(StandardKeyedUnarchiver::unarchive(data->bytes(), 0, &reason));
+  };
+  const auto leaf = variable("x");
+  const auto part = function("add", {leaf, number(2)});
+  const auto original = function("multiply", {part, function("negate", {part}), leaf});
+  std::string reason;
+  const auto decoded = archivedAndBack(*original, reason);
+  ASSERT_TRUE(decoded) << reason;
+  EXPECT_EQ(decoded->description(), "multiply(add($x,2),negate(add($x,2)),$x)");
+  EXPECT_EQ(decoded->arguments()[0], decoded->arguments()[1]->arguments()[0]);
+
+  // A few objects that stand for a tree of any size are refused.
+  auto doubled = leaf;
+  for (int i = 0; i < 60; ++i) doubled = function("add", {doubled, doubled});
+  EXPECT_FALSE(archivedAndBack(*doubled, reason));
+  EXPECT_EQ(reason, "an expression of too many nodes");
+}
+
 TEST(Expression, RefusesArchivesThatAreNoTrees) {
   const MemoryEncoder encoder(*expression("f(g($x), 1)"));
   const auto reasonAfter = [&](const std::function<void(std::deque<CodedObject>&)>& spoil) {
@@ -166,11 +188,14 @@ TEST(Expression, RefusesArchivesThatAreNoTrees) {
   EXPECT_EQ(
       reasonAfter([&](auto& records) { functionRecords(records)[1]->lists["arguments"][0] = 0; }),
       "an expression that is its own argument");
-  EXPECT_EQ(reasonAfter([&](auto& records) {
-              auto& arguments = functionRecords(records)[0]->lists["arguments"];
-              arguments[1] = arguments[0];
-            }),
-            "an expression that stands in two places");
+  // Not by way of the root, and behind a part that is sound.
+  EXPECT_EQ(
+      reasonAfter([&](auto& records) {
+        auto& arguments = functionRecords(records)[1]->lists["arguments"];
+        arguments.push_back(arguments[0]);
+        arguments.push_back(static_cast<std::size_t>(functionRecords(records)[1] - &records[0]));
+      }),
+      "an expression that is its own argument");
   EXPECT_EQ(reasonAfter([&](auto& records) { records[0].objects.clear(); }),
             "a function expression without a function");
 }

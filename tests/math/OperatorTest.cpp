@@ -224,6 +224,21 @@ void changeTheDefaultSet() {
   EXPECT_EQ(evaluated("1 ⊕ 2"), "2 ⊕ is not a valid operator");
 }
 
+TEST(OperatorSet, RefusesOperatorsThatAreNull) {
+  const auto set = make<Set>();
+  const auto add = set->operatorForFunction(String("add"));
+  using Operation = void (Set::*)(const Ref<MXMathOperator>&, const Ref<MXMathOperator>&);
+  for (const Operation operation :
+       {&Set::addOperatorWithPrecedenceHigherThan, &Set::addOperatorWithPrecedenceSameAs,
+        &Set::addOperatorWithPrecedenceLowerThan}) {
+    EXPECT_THROW(((*set).*operation)(nullptr, add), std::invalid_argument);
+    EXPECT_THROW(((*set).*operation)(add->copy(), nullptr), std::invalid_argument);
+    EXPECT_THROW(((*set).*operation)(add->copy(), set->operatorForFunction(String("no such"))),
+                 std::invalid_argument);
+  }
+  EXPECT_EQ(set->operators().size(), Set::defaultOperatorSet()->operators().size());
+}
+
 // In a process of its own: precedences that have been raised stay so.
 TEST(OperatorSet, ChangesOfTheDefaultSetAreSeen) {
   EXPECT_EXIT(

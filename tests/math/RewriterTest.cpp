@@ -86,6 +86,14 @@ TEST(Rewriter, AppliesRulesOfItsOwnInOrder) {
   EXPECT_EQ(rewritten(*rewriter, "next(4) + next($x)"), "add(5,next($x))");
 }
 
+TEST(Rewriter, TakesAnEmptyConditionForNone) {
+  const auto rewriter = make<MXExpressionRewriter>();
+  const LogLines log;
+  rewriter->addRewriteRule("g(__exp1)", "f(__exp1)", String(""));
+  EXPECT_TRUE(log.lines.empty());
+  EXPECT_EQ(rewritten(*rewriter, "f($x)"), "g($x)");
+}
+
 TEST(Rewriter, RefusesTemplatesThatAreNoFunctions) {
   const auto rewriter = make<MXExpressionRewriter>();
   const LogLines log;

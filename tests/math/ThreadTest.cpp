@@ -8,6 +8,7 @@
 
 #include "tarnkit/math/MXCompiledExpression.h"
 #include "tarnkit/math/MXExpressionRewriter.h"
+#include "tarnkit/platform/StandardKeyedArchiver.h"
 #include "tests/math/MathTesting.h"
 
 namespace tarnkit::testing {
@@ -58,11 +59,23 @@ bool usesSimplification() {
              ->description() == "add(1,count($x))";
 }
 
+// A set of one's own that is made, used, changed, used again and dropped.
+bool usesPrivateSet() {
+  const auto set = make<MXMathOperatorSet>();
+  const auto own = make<MXMathEvaluator>();
+  own->setOperatorSet(set);
+  const bool before = evaluated(*own, "7 % 4 + 2 ** 3") == "11";
+  set->setInterpretsPercentSignAsModulo(false);
+  set->addTokens({String("plus")}, String("add"));
+  set->operatorForFunction(String("pow"))->setAssociativity(MXOperatorAssociativity::left);
+  return before && evaluated(*own, "2 ** 3 ** 2") == "64";
+}
+
 // Each thread begins with another singleton and goes on with the others.
 void useEverythingFirst() {
   bool (*const uses[])() = {usesDefaultOperators, usesDefaultOperatorSet, usesParser,
                             usesDefaultEvaluator, usesEvaluatorOfItsOwn,  usesDefaultRewriter,
-                            usesSimplification};
+                            usesSimplification,   usesPrivateSet};
   std::atomic<std::size_t> right{0};
   onThreads([&](int thread) {
     for (std::size_t i = 0; i < std::size(uses); ++i) {
@@ -106,6 +119,38 @@ TEST(Threads, ReadOneTree) {
     right += prepared->evaluate(x) == 8 ? 1 : 0;
   });
   EXPECT_EQ(right.load(), kThreads * 12);
+}
+
+TEST(Threads, EvaluateWhilePrivateSetsComeAndGo) {
+  constexpr std::size_t kRounds = 100;
+  bool (*const reads[])() = {
+      usesDefaultOperatorSet, usesParser, usesDefaultEvaluator, usesDefaultRewriter,
+      [] { return MXMathStringTokenizer::variableNames("$a+$b", nullptr).size() == 2; }};
+  std::atomic<std::size_t> right{0};
+  onThreads([&](int thread) {
+    for (std::size_t i = 0; i < kRounds; ++i) {
+      right += thread % 2 == 0 ? usesPrivateSet() : reads[i % std::size(reads)]();
+    }
+  });
+  EXPECT_EQ(right.load(), kThreads * kRounds);
+}
+
+TEST(Threads, ArchiveOneExpression) {
+  const auto expression = MXExpression::functionExpressionWithFunction(
+      String("max"),
+      {MXExpression::expressionFromString("$x * 2.5 - 12345678901234567890.5", nullptr),
+       MXExpression::numberExpressionWithNumber(0.1)},
+      nullptr);
+  const auto archive = [&] {
+    const auto data = StandardKeyedArchiver::archivedData(expression.get(), 0);
+    return std::vector<std::uint8_t>(data->bytes().begin(), data->bytes().end());
+  };
+  const auto wanted = archive();
+  std::atomic<int> right{0};
+  onThreads([&](int) {
+    for (int i = 0; i < 50; ++i) right += archive() == wanted ? 1 : 0;
+  });
+  EXPECT_EQ(right.load(), kThreads * 50);
 }
 
 // The root goes while its functions are read elsewhere.

@@ -135,6 +135,33 @@ TEST(Tokenizer, ShowsEveryTokenToASubclass) {
   EXPECT_EQ(watcher->seen, "2;*;$x;end");
 }
 
+/// Changes operators, and looks up the tables of its changes, at every token.
+class Meddler final : public MXMathStringTokenizer {
+ public:
+  int tokenCount = 0;
+
+ protected:
+  void didParseToken(const Ref<MXMathStringToken>& token) override {
+    const auto own = make<MXMathOperatorSet>();
+    own->setInterpretsPercentSignAsModulo(false);
+    const auto& shared = MXMathOperatorSet::defaultOperatorSet();
+    shared->setInterpretsPercentSignAsModulo(!shared->interpretsPercentSignAsModulo());
+    tokenizerWithString("1+1", own, nullptr);
+    tokenizerWithString("1+1", nullptr);
+    if (token) ++tokenCount;
+  }
+};
+
+TEST(Tokenizer, EndsItsTextWithTheOperatorsThatItBeganWith) {
+  EXPECT_EXIT(
+      {
+        const auto meddler = make<Meddler>();
+        const bool isRead = meddler->initWithString("1 + $x * (2 - 3) / -4 == 1 % 2", nullptr);
+        std::_Exit(isRead && meddler->tokenCount == 16 ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
 // Operators that begin with letters of numbers, and that go on from a shorter one.
 void tokenizeWithOddOperators() {
   const auto& set = MXMathOperatorSet::defaultOperatorSet();
