@@ -97,6 +97,7 @@ Bytes tiff(std::uint32_t width, std::uint32_t height, const TIFFKind& kind, cons
   TIFFSetField(writer, TIFFTAG_COMPRESSION, kind.compression);
   TIFFSetField(writer, TIFFTAG_PLANARCONFIG,
                kind.separate ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+  if (kind.orientation != 0) TIFFSetField(writer, TIFFTAG_ORIENTATION, kind.orientation);
   if (kind.extraSample >= 0) {
     const auto extra = static_cast<std::uint16_t>(kind.extraSample);
     TIFFSetField(writer, TIFFTAG_EXTRASAMPLES, 1, &extra);
@@ -131,7 +132,7 @@ Bytes tiff(std::uint32_t width, std::uint32_t height, const TIFFKind& kind, cons
 }
 
 Bytes jpeg(std::uint32_t width, std::uint32_t height, JPEGColor color, JPEGScans scans,
-           const Bytes& rows) {
+           const Bytes& rows, const Bytes& exif) {
   jpeg_compress_struct writer{};
   jpeg_error_mgr errors{};
   writer.err = jpeg_std_error(&errors);
@@ -156,6 +157,9 @@ Bytes jpeg(std::uint32_t width, std::uint32_t height, JPEGColor color, JPEGScans
     writer.num_scans = 2;
   }
   jpeg_start_compress(&writer, TRUE);
+  if (!exif.empty()) {
+    jpeg_write_marker(&writer, JPEG_APP0 + 1, exif.data(), static_cast<unsigned>(exif.size()));
+  }
   Bytes copy = rows;
   for (std::uint32_t y = 0; y < height; ++y) {
     JSAMPROW row = copy.data() + y * (rows.size() / height);
@@ -166,6 +170,30 @@ Bytes jpeg(std::uint32_t width, std::uint32_t height, JPEGColor color, JPEGScans
   Bytes file(bytes, bytes + size);
   std::free(bytes);
   return file;
+}
+
+Bytes exif(std::uint16_t orientation, bool littleEndian) {
+  Bytes segment{'E', 'x', 'i', 'f', 0, 0};
+  const auto append = [&](std::uint32_t value, int size) {
+    for (int i = 0; i < size; ++i) {
+      const int shift = 8 * (littleEndian ? i : size - 1 - i);
+      segment.push_back(static_cast<std::uint8_t>(value >> shift));
+    }
+  };
+  segment.insert(segment.end(), 2, littleEndian ? 'I' : 'M');
+  append(42, 2);
+  append(8, 4);  // the directory follows at once
+  append(orientation == 0 ? 1 : 2, 2);
+  for (const std::uint32_t tag : {0x0100U, 0x0112U}) {
+    if (tag == 0x0112U && orientation == 0) break;
+    append(tag, 2);
+    append(3, 2);
+    append(1, 4);
+    append(tag == 0x0112U ? orientation : 9999U, 2);
+    append(0, 2);
+  }
+  append(0, 4);
+  return segment;
 }
 
 namespace {

@@ -27,6 +27,7 @@ struct TIFFKind {
   bool separate = false;
   std::uint32_t tileSize = 0;  // 0: strips
   const char* mode = "w";
+  std::uint16_t orientation = 0;  // 0: not told
 };
 /// `rows` hold the packed rows (of a separate file: plane after plane; of a tiled one: the tile).
 Bytes tiff(std::uint32_t width, std::uint32_t height, const TIFFKind& kind, const Bytes& rows);
@@ -35,8 +36,11 @@ enum class JPEGColor { grey, rgb, cmyk };
 enum class JPEGScans { one, progressive, wholePrecision };
 /// Highest quality, no reduced colour resolution; a CMYK file carries the usual writer's mark. With
 /// `wholePrecision` (grey only) the last of two scans may be repeated as often as one likes.
+/// `exif`, if any, is the contents of a segment for it.
 Bytes jpeg(std::uint32_t width, std::uint32_t height, JPEGColor color, JPEGScans scans,
-           const Bytes& rows);
+           const Bytes& rows, const Bytes& exif = {});
+/// A segment that tells this orientation (0: none) after another field.
+Bytes exif(std::uint16_t orientation, bool littleEndian);
 
 /// A PNG that consists of this header and this data, with right checksums.
 Bytes pngOfChunks(std::uint32_t width, std::uint32_t height, const Bytes& data);

@@ -175,6 +175,120 @@ TEST(ImageReading, TakesEveryKindOfJPEG) {
   for (const Case& c : cases) expectPixels(c);
 }
 
+// A pixel whose samples are all 0, but for the alpha when it is opaque: every file is read right or
+// refused.
+TEST(ImageReading, NeverDropsTheAlphaOfATIFF) {
+  using imagefiles::tiff;
+  const struct {
+    const char* name;
+    std::uint16_t photometric;
+    std::uint16_t colors;
+    Bytes opaque;
+  } kinds[] = {{"white is 0", PHOTOMETRIC_MINISWHITE, 1, {255, 255, 255, 255}},
+               {"grey", PHOTOMETRIC_MINISBLACK, 1, {0, 0, 0, 255}},
+               {"RGB", PHOTOMETRIC_RGB, 3, {0, 0, 0, 255}},
+               {"palette", PHOTOMETRIC_PALETTE, 1, {0, 255, 128, 255}},
+               {"CMYK", PHOTOMETRIC_SEPARATED, 4, {255, 255, 255, 255}},
+               {"Lab", PHOTOMETRIC_CIELAB, 3, {0, 0, 0, 255}}};
+  const imagefiles::TIFFKind layouts[] = {
+      {8, 0, 0}, {16, 0, 0}, {8, 0, 0, 1, -1, true}, {16, 0, 0, 1, -1, true}};
+  std::string read;
+  for (const auto& kind : kinds) {
+    for (imagefiles::TIFFKind layout : layouts) {
+      const std::string name = std::string(kind.name) + " " + std::to_string(layout.depth) +
+                               (layout.separate ? " in planes" : "");
+      SCOPED_TRACE(name);
+      layout.photometric = kind.photometric;
+      layout.samples = static_cast<std::uint16_t>(kind.colors + 1);
+      const std::size_t sample = layout.depth / 8;
+      Bytes clear(layout.samples * sample);
+      Bytes opaque = clear;
+      std::fill(opaque.end() - static_cast<std::ptrdiff_t>(sample), opaque.end(), 0xFF);
+      for (const int extra : {EXTRASAMPLE_ASSOCALPHA, EXTRASAMPLE_UNASSALPHA}) {
+        layout.extraSample = extra;
+        std::string reason;
+        const auto none = Image::imageWithData(tiff(1, 1, layout, clear));
+        const auto all = Image::imageWithData(tiff(1, 1, layout, opaque), &reason);
+        ASSERT_EQ(!none, !all);
+        if (!all) {
+          EXPECT_FALSE(reason.empty());
+          continue;
+        }
+        EXPECT_EQ(none->pixels()->bytes()[3], 0);
+        const auto bytes = all->pixels()->bytes();
+        EXPECT_EQ(Bytes(bytes.begin(), bytes.end()), kind.opaque);
+        if (extra == EXTRASAMPLE_UNASSALPHA) read += name + "; ";
+      }
+    }
+  }
+  EXPECT_EQ(read,
+            "white is 0 8; grey 8; grey 8 in planes; grey 16 in planes; RGB 8; RGB 16; "
+            "RGB 8 in planes; RGB 16 in planes; ");
+}
+
+// The pixels of a picture of 3 x 2 by name, as they are stored and as they are to be seen.
+TEST(ImageReading, TurnsPicturesAsTheirFilesSay) {
+  const struct {
+    std::uint16_t orientation;
+    std::uint32_t width;
+    const char* shown;
+  } cases[] = {{0, 3, "abcdef"}, {1, 3, "abcdef"}, {2, 3, "cbafed"}, {3, 3, "fedcba"},
+               {4, 3, "defabc"}, {5, 2, "adbecf"}, {6, 2, "daebfc"}, {7, 2, "fcebda"},
+               {8, 2, "cfbead"}, {9, 3, "abcdef"}};
+  const auto pixelsOf = [](std::string_view names) {
+    Bytes pixels;
+    for (const char name : names) {
+      const auto level = static_cast<std::uint8_t>((name - 'a') * 40);
+      pixels.insert(pixels.end(), {level, level, level, 255});
+    }
+    return pixels;
+  };
+  const Bytes levels{0, 40, 80, 120, 160, 200};
+  for (const auto& c : cases) {
+    const std::string name = "orientation " + std::to_string(c.orientation);
+    imagefiles::TIFFKind kind{8, 1, PHOTOMETRIC_MINISBLACK};
+    kind.orientation = c.orientation;
+    if (c.orientation <= 8) {
+      expectPixels({name.c_str(), imagefiles::tiff(3, 2, kind, levels), c.width, 6 / c.width,
+                    pixelsOf(c.shown)});
+    }
+    for (const bool little : {false, true}) {
+      const Bytes file = imagefiles::jpeg(3, 2, JPEGColor::grey, JPEGScans::one, levels,
+                                          imagefiles::exif(c.orientation, little));
+      expectPixels({name.c_str(), file, c.width, 6 / c.width, pixelsOf(c.shown), 3});
+    }
+  }
+  // What is no EXIF, or cut off anywhere, changes nothing.
+  const Bytes whole = imagefiles::exif(6, true);
+  for (std::size_t size = 0; size < whole.size() - 4; ++size) {
+    const Bytes part(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+    const Bytes file = imagefiles::jpeg(3, 2, JPEGColor::grey, JPEGScans::one, levels, part);
+    const auto image = Image::imageWithData(file);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->width(), size < 37 ? 3U : 2U) << size;
+  }
+}
+
+// Larger than the squares in which pixels are moved.
+TEST(ImageReading, TurnsLargePictures) {
+  constexpr std::uint32_t kWidth = 150;
+  constexpr std::uint32_t kHeight = 70;
+  Bytes levels(kWidth * kHeight);
+  for (std::size_t i = 0; i < levels.size(); ++i) levels[i] = static_cast<std::uint8_t>(i * 7);
+  imagefiles::TIFFKind kind{8, 1, PHOTOMETRIC_MINISBLACK};
+  kind.orientation = ORIENTATION_RIGHTTOP;
+  const auto image = Image::imageWithData(imagefiles::tiff(kWidth, kHeight, kind, levels));
+  ASSERT_TRUE(image);
+  ASSERT_EQ(image->width(), kHeight);
+  ASSERT_EQ(image->height(), kWidth);
+  const auto pixels = image->pixels();
+  for (std::uint32_t y = 0; y < kWidth; ++y) {
+    for (std::uint32_t x = 0; x < kHeight; ++x) {
+      ASSERT_EQ(pixels->bytes()[(y * kHeight + x) * 4], levels[(kHeight - 1 - x) * kWidth + y]);
+    }
+  }
+}
+
 std::vector<Case> smallFiles() {
   Bytes rgb(16 * 16 * 3);
   for (std::size_t i = 0; i < rgb.size(); ++i) rgb[i] = static_cast<std::uint8_t>(i * 29 % 251);

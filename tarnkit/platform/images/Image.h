@@ -27,8 +27,8 @@ class Image final : public Object {
   Image() = default;
 
   /// The picture in a PNG, TIFF or JPEG file, told apart by its first bytes, unpacked and checked
-  /// to the end. Null, with the reason, when it is none of them, is damaged or cut off, or exceeds
-  /// the limits.
+  /// to the end; turned and mirrored as a TIFF file or a camera's JPEG file says. Null, with the
+  /// reason, when it is none of them, is damaged or cut off, or exceeds the limits.
   static Ref<Image> imageWithData(ByteSpan file, std::string* reason = nullptr,
                                   const ImageLimits& limits = {});
   /// The same of a file on disk; the reason then names the path.

@@ -8,12 +8,16 @@
 #include <jerror.h>
 #include <jpeglib.h>
 
+#include "tarnkit/platform/images/Orientation.h"
+
 namespace tarnkit::detail {
 
 namespace {
 
 // Real progressive pictures have about ten; each one costs a walk over the whole picture.
 constexpr int kMaximumScans = 100;
+constexpr int kEXIFMarker = JPEG_APP0 + 1;
+constexpr unsigned kLargestSegment = 0xFFFF;
 
 /// libjpeg reports errors by jumping out of its functions. The functions that it may jump out of
 /// hold nothing that needs a destructor.
@@ -76,6 +80,14 @@ class Reader {
   /// The usual writer of CMYK pictures stores them inverted, and leaves its mark.
   bool isInverted() const noexcept { return jpeg_.saw_Adobe_marker; }
   const char* message() const noexcept { return errors_.message; }
+  /// How the picture was held when it was taken.
+  std::uint32_t orientation() const noexcept {
+    for (auto marker = jpeg_.marker_list; marker; marker = marker->next) {
+      const auto found = orientationOfEXIF({marker->data, marker->data_length});
+      if (found != kOrientationUpright) return found;
+    }
+    return kOrientationUpright;
+  }
 
   bool readHeader(ByteSpan file) {
     if (setjmp(errors_.target)) return false;
@@ -83,6 +95,7 @@ class Reader {
     jpeg_.progress = &progress_;
     progress_.progress_monitor = &onProgress;
     jpeg_mem_src(&jpeg_, file.data(), file.size());
+    jpeg_save_markers(&jpeg_, kEXIFMarker, kLargestSegment);
     jpeg_read_header(&jpeg_, TRUE);
     switch (jpeg_.jpeg_color_space) {
       case JCS_GRAYSCALE:
@@ -154,7 +167,10 @@ std::optional<Raster> readJPEG(ByteSpan file, const ImageLimits& limits, std::st
   Raster raster;
   raster.width = reader.width();
   raster.height = reader.height();
-  if (!isSizeAllowed(raster.width, raster.height, limits, reason)) return std::nullopt;
+  const std::uint32_t orientation = reader.orientation();
+  if (!isSizeAllowed(raster.width, raster.height, orientation, limits, reason)) {
+    return std::nullopt;
+  }
   if (!reader.start()) return refuse();
   const std::size_t stride = rowBytes(raster.width);
   // Grows with the rows that arrive, so that a header alone does not fill memory.
@@ -166,7 +182,7 @@ std::optional<Raster> readJPEG(ByteSpan file, const ImageLimits& limits, std::st
     if (reader.isCMYK()) convertCMYKRow(row, raster.width, reader.isInverted());
   }
   if (!reader.finish()) return refuse();
-  return raster;
+  return oriented(std::move(raster), orientation);
 }
 
 }  // namespace tarnkit::detail

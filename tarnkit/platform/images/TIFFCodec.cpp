@@ -7,6 +7,9 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <utility>
+
+#include "tarnkit/platform/images/Orientation.h"
 
 namespace tarnkit::detail {
 
@@ -129,6 +132,46 @@ Alpha prepareAlpha(TIFF* tiff) {
   return Alpha::straight;
 }
 
+bool isAlpha(std::uint16_t kind) noexcept {
+  return kind == EXTRASAMPLE_ASSOCALPHA || kind == EXTRASAMPLE_UNASSALPHA;
+}
+
+/// Whether libtiff gives the samples that stand beside the colours, or passes over them without a
+/// word; where it takes planes of inverted grey for grey it is wrong altogether.
+bool areExtraSamplesRead(TIFF* tiff) {
+  std::uint16_t count = 0;
+  std::uint16_t* kinds = nullptr;
+  if (!TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) || count == 0) return true;
+  std::uint16_t photometric = 0;
+  std::uint16_t depth = 0;
+  std::uint16_t layout = 0;
+  TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &photometric);
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_BITSPERSAMPLE, &depth);
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &layout);
+  const bool inPlanes = layout == PLANARCONFIG_SEPARATE;
+  if (inPlanes && photometric == PHOTOMETRIC_MINISWHITE) return false;
+  if (std::any_of(kinds + 1, kinds + count, isAlpha)) return false;
+  if (!isAlpha(kinds[0])) return true;
+  switch (photometric) {
+    case PHOTOMETRIC_RGB:
+      return true;
+    case PHOTOMETRIC_MINISBLACK:
+      return inPlanes || depth == 8;
+    case PHOTOMETRIC_MINISWHITE:
+      return depth == 8;
+    default:
+      return false;
+  }
+}
+
+/// libtiff mirrors pictures and does not turn them, so it is told that there is nothing to do.
+std::uint32_t takeOrientation(TIFF* tiff) {
+  std::uint16_t orientation = ORIENTATION_TOPLEFT;
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_ORIENTATION, &orientation);
+  TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+  return orientation;
+}
+
 std::uint8_t divided(std::uint32_t color, std::uint32_t alpha) noexcept {
   return static_cast<std::uint8_t>(std::min(255U, (color * 255U + alpha / 2U) / alpha));
 }
@@ -172,12 +215,16 @@ std::optional<Raster> readTIFF(ByteSpan file, const ImageLimits& limits, std::st
       !TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &raster.height)) {
     return refuse("it does not tell its size");
   }
-  if (!isSizeAllowed(raster.width, raster.height, limits, reason)) return std::nullopt;
+  const std::uint32_t orientation = takeOrientation(tiff);
+  if (!isSizeAllowed(raster.width, raster.height, orientation, limits, reason)) {
+    return std::nullopt;
+  }
   std::uint16_t compression = COMPRESSION_NONE;
   TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &compression);
   if (!isCompressionKnown(compression)) return refuse("its compression is not supported");
   char why[1024] = "";
   if (!TIFFRGBAImageOK(tiff, why)) return refuse(why);
+  if (!areExtraSamplesRead(tiff)) return refuse("its alpha is of a kind that is not supported");
   const Alpha alpha = prepareAlpha(tiff);
   raster.pixels.resize(rowBytes(raster.width) * raster.height);
   if (!TIFFReadRGBAImageOriented(tiff, raster.width, raster.height,
@@ -186,7 +233,7 @@ std::optional<Raster> readTIFF(ByteSpan file, const ImageLimits& limits, std::st
     return refuse(reader.message());
   }
   unpackPixels(raster.pixels, alpha);
-  return raster;
+  return oriented(std::move(raster), orientation);
 }
 
 }  // namespace tarnkit::detail

@@ -15,7 +15,8 @@ bool isTIFF(ByteSpan file) noexcept;
 
 /// The first picture of the file: bilevel, grey, palette, RGB, CMYK, YCbCr and Lab, in strips or
 /// tiles, of 8 or 16 bits (rounded to 8), plain or packed by PackBits, LZW, Deflate, JPEG or a fax
-/// code. Mirrored pictures are turned right, rotated ones are not.
+/// code, turned and mirrored as its orientation says. Alpha beside colours of another kind than RGB
+/// and grey, and beside grey of 16 bits in one plane with it, is a reason to refuse the file.
 std::optional<Raster> readTIFF(ByteSpan file, const ImageLimits& limits, std::string& reason);
 
 /// One uncompressed strip of RGBA with straight alpha. The bytes depend on the pixels only, not on
