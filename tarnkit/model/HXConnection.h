@@ -51,8 +51,8 @@ class HXConnection final : public Object {
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
 
-  /// The number of the next unique key.
-  static std::int32_t hx_newKeyNumber();
+  /// Draws the next key of a connection.
+  static String hx_newUniqueKey();
 
  private:
   HXConnection() noexcept = default;

@@ -7,6 +7,7 @@
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
@@ -40,8 +41,8 @@ HXDocument::HXDocument(Decoding decoding) noexcept : HXNode(decoding) {}
 Ref<Object> HXDocument::makeForDecoding(const Class&) { return make<HXDocument>(Decoding{}); }
 
 String HXDocument::hx_newDocumentKey() {
-  static std::uint32_t next = 0;
-  return String(fmt::format("document_{}", static_cast<std::int32_t>(next++)));
+  static constinit KeyCounter counter{"document_"};
+  return counter.next();
 }
 
 const Symbol& HXDocument::deviceClassName() const {

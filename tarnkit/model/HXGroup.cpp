@@ -5,6 +5,7 @@
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
@@ -54,8 +55,8 @@ void HXGroup::takeOver(HXGroup* group) {
 }
 
 String HXGroup::hx_newUniqueKey() {
-  static std::uint32_t next = 0;
-  return String(fmt::format("group_{}", static_cast<std::int32_t>(next++)));
+  static constinit KeyCounter counter{"group_"};
+  return counter.next();
 }
 
 void HXGroup::setNode(HXNode* node) { node_ = node; }

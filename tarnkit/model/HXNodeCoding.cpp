@@ -6,6 +6,7 @@
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
+#include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
@@ -91,7 +92,10 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
 void HXNode::initWithCoder(Decoder& coder) {
   decoding_ = true;
   hasKeyPath_ = true;
-  if (coder.codingType() == HXCodingTypeEditorWithKeys) uniqueKey_ = coder.decodeString(kUniqueKey);
+  if (coder.codingType() == HXCodingTypeEditorWithKeys) {
+    uniqueKey_ = coder.decodeString(kUniqueKey);
+    keyCounter().moveBeyond(uniqueKey_.view());
+  }
   if (uniqueKey_.isNil()) uniqueKey_ = hx_newUniqueKey();
   parentGroup_ = coder.decode<HXGroup>(kParentGroup);
   subnodeGroup_ = coder.decode<HXGroup>(kSubnodeGroup);
