@@ -44,6 +44,13 @@ String HXConnection::hx_newUniqueKey() { return keyCounter.next(); }
 
 String HXConnection::uniqueKey() const { return hasKey_ ? keyCounter.key(keyNumber_) : String(); }
 
+bool HXConnection::isHeld() const {
+  for (const auto* port : {outputPort(), inputPort()}) {
+    if (port && port->connections().contains(this)) return true;
+  }
+  return false;
+}
+
 bool HXConnection::traverseConnection(Path& path) const {
   return hx_traverseConnection(outputPort(), inputPort(), path);
 }

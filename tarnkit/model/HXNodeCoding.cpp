@@ -166,11 +166,13 @@ void HXNode::decodeParameters(Decoder& coder) {
 void HXNode::awakeAfterDecoding(Decoder& coder) {
   decoding_ = false;
   if (subnodeGroup_) {
-    if (!subnodeGroup_->node()) subnodeGroup_->setNode(this);
-    if (subnodeGroup_->node() != this) {
+    // The node that has the group holds it, whatever node the group says that it is of.
+    const auto* other = subnodeGroup_->node();
+    if (other && other != this && other->subnodeGroup_ == subnodeGroup_) {
       coder.fail("HXNode.subnodeGroup: a group that belongs to two nodes");
       return;
     }
+    if (other != this) subnodeGroup_->adoptedBy(*this);
   }
   for (const auto& entry : portsByUniqueKey_) {
     if (!entry.value || (entry.value->node() && entry.value->node() != this)) {

@@ -91,11 +91,15 @@ std::vector<String> HXReplicatorNode::hx_keyPathForNode(const HXNode* node) cons
 }
 
 void HXReplicatorNode::symbolicPortNameWasAdded(HXPort& port) {
+  const Ref<HXNode> kept(this);
+  const Ref<HXPort> keptPort(&port);
   if (hx_shouldMatchPortWithArrayOutputPort(port)) {
     const String key(fmt::format("ReplicatorOutput.{}", newUUIDString().view()));
+    // Noted first: whoever observes the rest may end the publication, and with it the array output.
+    arrayOutputKeys_.set(keptPort, key);
     if (patch()) addArrayOutput(*Ref<HXRNode>(patch()), port, key);
     hx_hideSymbolicOutputPortGroups();
-    arrayOutputKeys_.set(Ref<HXPort>(&port), key);
+    if (arrayOutputKeys_.get(&port) != key) return;
     NotificationCenter::defaultCenter().postLazily(
         HXReplicatorNodeAddOutputPortNotification, *this, [&] {
           const auto* resolved = resolvedPort(port);
@@ -111,8 +115,10 @@ void HXReplicatorNode::symbolicPortNameWasAdded(HXPort& port) {
 }
 
 void HXReplicatorNode::symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& symbolicPort) {
+  const Ref<HXNode> kept(this);
+  const Ref<HXPort> keptPort(&port);
+  const Ref<HXSymbolicPort> keptSymbolicPort(&symbolicPort);
   if (hx_shouldMatchPortWithArrayOutputPort(port)) {
-    const Ref<HXPort> kept(&port);
     const auto output = hx_replicatorArrayOutputPortForPort(port);
     if (output) Ref<HXRNode>(patch())->removePort(*output);
     const String key = arrayOutputKeys_.take(&port);
@@ -129,6 +135,8 @@ void HXReplicatorNode::symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& 
 }
 
 void HXReplicatorNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
+  const Ref<HXNode> kept(this);
+  const Ref<HXSymbolicPort> keptSymbolicPort(&symbolicPort);
   if (const auto* port = symbolicPort.port()) {
     if (const auto output = hx_replicatorArrayOutputPortForPort(*port)) {
       output->setName(symbolicPort.name());
@@ -139,7 +147,9 @@ void HXReplicatorNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
 
 void HXReplicatorNode::willSetPatch(const Ref<HXRNode>& patch) {
   if (!patch) return;
-  for (const auto& entry : arrayOutputKeys_) {
+  // A definition that is in force already announces what it is given.
+  const auto outputs = arrayOutputKeys_;
+  for (const auto& entry : outputs) {
     if (!patch->portLayout().ports().contains(entry.value)) {
       addArrayOutput(*patch, *entry.key, entry.value);
     }
@@ -176,8 +186,9 @@ void HXReplicatorNode::initWithCoder(Decoder& coder) {
 void HXReplicatorNode::awakeAfterDecoding(Decoder& coder) {
   IdentityMap<HXPort, String> published;
   for (const auto& entry : arrayOutputKeys_) {
-    const auto* node = entry.key->node();
-    if (node && entry.key->symbolicPort() && node->parentGroup() == subnodeGroup().get()) {
+    const auto* symbolicPort = entry.key->symbolicPort();
+    if (symbolicPort && (symbolicInputPorts().contains(symbolicPort) ||
+                         symbolicOutputPorts().contains(symbolicPort))) {
       published.set(entry.key, entry.value);
     } else {
       Log::warning("HXReplicatorNode",
