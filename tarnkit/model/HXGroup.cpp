@@ -86,6 +86,11 @@ HXGroup& HXGroup::inForce() noexcept {
   return owner && owner->subnodeGroup() ? *owner->subnodeGroup() : *this;
 }
 
+HXNode* HXGroup::owner() const noexcept {
+  auto* node = this->node();
+  return node && node->subnodeGroup().get() == this ? node : nullptr;
+}
+
 std::vector<Ref<HXNode>> HXGroup::subnodes() const {
   std::vector<Ref<HXNode>> nodes;
   nodes.reserve(subnodes_.size());
@@ -159,9 +164,10 @@ void HXGroup::addNode(HXNode& node) {
                      return groupInfo(documentKey, *target, HXNodeInfo, node);
                    });
   const Ref<HXGroup> now(&target->inForce());
-  if (!now->isSubviewGroup() && now->node() && node.parentGroup() == now.get() &&
+  const Ref<HXNode> owner(now->owner());
+  if (owner && !now->isSubviewGroup() && node.parentGroup() == now.get() &&
       node.shouldBeTreatedAsViewNode()) {
-    Ref<HXNode>(now->node())->swapSubnodeGroupToViewGroup();
+    owner->swapSubnodeGroupToViewGroup();
   }
   const Ref<HXGroup> final(&now->inForce());
   if (wasSubviewGroup && node.parentGroup() == final.get()) final->didAddNode(node);
@@ -209,9 +215,8 @@ void HXGroup::release(HXNode& node) {
 
 void HXGroup::endViewGroupWithoutViews(HXGroup& group) {
   const Ref<HXGroup> here(&group.inForce());
-  if (here->isSubviewGroup() && here->node() && !here->hasViewNode()) {
-    Ref<HXNode>(here->node())->swapSubnodeGroupToGroup();
-  }
+  const Ref<HXNode> owner(here->owner());
+  if (owner && here->isSubviewGroup() && !here->hasViewNode()) owner->swapSubnodeGroupToGroup();
 }
 
 void HXGroup::removeNode(HXNode* node) {
@@ -258,7 +263,7 @@ void HXGroup::subnodeViewTypeDidChange(HXNode& node) {
   while (group) {
     const Ref<HXGroup> here(&group->inForce());
     const bool wasSubviewGroup = here->isSubviewGroup();
-    const Ref<HXNode> owner(here->node());
+    const Ref<HXNode> owner(here->owner());
     const bool swaps = owner && here->hasViewNode() != wasSubviewGroup;
     if (swaps) owner->exchangeSubnodeGroup(owner->makeSubnodeGroup(!wasSubviewGroup));
     const Ref<HXGroup> now(&here->inForce());

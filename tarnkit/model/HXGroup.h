@@ -118,6 +118,8 @@ class HXGroup : public Object {
 
   /// The group that is in force in place of this one: itself unless its node replaced it.
   HXGroup& inForce() noexcept;
+  /// The node whose subnode group this is; null, other than `node`, once the node dropped it.
+  HXNode* owner() const noexcept;
   void takeOver(HXGroup* group);
   /// Looks through the subnodes; of a subview group, at its views first.
   virtual bool hasViewNode() const;

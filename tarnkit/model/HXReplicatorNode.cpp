@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/foundation/MapAdditions.h"
@@ -94,6 +95,7 @@ void HXReplicatorNode::symbolicPortNameWasAdded(HXPort& port) {
   const Ref<HXNode> kept(this);
   const Ref<HXPort> keptPort(&port);
   if (hx_shouldMatchPortWithArrayOutputPort(port)) {
+    endArrayOutput(port);  // a port that is published once more is collected once
     const String key(fmt::format("ReplicatorOutput.{}", newUUIDString().view()));
     // Noted first: whoever observes the rest may end the publication, and with it the array output.
     arrayOutputKeys_.set(keptPort, key);
@@ -118,20 +120,22 @@ void HXReplicatorNode::symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& 
   const Ref<HXNode> kept(this);
   const Ref<HXPort> keptPort(&port);
   const Ref<HXSymbolicPort> keptSymbolicPort(&symbolicPort);
-  if (hx_shouldMatchPortWithArrayOutputPort(port)) {
-    const auto output = hx_replicatorArrayOutputPortForPort(port);
-    if (output) Ref<HXRNode>(patch())->removePort(*output);
-    const String key = arrayOutputKeys_.take(&port);
-    if (!key.isNil()) {
-      NotificationCenter::defaultCenter().postLazily(
-          HXReplicatorNodeRemoveOutputPortNotification, *this, [&] {
-            return UserInfo{{HXDocumentKeyInfo, documentKey().object()},
-                            {HXNodeInfo, Ref<Object>(this)},
-                            {kReplicatorOutputPortKey, key.object()}};
-          });
-    }
-  }
+  if (hx_shouldMatchPortWithArrayOutputPort(port)) endArrayOutput(port);
   HXNode::symbolicPortNameWasRemoved(port, symbolicPort);
+}
+
+void HXReplicatorNode::endArrayOutput(HXPort& port) {
+  if (const auto output = hx_replicatorArrayOutputPortForPort(port)) {
+    Ref<HXRNode>(patch())->removePort(*output);
+  }
+  const String key = arrayOutputKeys_.take(&port);
+  if (key.isNil()) return;
+  NotificationCenter::defaultCenter().postLazily(
+      HXReplicatorNodeRemoveOutputPortNotification, *this, [&] {
+        return UserInfo{{HXDocumentKeyInfo, documentKey().object()},
+                        {HXNodeInfo, Ref<Object>(this)},
+                        {kReplicatorOutputPortKey, key.object()}};
+      });
 }
 
 void HXReplicatorNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
@@ -184,19 +188,24 @@ void HXReplicatorNode::initWithCoder(Decoder& coder) {
 }
 
 void HXReplicatorNode::awakeAfterDecoding(Decoder& coder) {
-  IdentityMap<HXPort, String> published;
+  // Of a port that is published twice either publication will do.
+  std::unordered_set<const HXPort*> published;
+  for (const auto* ports : {&symbolicInputPorts(), &symbolicOutputPorts()}) {
+    for (const auto& member : *ports) {
+      published.insert(static_cast<const HXSymbolicPort&>(*member).port());
+    }
+  }
+  IdentityMap<HXPort, String> kept;
   for (const auto& entry : arrayOutputKeys_) {
-    const auto* symbolicPort = entry.key->symbolicPort();
-    if (symbolicPort && (symbolicInputPorts().contains(symbolicPort) ||
-                         symbolicOutputPorts().contains(symbolicPort))) {
-      published.set(entry.key, entry.value);
+    if (published.contains(entry.key.get())) {
+      kept.set(entry.key, entry.value);
     } else {
       Log::warning("HXReplicatorNode",
                    fmt::format("Dropping the array output {} of a port that is not published",
                                entry.value.view()));
     }
   }
-  arrayOutputKeys_ = published;
+  arrayOutputKeys_ = kept;
   HXNode::awakeAfterDecoding(coder);
 }
 
