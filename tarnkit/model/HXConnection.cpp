@@ -1,10 +1,9 @@
 #include "tarnkit/model/HXConnection.h"
 
-#include <fmt/format.h>
-
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXPort.h"
+#include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
@@ -12,6 +11,8 @@ namespace tarnkit {
 const Class HXConnection::kClass{"HXConnection", &Object::kClass, &HXConnection::makeForDecoding};
 
 namespace {
+
+constinit KeyCounter keyCounter{"connection_"};
 
 constinit const Symbol kOutputPort{"HXConnection.outputPort"};
 constinit const Symbol kInputPort{"HXConnection.inputPort"};
@@ -34,18 +35,20 @@ HXConnection::HXConnection(HXPort* outputPort, HXPort* inputPort, HXPort* displa
       inputPort_(inputPort),
       displayOutputPort_(displayOutputPort),
       displayInputPort_(displayInputPort),
-      keyNumber_(hx_newKeyNumber()),
+      keyNumber_(keyCounter.nextNumber()),
       hasKey_(true) {}
 
 Ref<Object> HXConnection::makeForDecoding(const Class&) { return make<HXConnection>(); }
 
-std::int32_t HXConnection::hx_newKeyNumber() {
-  static std::uint32_t next = 0;
-  return static_cast<std::int32_t>(next++);
-}
+String HXConnection::hx_newUniqueKey() { return keyCounter.next(); }
 
-String HXConnection::uniqueKey() const {
-  return hasKey_ ? String(fmt::format("connection_{}", keyNumber_)) : String();
+String HXConnection::uniqueKey() const { return hasKey_ ? keyCounter.key(keyNumber_) : String(); }
+
+bool HXConnection::isHeld() const {
+  for (const auto* port : {outputPort(), inputPort()}) {
+    if (port && port->connections().contains(this)) return true;
+  }
+  return false;
 }
 
 bool HXConnection::traverseConnection(Path& path) const {
@@ -114,7 +117,7 @@ void HXConnection::encodeWithCoder(Encoder& coder) const {
 
 void HXConnection::initWithCoder(Decoder& coder) {
   if (!isEditorCodingType(coder.codingType())) return;
-  keyNumber_ = hx_newKeyNumber();
+  keyNumber_ = keyCounter.nextNumber();
   hasKey_ = true;
   outputPort_ = coder.decode<HXPort>(kOutputPort);
   inputPort_ = coder.decode<HXPort>(kInputPort);

@@ -34,6 +34,9 @@ class HXConnection final : public Object {
   HXPort* displayOutputPort() const noexcept { return displayOutputPort_.get(); }
   HXPort* displayInputPort() const noexcept { return displayInputPort_.get(); }
 
+  /// Whether one of its ends holds it: not before it is added to a document, nor once it is broken.
+  bool isHeld() const;
+
   /// Where a connection runs: the nearest node that encloses both ends, and the keys from each
   /// end's node (first) up to, not including, that node.
   struct Path {
@@ -51,8 +54,8 @@ class HXConnection final : public Object {
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
 
-  /// The number of the next unique key.
-  static std::int32_t hx_newKeyNumber();
+  /// Draws the next key of a connection.
+  static String hx_newUniqueKey();
 
  private:
   HXConnection() noexcept = default;

@@ -7,6 +7,7 @@
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
@@ -40,8 +41,8 @@ HXDocument::HXDocument(Decoding decoding) noexcept : HXNode(decoding) {}
 Ref<Object> HXDocument::makeForDecoding(const Class&) { return make<HXDocument>(Decoding{}); }
 
 String HXDocument::hx_newDocumentKey() {
-  static std::uint32_t next = 0;
-  return String(fmt::format("document_{}", static_cast<std::int32_t>(next++)));
+  static constinit KeyCounter counter{"document_"};
+  return counter.next();
 }
 
 const Symbol& HXDocument::deviceClassName() const {
@@ -74,6 +75,7 @@ Ref<HXConnection> HXDocument::connectPort(HXPort& first, HXPort& toPort) {
 }
 
 void HXDocument::breakConnection(HXConnection& connection) {
+  const Ref<HXDocument> keptDocument(this);
   const Ref<HXConnection> kept(&connection);
   if (const Ref<HXPort> port{connection.outputPort()}) port->disconnectConnection(connection);
   if (const Ref<HXPort> port{connection.inputPort()}) port->disconnectConnection(connection);
@@ -86,15 +88,26 @@ void HXDocument::breakConnection(HXConnection& connection) {
 }
 
 void HXDocument::breakAllConnectionsToPort(HXPort& port) {
-  for (const auto& connection : port.connections().toVector()) breakConnection(*connection);
+  const Ref<HXDocument> kept(this);
+  const Ref<HXPort> keptPort(&port);
+  for (const auto& connection : port.connections().toVector()) {
+    // An observer of one may have broken another.
+    if (port.connections().contains(connection.get())) breakConnection(*connection);
+  }
 }
 
 void HXDocument::restoreConnection(HXConnection& connection) { hx_addConnection(connection); }
 
 void HXDocument::hx_addConnection(HXConnection& connection) {
+  const Ref<HXDocument> keptDocument(this);
   const Ref<HXConnection> kept(&connection);
-  if (const Ref<HXPort> port{connection.outputPort()}) port->connectConnection(connection);
-  if (const Ref<HXPort> port{connection.inputPort()}) port->connectConnection(connection);
+  // False when an observer broke the connection before it was whole.
+  const auto joins = [&connection](const Ref<HXPort>& port) {
+    return !port || !port->connectConnection(connection) ||
+           port->connections().contains(&connection);
+  };
+  if (!joins(Ref<HXPort>(connection.outputPort()))) return;
+  if (!joins(Ref<HXPort>(connection.inputPort()))) return;
   detail::announce(HXDocumentAddConnectionNotification, *this, *this,
                    [&](const Ref<Object>& documentKey) {
                      return UserInfo{{HXDocumentKeyInfo, documentKey},
@@ -115,8 +128,11 @@ void HXDocument::initWithCoder(Decoder& coder) {
 
 // The document key comes last: while the key is missing, nothing that settles below is announced.
 void HXDocument::awakeAfterDecoding(Decoder& coder) {
-  if (parentGroup()) coder.fail("HXNode.parentGroup: a document inside another");
+  if (parentGroup() && parentGroup()->subnodeForKey(uniqueKey()) == this) {
+    coder.fail("HXNode.parentGroup: a document inside another");
+  }
   if (coder.failed()) return;
+  setParentGroup(nullptr);
   checkTree(coder);
   HXNode::awakeAfterDecoding(coder);
   documentKey_ = hx_newDocumentKey();

@@ -2,9 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <unordered_set>
+
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
@@ -20,8 +24,15 @@ UserInfo groupInfo(const Ref<Object>& documentKey, HXGroup& group, const Symbol&
           {key, Ref<Object>(&object)}};
 }
 
-void warnOfCircle() {
-  Log::warning("HXGroup", "Attempting to add a node to a group inside itself.");
+// The ports of the node as it shows them, then the ports that it publishes.
+std::vector<Ref<HXPort>> shownAndPublishedPorts(const HXNode& node) {
+  auto ports = node.ports();
+  for (const auto* published : {&node.symbolicInputPorts(), &node.symbolicOutputPorts()}) {
+    for (const auto& port : *published) {
+      ports.emplace_back(static_cast<HXPort*>(port.get()));
+    }
+  }
+  return ports;
 }
 
 }  // namespace
@@ -54,8 +65,8 @@ void HXGroup::takeOver(HXGroup* group) {
 }
 
 String HXGroup::hx_newUniqueKey() {
-  static std::uint32_t next = 0;
-  return String(fmt::format("group_{}", static_cast<std::int32_t>(next++)));
+  static constinit KeyCounter counter{"group_"};
+  return counter.next();
 }
 
 void HXGroup::setNode(HXNode* node) { node_ = node; }
@@ -73,6 +84,11 @@ const Symbol& HXGroup::processClassName() const {
 HXGroup& HXGroup::inForce() noexcept {
   const auto* owner = formerNode_.get();
   return owner && owner->subnodeGroup() ? *owner->subnodeGroup() : *this;
+}
+
+HXNode* HXGroup::owner() const noexcept {
+  auto* node = this->node();
+  return node && node->subnodeGroup().get() == this ? node : nullptr;
 }
 
 std::vector<Ref<HXNode>> HXGroup::subnodes() const {
@@ -107,25 +123,40 @@ bool HXGroup::isInside(const HXNode& node) const {
 // Whatever is called out to below (observers, the owner's swaps) may replace this group, so every
 // step looks up the group in force anew.
 
+bool HXGroup::mayHold(HXNode& node) const {
+  if (node.asDocument()) {
+    Log::warning("HXGroup", "Attempting to add a document to a group.");
+    return false;
+  }
+  if (!isInside(node)) return true;
+  Log::warning("HXGroup", "Attempting to add a node to a group inside itself.");
+  return false;
+}
+
 void HXGroup::addNode(HXNode& node) {
   const Ref<HXGroup> here(&inForce());
   const Ref<HXNode> kept(&node);
-  if (here->isInside(node)) {
-    warnOfCircle();
-    return;
-  }
-  const bool wasSubviewGroup = here->isSubviewGroup();
+  if (!here->mayHold(node)) return;
+  // Whoever observes what happens before the node is added may put it, this group, or another node
+  // of its key somewhere else.
+  const auto isHeld = [&node] {
+    const auto* group = node.parentGroup();
+    return group && group->subnodeForKey(node.uniqueKey()) == &node;
+  };
   if (const Ref<HXGroup> parent{node.parentGroup()}) {
     parent->removeNode(&node);
-    // Whoever observed that may have put the node, or this group, somewhere else.
-    const auto* elsewhere = node.parentGroup();
-    if (elsewhere && elsewhere->subnodeForKey(node.uniqueKey()) == &node) return;
-    if (here->inForce().isInside(node)) {
-      warnOfCircle();
-      return;
-    }
+    if (isHeld() || !here->inForce().mayHold(node)) return;
+  }
+  const Ref<HXNode> displaced(here->inForce().subnodeForKey(node.uniqueKey()));
+  if (displaced) {
+    Log::warning("HXGroup", fmt::format("Replacing the node {} by another one that has its key.",
+                                        node.uniqueKey().view()));
+    here->inForce().displace(*displaced);
+    if (isHeld() || !here->inForce().mayHold(node)) return;
+    if (here->inForce().subnodeForKey(node.uniqueKey())) return;
   }
   const Ref<HXGroup> target(&here->inForce());
+  const bool wasSubviewGroup = target->isSubviewGroup();
   node.setParentGroup(target.get());
   target->subnodes_.set(node.uniqueKey(), kept);
   detail::announce(HXGroupAddNodeNotification, *target, *target,
@@ -133,12 +164,59 @@ void HXGroup::addNode(HXNode& node) {
                      return groupInfo(documentKey, *target, HXNodeInfo, node);
                    });
   const Ref<HXGroup> now(&target->inForce());
-  if (!now->isSubviewGroup() && now->node() && node.parentGroup() == now.get() &&
+  const Ref<HXNode> owner(now->owner());
+  if (owner && !now->isSubviewGroup() && node.parentGroup() == now.get() &&
       node.shouldBeTreatedAsViewNode()) {
-    Ref<HXNode>(now->node())->swapSubnodeGroupToViewGroup();
+    owner->swapSubnodeGroupToViewGroup();
   }
-  HXGroup& final = now->inForce();
-  if (wasSubviewGroup && node.parentGroup() == &final) final.didAddNode(node);
+  const Ref<HXGroup> final(&now->inForce());
+  if (wasSubviewGroup && node.parentGroup() == final.get()) final->didAddNode(node);
+  if (displaced) endViewGroupWithoutViews(*final);
+}
+
+void HXGroup::displace(HXNode& node) {
+  const Ref<HXGroup> kept(this);
+  forgetNode(node);
+  // Nothing of it may stay behind, so hidden ports are withdrawn as well, and what was joined to
+  // the ports that it publishes.
+  std::vector<Ref<HXPort>> ports;
+  for (const auto& entry : node.portsByUniqueKey()) ports.emplace_back(entry.value.get());
+  std::vector<Ref<HXConnection>> joined;
+  for (auto& port : shownAndPublishedPorts(node)) {
+    if (const auto* published = as<HXSymbolicPort>(port.get())) {
+      const auto* resolved = published->resolvedPort();
+      if (!resolved) continue;
+      resolved->connections().forEach([&](HXConnection& connection) {
+        if (connection.displayInputPort() == published ||
+            connection.displayOutputPort() == published) {
+          joined.emplace_back(&connection);
+        }
+      });
+      ports.push_back(std::move(port));
+    }
+  }
+  inForce().withdraw(ports);
+  const auto* owner = inForce().node();
+  if (const Ref<HXDocument> document{owner ? owner->document() : nullptr}) {
+    for (const auto& connection : joined) {
+      if (connection->isHeld()) document->breakConnection(*connection);
+    }
+  }
+  inForce().release(node);
+}
+
+void HXGroup::release(HXNode& node) {
+  if (subnodeForKey(node.uniqueKey()) != &node) return;
+  const Ref<HXGroup> kept(this);
+  if (node.parentGroup() == this) node.setParentGroup(nullptr);
+  subnodes_.take(node.uniqueKey());
+  forgetNode(node);  // again: an observer may have made it a view meanwhile
+}
+
+void HXGroup::endViewGroupWithoutViews(HXGroup& group) {
+  const Ref<HXGroup> here(&group.inForce());
+  const Ref<HXNode> owner(here->owner());
+  if (owner && here->isSubviewGroup() && !here->hasViewNode()) owner->swapSubnodeGroupToGroup();
 }
 
 void HXGroup::removeNode(HXNode* node) {
@@ -147,28 +225,17 @@ void HXGroup::removeNode(HXNode* node) {
   const Ref<HXGroup> keptGroup(&here);
   const Ref<HXNode> kept(node);
   here.forgetNode(*node);
-  here.inForce().withdraw(*node);
+  here.inForce().withdraw(shownAndPublishedPorts(*node));
   const Ref<HXGroup> now(&here.inForce());
-  if (node->parentGroup() != now.get()) return;  // an observer took it out already
-  node->setParentGroup(nullptr);
-  now->subnodes_.take(node->uniqueKey());
-  now->forgetNode(*node);  // again: an observer may have made it a view meanwhile
+  if (now->subnodeForKey(node->uniqueKey()) != node) return;  // an observer took it out already
+  now->release(*node);
   detail::announce(HXGroupRemoveNodeNotification, *now, *now, [&](const Ref<Object>& documentKey) {
     return groupInfo(documentKey, *now, HXNodeInfo, *node);
   });
-  const Ref<HXGroup> final(&now->inForce());
-  if (final->isSubviewGroup() && final->node() && !final->hasViewNode()) {
-    Ref<HXNode>(final->node())->swapSubnodeGroupToGroup();
-  }
+  endViewGroupWithoutViews(*now);
 }
 
-void HXGroup::withdraw(HXNode& node) {
-  auto ports = node.ports();
-  for (const auto* published : {&node.symbolicInputPorts(), &node.symbolicOutputPorts()}) {
-    for (const auto& port : *published) {
-      ports.emplace_back(static_cast<HXPort*>(port.get()));
-    }
-  }
+void HXGroup::withdraw(const std::vector<Ref<HXPort>>& ports) {
   const Ref<HXGroup> kept(this);
   for (const auto& port : ports) {
     HXGroup& here = inForce();
@@ -196,12 +263,12 @@ void HXGroup::subnodeViewTypeDidChange(HXNode& node) {
   while (group) {
     const Ref<HXGroup> here(&group->inForce());
     const bool wasSubviewGroup = here->isSubviewGroup();
-    const Ref<HXNode> owner(here->node());
+    const Ref<HXNode> owner(here->owner());
     const bool swaps = owner && here->hasViewNode() != wasSubviewGroup;
     if (swaps) owner->exchangeSubnodeGroup(owner->makeSubnodeGroup(!wasSubviewGroup));
-    HXGroup& now = here->inForce();
-    if (wasSubviewGroup && now.subnodeForKey(subject->uniqueKey()) == subject.get()) {
-      now.viewTypeDidChange(*subject);
+    const Ref<HXGroup> now(&here->inForce());
+    if (wasSubviewGroup && now->subnodeForKey(subject->uniqueKey()) == subject.get()) {
+      now->viewTypeDidChange(*subject);
     }
     if (!swaps) return;
     subject = owner;
@@ -223,6 +290,7 @@ Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
   HXGroup& here = inForce();
   if (!here.symbolicPorts(port.orientation())) return nullptr;
   const Ref<HXGroup> kept(&here);
+  const Ref<HXPort> keptPort(&port);
   auto symbolicPort =
       make<HXSymbolicPort>(&port, here.node(), port.orientation(), port.connectionRelationship());
   symbolicPort->setName(port.name());
@@ -234,6 +302,7 @@ void HXGroup::hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort) {
   const Ref<HXGroup> kept(this);
   const Ref<HXPort> keptPort(&toPort);
   toPort.setSymbolicPort(&symbolicPort);
+  if (toPort.symbolicPort() != &symbolicPort) return;  // an observer ended it, or published anew
   if (auto* ports = inForce().symbolicPorts(toPort.orientation())) {
     ports->add(Ref<Object>(&symbolicPort));
   }
@@ -251,6 +320,7 @@ void HXGroup::restoreSymbolicPort(HXSymbolicPort& symbolicPort) {
   const Ref<HXSymbolicPort> kept(&symbolicPort);
   const Ref<HXGroup> keptGroup(this);
   port->setSymbolicPort(nullptr);
+  symbolicPort.setNode(inForce().node());
   inForce().hx_addSymbolicPort(symbolicPort, *port);
 }
 
@@ -260,6 +330,9 @@ void HXGroup::restoreSymbolicPort(HXSymbolicPort& symbolicPort) {
 void HXGroup::endDeepPublications(HXPort& port) {
   constexpr std::size_t kMaximumDepth = 200;
   std::vector<std::pair<Ref<HXGroup>, Ref<HXPort>>> above;
+  // A file may say that an array output collects what stands for itself; beyond the depth each port
+  // is entered once.
+  std::unordered_set<const HXPort*> deep;
   HXPort* next = &port;
   for (std::size_t at = 0; next; ++at) {
     const Ref<HXSymbolicPort> symbolicPort(next->symbolicPort());
@@ -268,6 +341,7 @@ void HXGroup::endDeepPublications(HXPort& port) {
       for (HXPort* outer :
            {static_cast<HXPort*>(symbolicPort.get()), owner->collectingPort(*next)}) {
         if (!outer || !outer->symbolicPort()) continue;
+        if (above.size() > kMaximumDepth && !deep.insert(outer).second) continue;
         above.emplace_back(Ref<HXGroup>(owner->parentGroup()), Ref<HXPort>(outer));
       }
     }
@@ -280,6 +354,8 @@ void HXGroup::endDeepPublications(HXPort& port) {
 }
 
 void HXGroup::removeSymbolicPortForPort(HXPort* port) {
+  const Ref<HXGroup> kept(this);
+  const Ref<HXPort> keptPort(port);
   if (port && port->symbolicPort()) endDeepPublications(*port);
   // A port may be published through many levels; the outermost publication ends first.
   struct Level {
@@ -309,6 +385,7 @@ void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
     if (const Ref<HXDocument> document{owner ? owner->document() : nullptr}) {
       document->breakAllConnectionsToPort(*resolved);
     }
+    if (port.symbolicPort() != &symbolicPort) return;  // an observer ended it already
   }
   HXGroup& here = inForce();
   here.symbolicInputPorts_->remove(&symbolicPort);

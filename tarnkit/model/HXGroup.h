@@ -61,7 +61,12 @@ class HXGroup : public Object {
   /// Those of the subnodes that are selected.
   std::vector<Ref<HXNode>> selectedNodes() const;
   /// Adds the node, taking it out of its present group first (this one included: its connections
-  /// and publications end). A node that encloses this group is refused, with one line logged.
+  /// and publications end). A node that encloses this group, and a document, is refused with one
+  /// line logged.
+  ///
+  /// A node whose key another subnode has (a copy of an opened document brings such nodes) takes
+  /// that one's place, with one line logged: the other's publications and connections end, its
+  /// removal is not announced.
   void addNode(HXNode& node);
   /// Unpublishes and disconnects every port of the node and takes it out. A node that is not in the
   /// group is ignored.
@@ -78,8 +83,9 @@ class HXGroup : public Object {
   /// Ends the publication of the port here and at every level above, and every connection of the
   /// port that it resolves to. A port that is null or not published is ignored.
   void removeSymbolicPortForPort(HXPort* port);
-  /// Publishes again under a symbolic port that was removed: the same object, with its name. One
-  /// whose inner port is gone is ignored.
+  /// Publishes again under a symbolic port that was removed: the same object, with its name, of
+  /// this group's node. One whose inner port is gone is ignored; one whose inner port is neither
+  /// input nor output stands on neither side.
   void restoreSymbolicPort(HXSymbolicPort& symbolicPort);
 
   bool isOpaque() const noexcept { return opaque_; }
@@ -112,6 +118,8 @@ class HXGroup : public Object {
 
   /// The group that is in force in place of this one: itself unless its node replaced it.
   HXGroup& inForce() noexcept;
+  /// The node whose subnode group this is; null, other than `node`, once the node dropped it.
+  HXNode* owner() const noexcept;
   void takeOver(HXGroup* group);
   /// Looks through the subnodes; of a subview group, at its views first.
   virtual bool hasViewNode() const;
@@ -127,10 +135,23 @@ class HXGroup : public Object {
   void hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort);
   void unpublish(HXPort& port, HXSymbolicPort& symbolicPort);
   void endDeepPublications(HXPort& port);
-  void withdraw(HXNode& node);
+  /// Ends the publications and connections of the ports.
+  void withdraw(const std::vector<Ref<HXPort>>& ports);
+  /// The subnode goes without a notice of its removal, since another one takes its place.
+  void displace(HXNode& node);
+  /// The subnode is none any more.
+  void release(HXNode& node);
+  /// A subview group that has lost its last view becomes a plain one.
+  static void endViewGroupWithoutViews(HXGroup& group);
+  /// Logs one line when it may not.
+  bool mayHold(HXNode& node) const;
   /// Whether the node holds this group, or a node that does.
   bool isInside(const HXNode& node) const;
   OrderedSet* symbolicPorts(std::int32_t orientation) const noexcept;
+  void settlePublications(OrderedSet& ports);
+  static void breakCircle(HXSymbolicPort& symbolicPort);
+  /// Becomes the node's, with its published ports.
+  void adoptedBy(HXNode& node);
 
   OrderedMap<Ref<HXNode>> subnodes_;
   Ref<OrderedSet> symbolicInputPorts_;

@@ -72,28 +72,71 @@ void HXGroup::initWithCoder(Decoder& coder) {
 void HXGroup::awakeAfterDecoding(Decoder& coder) {
   subnodes_.reserve(static_cast<std::uint32_t>(decodedSubnodes_.size()));
   for (const auto& node : std::exchange(decodedSubnodes_, {})) {
-    if (!node->parentGroup_) node->parentGroup_ = this;
-    if (node->parentGroup_.get() != this || subnodes_.contains(node->uniqueKey())) {
+    // The group that lists a node holds it, whatever group the node says that it is in.
+    const auto* other = node->parentGroup_.get();
+    const bool isHeld = other && other->subnodeForKey(node->uniqueKey()) == node.get();
+    if (isHeld || subnodes_.contains(node->uniqueKey())) {
       coder.fail("HXGroup.subnodes: a node that belongs to two groups, or twice to one");
       return;
     }
+    node->parentGroup_ = this;
     subnodes_.set(node->uniqueKey(), node);
   }
-  // A published port must be one of a subnode: that is what keeps publications from standing for
-  // each other in a circle.
-  for (const auto& ports : {symbolicInputPorts_, symbolicOutputPorts_}) {
-    for (const auto& member : *ports) {
-      auto& symbolicPort = static_cast<HXSymbolicPort&>(*member);
-      symbolicPort.setNode(node());
-      auto* port = symbolicPort.port();
-      if (!port || (port->node() && port->node()->parentGroup() == this)) continue;
-      Log::warning("HXGroup", fmt::format("Dropping the publication \"{}\" of a port that is not "
-                                          "inside the group",
-                                          symbolicPort.name().view()));
-      symbolicPort.setPort(nullptr);
-      if (port->symbolicPort() == &symbolicPort) port->setSymbolicPort(nullptr);
+  settlePublications(*symbolicInputPorts_);
+  settlePublications(*symbolicOutputPorts_);
+}
+
+// A port may be published here whose node was moved elsewhere. Only such publications can stand for
+// each other in a circle: inside its own group a port is always nearer to the end of its chain.
+// Everything that the chains lead to has read its keys by now; of a circle the group that is
+// awoken first finds a port that has no node yet.
+void HXGroup::settlePublications(OrderedSet& ports) {
+  std::vector<Ref<Object>> taken;
+  for (const auto& member : ports) {
+    auto& symbolicPort = static_cast<HXSymbolicPort&>(*member);
+    if (symbolicPort.node() && symbolicPort.node() != node()) {
+      taken.push_back(member);
+      continue;
     }
+    const auto* port = symbolicPort.port();
+    const auto* inner = port ? port->node() : nullptr;
+    if (port && (!inner || subnodeForKey(inner->uniqueKey()) != inner)) breakCircle(symbolicPort);
+    symbolicPort.setNode(node());
   }
+  for (const auto& member : taken) {
+    Log::warning("HXGroup",
+                 fmt::format("Dropping the publication \"{}\" that belongs to another group",
+                             static_cast<const HXSymbolicPort&>(*member).name().view()));
+    ports.remove(member.get());
+  }
+}
+
+void HXGroup::adoptedBy(HXNode& node) {
+  setNode(&node);
+  for (const auto* ports : {symbolicInputPorts_.get(), symbolicOutputPorts_.get()}) {
+    for (const auto& member : *ports) static_cast<HXSymbolicPort&>(*member).setNode(&node);
+  }
+}
+
+// Of the publications that stand for each other in a circle the one that closes it stands for
+// nothing from now on. No publication is walked twice.
+void HXGroup::breakCircle(HXSymbolicPort& symbolicPort) {
+  using Chain = HXSymbolicPort::Chain;
+  std::vector<HXSymbolicPort*> walked;
+  for (auto* at = &symbolicPort; at && at->chain_ != Chain::ends;
+       at = as<HXSymbolicPort>(at->port())) {
+    if (at->chain_ == Chain::walked) {
+      HXSymbolicPort& closing = *walked.back();
+      Log::warning("HXGroup", fmt::format("Dropping the publication \"{}\" that stands for itself",
+                                          closing.name().view()));
+      closing.setPort(nullptr);
+      if (at->symbolicPort() == &closing) at->setSymbolicPort(nullptr);
+      break;
+    }
+    at->chain_ = Chain::walked;
+    walked.push_back(at);
+  }
+  for (auto* port : walked) port->chain_ = Chain::ends;
 }
 
 void HXGroup::abandonDecoding() {

@@ -41,6 +41,10 @@ std::int32_t HXImageStore::countForKey(const String& key) const {
 
 void HXImageStore::addImageEntry(const Ref<HXImageStoreEntry>& entry) {
   if (!entry || entry->key().isNil()) return;
+  if (entry->image() && !HXImageStoreEntry::canBeWritten(*entry->image())) {
+    Log::warning("HXImageStore", "Attempting to add an entry whose image is empty.");
+    return;
+  }
   if (auto* count = counts_.find(entry->key())) {
     ++*count;
     return;

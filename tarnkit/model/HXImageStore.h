@@ -33,7 +33,8 @@ class HXImageStore final : public Object {
   HXImageStoreEntry* imageEntryForKey(const String& key) const;
   /// How often the key was added and not yet removed; 0 for an unknown one.
   std::int32_t countForKey(const String& key) const;
-  /// Counts the entry; the first of its key is stored and announced. One without a key is ignored.
+  /// Counts the entry; the first of its key is stored and announced. One without a key is ignored;
+  /// one whose picture is empty is refused with one line logged, since no file could hold it.
   void addImageEntry(const Ref<HXImageStoreEntry>& entry);
   /// Counts the entry down; the last one leaves the store, which is announced, deliberately also
   /// for a key that was never added. One without a key is ignored.

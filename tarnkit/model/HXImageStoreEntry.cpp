@@ -24,11 +24,12 @@ HXImageStoreEntry::HXImageStoreEntry(Ref<Image> image, String key)
 
 void HXImageStoreEntry::encodeWithCoder(Encoder& coder) const {
   if (isEditorCodingType(coder.codingType())) {
-    coder.encodeObject(image_, kImage);
+    coder.encodeObject(image_ && canBeWritten(*image_) ? image_ : nullptr, kImage);
     coder.encodeString(key_, kKey);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(kDeviceClass, isa());
-    if (image_) coder.encodeObject(image_->PNGRepresentation(), kDeviceImageData);
+    if (image_ && canBeWritten(*image_))
+      coder.encodeObject(image_->PNGRepresentation(), kDeviceImageData);
     coder.encodeString(key_, kDeviceKey);
   }
 }

@@ -19,7 +19,12 @@ class HXImageStoreEntry final : public Object {
   /// The lowercase hexadecimal MD5 digest of the image's TIFF representation, 32 characters.
   const String& key() const noexcept { return key_; }
 
-  /// In the device's vocabulary the image is PNG data.
+  /// Whether there is anything in the picture that a file could hold.
+  static bool canBeWritten(const Image& image) noexcept {
+    return image.width() != 0 && image.height() != 0;
+  }
+
+  /// In the device's vocabulary the image is PNG data. An empty picture is written as none.
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
 

@@ -9,6 +9,7 @@
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/patches/PatchColors.h"
 #include "tarnkit/patches/catalogue/Catalogue.h"
 
@@ -56,10 +57,12 @@ void HXNode::init() {
   outputPortGroupCollection_ = make<HXPortGroupCollection>(this, HXOrientationOutput);
 }
 
-String HXNode::hx_newUniqueKey() {
-  static std::uint32_t next = 0;
-  return String(fmt::format("node_{}", static_cast<std::int32_t>(next++)));
+KeyCounter& HXNode::keyCounter() noexcept {
+  static constinit KeyCounter counter{"node_"};
+  return counter;
 }
+
+String HXNode::hx_newUniqueKey() { return keyCounter().next(); }
 
 String HXNode::description() const {
   const String documentKey = this->documentKey();

@@ -19,6 +19,7 @@ class HXPort;
 class HXPortGroup;
 class HXPortGroupCollection;
 class HXSymbolicPort;
+class KeyCounter;
 
 /// Posted by a node with "Node" and "Name", the new name.
 inline constinit const Symbol HXNodeNameDidChangeNotification{"HXNodeNameDidChangeNotification"};
@@ -213,6 +214,7 @@ class HXNode : public HXRNodeOwner {
   struct PortSide;
 
   void init();
+  static KeyCounter& keyCounter() noexcept;
   /// Visits this node and every node below it, parents first, without recursion.
   void eachNodeBelow(FunctionRef<void(HXNode&)> visit);
   void hx_swapSubnodeGroupToGroup(Ref<HXGroup> group);

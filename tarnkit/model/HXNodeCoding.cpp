@@ -6,6 +6,7 @@
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
+#include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
@@ -91,7 +92,10 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
 void HXNode::initWithCoder(Decoder& coder) {
   decoding_ = true;
   hasKeyPath_ = true;
-  if (coder.codingType() == HXCodingTypeEditorWithKeys) uniqueKey_ = coder.decodeString(kUniqueKey);
+  if (coder.codingType() == HXCodingTypeEditorWithKeys) {
+    uniqueKey_ = coder.decodeString(kUniqueKey);
+    keyCounter().moveBeyond(uniqueKey_.view());
+  }
   if (uniqueKey_.isNil()) uniqueKey_ = hx_newUniqueKey();
   parentGroup_ = coder.decode<HXGroup>(kParentGroup);
   subnodeGroup_ = coder.decode<HXGroup>(kSubnodeGroup);
@@ -162,11 +166,13 @@ void HXNode::decodeParameters(Decoder& coder) {
 void HXNode::awakeAfterDecoding(Decoder& coder) {
   decoding_ = false;
   if (subnodeGroup_) {
-    if (!subnodeGroup_->node()) subnodeGroup_->setNode(this);
-    if (subnodeGroup_->node() != this) {
+    // The node that has the group holds it, whatever node the group says that it is of.
+    const auto* other = subnodeGroup_->node();
+    if (other && other != this && other->subnodeGroup_ == subnodeGroup_) {
       coder.fail("HXNode.subnodeGroup: a group that belongs to two nodes");
       return;
     }
+    if (other != this) subnodeGroup_->adoptedBy(*this);
   }
   for (const auto& entry : portsByUniqueKey_) {
     if (!entry.value || (entry.value->node() && entry.value->node() != this)) {

@@ -42,6 +42,11 @@ HXPort* HXNode::collectingPort(const HXPort&) const { return nullptr; }
 bool HXNode::hx_showSymbolicPort(const HXSymbolicPort& symbolicPort) {
   if (!portGroupsSettled() || decoding_) return false;
   const PortSide side = portSide(symbolicPort.orientation());
+  // One that is neither input nor output, or says other than its inner port, is not on this side.
+  if (side.orientation != symbolicPort.orientation() ||
+      !side.symbolicPorts.contains(&symbolicPort)) {
+    return false;
+  }
   const String& key = symbolicPort.groupKey();
   const Ref<Object> member(const_cast<HXSymbolicPort*>(&symbolicPort));
   if (const auto* present = side.groups.find(key)) {

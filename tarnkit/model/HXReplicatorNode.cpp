@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/foundation/MapAdditions.h"
@@ -91,11 +92,16 @@ std::vector<String> HXReplicatorNode::hx_keyPathForNode(const HXNode* node) cons
 }
 
 void HXReplicatorNode::symbolicPortNameWasAdded(HXPort& port) {
+  const Ref<HXNode> kept(this);
+  const Ref<HXPort> keptPort(&port);
   if (hx_shouldMatchPortWithArrayOutputPort(port)) {
+    endArrayOutput(port);  // a port that is published once more is collected once
     const String key(fmt::format("ReplicatorOutput.{}", newUUIDString().view()));
+    // Noted first: whoever observes the rest may end the publication, and with it the array output.
+    arrayOutputKeys_.set(keptPort, key);
     if (patch()) addArrayOutput(*Ref<HXRNode>(patch()), port, key);
     hx_hideSymbolicOutputPortGroups();
-    arrayOutputKeys_.set(Ref<HXPort>(&port), key);
+    if (arrayOutputKeys_.get(&port) != key) return;
     NotificationCenter::defaultCenter().postLazily(
         HXReplicatorNodeAddOutputPortNotification, *this, [&] {
           const auto* resolved = resolvedPort(port);
@@ -111,24 +117,30 @@ void HXReplicatorNode::symbolicPortNameWasAdded(HXPort& port) {
 }
 
 void HXReplicatorNode::symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& symbolicPort) {
-  if (hx_shouldMatchPortWithArrayOutputPort(port)) {
-    const Ref<HXPort> kept(&port);
-    const auto output = hx_replicatorArrayOutputPortForPort(port);
-    if (output) Ref<HXRNode>(patch())->removePort(*output);
-    const String key = arrayOutputKeys_.take(&port);
-    if (!key.isNil()) {
-      NotificationCenter::defaultCenter().postLazily(
-          HXReplicatorNodeRemoveOutputPortNotification, *this, [&] {
-            return UserInfo{{HXDocumentKeyInfo, documentKey().object()},
-                            {HXNodeInfo, Ref<Object>(this)},
-                            {kReplicatorOutputPortKey, key.object()}};
-          });
-    }
-  }
+  const Ref<HXNode> kept(this);
+  const Ref<HXPort> keptPort(&port);
+  const Ref<HXSymbolicPort> keptSymbolicPort(&symbolicPort);
+  if (hx_shouldMatchPortWithArrayOutputPort(port)) endArrayOutput(port);
   HXNode::symbolicPortNameWasRemoved(port, symbolicPort);
 }
 
+void HXReplicatorNode::endArrayOutput(HXPort& port) {
+  if (const auto output = hx_replicatorArrayOutputPortForPort(port)) {
+    Ref<HXRNode>(patch())->removePort(*output);
+  }
+  const String key = arrayOutputKeys_.take(&port);
+  if (key.isNil()) return;
+  NotificationCenter::defaultCenter().postLazily(
+      HXReplicatorNodeRemoveOutputPortNotification, *this, [&] {
+        return UserInfo{{HXDocumentKeyInfo, documentKey().object()},
+                        {HXNodeInfo, Ref<Object>(this)},
+                        {kReplicatorOutputPortKey, key.object()}};
+      });
+}
+
 void HXReplicatorNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
+  const Ref<HXNode> kept(this);
+  const Ref<HXSymbolicPort> keptSymbolicPort(&symbolicPort);
   if (const auto* port = symbolicPort.port()) {
     if (const auto output = hx_replicatorArrayOutputPortForPort(*port)) {
       output->setName(symbolicPort.name());
@@ -139,7 +151,9 @@ void HXReplicatorNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
 
 void HXReplicatorNode::willSetPatch(const Ref<HXRNode>& patch) {
   if (!patch) return;
-  for (const auto& entry : arrayOutputKeys_) {
+  // A definition that is in force already announces what it is given.
+  const auto outputs = arrayOutputKeys_;
+  for (const auto& entry : outputs) {
     if (!patch->portLayout().ports().contains(entry.value)) {
       addArrayOutput(*patch, *entry.key, entry.value);
     }
@@ -174,18 +188,24 @@ void HXReplicatorNode::initWithCoder(Decoder& coder) {
 }
 
 void HXReplicatorNode::awakeAfterDecoding(Decoder& coder) {
-  IdentityMap<HXPort, String> published;
+  // Of a port that is published twice either publication will do.
+  std::unordered_set<const HXPort*> published;
+  for (const auto* ports : {&symbolicInputPorts(), &symbolicOutputPorts()}) {
+    for (const auto& member : *ports) {
+      published.insert(static_cast<const HXSymbolicPort&>(*member).port());
+    }
+  }
+  IdentityMap<HXPort, String> kept;
   for (const auto& entry : arrayOutputKeys_) {
-    const auto* node = entry.key->node();
-    if (node && entry.key->symbolicPort() && node->parentGroup() == subnodeGroup().get()) {
-      published.set(entry.key, entry.value);
+    if (published.contains(entry.key.get())) {
+      kept.set(entry.key, entry.value);
     } else {
       Log::warning("HXReplicatorNode",
                    fmt::format("Dropping the array output {} of a port that is not published",
                                entry.value.view()));
     }
   }
-  arrayOutputKeys_ = published;
+  arrayOutputKeys_ = kept;
   HXNode::awakeAfterDecoding(coder);
 }
 

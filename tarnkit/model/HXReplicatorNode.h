@@ -53,6 +53,8 @@ class HXReplicatorNode final : public HXNode {
   static bool hx_shouldMatchPortWithArrayOutputPort(const HXPort& port);
   Ref<HXRPort> hx_replicatorArrayOutputPortForPort(const HXPort& port) const;
   void addArrayOutput(HXRNode& patch, HXPort& port, const String& key) const;
+  /// Takes away the array output that stands for the port, if there is one.
+  void endArrayOutput(HXPort& port);
   void hx_hideSymbolicOutputPortGroups();
   std::vector<String> hx_keyPathForNode(const HXNode* node) const;
 

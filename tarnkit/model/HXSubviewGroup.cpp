@@ -113,11 +113,7 @@ void HXSubviewGroup::awakeAfterDecoding(Decoder& coder) {
   auto views = make<OrderedSet>();
   for (const auto& member : *subviewNodes_) {
     const auto& node = static_cast<const HXNode&>(*member);
-    if (node.parentGroup() != this) {
-      coder.fail("HXSubviewGroup.subviewNodes: a node that is not in the group");
-      return;
-    }
-    // One whose key another node has taken is none of the subnodes any more.
+    // One that is none of the subnodes is no view here either.
     if (subnodeForKey(node.uniqueKey()) == &node) views->add(member);
   }
   subviewNodes_ = views;

@@ -6,6 +6,7 @@
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
+#include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
 
@@ -58,7 +59,14 @@ HXSymbolicPort::HXSymbolicPort(HXPort* port, HXNode* node, std::int32_t orientat
 
 Ref<Object> HXSymbolicPort::makeForDecoding(const Class&) { return make<HXSymbolicPort>(); }
 
-void HXSymbolicPort::setPort(HXPort* port) { port_ = port; }
+void HXSymbolicPort::setPort(HXPort* port) {
+  for (const auto* at = as<HXSymbolicPort>(port); at; at = as<HXSymbolicPort>(at->port())) {
+    if (at != this) continue;
+    Log::warning("HXSymbolicPort", "Attempting to publish a port through itself.");
+    return;
+  }
+  port_ = port;
+}
 
 HXPort* HXSymbolicPort::resolvedPort() const noexcept {
   HXPort* port = this->port();

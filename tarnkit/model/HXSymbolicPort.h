@@ -18,7 +18,8 @@ class HXSymbolicPort final : public HXPort {
 
   /// The inner port that this one publishes; null once gone.
   HXPort* port() const noexcept { return port_.get(); }
-  /// Announces nothing.
+  /// Announces nothing. A port that stands for this one, by way of others or itself, is refused
+  /// with one line logged.
   void setPort(HXPort* port);
   /// The first port down the chain that is not symbolic; null when a link is missing. Costs the
   /// length of the chain.
@@ -47,6 +48,9 @@ class HXSymbolicPort final : public HXPort {
   template <class T, class... Args>
   friend Ref<T> make(Args&&... args);
 
+  /// Whether the chain below is known to end; of use while a document is opened.
+  enum class Chain : std::uint8_t { unknown, walked, ends };
+
   WeakRef<HXPort> port_;
   String name_;
   mutable String groupKey_;  // nil: to be derived from the name
@@ -54,6 +58,7 @@ class HXSymbolicPort final : public HXPort {
   mutable String uniqueKey_;
   mutable String keyOfNode_;
   mutable String keyOfPort_;
+  Chain chain_ = Chain::unknown;
 };
 
 }  // namespace tarnkit
