@@ -97,6 +97,29 @@ void HXRNode::removeParameter(HXRParameter& parameter) {
 
 void HXRNode::parameterValueDidChange(HXRParameter&) {}
 
+void HXRNode::rebuild(FunctionRef<void()> steps) {
+  const Ref<HXRNode> kept(this);
+  if (rebuilding_) {
+    steps();
+    return;
+  }
+  const Ref<HXRNodeOwner> owner(node());
+  rebuilding_ = true;
+  if (owner) owner->patchRebuildWillBegin(*this);
+  // An exception of an observer leaves neither side in the middle of a rebuild.
+  const auto end = [&] {
+    rebuilding_ = false;
+    if (owner) owner->patchRebuildDidEnd(*this);
+  };
+  try {
+    steps();
+  } catch (...) {
+    end();
+    throw;
+  }
+  end();
+}
+
 void HXRNode::setNode(HXRNodeOwner* node) { node_ = node; }
 
 bool HXRNode::hx_isExternalClass(const Class& patchClass) {

@@ -6,6 +6,7 @@
 #include "tarnkit/patches/HXRNodeOwner.h"
 #include "tarnkit/patches/HXRParameter.h"
 #include "tarnkit/patches/HXRPortLayout.h"
+#include "tarnkit/platform/FunctionRef.h"
 
 namespace tarnkit {
 
@@ -75,6 +76,11 @@ class HXRNode : public Object {
   /// The layout, made this definition's own.
   HXRPortLayout& ownLayout();
 
+  /// Runs the steps that bring ports and parameters in line with a parameter, between telling the
+  /// editor node of the beginning and of the end. The definition lives until the steps are done,
+  /// whatever an observer of one of them does.
+  void rebuild(FunctionRef<void()> steps);
+
  private:
   friend class HXRNodeClass;
   template <class T, class... Args>
@@ -85,6 +91,7 @@ class HXRNode : public Object {
   std::vector<Ref<HXRParameter>> parameters_;
   WeakRef<HXRNodeOwner> node_;
   bool external_ = false;
+  bool rebuilding_ = false;
 };
 
 namespace detail {

@@ -4,6 +4,7 @@
 
 namespace tarnkit {
 
+class HXRNode;
 class HXRParameter;
 class HXRPort;
 
@@ -19,6 +20,13 @@ class HXRNodeOwner : public Object {
   /// The definition replaced every port description and port group by an equal one of its own: the
   /// node takes those up. Nothing else has changed.
   virtual void patchLayoutWasCopied() = 0;
+  /// Around the steps by which the definition brings its ports and parameters in line with a
+  /// parameter (`HXRNode::rebuild`). Each step is told as ever; in between a group may be missing
+  /// that was there before and will be there again. Told once for rebuilds inside of a rebuild. The
+  /// owner that was told of the beginning is told of the end, even if the definition is another
+  /// node's by then, or nobody's. Do nothing here.
+  virtual void patchRebuildWillBegin(HXRNode& definition);
+  virtual void patchRebuildDidEnd(HXRNode& definition);
 };
 
 }  // namespace tarnkit

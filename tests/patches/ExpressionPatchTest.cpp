@@ -104,6 +104,8 @@ TEST(ExpressionPatches, AnObserverMayChangeTheTextMeanwhile) {
     };
     f.edit(first);
     EXPECT_EQ(f.variables(), (Texts{"x", "y"})) << patchClass->name();
+    EXPECT_EQ(f.owner->rebuildsAtSteps, std::vector<int>(f.owner->take().size(), 1));
+    EXPECT_EQ(f.owner->rebuilds, 0);
   }
 }
 

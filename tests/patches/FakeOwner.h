@@ -25,6 +25,12 @@ class FakeOwner final : public HXRNodeOwner {
   void removePatchParameter(HXRParameter& parameter) override { note("-", parameter.uniqueKey()); }
   void patchPortNameDidChange(HXRPort& port) override { note("=", port.name()); }
   void patchLayoutWasCopied() override { note("copied", ""); }
+  void patchRebuildWillBegin(HXRNode&) override { ++rebuilds; }
+  void patchRebuildDidEnd(HXRNode&) override { --rebuilds; }
+
+  /// How many rebuilds have begun and not ended; and what was seen of it at each step.
+  int rebuilds = 0;
+  std::vector<int> rebuildsAtSteps;
 
   /// Called after each port that was added or removed, as an observer of the editor node is.
   std::function<void()> observer;
@@ -33,7 +39,10 @@ class FakeOwner final : public HXRNodeOwner {
   std::vector<std::string> take() { return std::exchange(events_, {}); }
 
  private:
-  void note(const char* what, const String& text) { events_.push_back(what + text.toStdString()); }
+  void note(const char* what, const String& text) {
+    events_.push_back(what + text.toStdString());
+    rebuildsAtSteps.push_back(rebuilds);
+  }
   std::vector<std::string> events_;
 };
 

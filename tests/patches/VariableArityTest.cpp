@@ -246,6 +246,30 @@ TEST(VariableArity, AnObserverMayChangeTheCountMeanwhile) {
   }
 }
 
+TEST(VariableArity, TheNodeIsToldWhenARebuildBeginsAndEnds) {
+  for (const auto* const patchClass : catalogue()) {
+    if (patchClass->prototype().parameters().empty()) continue;
+    SCOPED_TRACE(patchClass->name());
+    const auto definition = patchClass->makeDefinition();
+    const auto* const count = as<HXRIndexParameter>(definition->parameters()[0].get());
+    if (!count) continue;
+    const auto owner = make<FakeOwner>();
+    definition->setNode(owner.get());
+    owner->observer = [&, steps = 0]() mutable {
+      if (++steps == 1) setCount(*definition, 3);
+    };
+    setCount(*definition, 5);
+    EXPECT_EQ(owner->rebuildsAtSteps, std::vector<int>(owner->take().size(), 1));
+    EXPECT_EQ(owner->rebuilds, 0);
+    // One that leaves its node in the middle has told it of both ends.
+    owner->rebuildsAtSteps.clear();
+    owner->observer = [&] { definition->setNode(nullptr); };
+    setCount(*definition, 1);
+    EXPECT_EQ(owner->rebuildsAtSteps, std::vector<int>(owner->take().size(), 1));
+    EXPECT_EQ(owner->rebuilds, 0);
+  }
+}
+
 TEST(OperatorPatches, OperatorsCountFromOneByNameAndFromZeroByKey) {
   struct Case {
     const HXRNodeClass* patch;

@@ -17,7 +17,6 @@ std::int32_t boundedCount(const HXRIndexParameter& parameter) {
 void buildCountedPorts(HXRNode& definition, const CountedPorts& ports,
                        FunctionRef<std::int32_t()> count,
                        FunctionRef<String(std::int32_t index)> nameAt) {
-  const Ref<HXRNode> kept(&definition);
   const String groupKey = String::interned(ports.group);
   for (;;) {
     const auto* const group =
@@ -44,9 +43,11 @@ void CountedPortsNode::parameterValueDidChange(HXRParameter& parameter) {
 void CountedPortsNode::buildPorts() {
   const Ref<HXRIndexParameter> parameter(countParameter());
   if (!parameter) return;
-  buildCountedPorts(
-      *this, description_.ports, [&] { return boundedCount(*parameter); },
-      [&](std::int32_t index) { return indexedText(description_.namePattern, index); });
+  rebuild([&] {
+    buildCountedPorts(
+        *this, description_.ports, [&] { return boundedCount(*parameter); },
+        [&](std::int32_t index) { return indexedText(description_.namePattern, index); });
+  });
 }
 
 HXRIndexParameter* CountedPortsNode::countParameter() const {

@@ -7,14 +7,15 @@ void OperatorsNode::parameterValueDidChange(HXRParameter& parameter) {
 }
 
 void OperatorsNode::trn_refreshPortsAndParameters() {
-  const Ref<HXRNode> kept(this);
   const Ref<HXRIndexParameter> count(as<HXRIndexParameter>(parameterForKey(kCountKey)));
   if (!count) return;
-  refreshOperators(*count);
-  buildCountedPorts(
-      *this, description_.operands,
-      [&] { return count->value() < 0 ? 0 : boundedCount(*count) + 1; },
-      [](std::int32_t index) { return indexedText("Operand {}", index + 1); });
+  rebuild([&] {
+    refreshOperators(*count);
+    buildCountedPorts(
+        *this, description_.operands,
+        [&] { return count->value() < 0 ? 0 : boundedCount(*count) + 1; },
+        [](std::int32_t index) { return indexedText("Operand {}", index + 1); });
+  });
 }
 
 // Names count from 1 while keys count from 0: the device knows the keys, the designer the names.

@@ -84,11 +84,12 @@ String HXRSpringNode::hx_outputNameForIndex(std::int32_t index, std::int32_t num
 }
 
 void HXRSpringNode::hxr_buildPorts() {
-  const Ref<HXRNode> kept(this);
   const Ref<HXRIndexParameter> parameter(dimensions());
   if (!parameter) return;
-  buildAndName(*this, kRestInputs, *parameter, &hx_inputNameForIndex);
-  buildAndName(*this, kPositionOutputs, *parameter, &hx_outputNameForIndex);
+  rebuild([&] {
+    buildAndName(*this, kRestInputs, *parameter, &hx_inputNameForIndex);
+    buildAndName(*this, kPositionOutputs, *parameter, &hx_outputNameForIndex);
+  });
 }
 
 void HXRSpringNode::parameterValueDidChange(HXRParameter& parameter) {

@@ -29,20 +29,21 @@ const HXRNodeClass HXRDictionaryNode::kClass{
     &detail::constructPatch<HXRDictionaryNode>};
 
 void HXRDictionaryNode::hxr_buildEntryInputs() {
-  const Ref<HXRNode> kept(this);
   const Ref<HXRIndexParameter> count(as<HXRIndexParameter>(parameterForKey(kCountKey)));
   if (!count) return;
-  // Asked again after every step, because an observer of the step may change the count.
-  for (;;) {
-    const auto built = entryCount();
-    const auto wanted = boundedCount(*count);
-    if (built == wanted) return;
-    if (built < wanted) {
-      addEntry(built);
-    } else if (!removeEntry(built - 1)) {
-      return;
+  rebuild([&] {
+    // Asked again after every step, because an observer of the step may change the count.
+    for (;;) {
+      const auto built = entryCount();
+      const auto wanted = boundedCount(*count);
+      if (built == wanted) return;
+      if (built < wanted) {
+        addEntry(built);
+      } else if (!removeEntry(built - 1)) {
+        return;
+      }
     }
-  }
+  });
 }
 
 // Every input group is an entry.

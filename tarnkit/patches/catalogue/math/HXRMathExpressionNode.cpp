@@ -55,10 +55,12 @@ std::vector<String> HXRMathExpressionNode::trn_variablesForExpression(const Stri
 }
 
 void HXRMathExpressionNode::trn_refreshPorts() {
-  const Ref<HXRNode> kept(this);
   const auto* const expression = as<HXRStringParameter>(parameterForKey(kExpressionKey));
   if (!expression) return;
-  const auto names = trn_variablesForExpression(expression->value());
+  rebuild([&] { refreshInputs(trn_variablesForExpression(expression->value())); });
+}
+
+void HXRMathExpressionNode::refreshInputs(const std::vector<String>& names) {
   const std::unordered_set<String> wanted(names.begin(), names.end());
   const String group = String::interned(kVariablesGroup);
 

@@ -25,6 +25,8 @@ class HXRMathExpressionNode final : public HXRNode {
   void parameterValueDidChange(HXRParameter& parameter) override;
 
  private:
+  void refreshInputs(const std::vector<String>& names);
+
   std::uint32_t refreshes_ = 0;
 };
 

@@ -73,7 +73,8 @@ void HXRJavascriptExpressionNode::parameterValueDidChange(HXRParameter& paramete
   if (&parameter == parameterForKey(kExpressionKey)) {
     readSignature(static_cast<HXRStringParameter&>(parameter).value());
   } else if (&parameter == parameterForKey(kVariablesKey)) {
-    refreshInputs(static_cast<HXRStringParameter&>(parameter).value());
+    const String variables = static_cast<HXRStringParameter&>(parameter).value();
+    rebuild([&] { refreshInputs(variables); });
   }
 }
 
@@ -90,7 +91,6 @@ void HXRJavascriptExpressionNode::readSignature(const String& script) {
 }
 
 void HXRJavascriptExpressionNode::refreshInputs(const String& variables) {
-  const Ref<HXRNode> kept(this);
   std::vector<String> names;
   std::unordered_set<String> wanted;
   if (variables) {
