@@ -5,7 +5,6 @@
 #include <unordered_set>
 
 #include "tarnkit/archive/HXCoding.h"
-#include "tarnkit/model/HXModel.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/platform/Log.h"
@@ -31,7 +30,6 @@ void warnOfPorts(std::string_view message, const HXPort& first, const HXPort& se
 }  // namespace
 
 HXDocument::HXDocument() : documentKey_(hx_newDocumentKey()), imageStore_(make<HXImageStore>()) {
-  registerModelClasses();
   imageStore_->setDocument(this);
   setForceAllowsSubnodes(true);
 }
@@ -74,11 +72,18 @@ Ref<HXConnection> HXDocument::connectPort(HXPort& first, HXPort& toPort) {
   return connection;
 }
 
+// Both ends change before anybody is told, so that an observer who takes one of them out of the
+// document ends the connection as a whole.
+
 void HXDocument::breakConnection(HXConnection& connection) {
-  const Ref<HXDocument> keptDocument(this);
+  const Ref<HXDocument> self(this);
   const Ref<HXConnection> kept(&connection);
-  if (const Ref<HXPort> port{connection.outputPort()}) port->disconnectConnection(connection);
-  if (const Ref<HXPort> port{connection.inputPort()}) port->disconnectConnection(connection);
+  const Ref<HXPort> output(connection.outputPort());
+  const Ref<HXPort> input(connection.inputPort());
+  const bool outputHad = output && output->dropConnection(connection);
+  const bool inputHad = input && input->dropConnection(connection);
+  if (outputHad) output->hx_fireDidDisconnectNotification(connection);
+  if (inputHad) input->hx_fireDidDisconnectNotification(connection);
   detail::announce(HXDocumentRemoveConnectionNotification, *this, *this,
                    [&](const Ref<Object>& documentKey) {
                      return UserInfo{{HXDocumentKeyInfo, documentKey},
@@ -88,7 +93,7 @@ void HXDocument::breakConnection(HXConnection& connection) {
 }
 
 void HXDocument::breakAllConnectionsToPort(HXPort& port) {
-  const Ref<HXDocument> kept(this);
+  const Ref<HXDocument> self(this);
   const Ref<HXPort> keptPort(&port);
   for (const auto& connection : port.connections().toVector()) {
     // An observer of one may have broken another.
@@ -99,15 +104,18 @@ void HXDocument::breakAllConnectionsToPort(HXPort& port) {
 void HXDocument::restoreConnection(HXConnection& connection) { hx_addConnection(connection); }
 
 void HXDocument::hx_addConnection(HXConnection& connection) {
-  const Ref<HXDocument> keptDocument(this);
+  const Ref<HXDocument> self(this);
   const Ref<HXConnection> kept(&connection);
-  // False when an observer broke the connection before it was whole.
-  const auto joins = [&connection](const Ref<HXPort>& port) {
-    return !port || !port->connectConnection(connection) ||
-           port->connections().contains(&connection);
+  const Ref<HXPort> output(connection.outputPort());
+  const Ref<HXPort> input(connection.inputPort());
+  const bool outputTook = output && output->takeConnection(connection);
+  const bool inputTook = input && input->takeConnection(connection);
+  const auto isHeldBy = [&](const Ref<HXPort>& port) {
+    return port && port->connections().contains(&connection);
   };
-  if (!joins(Ref<HXPort>(connection.outputPort()))) return;
-  if (!joins(Ref<HXPort>(connection.inputPort()))) return;
+  if (outputTook) output->hx_fireDidConnectNotification(connection);
+  if (inputTook && isHeldBy(input)) input->hx_fireDidConnectNotification(connection);
+  if ((outputTook || inputTook) && !isHeldBy(output) && !isHeldBy(input)) return;
   detail::announce(HXDocumentAddConnectionNotification, *this, *this,
                    [&](const Ref<Object>& documentKey) {
                      return UserInfo{{HXDocumentKeyInfo, documentKey},

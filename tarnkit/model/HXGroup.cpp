@@ -242,7 +242,7 @@ void HXGroup::withdraw(const std::vector<Ref<HXPort>>& ports) {
     if (port->symbolicPort()) here.removeSymbolicPortForPort(port.get());
     if (port->connections().isEmpty()) continue;
     const auto* owner = here.inForce().node();
-    if (auto* document = owner ? owner->document() : nullptr) {
+    if (const Ref<HXDocument> document{owner ? owner->document() : nullptr}) {
       document->breakAllConnectionsToPort(*port);
     }
   }
@@ -291,10 +291,14 @@ Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
   if (!here.symbolicPorts(port.orientation())) return nullptr;
   const Ref<HXGroup> kept(&here);
   const Ref<HXPort> keptPort(&port);
+  const bool isInside = port.node() && port.node()->parentGroup() == &here;
   auto symbolicPort =
       make<HXSymbolicPort>(&port, here.node(), port.orientation(), port.connectionRelationship());
   symbolicPort->setName(port.name());
-  here.inForce().hx_addSymbolicPort(*symbolicPort, port);
+  // Whoever observed the name may have taken the port's node out.
+  HXGroup& now = here.inForce();
+  if (isInside && (!port.node() || port.node()->parentGroup() != &now)) return nullptr;
+  now.hx_addSymbolicPort(*symbolicPort, port);
   return symbolicPort;
 }
 
@@ -307,6 +311,7 @@ void HXGroup::hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort) {
     ports->add(Ref<Object>(&symbolicPort));
   }
   if (const Ref<HXNode> owner{inForce().node()}) owner->symbolicPortNameWasAdded(toPort);
+  if (toPort.symbolicPort() != &symbolicPort) return;
   HXGroup& now = inForce();
   detail::announce(HXGroupAddSymbolicPortForPortNotification, now, now,
                    [&](const Ref<Object>& documentKey) {

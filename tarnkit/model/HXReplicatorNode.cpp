@@ -79,6 +79,7 @@ void HXReplicatorNode::addArrayOutput(HXRNode& patch, HXPort& port, const String
 
 // The published inner outputs show only by way of their array outputs.
 void HXReplicatorNode::hx_hideSymbolicOutputPortGroups() {
+  const Ref<HXNode> self(this);
   for (const auto& group : outputPortGroups()) {
     if (as<HXSymbolicPortGroup>(group.get())) group->setHidden(true);
   }
@@ -150,11 +151,12 @@ void HXReplicatorNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
 }
 
 void HXReplicatorNode::willSetPatch(const Ref<HXRNode>& patch) {
-  if (!patch) return;
+  if (!patch || arrayOutputKeys_.empty()) return;
   // A definition that is in force already announces what it is given.
   const auto outputs = arrayOutputKeys_;
   for (const auto& entry : outputs) {
-    if (!patch->portLayout().ports().contains(entry.value)) {
+    if (arrayOutputKeys_.get(entry.key.get()) == entry.value &&
+        !patch->portLayout().ports().contains(entry.value)) {
       addArrayOutput(*patch, *entry.key, entry.value);
     }
   }
