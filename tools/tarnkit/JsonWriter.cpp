@@ -115,6 +115,7 @@ JsonWriter& JsonWriter::floats(std::initializer_list<float> values) {
 void JsonWriter::quoted(std::string_view text) {
   text_ += '"';
   for (std::size_t at = 0; at < text.size();) {
+    if (text_.size() >= kPiece) flush();
     const auto [codePoint, size] = detail::codePointAt(text, at);
     if (codePoint == '"' || codePoint == '\\') {
       text_ += '\\';
