@@ -158,12 +158,12 @@ Ref<MXExpression> MXMathEvaluator::expressionByRewritingExpression(
 
 void MXMathEvaluator::addRewriteRule(const String& replacement,
                                      const String& forExpressionsMatchingTemplate,
-                                     const String& condition) const {
+                                     const String& condition) {
   MXExpressionRewriter::defaultRewriter()->addRewriteRule(
       replacement, forExpressionsMatchingTemplate, condition);
 }
 
-void MXMathEvaluator::seedRandomNumbers(std::uint64_t seed) const { randomNumbers_->seed(seed); }
+void MXMathEvaluator::seedRandomNumbers(std::uint64_t seed) { randomNumbers_->seed(seed); }
 
 double MXMathEvaluator::randomNumber(std::uint32_t lower, std::uint32_t upper) const {
   return static_cast<double>(randomNumbers_->between(lower, upper));

@@ -85,7 +85,7 @@ class MXMathEvaluator final : public Object {
   /// Forward to the default rewriter.
   Ref<MXExpression> expressionByRewritingExpression(const Ref<MXExpression>& expression) const;
   void addRewriteRule(const String& replacement, const String& forExpressionsMatchingTemplate,
-                      const String& condition) const;
+                      const String& condition);
 
   /// What strings are tokenized with; never null.
   const Ref<MXMathOperatorSet>& operatorSet() const noexcept { return operatorSet_; }
@@ -107,7 +107,7 @@ class MXMathEvaluator final : public Object {
   void setVariableResolver(VariableResolver resolver) { variableResolver_ = std::move(resolver); }
 
   /// Makes `random()` give the same sequence from here on; it is seeded from the system otherwise.
-  void seedRandomNumbers(std::uint64_t seed) const;
+  void seedRandomNumbers(std::uint64_t seed);
   /// A whole number in [lower, upper).
   double randomNumber(std::uint32_t lower, std::uint32_t upper) const;
 

@@ -122,8 +122,7 @@ const std::vector<Ref<MXMathOperator>>& MXMathOperator::defaultOperators() {
 bool MXMathOperator::isValidToken(std::string_view token) {
   if (token.empty()) return false;
   const char first = token.front();
-  if ((first >= '0' && first <= '9') || first == '"' || first == '$' || first == '\'' ||
-      first == '.') {
+  if (detail::isDigit(first) || first == '"' || first == '$' || first == '\'' || first == '.') {
     return false;
   }
   std::size_t at = 0;

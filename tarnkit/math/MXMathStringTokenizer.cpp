@@ -45,6 +45,30 @@ struct VariableSink {
   }
 };
 
+/// Shows the tokens to a visitor.
+struct VisitorSink {
+  std::string_view text;
+  const detail::OperatorTable& table;
+  FunctionRef<void(const MXTokenText&)> visit;
+
+  template <MXTokenType Type>
+  bool take(const detail::ScannedToken& scanned) {
+    MXTokenText shown{Type, text.substr(scanned.offset(), scanned.length()), {}};
+    std::string storage;
+    if (Type == MXTokenType::op || scanned.form != detail::TokenForm::plain) {
+      storage = detail::tokenText(scanned, text, table);
+      shown.token = storage;
+    }
+    if constexpr (Type == MXTokenType::op) {
+      shown.function = scanned.row == detail::OperatorTable::kNoRow
+                           ? std::string_view(MXOperatorInvalid)
+                           : table.row(scanned.row).info->function().view();
+    }
+    visit(shown);
+    return true;
+  }
+};
+
 }  // namespace
 
 /// Makes a token object of each token of the scanner.
@@ -99,6 +123,17 @@ std::vector<String> MXMathStringTokenizer::variableNames(std::string_view string
       error);
   if (!isRead) names.clear();
   return names;
+}
+
+bool MXMathStringTokenizer::eachToken(std::string_view string,
+                                      FunctionRef<void(const MXTokenText&)> visit, MXError* error) {
+  const auto table = MXMathOperatorSet::defaultOperatorSet()->keptTable();
+  return scan(
+      string, *table,
+      [&](std::string_view text) {
+        return VisitorSink{text, *table, visit};
+      },
+      error);
 }
 
 void MXMathStringTokenizer::appendToken(const Ref<MXMathStringToken>& token) {

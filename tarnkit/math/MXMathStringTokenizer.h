@@ -6,8 +6,18 @@
 #include "tarnkit/math/MXError.h"
 #include "tarnkit/math/MXMathOperatorSet.h"
 #include "tarnkit/math/MXMathStringToken.h"
+#include "tarnkit/platform/FunctionRef.h"
 
 namespace tarnkit {
+
+/// A token as it is read, without an object; the texts are those of a `MXMathStringToken`, good
+/// until the next token.
+struct MXTokenText {
+  MXTokenType type;
+  std::string_view token;
+  /// Of an operator, the name of its function, "invalid" while it is ambiguous; "" of others.
+  std::string_view function;
+};
 
 /// Cuts an expression text into numbers, operators, functions and variables; a read-only enumerator
 /// over its tokens afterwards.
@@ -40,6 +50,13 @@ class MXMathStringTokenizer : public Object {
   /// objects are made for it. None, with the error in the slot, when the text has something that is
   /// no token.
   static std::vector<String> variableNames(std::string_view string, MXError* error);
+
+  /// Shows each token of the text, as read with the default operator set, in its order; neither
+  /// objects nor a list are made, so the memory does not grow with the number of tokens. False,
+  /// with the error in the slot, when the text has something that is no token; those before it have
+  /// been shown then.
+  static bool eachToken(std::string_view string, FunctionRef<void(const MXTokenText&)> visit,
+                        MXError* error);
 
   /// The next token, or null at the end.
   Ref<MXMathStringToken> nextObject();

@@ -13,7 +13,7 @@ namespace tarnkit {
 
 namespace {
 
-bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+using detail::isDigit;
 
 std::size_t skipDigits(std::string_view text, std::size_t at) noexcept {
   while (at < text.size() && isDigit(text[at])) ++at;

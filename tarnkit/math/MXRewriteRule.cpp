@@ -159,16 +159,12 @@ void MXRewriteRule::instantiate(const Part& part, const Bindings& bindings,
       out.addCopy(view.at(i));
       continue;
     }
-    std::uint32_t nodes = 0;
-    for (std::uint32_t k = 0; k < node.argumentCount; ++k) {
-      nodes += out.node(out.count() - 1 - nodes).size;
-    }
     const std::uint16_t slot = part.slots[i];
     if (slot != kNoSlot && bindings[slot].nodes) {
-      out.drop(nodes, node.argumentCount);
+      out.drop(out.nodesOfLast(node.argumentCount), node.argumentCount);
       out.addCopy(bindings[slot]);
     } else {
-      out.addFunctionLike(view, node, node.argumentCount, nodes);
+      out.addFunctionLike(view, node);
     }
   }
 }

@@ -27,7 +27,6 @@ constexpr double kExactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7
 constexpr int kLargestExactPower = 22;
 constexpr int kExactDigits = 15;
 
-bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 bool isUpper(char c) noexcept { return c >= 'A' && c <= 'Z'; }
 
 // Overflowing exponents saturate far outside every range that matters.

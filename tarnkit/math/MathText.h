@@ -12,6 +12,7 @@ namespace tarnkit::detail {
 /// expressions. All free functions, none locale-dependent, all linear in their text; safe on any
 /// thread.
 
+constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 /// Whether every byte is below 0x80.
 bool isAscii(std::string_view text) noexcept;
 /// Whether every byte is below 0x80 and none is 0.

@@ -195,7 +195,7 @@ void OperatorTable::classifyBytes() {
     unsigned bits = 0;
     const char c = static_cast<char>(byte);
     if (isBlank(byte)) bits |= kBlank | kEndsIdentifier;
-    if (c >= '0' && c <= '9') bits |= kDigit;
+    if (isDigit(c)) bits |= kDigit;
     if (isOperatorCharacter(byte)) bits |= kOperator | kEndsIdentifier;
     if (c == '$' || c == '\0') bits |= kEndsIdentifier;
     constexpr std::string_view kInNumbers = "0123456789.eExX";

@@ -70,11 +70,7 @@ void RewritePass::rebuild(const MXRewriteRule& rule, TreeBuilder& out) {
       out.addCopy(tree_.at(i));
       continue;
     }
-    std::uint32_t nodes = 0;
-    for (std::uint32_t k = 0; k < node.argumentCount; ++k) {
-      nodes += out.node(out.count() - 1 - nodes).size;
-    }
-    out.addFunctionLike(tree_, node, node.argumentCount, nodes);
+    out.addFunctionLike(tree_, node);
   }
 }
 

@@ -80,11 +80,10 @@ bool TermReduction::buildTerms() {
   return open_.size() == 1 || failUnclosed();
 }
 
-bool TermReduction::closeGroup() {
+void TermReduction::closeGroup() {
   const Index group = open_.back();
   open_.pop_back();
   if (terms_[group].kind == Kind::function) splitArguments(group);
-  return true;
 }
 
 // The error of the innermost group travels outward, and each function on its way puts its own name.

@@ -53,7 +53,7 @@ class TermReduction {
   };
 
   bool buildTerms();
-  bool closeGroup();
+  void closeGroup();
   void splitArguments(Index function);
   void addArgument(Index function, Index first, Index last, Index count, bool closes);
   bool failUnclosed();

@@ -6,6 +6,7 @@
 
 #include "tarnkit/math/MXError.h"
 #include "tarnkit/math/MXMathStringToken.h"
+#include "tarnkit/math/MathText.h"
 #include "tarnkit/math/OperatorTable.h"
 
 namespace tarnkit::detail {
@@ -106,9 +107,7 @@ class TokenScanner {
     return static_cast<std::uint32_t>(place - begin_);
   }
   std::uint8_t classAt(const char* place) const noexcept { return table_.classOf(*place); }
-  bool isDigitAt(const char* place) const noexcept {
-    return place != end_ && *place >= '0' && *place <= '9';
-  }
+  bool isDigitAt(const char* place) const noexcept { return place != end_ && isDigit(*place); }
   std::string_view rest(const char* place) const noexcept {
     return {place, static_cast<std::size_t>(end_ - place)};
   }

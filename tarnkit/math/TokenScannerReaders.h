@@ -159,7 +159,7 @@ bool TokenScanner<Sink>::readHexadecimal(ScannedToken& token) noexcept {
   at_ += 2;
   const char* const start = at_;
   const auto isHexadecimal = [](char c) {
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+    return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
   };
   while (at_ != end_ && isHexadecimal(*at_)) ++at_;
   if (at_ == start) return fail(MXErrorCode::invalidNumber, true);

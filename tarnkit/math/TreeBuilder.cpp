@@ -36,7 +36,8 @@ void TreeBuilder::addNumber(const MXNumber& number) {
 }
 
 void TreeBuilder::addFunctionLike(const TreeView& other, const ExpressionNode& node,
-                                  std::uint32_t arguments, std::uint32_t nodes) {
+                                  std::uint32_t nodes) {
+  const std::uint32_t arguments = node.argumentCount;
   if ((node.flags & ExpressionNode::kTableName) != 0) {
     addBuiltin(node.builtin, arguments, nodes);
   } else {
@@ -73,7 +74,7 @@ void TreeBuilder::addCopy(const TreeView& other) {
         break;
       }
       case NodeKind::function:
-        addFunctionLike(other, node, node.argumentCount, node.size - 1);
+        addFunctionLike(other, node, node.size - 1);
         break;
     }
   }

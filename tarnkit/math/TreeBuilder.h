@@ -68,9 +68,10 @@ class TreeBuilder {
   void addBuiltin(Builtin builtin, std::uint32_t arguments, std::uint32_t nodes) {
     addFunction(builtin, ExpressionNode::kTableName, arguments, nodes, 0, 0);
   }
-  /// As either, with the name of a node of another tree.
-  void addFunctionLike(const TreeView& other, const ExpressionNode& node, std::uint32_t arguments,
-                       std::uint32_t nodes);
+  /// As either, with the name and the number of arguments of a node of another tree.
+  void addFunctionLike(const TreeView& other, const ExpressionNode& node) {
+    addFunctionLike(other, node, nodesOfLast(node.argumentCount));
+  }
   /// A built-in, or another function by its name.
   void addNamed(Builtin builtin, std::string_view name, std::uint32_t arguments,
                 std::uint32_t nodes);
@@ -87,12 +88,19 @@ class TreeBuilder {
   void addUnary(Builtin builtin, std::string_view name) {
     addNamed(builtin, name, 1, nodes_.back().size);
   }
+  /// How many nodes the subtrees that were added last have together.
+  std::uint32_t nodesOfLast(std::uint32_t subtrees) const noexcept {
+    std::uint32_t nodes = 0;
+    for (; subtrees > 0; --subtrees) nodes += nodes_[nodes_.size() - 1 - nodes].size;
+    return nodes;
+  }
   /// A copy of a subtree of another tree.
   void addCopy(const TreeView& other);
   /// Takes the last subtrees away again.
   void drop(std::uint32_t nodes, std::uint32_t subtrees) noexcept;
 
  private:
+  void addFunctionLike(const TreeView& other, const ExpressionNode& node, std::uint32_t nodes);
   ExpressionNode& add(NodeKind kind, Builtin builtin, std::uint16_t flags, std::uint32_t size,
                       std::uint32_t offset, std::uint32_t length) {
     if (++depth_ > summary_.stackDepth) summary_.stackDepth = depth_;

@@ -24,11 +24,7 @@ bool TreeSimplification::run() {
     } else if (argumentsAreNumbers(node.argumentCount) && fold(i)) {
       changed = true;
     } else {
-      std::uint32_t nodes = 0;
-      for (std::uint32_t k = 0; k < node.argumentCount; ++k) {
-        nodes += out_.node(out_.count() - 1 - nodes).size;
-      }
-      out_.addFunctionLike(tree_, node, node.argumentCount, nodes);
+      out_.addFunctionLike(tree_, node);
     }
   }
   return changed;

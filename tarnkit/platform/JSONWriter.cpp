@@ -31,11 +31,7 @@ void appendEscaped(std::string& out, std::uint32_t character) {
   }
 }
 
-}  // namespace
-
-void JSONWriter::appendQuoted(std::string& out, std::string_view text, Escapes escapes) {
-  const bool inScript = escapes == Escapes::script;
-  out += '"';
+void appendEscapedText(std::string& out, std::string_view text, bool inScript) {
   std::size_t plain = 0;  // where what stands for itself begins
   for (std::size_t at = 0; at < text.size();) {
     const bool isASCII = static_cast<unsigned char>(text[at]) < 0x80;
@@ -58,6 +54,21 @@ void JSONWriter::appendQuoted(std::string& out, std::string_view text, Escapes e
     at += size;
   }
   out.append(text, plain);
+}
+
+// Where a piece of the text may end without parting a character: a malformed run may be parted.
+std::size_t endOfPiece(std::string_view text, std::size_t at) noexcept {
+  constexpr std::size_t kLongestCharacter = 4;
+  if (text.size() - at <= kPiece) return text.size();
+  const auto piece = detail::beginningOf(text.substr(at), kPiece);
+  return at + (piece.size() + kLongestCharacter > kPiece ? piece.size() : kPiece);
+}
+
+}  // namespace
+
+void JSONWriter::appendQuoted(std::string& out, std::string_view text, Escapes escapes) {
+  out += '"';
+  appendEscapedText(out, text, escapes == Escapes::script);
   out += '"';
 }
 
@@ -116,7 +127,14 @@ JSONWriter& JSONWriter::value(double value) { return real(shortestText(value)); 
 
 JSONWriter& JSONWriter::value(std::string_view text) {
   separate();
-  appendQuoted(out_, text, escapes_);
+  out_ += '"';
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = endOfPiece(text, at);
+    appendEscapedText(out_, text.substr(at, end - at), escapes_ == Escapes::script);
+    handOnWhenLong();
+    at = end;
+  }
+  out_ += '"';
   needsComma_ = true;
   return *this;
 }

@@ -126,9 +126,13 @@ TEST(Threads, EvaluateWhilePrivateSetsComeAndGo) {
   bool (*const reads[])() = {
       usesDefaultOperatorSet, usesParser, usesDefaultEvaluator, usesDefaultRewriter,
       [] { return MXMathStringTokenizer::variableNames("$a+$b", nullptr).size() == 2; }};
+  // Sets are made all the while that a long text is read.
+  std::string sum = "1";
+  for (int i = 0; i < 500; ++i) sum += " + 1";
   std::atomic<std::size_t> right{0};
   onThreads([&](int thread) {
     for (std::size_t i = 0; i < kRounds; ++i) {
+      if (thread % 2 != 0 && evaluated(sum) != "501") continue;
       right += thread % 2 == 0 ? usesPrivateSet() : reads[i % std::size(reads)]();
     }
   });

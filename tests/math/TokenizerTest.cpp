@@ -175,6 +175,35 @@ void tokenizeWithOddOperators() {
   EXPECT_EQ(tokens("1d"), "2 d is not a valid operator");
 }
 
+TEST(Tokenizer, ShowsTheTokensThatItMakesObjectsOf) {
+  ExpressionGenerator generator(3);
+  for (int i = 0; i < 3000; ++i) {
+    const std::string text = generator.anyTokens();
+    MXError error;
+    MXError wantedError;
+    std::string shown;
+    const bool isRead = MXMathStringTokenizer::eachToken(
+        text,
+        [&shown](const MXTokenText& token) {
+          shown += std::to_string(static_cast<int>(token.type));
+          shown.append(token.token).append(" ").append(token.function).append(" ");
+        },
+        &error);
+    const auto tokenizer = MXMathStringTokenizer::tokenizerWithString(text, &wantedError);
+    ASSERT_EQ(isRead, tokenizer != nullptr) << text;
+    ASSERT_EQ(textOf(error), textOf(wantedError)) << text;
+    std::string wanted;
+    while (const auto token = isRead ? tokenizer->nextObject() : nullptr) {
+      const bool isOperator = token->tokenType() == MXTokenType::op;
+      wanted += std::to_string(static_cast<int>(token->tokenType()));
+      wanted.append(token->token().view()).append(" ");
+      wanted.append(isOperator ? token->operatorType().view() : "").append(" ");
+    }
+    if (!isRead) continue;
+    ASSERT_EQ(shown, wanted) << text;
+  }
+}
+
 TEST(Tokenizer, NamesVariablesWithoutMakingTokens) {
   const char* const texts[] = {
       "",        "1+1",  "$b + sin($a) * $b", "2$x$y", "$A + $a", "\"a b\" + 'c' - \"a b\"",

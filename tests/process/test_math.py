@@ -1,9 +1,16 @@
 """Expressions from the shell: single ones and batches, in double precision and in decimals."""
 
 import json
+import pathlib
+import resource
+import select
+import subprocess
 import unittest
 
-from host import HostTest
+from host import HOST, HostTest
+
+# Sanitizers take address space of their own.
+IS_SANITIZED = any(name in pathlib.Path(HOST).read_bytes() for name in (b"__asan_init", b"__tsan_init"))
 
 
 class Math(HostTest):
@@ -107,6 +114,48 @@ class Math(HostTest):
             self.assertEqual(answer["error"]["code"], -1, answer)
         percent = self.host("math", "--percent", input=b'{"op":"eval","text":"50 + 10%"}\n')[0]
         self.assertEqual(json.loads(percent), {"value": "55"})
+
+    def test_a_line_is_answered_as_soon_as_it_is_whole(self):
+        with subprocess.Popen([HOST, "math"], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as run:
+            for number in range(3):
+                run.stdin.write(b'{"op":"eval",')
+                run.stdin.flush()
+                run.stdin.write(b'"text":"1 + %d"}\n' % number)
+                run.stdin.flush()
+                self.assertTrue(select.select([run.stdout], [], [], 60)[0], "no answer")
+                self.assertEqual(json.loads(run.stdout.readline()), {"value": str(1 + number)})
+            run.stdin.write(b'{"op":"eval","text":"7"}')
+            run.stdin.close()
+            self.assertEqual(json.loads(run.stdout.read()), {"value": "7"})
+
+    @unittest.skipIf(IS_SANITIZED, "memory cannot be limited")
+    def test_a_line_for_which_there_is_no_memory_fails_alone(self):
+        def limited():
+            room = 320 << 20
+            resource.setrlimit(resource.RLIMIT_AS, (room, room))
+
+        good = b'{"op":"eval","text":"1 + 1"}\n'
+        answer = {"value": "2"}
+        error = {"error": {"code": -1, "message": "there is not enough memory for this line"}}
+        long_sum = b"$a+" * 4000000 + b"1"
+        lines = [
+            (good, answer),
+            # The tokens of a long line take no memory beside the line itself.
+            (b'{"op":"tokens","text":"' + long_sum + b'"}\n', None),
+            (good, answer),
+            (b'{"op":"parse","text":"' + b"1+" * 10000000 + b'1"}\n', error),
+            (b'{"op":"eval","text":"' + b"(" * 20000000 + b'"}\n', error),
+            (b"x" * (300 << 20) + b"\n", error),
+            (good, answer),
+        ]
+        run = subprocess.run([HOST, "math"], input=b"".join(line for line, _ in lines),
+                             stdout=subprocess.PIPE, check=True, timeout=300, preexec_fn=limited)
+        answers = run.stdout.splitlines()
+        self.assertEqual(len(answers), len(lines))
+        self.assertEqual(answers[1].count(b'"function":"add"'), 4000000)
+        for given, (_, wanted) in zip(answers, lines):
+            if wanted:
+                self.assertEqual(json.loads(given), wanted)
 
 
 if __name__ == "__main__":

@@ -20,12 +20,14 @@ struct ExpressionOptions {
 
 void printTokens(const std::string& text) {
   MXError error;
-  const auto tokenizer = MXMathStringTokenizer::tokenizerWithString(text, &error);
-  if (!tokenizer) throw CommandFailure(describeError(error));
   std::string lines;
-  while (const auto token = tokenizer->nextObject()) {
-    lines += token->description().view();
+  const auto print = [&lines](const MXTokenText& token) {
+    if (token.type == MXTokenType::variable) lines += '$';
+    lines += token.token;
     lines += '\n';
+  };
+  if (!MXMathStringTokenizer::eachToken(text, print, &error)) {
+    throw CommandFailure(describeError(error));
   }
   writeToStandardOutput(lines);
 }

@@ -2,18 +2,20 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
 #include <cstdint>
-#include <iostream>
 #include <memory>
+#include <new>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
 #include "tarnkit/math/MXMathEvaluator.h"
 #include "tarnkit/math/MXMathStringTokenizer.h"
+#include "tarnkit/platform/JSONWriter.h"
 #include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/InputLines.h"
 #include "tools/tarnkit/MathCommands.h"
 #include "tools/tarnkit/MathSupport.h"
 #include "tools/tarnkit/Output.h"
@@ -25,15 +27,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::size_t kFlushSize = std::size_t{64} << 10;
 constexpr int kMalformedLine = -1;
-
-json errorLine(int code, const std::string& message) {
-  return {{"error", {{"code", code}, {"message", message}}}};
-}
-json errorLine(const MXError& error) {
-  return errorLine(static_cast<int>(error.code()), error.localizedDescription());
-}
 
 /// A line that is no request, and why.
 struct MalformedLine {
@@ -45,19 +39,6 @@ const char* nameOf(MXTokenType type) {
   return kNames[static_cast<int>(type)];
 }
 
-json tokensOf(const std::string& text) {
-  MXError error;
-  const auto tokenizer = MXMathStringTokenizer::tokenizerWithString(text, &error);
-  if (!tokenizer) return errorLine(error);
-  json tokens = json::array();
-  while (const auto token = tokenizer->nextObject()) {
-    json one{{"type", nameOf(token->tokenType())}, {"token", token->token().view()}};
-    if (token->tokenType() == MXTokenType::op) one["function"] = token->operatorType().view();
-    tokens.push_back(std::move(one));
-  }
-  return {{"tokens", std::move(tokens)}};
-}
-
 bool flag(const json& request, const char* name) {
   const auto found = request.find(name);
   if (found == request.end()) return false;
@@ -65,12 +46,12 @@ bool flag(const json& request, const char* name) {
   return found->get<bool>();
 }
 
-std::string text(const json& request, const char* name) {
+const std::string& text(const json& request, const char* name) {
   const auto found = request.find(name);
   if (found == request.end() || !found->is_string()) {
     throw MalformedLine{fmt::format("\"{}\" is not a string", name)};
   }
-  return found->get<std::string>();
+  return found->get_ref<const std::string&>();
 }
 
 MXSubstitutions variables(const json& request, bool precise) {
@@ -95,37 +76,80 @@ MXSubstitutions variables(const json& request, bool precise) {
 /// Answers requests with one evaluator, which it sets up as each asks.
 class Batch {
  public:
-  json answer(const std::string& line) {
+  explicit Batch(JSONWriter& answers) : answers_(answers) {}
+
+  void answer(const std::string& line) {
     try {
-      const json request = json::parse(line, nullptr, false);
-      if (!request.is_object()) throw MalformedLine{"the line is not a JSON object"};
-      const std::string op = text(request, "op");
-      const std::string expression = text(request, "text");
-      const bool precise = flag(request, "precise");
-      const MXSubstitutions substitutions = variables(request, precise);
-      evaluator_->setUsesHighPrecisionEvaluation(precise);
-      evaluator_->setAngleMeasurementMode(flag(request, "degrees")
-                                              ? MXAngleMeasurementMode::degrees
-                                              : MXAngleMeasurementMode::radians);
-      evaluator_->setResolvesFunctionsAsVariables(flag(request, "functionsAsVariables"));
-      if (op == "tokens") return tokensOf(expression);
-      if (op == "eval") return evaluate(expression, substitutions);
-      if (op == "parse" || op == "simplify" || op == "rewrite") return transform(op, expression);
-      throw MalformedLine{fmt::format("there is no operation \"{}\"", op)};
+      answerRequest(line);
     } catch (const MalformedLine& malformed) {
-      return errorLine(kMalformedLine, malformed.reason);
+      fail(kMalformedLine, malformed.reason);
+    } catch (const std::bad_alloc&) {
+      failForMemory();
+    } catch (const std::length_error&) {
+      failForMemory();
     }
+    answers_.endLine();
+  }
+  /// Answers a line that could not be read for want of memory.
+  void answerLostLine() {
+    failForMemory();
+    answers_.endLine();
   }
 
  private:
-  json evaluate(const std::string& expression, const MXSubstitutions& substitutions) {
-    MXError error;
-    const auto value = evaluator_->evaluateString(expression, substitutions, &error);
-    if (!value) return errorLine(error);
-    return {{"value", valueText(*value, evaluator_->usesHighPrecisionEvaluation())}};
+  // An answer is begun when nothing is left to be done for it that takes memory.
+  void answerRequest(const std::string& line) {
+    const json request = json::parse(line, nullptr, false);
+    if (!request.is_object()) throw MalformedLine{"the line is not a JSON object"};
+    const std::string& op = text(request, "op");
+    const std::string& expression = text(request, "text");
+    const bool precise = flag(request, "precise");
+    const MXSubstitutions substitutions = variables(request, precise);
+    evaluator_->setUsesHighPrecisionEvaluation(precise);
+    evaluator_->setAngleMeasurementMode(flag(request, "degrees") ? MXAngleMeasurementMode::degrees
+                                                                 : MXAngleMeasurementMode::radians);
+    evaluator_->setResolvesFunctionsAsVariables(flag(request, "functionsAsVariables"));
+    if (op == "tokens") return listTokens(expression);
+    if (op == "eval") return evaluate(expression, substitutions);
+    if (op == "parse" || op == "simplify" || op == "rewrite") return transform(op, expression);
+    throw MalformedLine{fmt::format("there is no operation \"{}\"", op)};
   }
 
-  json transform(const std::string& op, const std::string& source) {
+  void fail(int code, std::string_view message) {
+    answers_.beginObject().key("error").beginObject();
+    answers_.key("code").value(code).key("message").value(message);
+    answers_.endObject().endObject();
+  }
+  void fail(const MXError& error) {
+    fail(static_cast<int>(error.code()), error.localizedDescription());
+  }
+  void failForMemory() { fail(kMalformedLine, "there is not enough memory for this line"); }
+
+  // Read twice: an error comes behind tokens, and its line has none.
+  void listTokens(const std::string& expression) {
+    MXError error;
+    const auto ignore = [](const MXTokenText&) {};
+    if (!MXMathStringTokenizer::eachToken(expression, ignore, &error)) return fail(error);
+    answers_.beginObject().key("tokens").beginArray();
+    const auto list = [this](const MXTokenText& token) {
+      answers_.beginObject();
+      answers_.key("type").value(nameOf(token.type)).key("token").value(token.token);
+      if (token.type == MXTokenType::op) answers_.key("function").value(token.function);
+      answers_.endObject();
+    };
+    MXMathStringTokenizer::eachToken(expression, list, &error);
+    answers_.endArray().endObject();
+  }
+
+  void evaluate(const std::string& expression, const MXSubstitutions& substitutions) {
+    MXError error;
+    const auto value = evaluator_->evaluateString(expression, substitutions, &error);
+    if (!value) return fail(error);
+    const std::string digits = valueText(*value, evaluator_->usesHighPrecisionEvaluation());
+    answers_.beginObject().key("value").value(digits).endObject();
+  }
+
+  void transform(const std::string& op, const std::string& source) {
     MXError error;
     auto expression = MXExpression::expressionFromString(source, &error);
     if (expression && op == "simplify") {
@@ -133,36 +157,33 @@ class Batch {
     } else if (expression && op == "rewrite") {
       expression = evaluator_->expressionByRewritingExpression(expression);
     }
-    if (!expression) return errorLine(error);
-    return {{"expression", expression->description().view()}};
+    if (!expression) return fail(error);
+    const String description = expression->description();
+    answers_.beginObject().key("expression").value(description.view()).endObject();
   }
 
+  JSONWriter& answers_;
   Ref<MXMathEvaluator> evaluator_ = make<MXMathEvaluator>();
 };
 
 void run(bool percent) {
   if (percent) readPercentSignAsPercent();
-  std::ios::sync_with_stdio(false);
   // A terminal that the lines are typed in is left alone.
   std::optional<Progress> progress;
   if (::isatty(STDIN_FILENO) == 0) progress.emplace("answering line");
-  Batch batch;
-  std::uint64_t answered = 0;
-  std::string line;
-  std::string pending;
-  while (std::getline(std::cin, line)) {
-    // What is not UTF-8 in an answer is replaced, as the engine does with what it reads.
-    pending += batch.answer(line).dump(-1, ' ', false, json::error_handler_t::replace);
-    pending += '\n';
-    ++answered;
+  JSONWriter answers(writeToStandardOutput);
+  Batch batch(answers);
+  InputLines lines([&answers] { answers.flush(); });
+  for (std::uint64_t answered = 1; lines.next(); ++answered) {
+    if (lines.isLost()) {
+      batch.answerLostLine();
+    } else {
+      batch.answer(lines.line());
+    }
     if (progress) progress->setCount(answered);
-    if (pending.size() < kFlushSize) continue;
-    writeToStandardOutput(pending);
-    pending.clear();
   }
-  const int error = errno;
-  writeToStandardOutput(pending);
-  if (std::cin.bad()) {
+  answers.flush();
+  if (const int error = lines.error()) {
     throw CommandFailure("math", "standard input", std::generic_category().message(error));
   }
 }
