@@ -35,7 +35,7 @@ std::string unescaped(std::string_view text) {
 void readTag(Element& element, std::string_view tag) {
   const auto nameEnd = std::min(tag.find_first_of(" /"), tag.size());
   element.name = tag.substr(0, nameEnd);
-  for (auto at = tag.find('='); at != tag.npos; at = tag.find('=', at)) {
+  for (auto at = tag.find('='); at != std::string_view::npos; at = tag.find('=', at)) {
     const auto name = tag.rfind(' ', at) + 1;
     const auto end = tag.find('"', at + 2);
     element.attributes[std::string(tag.substr(name, at - name))] =
@@ -93,7 +93,7 @@ Picture::Picture(std::string_view svg) {
     const auto tag = svg.substr(at + 1, end - at - 1);
     at = end + 1;
     if (tag.front() == '/') {
-      open = const_cast<Element*>(open->parent);
+      if (open) open = const_cast<Element*>(open->parent);
       continue;
     }
     Element& element = elements_.emplace_back();
@@ -194,7 +194,8 @@ std::vector<Picture::Curve> Picture::curves(const Element& path) {
   std::vector<Curve> found;
   std::size_t piece = 0;
   const std::string& d = path.at("d");
-  for (auto at = d.find_first_of("CL"); at != d.npos; at = d.find_first_of("CL", at + 1)) {
+  for (auto at = d.find_first_of("CL"); at != std::string::npos;
+       at = d.find_first_of("CL", at + 1)) {
     ++piece;
     if (d[at] == 'L') continue;
     const auto given = numbers(std::string_view(d).substr(at + 1));

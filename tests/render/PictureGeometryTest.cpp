@@ -18,7 +18,6 @@ namespace {
 using detail::ConnectionIndex;
 using detail::GroupScene;
 using detail::NodeBox;
-using ::testing::DoubleNear;
 using ::testing::ElementsAre;
 
 constexpr double kHair = 0.011;  // numbers of a picture are rounded to hundredths
