@@ -59,7 +59,7 @@ const HXRNodeClass HXRSpringNode::kClass{
       patch.in("Sampling", "Tarn.samplingInput", value::boolean(false));
       patch.definition<HXRSpringNode>().hxr_buildPorts();
     },
-    &detail::constructPatch<HXRSpringNode>};
+    constructPatch<HXRSpringNode>};
 
 HXRIndexParameter* HXRSpringNode::dimensions() const {
   return as<HXRIndexParameter>(parameterForKey(kDimensionsKey));

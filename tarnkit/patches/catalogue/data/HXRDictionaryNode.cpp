@@ -26,7 +26,7 @@ const HXRNodeClass HXRDictionaryNode::kClass{
       patch.definition<HXRDictionaryNode>().hxr_buildEntryInputs();
       patch.out<HXRValueOutputPort>("Dictionary", "Tarn.dictionaryOutput");
     },
-    &detail::constructPatch<HXRDictionaryNode>};
+    constructPatch<HXRDictionaryNode>};
 
 void HXRDictionaryNode::hxr_buildEntryInputs() {
   const Ref<HXRIndexParameter> count(as<HXRIndexParameter>(parameterForKey(kCountKey)));

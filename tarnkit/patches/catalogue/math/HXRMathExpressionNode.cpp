@@ -34,7 +34,7 @@ const HXRNodeClass HXRMathExpressionNode::kClass{
       patch.definition<HXRMathExpressionNode>().trn_refreshPorts();
       patch.out("Result", "Tarn.resultOutput");
     },
-    &detail::constructPatch<HXRMathExpressionNode>};
+    constructPatch<HXRMathExpressionNode>};
 
 std::vector<String> HXRMathExpressionNode::trn_variablesForExpression(const String& expression) {
   MXError error;

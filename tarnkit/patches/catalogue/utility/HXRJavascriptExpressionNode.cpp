@@ -67,7 +67,7 @@ const HXRNodeClass HXRJavascriptExpressionNode::kClass{
       patch.out<HXRValueOutputPort>("Result", "Tarn.resultOutput");
       patch.out<HXRValueOutputPort>("Error", "Tarn.errorOutput");
     },
-    &detail::constructPatch<HXRJavascriptExpressionNode>};
+    constructPatch<HXRJavascriptExpressionNode>};
 
 void HXRJavascriptExpressionNode::parameterValueDidChange(HXRParameter& parameter) {
   if (&parameter == parameterForKey(kExpressionKey)) {
