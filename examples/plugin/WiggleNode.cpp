@@ -2,7 +2,7 @@
 // the host has the library's symbols.
 #include <vector>
 
-#include "tarnkit/patches/HXRPlugin.h"
+#include "tarnkit/patches/HXRPluginEntry.h"
 #include "tarnkit/patches/PatchDeclaration.h"
 
 namespace {
@@ -27,7 +27,4 @@ class WigglePlugin final : public HXRPlugin {
 
 }  // namespace
 
-extern "C" HXRPlugin* tarnkitPlugin() {
-  static WigglePlugin plugin;
-  return &plugin;
-}
+const HXRPluginEntry tarnkitPluginEntry = pluginEntry<WigglePlugin>();

@@ -17,21 +17,23 @@ const HXRNodeClass HXRNode::kClass{"HXRNode",
                                     .patchViewClassName = "HXBasicPatchView",
                                     .defaultColor = &HXPrimaryPatchColor,
                                     .hiddenPortGroupKeys = kNoKeys},
-                                   &detail::constructPatch<HXRNode>};
+                                   constructPatch<HXRNode>};
 
 HXRNode::HXRNode(const HXRNodeClass& patchClass) : class_(&patchClass) {
-  const HXRNode* const prototype = patchClass.resolved().prototype.get();
-  if (!prototype) {
+  const HXRNode* const model = prototype();
+  if (!model) {
     layout_ = make<HXRPortLayout>(this);
     return;
   }
-  layout_ = prototype->layout_;
-  parameters_.reserve(prototype->parameters_.size());
-  for (const auto& parameter : prototype->parameters_) {
+  layout_ = model->layout_;
+  parameters_.reserve(model->parameters_.size());
+  for (const auto& parameter : model->parameters_) {
     parameters_.push_back(parameter->copy());
     parameters_.back()->setNode(this);
   }
 }
+
+const HXRNode* HXRNode::prototype() const noexcept { return class_->resolved().prototype.get(); }
 
 HXRPortLayout& HXRNode::ownLayout() {
   if (layout_->isShared()) {

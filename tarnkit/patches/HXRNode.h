@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <vector>
 
 #include "tarnkit/patches/HXRNodeClass.h"
@@ -73,6 +74,10 @@ class HXRNode : public Object {
   /// prototype, with none.
   explicit HXRNode(const HXRNodeClass& patchClass);
 
+  /// The class's prototype, from which a constructor takes over what the prototype has built; null
+  /// inside the making of the prototype itself.
+  const HXRNode* prototype() const noexcept;
+
   /// The layout, made this definition's own.
   HXRPortLayout& ownLayout();
 
@@ -94,12 +99,11 @@ class HXRNode : public Object {
   bool rebuilding_ = false;
 };
 
-namespace detail {
-/// Makes the definitions of a C++ class with a public constructor from the record.
-template <class T>
-Ref<HXRNode> constructPatch(const HXRNodeClass& patchClass) {
-  return make<T>(patchClass);
-}
-}  // namespace detail
+/// For the record of a class whose definitions are objects of `T`, which derives from the C++ class
+/// of the record's base and is made from the record: `explicit T(const HXRNodeClass& patchClass)`.
+template <std::derived_from<HXRNode> T>
+inline constexpr HXRNodeClass::Construct constructPatch{
+    [](const HXRNodeClass& patchClass) -> Ref<HXRNode> { return make<T>(patchClass); },
+    [](const HXRNode* definition) { return dynamic_cast<const T*>(definition) != nullptr; }};
 
 }  // namespace tarnkit

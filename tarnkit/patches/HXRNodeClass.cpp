@@ -16,7 +16,12 @@ String internedOrNil(const char* text) { return text ? String::interned(text) : 
 
 }  // namespace
 
+void HXRNodeClass::fail(const char* why) const {
+  throw std::logic_error("[" + std::string(name()) + "] " + why);
+}
+
 const HXRNodeClass::Resolved& HXRNodeClass::resolve() const {
+  if (!isKindOf(HXRNode::kClass)) fail("it derives from no patch definition");
   // What a record leaves out is its base's, all the way up.
   const auto inherited = [this](auto member) {
     const auto* from = this;
@@ -48,9 +53,8 @@ const HXRNodeClass::Resolved& HXRNodeClass::resolve() const {
 
 Ref<HXRNode> HXRNodeClass::constructInstance() const {
   const auto* from = this;
-  while (!from->construct_)
-    from = from->base_;
-  return from->construct_(*this);
+  while (!from->construct_.make) from = from->base_;
+  return from->construct_.make(*this);
 }
 
 void HXRNodeClass::declareInto(PatchDeclaration& patch) const {
@@ -64,6 +68,13 @@ HXRNode& HXRNodeClass::prototype() const {
   resolved();
   if (!resolved_->prototype) {
     const Ref<HXRNode> prototype = constructInstance();
+    if (!prototype) fail("its record makes no definition");
+    if (&prototype->patchClass() != this) fail("its record makes definitions of another class");
+    for (const auto* from = this; from; from = from->base_) {
+      if (from->construct_.fits && !from->construct_.fits(prototype.get())) {
+        fail("its definitions are no objects of its base's C++ class");
+      }
+    }
     PatchDeclaration patch(*prototype);
     declareInto(patch);
     prototype->layout_->share();
@@ -82,11 +93,7 @@ Ref<Object> HXRNodeClass::makeInstance(const Class& record) {
 }
 
 String HXRNodeClass::nodeClassName() const {
-  if (name() == "HXRReplicatorNode") return "HXReplicatorNode";
-  if (name() == "HXRLoopNode") return "HXLoopNode";
-  if (name() == "HXRRemoteGroupNode") return "HXRemoteGroupNode";
-  if (name() == "HXRRemoteGroupProcessorNode") return "HXRemoteGroupProcessorNode";
-  return "HXNode";
+  return String::interned(descriptors_.nodeClassName ? descriptors_.nodeClassName : "HXNode");
 }
 
 Ref<Object> HXRNodeClass::documentGraph() const {

@@ -36,16 +36,24 @@ class HXRNodeClass : public Class {
     Flag allowsSubnodes = Flag::inherited;
     /// Null: inherited; otherwise a null-terminated list.
     const char* const* hiddenPortGroupKeys = nullptr;
+    /// Null: "HXNode". Not inherited.
+    const char* nodeClassName = nullptr;
   };
   /// Declares what the class adds to its base's ports and parameters; null: nothing.
   using Declare = void (*)(PatchDeclaration& patch);
 
-  /// Makes the C++ object of a definition, given its record.
-  using Construct = Ref<HXRNode> (*)(const HXRNodeClass& patchClass);
+  /// The C++ class of a record's definitions: `constructPatch` makes it. Empty: the base's.
+  struct Construct {
+    Ref<HXRNode> (*make)(const HXRNodeClass& patchClass);
+    /// Whether the definition is an object of the C++ class or of one derived from it.
+    bool (*fits)(const HXRNode* definition);
+  };
 
-  /// A null `construct` is inherited too: the definitions are objects of the base's C++ class.
+  /// `name` is never null, and `base` leads up to `HXRNode::kClass`. Without `construct` the
+  /// definitions are objects of the base's C++ class; `constructPatch<T>` makes them objects of
+  /// `T`.
   constexpr HXRNodeClass(const char* name, const HXRNodeClass* base, const Descriptors& descriptors,
-                         Declare declare = nullptr, Construct construct = nullptr) noexcept
+                         Declare declare = nullptr, Construct construct = {}) noexcept
       : Class(name, base, &makeInstance),
         base_(base),
         descriptors_(descriptors),
@@ -74,13 +82,16 @@ class HXRNodeClass : public Class {
   /// The keys of the port groups whose ports the editor hides by default (strings).
   const OrderedSet& hiddenPortGroupKeys() const { return *resolved().hiddenPortGroupKeys; }
 
-  /// A new definition of the class.
+  /// A new definition of the class. The first one of a class whose record is wrong (it derives from
+  /// no definition, its declaration leaves out a name or a key, or its C++ class is not the one
+  /// that its declaration or its base's asks for) throws std::logic_error, as does the next
+  /// operation.
   Ref<HXRNode> makeDefinition() const;
   /// The definition whose layout and parameters every instance starts from. Not to be changed.
   HXRNode& prototype() const;
 
   /// The name of the editor node class that goes with the patch: the container patches have their
-  /// own, every other has "HXNode".
+  /// own, every other, a class derived from theirs included, has "HXNode".
   String nodeClassName() const;
   /// A document that holds one node of this patch: to show or send a patch by itself. The document
   /// is made by the model, through the builder that it installed (see `setDocumentGraphBuilder`).
@@ -109,6 +120,7 @@ class HXRNodeClass : public Class {
       : Class(name, superclass, &makeInstance), descriptors_(descriptors), construct_(construct) {}
   static Ref<Object> makeInstance(const Class& record);
   Ref<HXRNode> constructInstance() const;
+  [[noreturn]] void fail(const char* why) const;
   void declareInto(PatchDeclaration& patch) const;
   const Resolved& resolved() const { return resolved_ ? *resolved_ : resolve(); }
   const Resolved& resolve() const;
@@ -116,7 +128,7 @@ class HXRNodeClass : public Class {
   const HXRNodeClass* base_ = nullptr;
   Descriptors descriptors_;
   Declare declare_ = nullptr;
-  Construct construct_ = nullptr;
+  Construct construct_;
   mutable Resolved* resolved_ = nullptr;  // made once, never destroyed
 };
 

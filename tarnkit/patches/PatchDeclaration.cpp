@@ -1,5 +1,9 @@
 #include "tarnkit/patches/PatchDeclaration.h"
 
+#include <fmt/format.h>
+
+#include <stdexcept>
+
 namespace tarnkit {
 
 namespace value {
@@ -9,12 +13,21 @@ Ref<PMRPrimitive> index(std::int32_t value) { return PMRPrimitive::primitiveWith
 Ref<PMRPrimitive> number(float value) { return PMRPrimitive::primitiveWithNumberValue(value); }
 Ref<PMRPrimitive> color(const RGBA& value) { return PMRPrimitive::primitiveWithColorValue(value); }
 Ref<PMRPrimitive> string(const char* value) {
-  return PMRPrimitive::primitiveWithStringValue(String::interned(value));
+  return PMRPrimitive::primitiveWithStringValue(value ? String::interned(value) : String());
 }
 Angle radians(float value) { return {PMRPrimitive::primitiveWithRadiansValue(value)}; }
 Angle degrees(float value) { return {PMRPrimitive::primitiveWithDegreesValue(value)}; }
 
 }  // namespace value
+
+String PatchDeclaration::literal(const char* text) const {
+  if (!text) fail("its declaration leaves out a name or a key");
+  return String::interned(text);
+}
+
+void PatchDeclaration::fail(const char* why) const {
+  throw std::logic_error(fmt::format("[{}] {}", definition_.isa().name(), why));
+}
 
 void PatchDeclaration::group(const char* groupKey) {
   group_ = groupKey ? String::interned(groupKey) : String();
@@ -22,14 +35,12 @@ void PatchDeclaration::group(const char* groupKey) {
 
 HXRPrimitiveInputPort& PatchDeclaration::in(const char* name, const char* key,
                                             Ref<PMRPrimitive> defaultValue) {
-  return add(make<HXRPrimitiveInputPort>(String::interned(name), String::interned(key),
-                                         std::move(defaultValue)));
+  return add(make<HXRPrimitiveInputPort>(literal(name), literal(key), std::move(defaultValue)));
 }
 
 HXRAngleInputPort& PatchDeclaration::in(const char* name, const char* key,
                                         const value::Angle& defaultValue) {
-  return add(
-      make<HXRAngleInputPort>(String::interned(name), String::interned(key), defaultValue.value));
+  return add(make<HXRAngleInputPort>(literal(name), literal(key), defaultValue.value));
 }
 
 HXRPrimitiveInputPort& PatchDeclaration::choice(const char* name, const char* key,
@@ -38,7 +49,7 @@ HXRPrimitiveInputPort& PatchDeclaration::choice(const char* name, const char* ke
   auto& port = in(name, key, value::index(defaultIndex));
   std::int32_t next = 0;
   for (const char* const label : labels) {
-    port.mapValue(value::index(next++), String::interned(label));
+    port.mapValue(value::index(next++), literal(label));
   }
   port.setLockToMappedValues(true);
   return port;
@@ -51,7 +62,7 @@ HXRPrimitiveOutputPort& PatchDeclaration::out(const char* name, const char* key)
 template <class Parameter, class Value>
 Parameter& PatchDeclaration::addParameter(const char* name, const char* key, Value defaultValue,
                                           bool hidden) {
-  const auto parameter = make<Parameter>(String::interned(name), String::interned(key), hidden);
+  const auto parameter = make<Parameter>(literal(name), literal(key), hidden);
   parameter->setValue(std::move(defaultValue));
   definition_.addParameter(*parameter);
   return *parameter;

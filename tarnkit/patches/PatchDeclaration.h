@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <initializer_list>
 
@@ -38,8 +39,9 @@ Angle degrees(float value);
 ///       patch.out("Value", "Tarn.output");
 ///     }
 ///
-/// Runs once per class, on the prototype; names and keys are literals and are shared by everybody.
-/// Lives during the declaration only. For one thread.
+/// Runs once per class, on the prototype; names and keys are literals, never null (a null one
+/// throws std::logic_error), and are shared by everybody. Lives during the declaration only. For
+/// one thread.
 class PatchDeclaration {
  public:
   explicit PatchDeclaration(HXRNode& definition) : definition_(definition) {}
@@ -58,13 +60,13 @@ class PatchDeclaration {
   /// An input of another class.
   template <class Port>
   Port& in(const char* name, const char* key) {
-    return add(make<Port>(String::interned(name), String::interned(key)));
+    return add(make<Port>(literal(name), literal(key)));
   }
   HXRPrimitiveOutputPort& out(const char* name, const char* key);
   /// An output of another class.
   template <class Port>
   Port& out(const char* name, const char* key) {
-    return add(make<Port>(String::interned(name), String::interned(key)));
+    return add(make<Port>(literal(name), literal(key)));
   }
 
   HXRBooleanParameter& parameter(const char* name, const char* key, bool defaultValue);
@@ -78,13 +80,19 @@ class PatchDeclaration {
   HXRNumberParameter& parameter(const char* name, const char* key, float defaultValue,
                                 float minimum, float maximum);
 
-  /// The prototype, as the C++ class that its record makes.
-  template <class Definition>
+  /// The prototype, as the C++ class that its record makes. Throws std::logic_error when that is
+  /// another one: the record gives no `constructPatch`, or the wrong one.
+  template <std::derived_from<HXRNode> Definition>
   Definition& definition() {
-    return static_cast<Definition&>(definition_);
+    auto* const definition = dynamic_cast<Definition*>(&definition_);
+    if (!definition) fail("its definitions are no objects of the C++ class that it declares");
+    return *definition;
   }
 
  private:
+  /// The text of a name or key, shared by everybody. Throws std::logic_error when there is none.
+  String literal(const char* text) const;
+  [[noreturn]] void fail(const char* why) const;
   template <class Port>
   Port& add(const Ref<Port>& port) {
     definition_.addPort(*port, group_);

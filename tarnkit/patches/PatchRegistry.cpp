@@ -1,6 +1,10 @@
 #include "tarnkit/patches/PatchRegistry.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <array>
+#include <stdexcept>
 
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/PMRPrimitive.h"
@@ -17,6 +21,8 @@
 #include "tarnkit/patches/catalogue/math/HXRMathNode.h"
 #include "tarnkit/patches/catalogue/state/HXRIndexSwitchNode.h"
 #include "tarnkit/patches/catalogue/utility/HXRJavascriptExpressionNode.h"
+#include "tarnkit/platform/Bundle.h"
+#include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
 
@@ -161,16 +167,46 @@ std::vector<const HXRNodeClass*>& classes() {
 }
 
 void enter(const HXRNodeClass& patchClass) {
-  auto& all = classes();
-  const auto same = std::find_if(all.begin(), all.end(), [&](const auto* known) {
-    return known->name() == patchClass.name();
-  });
-  if (same == all.end()) {
-    all.push_back(&patchClass);
-  } else {
-    *same = &patchClass;
-  }
+  classes().push_back(&patchClass);
   ClassRegistry::add(patchClass);
+}
+
+/// Whether the superclasses end, and with the root of all definitions: a plug-in with a copy of the
+/// library of its own has a root of its own.
+bool isDefinitionClass(const Class& record) {
+  constexpr int kMaximumDepth = 1000;
+  const Class* at = &record;
+  for (int depth = 0; at && depth < kMaximumDepth; ++depth) {
+    if (at == &HXRNode::kClass) return true;
+    at = at->superclass();
+  }
+  return false;
+}
+
+std::string whoseNameItIs(const Class& known) {
+  const Bundle& bundle = Bundle::forClass(known);
+  if (&bundle != &Bundle::libraryBundle()) {
+    return fmt::format("its name is taken by a class of {}", bundle.bundleIdentifier().view());
+  }
+  return known.isKindOf(HXRNode::kClass) ? "its name is taken by a built-in patch"
+                                         : "its name is taken by a class of the library";
+}
+
+/// What speaks against the record; empty: nothing.
+std::string faultOf(const HXRNodeClass& record) {
+  if (record.name().empty()) return "it has no name";
+  if (!isDefinitionClass(record)) return "it does not derive from this library's HXRNode";
+  if (const Class* const known = ClassRegistry::classNamed(record.name()); known) {
+    return whoseNameItIs(*known);
+  }
+  const std::string prefix = fmt::format("[{}] ", record.name());
+  try {
+    record.prototype();
+    return {};
+  } catch (const std::logic_error& fault) {
+    const std::string_view text = fault.what();
+    return std::string(text.starts_with(prefix) ? text.substr(prefix.size()) : text);
+  }
 }
 
 }  // namespace
@@ -187,9 +223,43 @@ const std::vector<const HXRNodeClass*>& catalogue() {
   return classes();
 }
 
-void addPatchClass(const HXRNodeClass& patchClass) {
+bool addPatchClass(const HXRNodeClass& patchClass) {
+  std::string reason;
+  if (addPatchClasses(std::array{&patchClass}, Bundle::forClass(patchClass), reason)) return true;
+  Log::warning("HXRNodeClass", reason);
+  return false;
+}
+
+bool addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle& bundle,
+                     std::string& reason) {
   registerPatchClasses();
-  enter(patchClass);
+  std::vector<const HXRNodeClass*> fresh;
+  for (const auto* const record : patchClasses) {
+    if (!record) {
+      reason = "a class without a record";
+      return false;
+    }
+    const auto same = [&](const auto* other) { return other->name() == record->name(); };
+    std::string fault;
+    if (ClassRegistry::classNamed(record->name()) == record &&
+        &Bundle::forClass(*record) == &bundle) {
+      continue;
+    } else if (std::any_of(fresh.begin(), fresh.end(), same)) {
+      fault = "it is brought twice";
+    } else {
+      fault = faultOf(*record);
+    }
+    if (!fault.empty()) {
+      reason = fmt::format("class {}, {}", record->name().empty() ? "?" : record->name(), fault);
+      return false;
+    }
+    fresh.push_back(record);
+  }
+  for (const auto* const record : fresh) {
+    bundle.claimClass(*record);
+    enter(*record);
+  }
+  return true;
 }
 
 const HXRNodeClass* patchClassNamed(std::string_view name) {

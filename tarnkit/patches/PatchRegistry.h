@@ -1,11 +1,15 @@
 #pragma once
 
+#include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "tarnkit/patches/HXRNodeClass.h"
 
 namespace tarnkit {
+
+class Bundle;
 
 /// Enters the classes of this room that are made by name (the primitive value and every definition
 /// of the catalogue) into the `ClassRegistry`. To be called before documents are read; calling it
@@ -16,9 +20,18 @@ void registerPatchClasses();
 /// added, in that order. Registers the catalogue when nobody has yet.
 const std::vector<const HXRNodeClass*>& catalogue();
 
-/// Adds a plug-in's definition class at run time; one of the same name is replaced. The record must
-/// live as long as the process.
-void addPatchClass(const HXRNodeClass& patchClass);
+/// Adds a definition class at run time. The record and all it stands on must live as long as the
+/// process. Adding it again changes nothing. False, and one line logged, when the record is refused
+/// (see `addPatchClasses`).
+bool addPatchClass(const HXRNodeClass& patchClass);
+
+/// Adds all the definition classes that a bundle brings, as its own, or none of them: false, and
+/// why, when one is refused. Its declarations run here. Refused are a null record; a class without
+/// a name, or with the name of any other class that is registered; one that does not derive from
+/// `HXRNode`; and one whose definitions cannot be made (see `HXRNodeClass::makeDefinition`).
+/// Classes that the bundle has brought before are passed over.
+bool addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle& bundle,
+                     std::string& reason);
 
 /// The definition class of that name, or null when there is none or the name is another kind of
 /// class's. Takes constant time.

@@ -11,13 +11,14 @@ class String;
 /// The one static record of a class: its name, its superclass and, for classes that can be made by
 /// name, a factory.
 ///
-/// A record is identified by its address, so "exactly this class" is one pointer comparison. Records
-/// are constant-initialised and live for ever; they can be read from any thread. Classes that an
-/// archive, a definition or a plug-in may name are entered into the `ClassRegistry`, explicitly.
+/// A record is identified by its address, so "exactly this class" is one pointer comparison.
+/// Records are constant-initialised and live for ever; they can be read from any thread. Classes
+/// that an archive, a definition or a plug-in may name are entered into the `ClassRegistry`,
+/// explicitly.
 class Class {
  public:
-  /// Makes an object of the record's class in the state in which a decoder expects it (nothing drawn,
-  /// nothing shared), or in its plain initial state where the class has only one.
+  /// Makes an object of the record's class in the state in which a decoder expects it (nothing
+  /// drawn, nothing shared), or in its plain initial state where the class has only one.
   using Factory = Ref<Object> (*)(const Class& record);
 
   /// `name` must outlive the record (a string literal). `factory` may be null: the class is then
@@ -27,8 +28,8 @@ class Class {
   Class(const Class&) = delete;
   Class& operator=(const Class&) = delete;
 
-  /// The class's name as archives and descriptions write it.
-  std::string_view name() const noexcept { return name_; }
+  /// The class's name as archives and descriptions write it; empty for a record made without one.
+  std::string_view name() const noexcept { return name_ ? name_ : std::string_view(); }
   /// The name as a shared string; the same object on every call.
   String nameString() const;
   /// Null for the root class.

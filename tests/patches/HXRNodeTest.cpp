@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "FakeOwner.h"
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/HXRPlugin.h"
@@ -202,7 +204,7 @@ TEST(HXRNode, HoldsItsNodeWeaklyAndLeavesNothingBehind) {
   EXPECT_EQ(Object::liveObjectCount(), alive);
 }
 
-TEST(PatchRegistry, PlugInsAddAndReplaceClasses) {
+TEST(PatchRegistry, PlugInsAddClasses) {
   class Plugin final : public HXRPlugin {
    public:
     std::vector<const HXRNodeClass*> nodeClasses() const override { return {&kBase, &kDerived}; }
@@ -213,15 +215,93 @@ TEST(PatchRegistry, PlugInsAddAndReplaceClasses) {
   EXPECT_TRUE(HXRPlugin().nodeClasses().empty());
 
   const auto before = catalogue().size();
-  for (const auto* const patchClass : plugin.nodeClasses()) addPatchClass(*patchClass);
-  EXPECT_EQ(catalogue().size(), before + 2);
+  for (int times = 0; times < 2; ++times) {
+    for (const auto* const patchClass : plugin.nodeClasses()) {
+      EXPECT_TRUE(addPatchClass(*patchClass));
+    }
+    EXPECT_EQ(catalogue().size(), before + 2);
+  }
   EXPECT_EQ(patchClassNamed("TestDerivedNode"), &kDerived);
-  static const HXRNodeClass replacement{"TestDerivedNode", &kBase, {}};
-  addPatchClass(replacement);
-  EXPECT_EQ(catalogue().size(), before + 2);
-  EXPECT_EQ(patchClassNamed("TestDerivedNode"), &replacement);
   EXPECT_EQ(patchClassNamed("PMRPrimitive"), nullptr);  // a class, but of no definition
   EXPECT_EQ(patchClassNamed("NoSuchNode"), nullptr);
+}
+
+/// Two C++ classes of definitions, and one that says that its definitions are another class's.
+class OwnNode : public HXRNode {
+ public:
+  explicit OwnNode(const HXRNodeClass& patchClass) : HXRNode(patchClass) {}
+};
+class OtherNode final : public HXRNode {
+ public:
+  explicit OtherNode(const HXRNodeClass& patchClass) : HXRNode(patchClass) {}
+};
+class StrangeNode final : public HXRNode {
+ public:
+  explicit StrangeNode(const HXRNodeClass&) : HXRNode(kBase) {}
+};
+
+TEST(PatchRegistry, RecordsAreCheckedAtTheDoor) {
+  static const HXRNodeClass good{"TestGoodNode", &HXRNode::kClass, {}};
+  static const HXRNodeClass own{
+      "TestOwnNode", &HXRNode::kClass, {}, nullptr, constructPatch<OwnNode>};
+  static const HXRNodeClass rootless{"TestRootlessNode", nullptr, {}};
+  struct Case {
+    HXRNodeClass record;
+    const char* reason;
+  };
+  static const Case cases[] = {
+      {{nullptr, &HXRNode::kClass, {}}, "class ?, it has no name"},
+      {{"", &HXRNode::kClass, {}}, "class ?, it has no name"},
+      {{"A", nullptr, {}}, "class A, it does not derive from this library's HXRNode"},
+      {{"A", &rootless, {}}, "class A, it does not derive from this library's HXRNode"},
+      {{"HXRMathNode", &HXRNode::kClass, {}},
+       "class HXRMathNode, its name is taken by a built-in patch"},
+      {{"HXRNode", &HXRNode::kClass, {}}, "class HXRNode, its name is taken by a built-in patch"},
+      {{"TestGoodNode", &HXRNode::kClass, {}}, "class TestGoodNode, it is brought twice"},
+      {{"A", &HXRNode::kClass, {}, [](PatchDeclaration& patch) { patch.in("In", nullptr); }},
+       "class A, its declaration leaves out a name or a key"},
+      {{"A", &HXRNode::kClass, {}, [](PatchDeclaration& patch) { patch.out(nullptr, "a"); }},
+       "class A, its declaration leaves out a name or a key"},
+      {{"A",
+        &HXRNode::kClass,
+        {},
+        [](PatchDeclaration& patch) { patch.parameter("Count", nullptr, 1, 0, 9); }},
+       "class A, its declaration leaves out a name or a key"},
+      {{"A",
+        &HXRNode::kClass,
+        {},
+        [](PatchDeclaration& patch) {
+          patch.choice("In", "a", 0, {"One", nullptr});
+        }},
+       "class A, its declaration leaves out a name or a key"},
+      {{"A", &HXRNode::kClass, {}, [](PatchDeclaration& patch) { patch.definition<OwnNode>(); }},
+       "class A, its definitions are no objects of the C++ class that it declares"},
+      {{"A", &own, {}, nullptr, constructPatch<StrangeNode>},
+       "class A, its record makes definitions of another class"},
+      {{"A", &own, {}, nullptr, constructPatch<OtherNode>},
+       "class A, its definitions are no objects of its base's C++ class"},
+  };
+  auto& bundle = Bundle::addBundle("test.door");
+  const auto before = catalogue().size();
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.reason);
+    std::string reason;
+    EXPECT_FALSE(addPatchClasses(std::array{&good, &own, &c.record}, bundle, reason));
+    EXPECT_EQ(reason, c.reason);
+    EXPECT_EQ(catalogue().size(), before);
+    EXPECT_FALSE(patchClassNamed("TestGoodNode"));
+    EXPECT_FALSE(HXRNode::hx_isExternalClass(good));
+  }
+  std::string reason;
+  EXPECT_FALSE(addPatchClasses(std::array<const HXRNodeClass*, 1>{}, bundle, reason));
+  EXPECT_EQ(reason, "a class without a record");
+  EXPECT_TRUE(addPatchClasses(std::array{&good, &own}, bundle, reason));
+  EXPECT_TRUE(HXRNode::hx_isExternalClass(good));
+  EXPECT_TRUE(addPatchClasses(std::array{&own}, bundle, reason));
+  EXPECT_EQ(catalogue().size(), before + 2);
+  // Another bundle cannot bring it too.
+  EXPECT_FALSE(addPatchClasses(std::array{&own}, Bundle::addBundle("test.other"), reason));
+  EXPECT_EQ(reason, "class TestOwnNode, its name is taken by a class of test.door");
 }
 
 TEST(HXRNode, ClassesOfOtherBundlesAreExternal) {

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "tarnkit/patches/HXRPlugin.h"
+#include "tarnkit/patches/HXRPluginEntry.h"
 #include "tarnkit/patches/PatchDeclaration.h"
 
 namespace {
@@ -42,7 +42,4 @@ class HostilePlugin final : public HXRPlugin {
 
 }  // namespace
 
-extern "C" HXRPlugin* tarnkitPlugin() {
-  static HostilePlugin plugin;
-  return &plugin;
-}
+const HXRPluginEntry tarnkitPluginEntry = pluginEntry<HostilePlugin>();

@@ -9,6 +9,7 @@ from host import HostTest, op
 from keyed_archive import Archive
 
 PLUGIN = os.environ["TARNKIT_PLUGIN"]
+FAULTY = os.environ["TARNKIT_FAULTY_PLUGIN"]
 
 
 class Plugins(HostTest):
@@ -43,6 +44,43 @@ class Plugins(HostTest):
         self.assertIn("WigglePatch", [o.get("PMNode.processClassName") for o in device])
         self.assertIn(9, [o.get("PMIndexParameter.value") for o in device])
         self.assertIn(3.0, [o.get("PMRPrimitive.numberValue") for o in device])
+
+    def test_one_that_does_not_fit_is_refused_in_one_line(self):
+        built_in = "its name is taken by a built-in patch"
+        cases = {
+            "mark": "it exports no tarnkitPluginEntry: it is no plug-in, or one of an older version",
+            "version": "it is built for version 2 of the plug-in interface, this is version 1",
+            "layout": "it is built with headers or settings that do not fit this program",
+            "copy": "it has a copy of the library of its own: a plug-in is linked against nothing",
+            "nothing": "it brings no patch",
+            "throws": "not today",
+            "": "class ?, it has no name",
+            "baseless": "class DerivedNode, it does not derive from this library's HXRNode",
+            "known": f"class HXRClampNode, {built_in}",
+            "HXRSpringNode": f"class HXRSpringNode, {built_in}",
+            "HXNode": "class HXNode, its name is taken by a class of the library",
+            "PMRPrimitive": "class PMRPrimitive, its name is taken by a class of the library",
+            "GoodNode": "class GoodNode, it is brought twice",
+            "WiggleNode": f"class WiggleNode, its name is taken by a class of {PLUGIN}",
+        }
+        for fault, reason in cases.items():
+            with self.subTest(fault):
+                errors = self.faulty(fault, status=1)[1]
+                self.assertEqual(errors, f"tarnkit: plug-in, {FAULTY}, {reason}\n")
+
+    def test_one_may_derive_from_the_patches_of_one_loaded_before(self):
+        shapes = json.loads(self.faulty("derived")[0])
+        derived = next(shape for shape in shapes if shape["class"] == "DerivedNode")
+        self.assertEqual((derived["libraryCategory"], derived["processClassName"]),
+                         ("Animation", "WigglePatch"))
+        self.assertEqual([port["key"] for group in derived["outputPortGroups"]
+                          for port in group["ports"]], ["Wiggle.offsetOutput", "Derived.more"])
+
+    def faulty(self, fault, status=0):
+        """Loads the example, twice, and the plug-in with that fault."""
+        os.environ["FAULTY_PLUGIN"] = fault
+        return self.host("--plugin", PLUGIN, "--plugin", PLUGIN, "--plugin", FAULTY, "catalogue",
+                         "--json", status=status)
 
 
 if __name__ == "__main__":

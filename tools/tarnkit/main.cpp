@@ -14,13 +14,13 @@
 #include <vector>
 
 #include "tarnkit/model/HXModel.h"
+#include "tarnkit/patches/PluginLoader.h"
 #include "tarnkit/platform/Bundle.h"
 #include "tools/tarnkit/CatalogueCommand.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Output.h"
-#include "tools/tarnkit/Plugins.h"
 
 namespace {
 
@@ -72,7 +72,12 @@ int run(int argc, char** argv) {
       .add_option_function<std::vector<std::string>>(
           "--plugin",
           [](const std::vector<std::string>& files) {
-            for (const std::string& file : files) tool::loadPlugin(file);
+            std::string reason;
+            for (const std::string& file : files) {
+              if (!tarnkit::loadPlugin(file, reason)) {
+                throw tool::CommandFailure("plug-in", file, reason);
+              }
+            }
           },
           "Loads a plug-in's patch definitions")
       ->take_all()

@@ -20,7 +20,7 @@ const HXRNodeClass HXRArrayNode::kClass{
       patch.definition<HXRArrayNode>().hxr_buildValueInputs();
       patch.out<HXRValueOutputPort>("Array", "Tarn.arrayOutput");
     },
-    &detail::constructPatch<HXRArrayNode>};
+    constructPatch<HXRArrayNode>};
 
 HXRArrayNode::HXRArrayNode(const HXRNodeClass& patchClass)
     : CountedPortsNode(patchClass, kDescription) {}

@@ -22,7 +22,7 @@ const HXRNodeClass HXRArrayValuesNode::kClass{
       patch.in<HXRArrayInputPort>("Array", "Tarn.arrayInput");
       patch.definition<HXRArrayValuesNode>().trn_buildValueOutputs();
     },
-    &detail::constructPatch<HXRArrayValuesNode>};
+    constructPatch<HXRArrayValuesNode>};
 
 HXRArrayValuesNode::HXRArrayValuesNode(const HXRNodeClass& patchClass)
     : CountedPortsNode(patchClass, kDescription) {}

@@ -30,7 +30,7 @@ const HXRNodeClass HXRConditionalNode::kClass{
       patch.out("Result", "Tarn.resultOutput");
       patch.definition<HXRConditionalNode>().trn_refreshPortsAndParameters();
     },
-    &detail::constructPatch<HXRConditionalNode>};
+    constructPatch<HXRConditionalNode>};
 
 HXRConditionalNode::HXRConditionalNode(const HXRNodeClass& patchClass)
     : OperatorsNode(patchClass, kDescription) {}

@@ -25,7 +25,7 @@ const HXRNodeClass HXRDemultiplexerNode::kClass{
       patch.in<HXRValueInputPort>("Default", "Tarn.defaultInput");
       patch.definition<HXRDemultiplexerNode>().trn_buildDestinationOutputs();
     },
-    &detail::constructPatch<HXRDemultiplexerNode>};
+    constructPatch<HXRDemultiplexerNode>};
 
 HXRDemultiplexerNode::HXRDemultiplexerNode(const HXRNodeClass& patchClass)
     : CountedPortsNode(patchClass, kDescription) {}

@@ -30,7 +30,7 @@ const HXRNodeClass HXRLogicNode::kClass{
       patch.out("Result", "Tarn.resultOutput");
       patch.definition<HXRLogicNode>().trn_refreshPortsAndParameters();
     },
-    &detail::constructPatch<HXRLogicNode>};
+    constructPatch<HXRLogicNode>};
 
 HXRLogicNode::HXRLogicNode(const HXRNodeClass& patchClass)
     : OperatorsNode(patchClass, kDescription) {}

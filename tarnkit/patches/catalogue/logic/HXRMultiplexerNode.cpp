@@ -23,7 +23,7 @@ const HXRNodeClass HXRMultiplexerNode::kClass{
       patch.definition<HXRMultiplexerNode>().trn_buildSourceInputs();
       patch.out<HXRValueOutputPort>("Output", "Tarn.output");
     },
-    &detail::constructPatch<HXRMultiplexerNode>};
+    constructPatch<HXRMultiplexerNode>};
 
 HXRMultiplexerNode::HXRMultiplexerNode(const HXRNodeClass& patchClass)
     : CountedPortsNode(patchClass, kDescription) {}

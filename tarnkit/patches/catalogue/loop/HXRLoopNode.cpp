@@ -12,7 +12,8 @@ const HXRNodeClass HXRLoopNode{
      .processClassName = "PMRLoopPatch",
      .defaultColor = &HXLoopPatchColor,
      .hiddenInLibrary = HXRNodeClass::Flag::yes,
-     .allowsSubnodes = HXRNodeClass::Flag::yes},
+     .allowsSubnodes = HXRNodeClass::Flag::yes,
+     .nodeClassName = "HXLoopNode"},
     [](PatchDeclaration& patch) { patch.in("Loops", "Tarn.loopsInput", value::index(1)); }};
 
 }  // namespace tarnkit

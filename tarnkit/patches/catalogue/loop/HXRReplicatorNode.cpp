@@ -11,7 +11,8 @@ const HXRNodeClass HXRReplicatorNode{
      .libraryCategory = "Loop",
      .processClassName = "PMRReplicatorPatch",
      .defaultColor = &HXLoopPatchColor,
-     .allowsSubnodes = HXRNodeClass::Flag::yes},
+     .allowsSubnodes = HXRNodeClass::Flag::yes,
+     .nodeClassName = "HXReplicatorNode"},
     [](PatchDeclaration& patch) { patch.in("Copies", "Tarn.copiesInput", value::index(1)); }};
 
 }  // namespace tarnkit

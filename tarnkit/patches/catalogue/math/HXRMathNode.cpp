@@ -30,7 +30,7 @@ const HXRNodeClass HXRMathNode::kClass{
       patch.out("Result", "Tarn.resultOutput");
       patch.definition<HXRMathNode>().trn_refreshPortsAndParameters();
     },
-    &detail::constructPatch<HXRMathNode>};
+    constructPatch<HXRMathNode>};
 
 HXRMathNode::HXRMathNode(const HXRNodeClass& patchClass)
     : OperatorsNode(patchClass, kDescription) {}

@@ -28,7 +28,7 @@ const HXRNodeClass HXRIndexSwitchNode::kClass{
       patch.definition<HXRIndexSwitchNode>().trn_buildInputs();
       patch.out("Index", "Tarn.indexOutput");
     },
-    &detail::constructPatch<HXRIndexSwitchNode>};
+    constructPatch<HXRIndexSwitchNode>};
 
 HXRIndexSwitchNode::HXRIndexSwitchNode(const HXRNodeClass& patchClass)
     : CountedPortsNode(patchClass, kDescription) {}

@@ -9,7 +9,8 @@ const HXRNodeClass HXRRemoteGroupNode{
     {.defaultName = "Remote Group",
      .libraryCategory = "View",
      .processClassName = "PMRRemoteGroupPatch",
-     .allowsSubnodes = HXRNodeClass::Flag::yes},
+     .allowsSubnodes = HXRNodeClass::Flag::yes,
+     .nodeClassName = "HXRemoteGroupNode"},
     [](PatchDeclaration& patch) { patch.out<HXRViewOutputPort>("Group", "Tarn.groupOutput"); }};
 
 }  // namespace tarnkit

@@ -8,7 +8,8 @@ const HXRNodeClass HXRRemoteGroupProcessorNode{
     &HXRNode::kClass,
     {.defaultName = "Group Processor",
      .libraryCategory = "View",
-     .processClassName = "PMRRemoteGroupProcessorPatch"},
+     .processClassName = "PMRRemoteGroupProcessorPatch",
+     .nodeClassName = "HXRemoteGroupProcessorNode"},
     [](PatchDeclaration& patch) { patch.in<HXRViewInputPort>("Group", "Tarn.groupInput"); }};
 
 }  // namespace tarnkit

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace tarnkit {
+
+/// Loads a plug-in (see `HXRPluginEntry`) and adds its patch definitions to the catalogue, as
+/// classes of a bundle whose identifier is the file's absolute path. False, and why in one line
+/// without the path, when the file is no plug-in, was built for another version of this library or
+/// with other settings, has taken a copy of the library into itself, brings no class, or brings one
+/// that `addPatchClasses` refuses; nothing is registered then. Loading a plug-in again changes
+/// nothing.
+///
+/// A host links the whole of the libraries and exports their symbols (with CMake:
+/// `$<LINK_LIBRARY:WHOLE_ARCHIVE,tarnkit::patches>` for each room that plug-ins may use, and the
+/// property ENABLE_EXPORTS). One that uses the model registers its classes first, so that their
+/// names are known to be taken. A plug-in stays loaded until the process ends, and its code can do
+/// whatever the process can. For one thread.
+bool loadPlugin(const std::string& path, std::string& reason);
+
+}  // namespace tarnkit
