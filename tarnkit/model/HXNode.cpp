@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
@@ -142,29 +143,18 @@ std::vector<String> HXNode::keyPath() const {
   return keys;
 }
 
-void HXNode::eachNodeBelow(FunctionRef<void(HXNode&)> visit) {
-  std::vector<Ref<HXNode>> pending{Ref<HXNode>(this)};
-  while (!pending.empty()) {
-    const Ref<HXNode> node = std::move(pending.back());
-    pending.pop_back();
-    visit(*node);
-    if (!node->subnodeGroup_) continue;
-    const auto first = static_cast<std::ptrdiff_t>(pending.size());
-    for (const auto& entry : node->subnodeGroup_->subnodesByUniqueKey()) {
-      pending.push_back(entry.value);
-    }
-    std::reverse(pending.begin() + first, pending.end());
+void HXNode::hierarchyWillChange() {
+  if (!subnodeGroup_) return tellParametersHierarchyWillChange();
+  for (HXNodeWalk walk(*this); HXNode* node = walk.next();) {
+    node->tellParametersHierarchyWillChange();
   }
 }
 
-void HXNode::hierarchyWillChange() {
-  const auto tell = [](HXNode& node) { node.tellParametersHierarchyWillChange(); };
-  subnodeGroup_ ? eachNodeBelow(tell) : tell(*this);
-}
-
 void HXNode::hierarchyDidChange() {
-  const auto tell = [](HXNode& node) { node.tellParametersHierarchyDidChange(); };
-  subnodeGroup_ ? eachNodeBelow(tell) : tell(*this);
+  if (!subnodeGroup_) return tellParametersHierarchyDidChange();
+  for (HXNodeWalk walk(*this); HXNode* node = walk.next();) {
+    node->tellParametersHierarchyDidChange();
+  }
 }
 
 void HXNode::tellParametersHierarchyWillChange() {
@@ -178,9 +168,9 @@ void HXNode::tellParametersHierarchyDidChange() {
 }
 
 void HXNode::pruneInvalidConnections() {
-  eachNodeBelow([](HXNode& node) {
-    for (const auto& entry : node.portsByUniqueKey_) entry.value->pruneInvalidConnections();
-  });
+  for (HXNodeWalk walk(*this); HXNode* node = walk.next();) {
+    for (const auto& entry : node->portsByUniqueKey_) entry.value->pruneInvalidConnections();
+  }
 }
 
 void HXNode::setForceAllowsSubnodes(bool force) {
