@@ -55,15 +55,11 @@ const std::vector<std::uint8_t>& deviceGraphOf(std::int64_t nodeCount) {
 // Whoever observes everything, as an editor does.
 class Observation {
  public:
-  Observation()
-      : token_(NotificationCenter::defaultCenter().addObserver(
-            nullptr, nullptr, [this](const Notification&) { ++count_; })) {}
-  ~Observation() { NotificationCenter::defaultCenter().removeObserver(token_); }
   std::int64_t count() const { return count_; }
 
  private:
   std::int64_t count_ = 0;
-  NotificationCenter::Token token_;
+  NotificationCenter::Observation observation_{[this](const Notification&) { ++count_; }};
 };
 
 template <class Graph, class Make>

@@ -5,7 +5,8 @@
 #include <unordered_set>
 
 #include "tarnkit/archive/HXCoding.h"
-#include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/model/HXNodeWalk.h"
+#include "tarnkit/model/HXPort.h"
 #include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/platform/Log.h"
 
@@ -16,11 +17,6 @@ const Class HXDocument::kClass{"HXDocument", &HXNode::kClass, &HXDocument::makeF
 namespace {
 
 constinit const Symbol kImageStore{"HXDocument.imageStore"};
-
-Ref<HXPort> resolved(HXPort* port) {
-  const auto* symbolicPort = as<HXSymbolicPort>(port);
-  return Ref<HXPort>(symbolicPort ? symbolicPort->resolvedPort() : port);
-}
 
 void warnOfPorts(std::string_view message, const HXPort& first, const HXPort& second) {
   Log::warning("HXDocument", fmt::format("{} ({}, {})", message, first.description().view(),
@@ -60,8 +56,8 @@ Ref<HXConnection> HXDocument::connectPort(HXPort& first, HXPort& toPort) {
                 first, toPort);
     return nullptr;
   }
-  const Ref<HXPort> resolvedInput = resolved(input);
-  const Ref<HXPort> resolvedOutput = resolved(output);
+  const Ref<HXPort> resolvedInput(input->resolvedPort());
+  const Ref<HXPort> resolvedOutput(output->resolvedPort());
   if (!resolvedInput || !resolvedOutput) {
     warnOfPorts("Attempting to connect to a published port that points to a nil port", first,
                 toPort);
@@ -152,16 +148,9 @@ void HXDocument::awakeAfterDecoding(Decoder& coder) {
 // A node that the document does not hold may hold itself, through its own group, and would never
 // go: such nodes are taken apart. Two documents would take each other's nodes apart.
 void HXDocument::checkTree(Decoder& coder) {
-  std::unordered_set<const HXNode*> held{this};
-  std::vector<HXNode*> pending{this};
-  while (!pending.empty()) {
-    const auto* node = pending.back();
-    pending.pop_back();
-    if (!node->subnodeGroup()) continue;
-    for (const auto& entry : node->subnodeGroup()->subnodesByUniqueKey()) {
-      if (held.insert(entry.value.get()).second) pending.push_back(entry.value.get());
-    }
-  }
+  // A node stands in one group only, so what hangs below the document is no circle.
+  std::unordered_set<const HXNode*> held;
+  for (HXNodeWalk walk(*this); const HXNode* node = walk.next();) held.insert(node);
   std::size_t dropped = 0;
   coder.eachDecoded([&](Object& object) {
     auto* node = as<HXNode>(&object);

@@ -4,6 +4,7 @@
 
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXModel.h"
+#include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
@@ -147,29 +148,18 @@ std::vector<String> HXNode::keyPath() const {
   return keys;
 }
 
-void HXNode::eachNodeBelow(FunctionRef<void(HXNode&)> visit) {
-  std::vector<Ref<HXNode>> pending{Ref<HXNode>(this)};
-  while (!pending.empty()) {
-    const Ref<HXNode> node = std::move(pending.back());
-    pending.pop_back();
-    visit(*node);
-    if (!node->subnodeGroup_) continue;
-    const auto first = static_cast<std::ptrdiff_t>(pending.size());
-    for (const auto& entry : node->subnodeGroup_->subnodesByUniqueKey()) {
-      pending.push_back(entry.value);
-    }
-    std::reverse(pending.begin() + first, pending.end());
+void HXNode::hierarchyWillChange() {
+  if (!subnodeGroup_) return tellParametersHierarchyWillChange();
+  for (HXNodeWalk walk(*this); HXNode* node = walk.next();) {
+    node->tellParametersHierarchyWillChange();
   }
 }
 
-void HXNode::hierarchyWillChange() {
-  const auto tell = [](HXNode& node) { node.tellParametersHierarchyWillChange(); };
-  subnodeGroup_ ? eachNodeBelow(tell) : tell(*this);
-}
-
 void HXNode::hierarchyDidChange() {
-  const auto tell = [](HXNode& node) { node.tellParametersHierarchyDidChange(); };
-  subnodeGroup_ ? eachNodeBelow(tell) : tell(*this);
+  if (!subnodeGroup_) return tellParametersHierarchyDidChange();
+  for (HXNodeWalk walk(*this); HXNode* node = walk.next();) {
+    node->tellParametersHierarchyDidChange();
+  }
 }
 
 void HXNode::tellParametersHierarchyWillChange() {
@@ -183,9 +173,9 @@ void HXNode::tellParametersHierarchyDidChange() {
 }
 
 void HXNode::pruneInvalidConnections() {
-  eachNodeBelow([](HXNode& node) {
-    for (const auto& entry : node.portsByUniqueKey_) entry.value->pruneInvalidConnections();
-  });
+  for (HXNodeWalk walk(*this); HXNode* node = walk.next();) {
+    for (const auto& entry : node->portsByUniqueKey_) entry.value->pruneInvalidConnections();
+  }
 }
 
 void HXNode::setForceAllowsSubnodes(bool force) {

@@ -8,7 +8,6 @@
 #include "tarnkit/model/HXNotifications.h"
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/platform/Coder.h"
-#include "tarnkit/platform/FunctionRef.h"
 
 namespace tarnkit {
 
@@ -218,8 +217,6 @@ class HXNode : public HXRNodeOwner {
 
   void init();
   static KeyCounter& keyCounter() noexcept;
-  /// Visits this node and every node below it, parents first, without recursion.
-  void eachNodeBelow(FunctionRef<void(HXNode&)> visit);
   void hx_swapSubnodeGroupToGroup(Ref<HXGroup> group);
   /// A group of the other class that takes over the present one.
   Ref<HXGroup> makeSubnodeGroup(bool ofViews) const;

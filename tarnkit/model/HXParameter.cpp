@@ -30,6 +30,12 @@ Ref<HXParameter> HXParameter::create(const Class& parameterClass, HXNode* node) 
   return parameter;
 }
 
+HXConstParameterKind HXParameter::kind() const {
+  return std::visit(
+      []<class Kind>(Kind* kind) -> HXConstParameterKind { return static_cast<const Kind*>(kind); },
+      const_cast<HXParameter*>(this)->hx_kind());
+}
+
 void HXParameter::setPatchParameter(Ref<HXRParameter> patchParameter) {
   exchangePatchParameter(std::move(patchParameter));
 }

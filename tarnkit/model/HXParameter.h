@@ -1,12 +1,28 @@
 #pragma once
 
+#include <variant>
+
 #include "tarnkit/model/HXNotifications.h"
 #include "tarnkit/patches/HXRParameter.h"
 #include "tarnkit/platform/Coder.h"
 
 namespace tarnkit {
 
+class HXBooleanParameter;
+class HXColorParameter;
+class HXImageParameter;
+class HXIndexParameter;
 class HXNode;
+class HXNumberParameter;
+class HXStringParameter;
+
+/// A parameter as what it is. Who treats the kinds differently visits it (`std::visit` with
+/// `Overloaded`), which compiles only while every kind is met.
+using HXParameterKind = std::variant<HXBooleanParameter*, HXNumberParameter*, HXIndexParameter*,
+                                     HXStringParameter*, HXColorParameter*, HXImageParameter*>;
+using HXConstParameterKind =
+    std::variant<const HXBooleanParameter*, const HXNumberParameter*, const HXIndexParameter*,
+                 const HXStringParameter*, const HXColorParameter*, const HXImageParameter*>;
 
 /// Posted by a parameter with "Node" and "Parameter".
 inline constinit const Symbol HXParameterValueDidChangeNotification{
@@ -24,6 +40,9 @@ class HXParameter : public Object {
   /// A parameter of the kind for the node. Null, with one line logged, for the abstract class
   /// itself; null for a class that is no parameter kind.
   static Ref<HXParameter> create(const Class& parameterClass, HXNode* node);
+
+  HXParameterKind kind() { return hx_kind(); }
+  HXConstParameterKind kind() const;
 
   HXNode* node() const noexcept { return node_.get(); }
   /// The definition's description; null while the definition has none of the key.
@@ -50,6 +69,7 @@ class HXParameter : public Object {
 
  protected:
   HXParameter() noexcept = default;
+  virtual HXParameterKind hx_kind() = 0;
   /// Links the descriptions; true when the description is another one than before.
   bool exchangePatchParameter(Ref<HXRParameter> patchParameter);
   void setValueInitialized() noexcept { valueInitialized_ = true; }

@@ -72,6 +72,9 @@ class HXIndexParameter final : public detail::HXBoundedParameter<std::int32_t, H
  public:
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
+
+ protected:
+  HXParameterKind hx_kind() override { return this; }
 };
 
 class HXNumberParameter final : public detail::HXBoundedParameter<float, HXRNumberParameter> {
@@ -79,6 +82,9 @@ class HXNumberParameter final : public detail::HXBoundedParameter<float, HXRNumb
  public:
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
+
+ protected:
+  HXParameterKind hx_kind() override { return this; }
 };
 
 class HXBooleanParameter final : public detail::HXValueParameter<bool, HXRBooleanParameter> {
@@ -86,6 +92,9 @@ class HXBooleanParameter final : public detail::HXValueParameter<bool, HXRBoolea
  public:
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
+
+ protected:
+  HXParameterKind hx_kind() override { return this; }
 };
 
 class HXStringParameter final : public detail::HXValueParameter<String, HXRStringParameter> {
@@ -95,6 +104,9 @@ class HXStringParameter final : public detail::HXValueParameter<String, HXRStrin
   std::int32_t displayStyle() const;
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
+
+ protected:
+  HXParameterKind hx_kind() override { return this; }
 };
 
 class HXColorParameter final : public detail::HXValueParameter<RGBA, HXRColorParameter> {
@@ -102,6 +114,9 @@ class HXColorParameter final : public detail::HXValueParameter<RGBA, HXRColorPar
  public:
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
+
+ protected:
+  HXParameterKind hx_kind() override { return this; }
 };
 
 /// The value is an entry of the document's image store, or null.
@@ -112,6 +127,9 @@ class HXImageParameter final : public detail::HXValueParameter<Ref<Object>, HXRI
   void setImageEntry(const Ref<HXImageStoreEntry>& entry) { setValue(Ref<Object>(entry.get())); }
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
+
+ protected:
+  HXParameterKind hx_kind() override { return this; }
 };
 
 }  // namespace tarnkit

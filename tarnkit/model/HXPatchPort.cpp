@@ -2,7 +2,6 @@
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
-#include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 
 namespace tarnkit {
@@ -18,11 +17,6 @@ constinit const Symbol kDeviceUniqueKey{"PMPort.uniqueKey"};
 constinit const Symbol kDeviceConnections{"PMPort.connections"};
 constinit const Symbol kDeviceProcessClassName{"PMPort.processClassName"};
 constinit const Symbol kDeviceDefaultValue{"PMPort.defaultValue"};
-
-const HXPort* resolved(const HXPort* port) {
-  const auto* symbolic = as<HXSymbolicPort>(port);
-  return symbolic ? symbolic->resolvedPort() : port;
-}
 
 }  // namespace
 
@@ -45,7 +39,7 @@ String HXPatchPort::uniqueKey() const { return patchPort_ ? patchPort_->uniqueKe
 String HXPatchPort::name() const { return patchPort_ ? patchPort_->name() : String(); }
 
 bool HXPatchPort::canConnectToPort(const HXPort* other) const {
-  const auto* patchPort = as<HXPatchPort>(resolved(other));
+  const auto* patchPort = other ? as<HXPatchPort>(other->resolvedPort()) : nullptr;
   return patchPort && patchPort_ && patchPort_->canConnectToPort(patchPort->definition());
 }
 

@@ -47,6 +47,12 @@ void HXPort::setSymbolicPort(HXSymbolicPort* symbolicPort) {
   }
 }
 
+const HXPort* HXPort::endOfChain() const noexcept {
+  const HXPort* port = this;
+  while (const auto* symbolic = as<HXSymbolicPort>(port)) port = symbolic->port();
+  return port;
+}
+
 String HXPort::documentKey() const {
   const auto* node = this->node();
   return node ? node->documentKey() : String();

@@ -44,6 +44,11 @@ class HXPort : public HXRCollectedPort {
   /// another announces the addition only.
   void setSymbolicPort(HXSymbolicPort* symbolicPort);
 
+  /// The port that carries the value: this one, or the one at the end of the chain of ports that a
+  /// published port stands for; null when a link is missing. Costs the length of the chain.
+  HXPort* resolvedPort() noexcept { return const_cast<HXPort*>(endOfChain()); }
+  const HXPort* resolvedPort() const noexcept { return endOfChain(); }
+
   /// Nil while the node is in no document.
   String documentKey() const;
   /// The key under which the node finds the port.
@@ -87,6 +92,8 @@ class HXPort : public HXRCollectedPort {
 
  private:
   friend class HXDocument;
+  const HXPort* endOfChain() const noexcept;
+
   WeakRef<HXNode> node_;
   WeakRef<HXSymbolicPort> symbolicPort_;
   std::int32_t orientation_ = 0;

@@ -36,12 +36,6 @@ const String& outputGroupKey() {
   return key;
 }
 
-// The port that the published inner port stands for, at the bottom of the chain.
-const HXPort* resolvedPort(const HXPort& port) {
-  const auto* symbolicPort = port.symbolicPort();
-  return symbolicPort ? symbolicPort->resolvedPort() : nullptr;
-}
-
 Ref<Array> arrayOf(const std::vector<String>& strings) {
   auto array = make<Array>();
   for (const auto& string : strings) array->add(string.object());
@@ -105,7 +99,7 @@ void HXReplicatorNode::symbolicPortNameWasAdded(HXPort& port) {
     if (arrayOutputKeys_.get(&port) != key) return;
     NotificationCenter::defaultCenter().postLazily(
         HXReplicatorNodeAddOutputPortNotification, *this, [&] {
-          const auto* resolved = resolvedPort(port);
+          const auto* resolved = std::as_const(port).resolvedPort();
           return UserInfo{{HXDocumentKeyInfo, documentKey().object()},
                           {HXNodeInfo, Ref<Object>(this)},
                           {kResolvedPortNodeKeyPath,
@@ -171,7 +165,7 @@ void HXReplicatorNode::encodeWithCoder(Encoder& coder) const {
   } else if (coder.codingType() == HXCodingTypeDevice) {
     OrderedMap<Ref<Dictionary>> paths;
     for (const auto& entry : arrayOutputKeys_) {
-      const auto* resolved = resolvedPort(*entry.key);
+      const auto* resolved = entry.key->resolvedPort();
       auto path = make<Dictionary>();
       path->setObject(arrayOf(hx_keyPathForNode(resolved ? resolved->node() : nullptr)), "KeyPath");
       if (resolved) path->setObject(resolved->uniqueKey().object(), "PortKey");

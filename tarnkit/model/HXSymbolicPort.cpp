@@ -68,12 +68,6 @@ void HXSymbolicPort::setPort(HXPort* port) {
   port_ = port;
 }
 
-HXPort* HXSymbolicPort::resolvedPort() const noexcept {
-  HXPort* port = this->port();
-  while (auto* symbolic = as<HXSymbolicPort>(port)) port = symbolic->port();
-  return port;
-}
-
 // Two keys that never change make this one, so the text is made again only when either is another.
 String HXSymbolicPort::uniqueKey() const {
   // The chain of published ports is walked inward first, so that its depth costs no stack.

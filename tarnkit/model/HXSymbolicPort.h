@@ -21,9 +21,6 @@ class HXSymbolicPort final : public HXPort {
   /// Announces nothing. A port that stands for this one, by way of others or itself, is refused
   /// with one line logged.
   void setPort(HXPort* port);
-  /// The first port down the chain that is not symbolic; null when a link is missing. Costs the
-  /// length of the chain.
-  HXPort* resolvedPort() const noexcept;
 
   /// "Symbolic.%@.%@" with the keys of the inner port's node and of the inner port.
   String uniqueKey() const override;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <variant>
+
 #include "tarnkit/platform/Class.h"
 #include "tarnkit/platform/Object.h"
 #include "tarnkit/platform/String.h"
@@ -7,7 +9,21 @@
 
 namespace tarnkit {
 
+class HXRBooleanParameter;
+class HXRColorParameter;
+class HXRImageParameter;
+class HXRIndexParameter;
 class HXRNode;
+class HXRNumberParameter;
+class HXRParameter;
+class HXRStringParameter;
+
+/// A description as what it is; as the base when it is of no kind. Who treats the kinds differently
+/// visits it (`std::visit` with `Overloaded`), which compiles only while every kind is met.
+using HXRParameterKind =
+    std::variant<const HXRParameter*, const HXRBooleanParameter*, const HXRNumberParameter*,
+                 const HXRIndexParameter*, const HXRStringParameter*, const HXRColorParameter*,
+                 const HXRImageParameter*>;
 
 /// The class record of a parameter description: with the editor's class for it and the device's.
 class HXRParameterClass : public Class {
@@ -43,6 +59,7 @@ class HXRParameter : public Object {
   const HXRParameterClass& parameterRecord() const noexcept {
     return static_cast<const HXRParameterClass&>(isa());
   }
+  virtual HXRParameterKind kind() const { return this; }
   const Class* parameterClass() const { return parameterRecord().parameterClass(); }
   const String& processClassName() const { return parameterRecord().processClassName(); }
 

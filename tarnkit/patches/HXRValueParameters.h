@@ -26,6 +26,8 @@ class HXRValueParameter : public HXRParameter {
  public:
   using HXRParameter::HXRParameter;
 
+  HXRParameterKind kind() const override = 0;
+
   /// The twin's value; without a twin the default. Never clamped to the bounds.
   Value value() const {
     const auto* holder = this->holder();
@@ -60,6 +62,7 @@ class HXRBooleanParameter final : public HXRValueParameter<bool> {
   TARNKIT_CLASS_OF(HXRParameterClass)
  public:
   using HXRValueParameter::HXRValueParameter;
+  HXRParameterKind kind() const override { return this; }
   Ref<HXRParameter> copy() const override;
 };
 
@@ -82,6 +85,7 @@ class HXRNumberParameter final : public HXRBoundedParameter<float> {
   TARNKIT_CLASS_OF(HXRParameterClass)
  public:
   using HXRBoundedParameter::HXRBoundedParameter;
+  HXRParameterKind kind() const override { return this; }
   Ref<HXRParameter> copy() const override;
 };
 
@@ -89,6 +93,7 @@ class HXRIndexParameter final : public HXRBoundedParameter<std::int32_t> {
   TARNKIT_CLASS_OF(HXRParameterClass)
  public:
   using HXRBoundedParameter::HXRBoundedParameter;
+  HXRParameterKind kind() const override { return this; }
   Ref<HXRParameter> copy() const override;
 };
 
@@ -99,6 +104,7 @@ class HXRStringParameter final : public HXRValueParameter<String> {
   /// How the editor shows the text field: 0 one line, 1 several.
   std::int32_t displayStyle() const noexcept { return displayStyle_; }
   void setDisplayStyle(std::int32_t style) noexcept { displayStyle_ = style; }
+  HXRParameterKind kind() const override { return this; }
   Ref<HXRParameter> copy() const override;
 
  private:
@@ -109,6 +115,7 @@ class HXRColorParameter final : public HXRValueParameter<RGBA> {
   TARNKIT_CLASS_OF(HXRParameterClass)
  public:
   using HXRValueParameter::HXRValueParameter;
+  HXRParameterKind kind() const override { return this; }
   Ref<HXRParameter> copy() const override;
 };
 
@@ -120,6 +127,7 @@ class HXRImageParameter final : public HXRValueParameter<Ref<Object>> {
   Ref<Object> imageEntry() const { return value(); }
   void setImageEntry(Ref<Object> entry) { setValue(std::move(entry)); }
   const Ref<Object>& defaultImageEntry() const noexcept { return defaultValue(); }
+  HXRParameterKind kind() const override { return this; }
   Ref<HXRParameter> copy() const override;
 };
 

@@ -13,7 +13,8 @@
 namespace tarnkit {
 
 /// The values that come with a notification, by key, in the order in which they were given. nil is
-/// the null object. Made only when somebody observes; holds everything in place, without allocating.
+/// the null object. Made only when somebody observes; holds everything in place, without
+/// allocating.
 class UserInfo {
  public:
   static constexpr std::size_t kMaximumCount = 8;
@@ -51,10 +52,10 @@ struct Notification {
 /// Announces changes: observers register for a name, an object, both or neither, and are called
 /// synchronously, in the order of their registration, on the thread that posts.
 ///
-/// An observer may be removed, or add others, while a notification is being delivered: a removed one
-/// is not called any more, an added one not for the notification under way. Asking whether anybody
-/// observes a name is one look-up; posting costs in proportion to the observers that it reaches.
-/// For one thread.
+/// An observer may be removed, or add others, while a notification is being delivered: a removed
+/// one is not called any more, an added one not for the notification under way. Asking whether
+/// anybody observes a name is one look-up; posting costs in proportion to the observers that it
+/// reaches. For one thread.
 class NotificationCenter {
  public:
   using Observer = std::function<void(const Notification&)>;
@@ -76,6 +77,7 @@ class NotificationCenter {
   }
   /// A token that was removed before is ignored.
   void removeObserver(Token token);
+  class Observation;
 
   /// Whether posting under this name could reach anybody.
   bool observes(const Symbol& name) const {
@@ -100,6 +102,29 @@ class NotificationCenter {
   std::uint32_t observersOfEveryName_ = 0;
   std::vector<std::uint32_t> countsByName_;
   std::unique_ptr<Index> index_;
+};
+
+/// An observer for as long as this lives: registers when it is made and removes itself at its end.
+/// The centre must live longer.
+class NotificationCenter::Observation {
+ public:
+  /// As `addObserver`.
+  Observation(NotificationCenter& center, const Symbol* name, const Object* object,
+              Observer observer)
+      : center_(center), token_(center.addObserver(name, object, std::move(observer))) {}
+  /// On the process's centre, of every object.
+  Observation(const Symbol& name, Observer observer)
+      : Observation(defaultCenter(), &name, nullptr, std::move(observer)) {}
+  /// On the process's centre, of everything.
+  explicit Observation(Observer observer)
+      : Observation(defaultCenter(), nullptr, nullptr, std::move(observer)) {}
+  ~Observation() { center_.removeObserver(token_); }
+  Observation(const Observation&) = delete;
+  Observation& operator=(const Observation&) = delete;
+
+ private:
+  NotificationCenter& center_;
+  Token token_;
 };
 
 }  // namespace tarnkit

@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXPatchPort.h"
 
 namespace tarnkit::detail {
@@ -27,17 +28,8 @@ ConnectionIndex::ConnectionIndex(const HXGroup& root) {
     if (from) byGroup_[from].push_back(&connection);
     if (to && to != from) byGroup_[to].push_back(&connection);
   };
-  std::vector<const HXGroup*> pending{&root};
-  while (!pending.empty()) {
-    const HXGroup& group = *pending.back();
-    pending.pop_back();
-    for (const auto& entry : group.subnodesByUniqueKey()) {
-      const HXNode& node = *entry.value;
-      for (const auto& port : node.portsByUniqueKey()) {
-        port.value->connections().forEach(enter);
-      }
-      if (node.subnodeGroup()) pending.push_back(node.subnodeGroup().get());
-    }
+  for (HXNodeWalk walk(root); const HXNode* node = walk.next();) {
+    for (const auto& port : node->portsByUniqueKey()) port.value->connections().forEach(enter);
   }
 }
 

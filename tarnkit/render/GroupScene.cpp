@@ -19,8 +19,6 @@ constexpr double kFarthest = 100'000;
 // Boxes may touch, and a shadow's width more.
 constexpr double kTouching = 4;
 constexpr double kCell = 512;
-// How many levels a connection may lead inward before its end counts as outside.
-constexpr int kDeepestEnd = 64;
 constexpr double kEdgeDistance = 56;
 constexpr double kEdgeLabelRoom = 150;
 
@@ -64,23 +62,33 @@ void GroupScene::measureNodes() {
     boxes.emplace_back(*entry.value, isConnected, [&](const HXPort& port, double y) {
       return anchors_.emplace(&port, Anchor{index, y}).second;
     });
-    boxOf_.emplace(entry.value.get(), index);
+    boxOf_.emplace(entry.value.get(), static_cast<std::int32_t>(index));
   }
 }
 
 // A port that is not drawn is met at the title bar, of its node or of the node that encloses it.
-GroupScene::End GroupScene::endOf(const HXPort* port) const {
+GroupScene::End GroupScene::endOf(const HXPort* port) {
   if (!port) return {};
   if (const auto anchor = anchors_.find(port); anchor != anchors_.end()) {
     return {static_cast<std::int32_t>(anchor->second.box), anchor->second.y};
   }
-  const HXNode* node = port->node();
-  for (int level = 0; node && level < kDeepestEnd; ++level, node = node->enclosingNode()) {
-    if (const auto at = boxOf_.find(node); at != boxOf_.end()) {
-      return {static_cast<std::int32_t>(at->second), NodeBox::kTitleHeight / 2};
+  const std::int32_t box = boxAround(port->node());
+  return box < 0 ? End{} : End{box, NodeBox::kTitleHeight / 2};
+}
+
+// Many connections may lead equally deep inward: no node is met twice on the way out.
+std::int32_t GroupScene::boxAround(const HXNode* node) {
+  std::vector<const HXNode*> passed;
+  std::int32_t box = -1;
+  for (; node; node = node->enclosingNode()) {
+    if (const auto known = boxOf_.find(node); known != boxOf_.end()) {
+      box = known->second;
+      break;
     }
+    passed.push_back(node);
   }
-  return {};
+  for (const HXNode* inner : passed) boxOf_.emplace(inner, box);
+  return box;
 }
 
 void GroupScene::collectWires() {

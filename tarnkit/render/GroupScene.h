@@ -94,11 +94,13 @@ class GroupScene {
   void measureBounds();
   void noteWhatIsMissing();
   void note(std::size_t count, const char* one, const char* many);
-  End endOf(const HXPort* port) const;
+  End endOf(const HXPort* port);
+  std::int32_t boxAround(const HXNode* node);
 
   const std::vector<const HXConnection*>& connections_;
   std::unordered_map<const HXPort*, Anchor> anchors_;
-  std::unordered_map<const HXNode*, std::uint32_t> boxOf_;
+  // The box of a node or of the node around it that is drawn; -1 for one outside.
+  std::unordered_map<const HXNode*, std::int32_t> boxOf_;
 };
 
 }  // namespace tarnkit::detail

@@ -11,6 +11,7 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/Overloaded.h"
 #include "tarnkit/platform/images/Image.h"
 #include "tarnkit/render/Markup.h"
 
@@ -70,22 +71,23 @@ void writePorts(JSONWriter& json, const HXNode& node, std::int32_t orientation) 
 }
 
 std::string parameterText(const HXParameter& parameter) {
-  if (const auto* index = as<HXIndexParameter>(&parameter)) return std::to_string(index->value());
-  if (const auto* number = as<HXNumberParameter>(&parameter)) return numberText(number->value());
-  if (const auto* boolean = as<HXBooleanParameter>(&parameter)) {
-    return boolean->value() ? "on" : "off";
-  }
-  if (const auto* string = as<HXStringParameter>(&parameter)) {
-    return string->value().toStdString();
-  }
-  if (const auto* color = as<HXColorParameter>(&parameter)) return colorText(color->value());
-  if (const auto* image = as<HXImageParameter>(&parameter)) {
-    const auto* const entry = image->imageEntry();
+  const auto imageText = [](const HXImageStoreEntry* entry) -> std::string {
     if (!entry) return "no image";
     if (!entry->image()) return "an image that could not be read";
     return fmt::format("image, {} × {}", entry->image()->width(), entry->image()->height());
-  }
-  return {};
+  };
+  return std::visit(
+      Overloaded{
+          [](const HXIndexParameter* index) { return std::to_string(index->value()); },
+          [](const HXNumberParameter* number) { return numberText(number->value()); },
+          [](const HXBooleanParameter* boolean) {
+            return std::string(boolean->value() ? "on" : "off");
+          },
+          [](const HXStringParameter* string) { return string->value().toStdString(); },
+          [](const HXColorParameter* color) { return colorText(color->value()); },
+          [&](const HXImageParameter* image) { return imageText(image->imageEntry()); },
+      },
+      parameter.kind());
 }
 
 void writeParameters(JSONWriter& json, const HXNode& node) {

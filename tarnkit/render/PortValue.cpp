@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "tarnkit/model/HXPatchPort.h"
-#include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/platform/NumberText.h"
 #include "tarnkit/render/Markup.h"
@@ -14,8 +13,6 @@
 namespace tarnkit::detail {
 
 namespace {
-
-constexpr int kLongestChain = 64;
 
 // Of a string it is the string itself, not a copy: it may be long.
 String plainText(const PMRPrimitive& value) {
@@ -46,23 +43,12 @@ String textOf(const PMRPrimitive& value, const HXRPort* description) {
   return plainText(value);
 }
 
-// The patch port that the port is, or stands for.
-const HXPatchPort* patchPortOf(const HXPort& port) {
-  const HXPort* at = &port;
-  for (int links = 0; links < kLongestChain; ++links) {
-    const auto* symbolic = as<HXSymbolicPort>(at);
-    if (!symbolic) return as<HXPatchPort>(at);
-    at = symbolic->port();
-  }
-  return nullptr;
-}
-
 }  // namespace
 
 PortValue valueOfPort(const HXPort& port, double room) {
   PortValue value;
   if (port.orientation() != HXOrientationInput) return value;
-  const HXPatchPort* const patchPort = patchPortOf(port);
+  const HXPatchPort* const patchPort = as<HXPatchPort>(port.resolvedPort());
   if (!patchPort) return value;
   const Ref<PMRPrimitive> primitive = patchPort->effectiveValue();
   if (!primitive) return value;

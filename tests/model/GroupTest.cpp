@@ -114,13 +114,12 @@ TEST_F(GroupTest, AnObserverMaySwapTheGroupUnderAnOperation) {
   const auto group = add("");
   const auto clamp = nodeOf("HXRClampNode");
   bool swapped = false;
-  const auto token = NotificationCenter::defaultCenter().addObserver(
-      HXGroupAddNodeNotification, [&](const Notification&) {
-        if (std::exchange(swapped, true)) return;
-        group->swapSubnodeGroupToViewGroup();
-      });
+  const NotificationCenter::Observation observation(HXGroupAddNodeNotification,
+                                                    [&](const Notification&) {
+                                                      if (std::exchange(swapped, true)) return;
+                                                      group->swapSubnodeGroupToViewGroup();
+                                                    });
   group->subnodeGroup()->addNode(*clamp);
-  NotificationCenter::defaultCenter().removeObserver(token);
   EXPECT_EQ(clamp->parentGroup(), group->subnodeGroup().get());
   EXPECT_EQ(group->subnodeGroup()->subnodeForKey(clamp->uniqueKey()), clamp.get());
 }
@@ -133,12 +132,11 @@ TEST_F(GroupTest, AnObserverMayMoveWhatIsBeingMoved) {
   add("HXRClampNode", group.get());
   const auto moveWith = [&](auto observe) {
     bool done = false;
-    const auto token = NotificationCenter::defaultCenter().addObserver(
-        HXGroupRemoveNodeNotification, [&](const Notification&) {
-          if (!std::exchange(done, true)) observe();
-        });
+    const NotificationCenter::Observation observation(HXGroupRemoveNodeNotification,
+                                                      [&](const Notification&) {
+                                                        if (!std::exchange(done, true)) observe();
+                                                      });
     target->subnodeGroup()->addNode(*group);
-    NotificationCenter::defaultCenter().removeObserver(token);
   };
   moveWith([&] { there->subnodeGroup()->addNode(*group); });
   EXPECT_EQ(group->parentGroup(), there->subnodeGroup().get());
@@ -157,15 +155,15 @@ TEST_F(GroupTest, AViewThatIsTakenOutIsNoViewAnyMoreWhateverObserversDo) {
   const auto first = addView(*group, "A");
   addView(*group, "B");
   bool swapped = false;
-  const auto token = NotificationCenter::defaultCenter().addObserver(
-      HXSubviewGroupSubviewOrderDidChangeNotification, [&](const Notification&) {
-        if (std::exchange(swapped, true)) return;
-        // The new group gathers its views while the first one still is a subnode.
-        group->swapSubnodeGroupToGroup();
-        group->swapSubnodeGroupToViewGroup();
-      });
+  const NotificationCenter::Observation observation(HXSubviewGroupSubviewOrderDidChangeNotification,
+                                                    [&](const Notification&) {
+                                                      if (std::exchange(swapped, true)) return;
+                                                      // The new group gathers its views while the
+                                                      // first one still is a subnode.
+                                                      group->swapSubnodeGroupToGroup();
+                                                      group->swapSubnodeGroupToViewGroup();
+                                                    });
   group->subnodeGroup()->removeNode(first.get());
-  NotificationCenter::defaultCenter().removeObserver(token);
   EXPECT_EQ(order(*group), "B");
 }
 
@@ -258,6 +256,71 @@ TEST_F(GroupTest, ManyPublishedPortsAreListedInOrder) {
                            .toStdString());
   }
   EXPECT_EQ(keys(group->inputPorts()), expected);
+}
+
+// Whoever is told of the first step lets go of the document; the caller holds raw pointers only.
+TEST_F(GroupTest, WhatAnnouncesMayLoseEverythingButItself) {
+  struct Scene {
+    HXDocument& document;
+    HXNode& group;
+    HXNode& replicator;
+    HXNode& clamp;
+    HXNode& view;
+    HXSymbolicPort& published;
+    HXConnection& connection;
+    HXPatchPort& value;
+    HXPatchPort& result;
+  };
+  using Edit = void (*)(Scene&);
+  const Edit edits[] = {
+      [](Scene& s) { s.document.subnodeGroup()->addNode(s.clamp); },
+      [](Scene& s) { s.group.subnodeGroup()->removeNode(&s.clamp); },
+      [](Scene& s) { s.document.subnodeGroup()->removeNode(&s.group); },
+      [](Scene& s) { s.replicator.subnodeGroup()->addNode(s.view); },
+      [](Scene& s) { s.group.subnodeGroup()->addSymbolicPortForPort(s.result); },
+      [](Scene& s) { s.replicator.subnodeGroup()->addSymbolicPortForPort(s.result); },
+      [](Scene& s) { s.group.subnodeGroup()->removeSymbolicPortForPort(&s.value); },
+      [](Scene& s) { s.group.subnodeGroup()->restoreSymbolicPort(s.published); },
+      [](Scene& s) {
+        static_cast<HXSubviewGroup&>(*s.document.subnodeGroup()).moveSubviewNode(s.view, 0);
+      },
+      [](Scene& s) { s.document.connectPort(s.result, s.published); },
+      [](Scene& s) { s.document.breakConnection(s.connection); },
+      [](Scene& s) { s.document.breakAllConnectionsToPort(s.result); },
+      [](Scene& s) { s.document.restoreConnection(s.connection); },
+      [](Scene& s) { s.document.subnodeGroup()->subnodeViewTypeDidChange(s.group); },
+      [](Scene& s) {
+        const auto entry =
+            HXImageStore::createImageEntry(Image::imageWithPixels(1, 1, {1, 2, 3, 255}));
+        s.document.imageStore()->addImageEntry(entry);
+      },
+  };
+  for (const Edit edit : edits) {
+    document = make<HXDocument>();
+    auto* const group = add("").get();
+    auto* const replicator = [&] {
+      const auto node = HXNode::makeOfClass("HXReplicatorNode");
+      node->setPatch(patchClassNamed("HXRReplicatorNode")->makeDefinition());
+      document->subnodeGroup()->addNode(*node);
+      return node.get();
+    }();
+    auto* const clamp = add("HXRClampNode", group).get();
+    auto* const view = addView(*document, "V").get();
+    auto& result = port(*clamp, "Tarn.resultOutput");
+    auto& value = port(*clamp, "Tarn.valueInput");
+    auto* const published = group->subnodeGroup()->addSymbolicPortForPort(value).get();
+    auto* const connection =
+        document->connectPort(result, port(*view, "Tarn.xPositionInput")).get();
+    Scene scene{*document,  *group,      *replicator, *clamp, *view,
+                *published, *connection, value,       result};
+    bool isTold = false;
+    const NotificationCenter::Observation observation([&](const Notification&) {
+      isTold = true;
+      document = nullptr;
+    });
+    edit(scene);
+    EXPECT_TRUE(isTold || edit == edits[13]);
+  }
 }
 
 }  // namespace tarnkit::test

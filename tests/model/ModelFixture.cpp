@@ -38,9 +38,8 @@ std::string nameOf(const Object* object) {
 
 }  // namespace
 
-Recorder::Recorder() {
-  token_ = NotificationCenter::defaultCenter().addObserver(
-      nullptr, nullptr, [this](const Notification& notification) {
+Recorder::Recorder()
+    : observation_([this](const Notification& notification) {
         std::string line(notification.name.text());
         line += fmt::format(" {}", nameOf(&notification.object));
         for (const auto& entry : notification.userInfo) {
@@ -49,14 +48,11 @@ Recorder::Recorder() {
         }
         EXPECT_TRUE(notification.userInfo.contains(HXDocumentKeyInfo)) << line;
         lines_.push_back(line);
-      });
+      }) {
   earlier_ = Log::setSink([this](std::string_view line) { log_.emplace_back(line); });
 }
 
-Recorder::~Recorder() {
-  NotificationCenter::defaultCenter().removeObserver(token_);
-  Log::setSink(earlier_);
-}
+Recorder::~Recorder() { Log::setSink(earlier_); }
 
 Ref<HXNode> ModelTest::nodeOf(const char* patchClass) {
   auto node = make<HXNode>();

@@ -25,10 +25,10 @@ class Recorder {
   std::vector<std::string> takeLog() { return std::exchange(log_, {}); }
 
  private:
-  NotificationCenter::Token token_;
   Log::Sink earlier_;
   std::vector<std::string> lines_;
   std::vector<std::string> log_;
+  NotificationCenter::Observation observation_;
 };
 
 /// A document with nodes that are made by patch class name.

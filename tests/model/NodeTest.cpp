@@ -1,4 +1,5 @@
 #include "ModelFixture.h"
+#include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/patches/PatchColors.h"
@@ -135,6 +136,64 @@ TEST_F(NodeTest, ColoursFollowPatchAndViewNodes) {
   EXPECT_EQ(group->defaultColor(), HXViewPatchColor);
   EXPECT_TRUE(group->shouldBeTreatedAsViewNode());
   EXPECT_FALSE(nodeOf("HXRClampNode")->shouldBeTreatedAsViewNode());
+}
+
+TEST_F(NodeTest, AWalkVisitsEveryNodeBelowOnceAndStandsEdits) {
+  const auto first = add("");
+  const auto second = add("");
+  const auto inner = add("", first.get());
+  const auto leaf = add("HXRClampNode", inner.get());
+  add("HXRClampNode", second.get());
+  const auto trace = [](HXNodeWalk& walk) {
+    std::vector<std::pair<std::string, std::uint32_t>> visited;
+    while (const HXNode* node = walk.next()) {
+      visited.emplace_back(node->uniqueKey().toStdString(), walk.level());
+    }
+    EXPECT_FALSE(walk.next());
+    return visited;
+  };
+  const auto key = [](const Ref<HXNode>& node) { return node->uniqueKey().toStdString(); };
+  HXNodeWalk all(*document);
+  const auto visited = trace(all);
+  ASSERT_EQ(visited.size(), 6U);
+  EXPECT_EQ(visited[0], std::make_pair(key(document), 0U));
+  EXPECT_EQ(visited[1], std::make_pair(key(first), 1U));
+  EXPECT_EQ(visited[2], std::make_pair(key(inner), 2U));
+  EXPECT_EQ(visited[3], std::make_pair(key(leaf), 3U));
+  EXPECT_EQ(visited[4], std::make_pair(key(second), 1U));
+
+  // By key, which need not be the order of adding.
+  document->subnodeGroup()->addNode(*first);
+  HXNodeWalk sorted(*document->subnodeGroup(), HXNodeWalk::Siblings::sortedByKey);
+  const auto byKey = trace(sorted);
+  ASSERT_EQ(byKey.size(), 5U);
+  std::vector<std::string> siblings;
+  for (const auto& [name, level] : byKey) {
+    if (level == 0) siblings.push_back(name);
+  }
+  EXPECT_TRUE(std::is_sorted(siblings.begin(), siblings.end()));
+
+  HXNodeWalk edited(*document->subnodeGroup());
+  int count = 0;
+  while (HXNode* node = edited.next()) {
+    ++count;
+    if (auto* parent = node->parentGroup()) parent->removeNode(node);
+  }
+  EXPECT_EQ(count, 5) << "what was taken out is still walked";
+}
+
+TEST_F(NodeTest, EveryPortResolvesToTheOneThatCarriesTheValue) {
+  std::vector<Ref<HXNode>> groups;
+  for (int i = 0; i < 200; ++i) groups.push_back(add("", i == 0 ? nullptr : groups.back().get()));
+  const auto clamp = add("HXRClampNode", groups.back().get());
+  Ref<HXPort> published(&port(*clamp, "Tarn.valueInput"));
+  EXPECT_EQ(published->resolvedPort(), published.get());
+  for (auto group = groups.rbegin(); group != groups.rend(); ++group) {
+    published = (*group)->subnodeGroup()->addSymbolicPortForPort(*published);
+  }
+  EXPECT_EQ(published->resolvedPort(), &port(*clamp, "Tarn.valueInput"));
+  groups.back()->subnodeGroup()->removeNode(clamp.get());
+  EXPECT_FALSE(published->resolvedPort() == published.get());
 }
 
 }  // namespace tarnkit::test

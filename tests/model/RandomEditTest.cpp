@@ -26,19 +26,17 @@ class Editor {
 
   // Observers of what groups and documents do edit as well, from time to time.
   void edit(int count, bool observersEdit) {
-    const auto token = NotificationCenter::defaultCenter().addObserver(
-        nullptr, nullptr, [this](const Notification&) {
-          if (!mayEdit_ || depth_ > 2 || random_() % 8 != 0) return;
-          ++depth_;
-          step();
-          --depth_;
-        });
+    const NotificationCenter::Observation observation([this](const Notification&) {
+      if (!mayEdit_ || depth_ > 2 || random_() % 8 != 0) return;
+      ++depth_;
+      step();
+      --depth_;
+    });
     for (int i = 0; i < count; ++i) {
       mayEdit_ = observersEdit;
       step();
     }
     mayEdit_ = false;
-    NotificationCenter::defaultCenter().removeObserver(token);
   }
 
  private:

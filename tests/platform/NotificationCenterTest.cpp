@@ -134,4 +134,17 @@ TEST_F(NotificationCenterTest, UserInfoKeepsOrderAndTurnsNilIntoTheNullObject) {
 }
 
 }  // namespace
+TEST_F(NotificationCenterTest, AnObservationEndsWithItsScope) {
+  {
+    const NotificationCenter::Observation first(center, &kRenamed, nullptr, mark("1"));
+    const NotificationCenter::Observation second(center, &kRenamed, object.get(), mark("2"));
+    center.post(kRenamed, *object, {});
+  }
+  EXPECT_FALSE(center.observes(kRenamed));
+  center.post(kRenamed, *object, {});
+  EXPECT_EQ(trace, "12");
+  const NotificationCenter::Observation elsewhere(kMoved, mark(""));
+  EXPECT_TRUE(NotificationCenter::defaultCenter().observes(kMoved));
+}
+
 }  // namespace tarnkit

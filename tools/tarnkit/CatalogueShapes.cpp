@@ -9,6 +9,7 @@
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/patches/HXRValueParameters.h"
 #include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/Overloaded.h"
 #include "tools/tarnkit/ValueShapes.h"
 
 namespace tarnkit::tool {
@@ -58,30 +59,31 @@ void writeGroups(JSONWriter& json, const HXRPortGroupCollection& groups) {
   json.endArray();
 }
 
-template <class Parameter>
-void writeBounds(JSONWriter& json, const HXRParameter& parameter) {
-  const auto* const bounded = as<Parameter>(&parameter);
-  if (!bounded) return;
-  json.key("default").value(bounded->defaultValue());
-  json.key("minimum").value(bounded->minimumValue());
-  json.key("maximum").value(bounded->maximumValue());
-}
-
 void writeKind(JSONWriter& json, const HXRParameter& parameter) {
-  writeBounds<HXRIndexParameter>(json, parameter);
-  writeBounds<HXRNumberParameter>(json, parameter);
-  if (const auto* const boolean = as<HXRBooleanParameter>(&parameter)) {
-    json.key("default").value(boolean->defaultValue());
-  } else if (const auto* const color = as<HXRColorParameter>(&parameter)) {
-    json.key("default");
-    writeColor(json, color->defaultValue());
-  } else if (const auto* const string = as<HXRStringParameter>(&parameter)) {
-    json.key("default");
-    writeString(json, string->defaultValue());
-    json.key("displayStyle").value(string->displayStyle());
-  } else if (parameter.isKindOf(HXRImageParameter::kClass)) {
-    json.key("default").null();
-  }
+  const auto writeBounded = [&json](const auto* bounded) {
+    json.key("default").value(bounded->defaultValue());
+    json.key("minimum").value(bounded->minimumValue());
+    json.key("maximum").value(bounded->maximumValue());
+  };
+  std::visit(Overloaded{
+                 [](const HXRParameter*) {},
+                 [&](const HXRIndexParameter* index) { writeBounded(index); },
+                 [&](const HXRNumberParameter* number) { writeBounded(number); },
+                 [&](const HXRBooleanParameter* boolean) {
+                   json.key("default").value(boolean->defaultValue());
+                 },
+                 [&](const HXRColorParameter* color) {
+                   json.key("default");
+                   writeColor(json, color->defaultValue());
+                 },
+                 [&](const HXRStringParameter* string) {
+                   json.key("default");
+                   writeString(json, string->defaultValue());
+                   json.key("displayStyle").value(string->displayStyle());
+                 },
+                 [&](const HXRImageParameter*) { json.key("default").null(); },
+             },
+             parameter.kind());
 }
 
 void writeParameterDescription(JSONWriter& json, const HXRParameter& parameter) {

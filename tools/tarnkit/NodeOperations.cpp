@@ -4,6 +4,7 @@
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/patches/PatchRegistry.h"
 #include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/Overloaded.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/Operations.h"
@@ -109,21 +110,16 @@ Result setParameter(Session& session, const Arguments& arguments) {
   const auto key = arguments.text("parameter");
   const Ref<HXParameter> parameter(node->parameterForKey(String(key)));
   if (!parameter) throw CommandFailure(fmt::format("the node has no parameter \"{}\"", key));
-  if (auto* index = as<HXIndexParameter>(parameter.get())) {
-    index->setValue(arguments.integer("value"));
-  } else if (auto* number = as<HXNumberParameter>(parameter.get())) {
-    number->setValue(arguments.number("value"));
-  } else if (auto* boolean = as<HXBooleanParameter>(parameter.get())) {
-    boolean->setValue(arguments.boolean("value"));
-  } else if (auto* string = as<HXStringParameter>(parameter.get())) {
-    string->setValue(arguments.textOrNil("value"));
-  } else if (auto* color = as<HXColorParameter>(parameter.get())) {
-    color->setValue(arguments.color("value"));
-  } else if (auto* image = as<HXImageParameter>(parameter.get())) {
-    setImage(session, *image, arguments.textOrNil("value"));
-  } else {
-    throw CommandFailure(fmt::format("the parameter \"{}\" has no value", key));
-  }
+  std::visit(
+      Overloaded{
+          [&](HXIndexParameter* index) { index->setValue(arguments.integer("value")); },
+          [&](HXNumberParameter* number) { number->setValue(arguments.number("value")); },
+          [&](HXBooleanParameter* boolean) { boolean->setValue(arguments.boolean("value")); },
+          [&](HXStringParameter* string) { string->setValue(arguments.textOrNil("value")); },
+          [&](HXColorParameter* color) { color->setValue(arguments.color("value")); },
+          [&](HXImageParameter* image) { setImage(session, *image, arguments.textOrNil("value")); },
+      },
+      parameter->kind());
   return {};
 }
 

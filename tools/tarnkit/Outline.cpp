@@ -9,6 +9,7 @@
 
 #include "tarnkit/foundation/MapAdditions.h"
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
@@ -41,21 +42,9 @@ class OutlineWriter {
 
   void write(const HXDocument& document) {
     writeSummary(document);
-    struct Entry {
-      const HXNode* node;
-      std::size_t level;
-    };
-    std::vector<Entry> pending{{&document, 0}};
-    while (!pending.empty()) {
-      const auto [node, level] = pending.back();
-      pending.pop_back();
-      writeNode(*node, level);
-      if (!node->subnodeGroup()) continue;
-      const auto subnodes = allValuesSortedByKey(node->subnodeGroup()->subnodesByUniqueKey());
-      for (auto subnode = subnodes.rbegin(); subnode != subnodes.rend(); ++subnode) {
-        pending.push_back({subnode->get(), level + 1});
-      }
-    }
+    writeNode(document, 0);
+    HXNodeWalk walk(*document.subnodeGroup(), HXNodeWalk::Siblings::sortedByKey);
+    while (const HXNode* node = walk.next()) writeNode(*node, walk.level() + 1);
     writeImages(*document.imageStore());
     flush();
   }
@@ -76,20 +65,16 @@ class OutlineWriter {
   void writeSummary(const HXDocument& document) {
     std::size_t nodes = 0;
     std::size_t connections = 0;
-    std::vector<const HXNode*> pending{&document};
-    while (!pending.empty()) {
-      const auto* node = pending.back();
-      pending.pop_back();
-      for (const auto& port : node->portsByUniqueKey()) {
+    const auto count = [&connections](const HXNode& node) {
+      for (const auto& port : node.portsByUniqueKey()) {
         if (port.value->orientation() == HXOrientationInput) {
           connections += port.value->connections().count();
         }
       }
-      if (!node->subnodeGroup()) continue;
-      for (const auto& entry : node->subnodeGroup()->subnodesByUniqueKey()) {
-        pending.push_back(entry.value.get());
-        ++nodes;
-      }
+    };
+    count(document);
+    for (HXNodeWalk walk(*document.subnodeGroup()); const HXNode* node = walk.next(); ++nodes) {
+      count(*node);
     }
     line(0, fmt::format("{}: {}, {}, {}", document.documentKey().view(), counted(nodes, "node"),
                         counted(connections, "connection"),

@@ -45,12 +45,6 @@ Result connect(Session& session, const Arguments& arguments) {
   return shapeOf(connection);
 }
 
-// The patch port that carries the value; null when a published port leads nowhere.
-Ref<HXPort> resolvedPort(const Ref<HXPort>& port) {
-  const auto symbolic = as<HXSymbolicPort>(port);
-  return symbolic ? Ref<HXPort>(symbolic->resolvedPort()) : port;
-}
-
 Result wire(Session& session, const Arguments& arguments) {
   const auto name = arguments.optionalText("as");
   const auto fromAddress = arguments.text("from");
@@ -61,7 +55,7 @@ Result wire(Session& session, const Arguments& arguments) {
   if (!from->canConnectToPort(to.get()) && !to->canConnectToPort(from.get())) {
     throw CommandFailure(fmt::format("\"{}\" does not fit \"{}\"", fromAddress, toAddress));
   }
-  for (const auto& end : {resolvedPort(from), resolvedPort(to)}) {
+  for (const auto& end : {Ref<HXPort>(from->resolvedPort()), Ref<HXPort>(to->resolvedPort())}) {
     if (!end || end->orientation() != HXOrientationInput) continue;
     if (end->connectionRelationship() != HXConnectionRelationshipOne) continue;
     document->breakAllConnectionsToPort(*end);

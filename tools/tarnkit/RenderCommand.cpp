@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/render/HXGraphPage.h"
 #include "tools/tarnkit/DocumentInput.h"
 #include "tools/tarnkit/ModelCommands.h"
@@ -26,18 +27,14 @@ struct RenderOptions {
 
 // The group of that key, or the group of the node of that key; null when there is neither.
 const HXGroup* groupForKey(const HXDocument& document, std::string_view key) {
-  std::vector<const HXGroup*> pending{document.subnodeGroup().get()};
-  if (document.uniqueKey() == key) return pending.back();
-  while (!pending.empty()) {
-    const HXGroup* const group = pending.back();
-    pending.pop_back();
-    if (group->uniqueKey() == key) return group;
-    for (const auto& entry : group->subnodesByUniqueKey()) {
-      const auto& inner = entry.value->subnodeGroup();
-      if (!inner) continue;
-      if (entry.value->uniqueKey() == key) return inner.get();
-      pending.push_back(inner.get());
-    }
+  const auto isNamed = [key](const HXNode& node, const HXGroup& group) {
+    return node.uniqueKey() == key || group.uniqueKey() == key;
+  };
+  const HXGroup* const top = document.subnodeGroup().get();
+  if (isNamed(document, *top)) return top;
+  for (HXNodeWalk walk(*top); const HXNode* node = walk.next();) {
+    const HXGroup* const group = node->subnodeGroup().get();
+    if (group && isNamed(*node, *group)) return group;
   }
   return nullptr;
 }

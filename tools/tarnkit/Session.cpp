@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/Output.h"
@@ -110,15 +111,8 @@ void Session::indexNodes() {
 }
 
 void Session::indexNodesBelow(const Ref<HXNode>& root) {
-  std::vector<Ref<HXNode>> pending{root};
-  while (!pending.empty()) {
-    const Ref<HXNode> node = std::move(pending.back());
-    pending.pop_back();
+  for (HXNodeWalk walk(*root); HXNode* node = walk.next();) {
     nodesByKey_.insert_or_assign(node->uniqueKey().toStdString(), WeakRef<HXNode>(node));
-    if (!node->subnodeGroup()) continue;
-    for (const auto& entry : node->subnodeGroup()->subnodesByUniqueKey()) {
-      pending.push_back(entry.value);
-    }
   }
 }
 

@@ -116,14 +116,10 @@ void writeObject(JSONWriter& json, const Object& object) {
 
 SessionTrace::SessionTrace(JSONWriter& json)
     : json_(json),
-      token_(NotificationCenter::defaultCenter().addObserver(
-          nullptr, nullptr, [this](const Notification& notification) { write(notification); })),
+      observation_([this](const Notification& notification) { write(notification); }),
       formerSink_(Log::setSink([this](std::string_view line) { write(line); })) {}
 
-SessionTrace::~SessionTrace() {
-  NotificationCenter::defaultCenter().removeObserver(token_);
-  Log::setSink(std::move(formerSink_));
-}
+SessionTrace::~SessionTrace() { Log::setSink(std::move(formerSink_)); }
 
 void SessionTrace::write(const Notification& notification) {
   json_.beginObject().key("op").value(operation_);

@@ -32,7 +32,7 @@ class SessionTrace {
 
   JSONWriter& json_;
   std::uint64_t operation_ = 0;
-  NotificationCenter::Token token_;
+  NotificationCenter::Observation observation_;
   Log::Sink formerSink_;
 };
 

@@ -7,12 +7,14 @@
 
 #include "tarnkit/foundation/MapAdditions.h"
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/Overloaded.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/ValueShapes.h"
 
@@ -44,24 +46,24 @@ void writeBounds(JSONWriter& json, const Parameter& parameter) {
 
 void writeParameterValue(JSONWriter& json, const HXParameter& parameter) {
   json.key("value");
-  if (const auto* index = as<HXIndexParameter>(&parameter)) {
-    json.value(index->value());
-    writeBounds(json, *index);
-  } else if (const auto* number = as<HXNumberParameter>(&parameter)) {
-    json.value(number->value());
-    writeBounds(json, *number);
-  } else if (const auto* boolean = as<HXBooleanParameter>(&parameter)) {
-    json.value(boolean->value());
-  } else if (const auto* string = as<HXStringParameter>(&parameter)) {
-    writeString(json, string->value());
-    json.key("displayStyle").value(string->displayStyle());
-  } else if (const auto* color = as<HXColorParameter>(&parameter)) {
-    writeColor(json, color->value());
-  } else if (const auto* image = as<HXImageParameter>(&parameter)) {
-    writeString(json, image->imageEntry() ? image->imageEntry()->key() : String());
-  } else {
-    json.null();
-  }
+  const auto writeBounded = [&json](const auto* bounded) {
+    json.value(bounded->value());
+    writeBounds(json, *bounded);
+  };
+  std::visit(Overloaded{
+                 [&](const HXIndexParameter* index) { writeBounded(index); },
+                 [&](const HXNumberParameter* number) { writeBounded(number); },
+                 [&](const HXBooleanParameter* boolean) { json.value(boolean->value()); },
+                 [&](const HXStringParameter* string) {
+                   writeString(json, string->value());
+                   json.key("displayStyle").value(string->displayStyle());
+                 },
+                 [&](const HXColorParameter* color) { writeColor(json, color->value()); },
+                 [&](const HXImageParameter* image) {
+                   writeString(json, image->imageEntry() ? image->imageEntry()->key() : String());
+                 },
+             },
+             parameter.kind());
 }
 
 void writePort(JSONWriter& json, const HXPort& port) {
@@ -224,18 +226,11 @@ void endGroup(JSONWriter& json, const HXGroup& group) {
 }  // namespace
 
 void checkShapeDepth(const HXNode& root) {
-  std::vector<std::pair<const HXNode*, int>> pending{{&root, 0}};
-  while (!pending.empty()) {
-    const auto [node, depth] = pending.back();
-    pending.pop_back();
-    if (depth > kMaximumShapeDepth) {
-      throw CommandFailure(fmt::format("groups are nested more than {} deep below {}",
-                                       kMaximumShapeDepth, root.uniqueKey().view()));
-    }
-    if (!node->subnodeGroup()) continue;
-    for (const auto& entry : node->subnodeGroup()->subnodesByUniqueKey()) {
-      pending.emplace_back(entry.value.get(), depth + 1);
-    }
+  if (!root.subnodeGroup()) return;
+  for (HXNodeWalk walk(*root.subnodeGroup()); walk.next();) {
+    if (walk.level() < kMaximumShapeDepth) continue;
+    throw CommandFailure(fmt::format("groups are nested more than {} deep below {}",
+                                     kMaximumShapeDepth, root.uniqueKey().view()));
   }
 }
 

@@ -3,6 +3,7 @@
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/patches/HXRTypedPorts.h"
 #include "tarnkit/patches/HXRValueParameters.h"
+#include "tarnkit/platform/Overloaded.h"
 
 namespace tarnkit::tool {
 
@@ -10,11 +11,6 @@ namespace {
 
 struct PortKind {
   const Class* portClass;
-  std::string_view kind;
-};
-
-struct ParameterKind {
-  const Class* parameterClass;
   std::string_view kind;
 };
 
@@ -41,12 +37,6 @@ const PortKind kPortKinds[] = {
     {&HXRInteractionOutputPort::kClass, "Interaction"},
     {&HXRFeedbackInputPort::kClass, "Feedback"},
     {&HXRFeedbackOutputPort::kClass, "Feedback"},
-};
-
-const ParameterKind kParameterKinds[] = {
-    {&HXRNumberParameter::kClass, "Number"}, {&HXRBooleanParameter::kClass, "Boolean"},
-    {&HXRIndexParameter::kClass, "Index"},   {&HXRStringParameter::kClass, "Text"},
-    {&HXRColorParameter::kClass, "Color"},   {&HXRImageParameter::kClass, "Image"},
 };
 
 constexpr KindDescription kDescriptions[] = {
@@ -105,10 +95,17 @@ std::string_view kindOf(const HXRPort& port) {
 }
 
 std::string_view kindOf(const HXRParameter& parameter) {
-  for (const auto& [parameterClass, kind] : kParameterKinds) {
-    if (parameter.isKindOf(*parameterClass)) return kind;
-  }
-  return "Other";
+  using namespace std::string_view_literals;
+  return std::visit(Overloaded{
+                        [](const HXRParameter*) { return "Other"sv; },
+                        [](const HXRNumberParameter*) { return "Number"sv; },
+                        [](const HXRBooleanParameter*) { return "Boolean"sv; },
+                        [](const HXRIndexParameter*) { return "Index"sv; },
+                        [](const HXRStringParameter*) { return "Text"sv; },
+                        [](const HXRColorParameter*) { return "Color"sv; },
+                        [](const HXRImageParameter*) { return "Image"sv; },
+                    },
+                    parameter.kind());
 }
 
 bool isExclusiveKind(std::string_view kind) {

@@ -6,6 +6,7 @@
 
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/patches/HXRValueParameters.h"
+#include "tarnkit/platform/Overloaded.h"
 #include "tools/tarnkit/reference/Html.h"
 
 namespace tarnkit::tool {
@@ -74,20 +75,25 @@ std::string choicesHtml(const HXRPrimitiveInputPort& port) {
 }
 
 std::string defaultHtml(const HXRParameter& parameter) {
-  if (const auto* const index = as<HXRIndexParameter>(&parameter)) {
-    return fmt::format("{}", index->defaultValue());
-  }
-  if (const auto* const number = as<HXRNumberParameter>(&parameter)) {
-    return fmt::format("{}", number->defaultValue());
-  }
-  if (const auto* const boolean = as<HXRBooleanParameter>(&parameter)) {
-    return onOff(boolean->defaultValue());
-  }
-  if (const auto* const color = as<HXRColorParameter>(&parameter)) {
-    return colorHtml(color->defaultValue());
-  }
-  const auto* const text = as<HXRStringParameter>(&parameter);
-  return text && !text->defaultValue().isNil() ? codeHtml(text->defaultValue()) : kNone;
+  const auto number = [](const auto* numeric) {
+    return fmt::format("{}", numeric->defaultValue());
+  };
+  return std::visit(
+      Overloaded{
+          [](const HXRParameter*) { return std::string(kNone); },
+          [&](const HXRIndexParameter* index) { return number(index); },
+          [&](const HXRNumberParameter* real) { return number(real); },
+          [](const HXRBooleanParameter* boolean) {
+            return std::string(onOff(boolean->defaultValue()));
+          },
+          [](const HXRColorParameter* color) { return colorHtml(color->defaultValue()); },
+          [](const HXRStringParameter* text) {
+            return text->defaultValue().isNil() ? std::string(kNone)
+                                                : codeHtml(text->defaultValue());
+          },
+          [](const HXRImageParameter*) { return std::string(kNone); },
+      },
+      parameter.kind());
 }
 
 std::string boundsText(const HXRParameter& parameter) {
