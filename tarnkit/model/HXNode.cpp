@@ -4,6 +4,7 @@
 
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXModel.h"
+#include "tarnkit/model/HXNodePortSide.h"
 #include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPatchPort.h"
@@ -45,6 +46,7 @@ HXNode::HXNode() : HXNode(Decoding{}) {
 }
 
 HXNode::HXNode(Decoding) noexcept {}
+HXNode::~HXNode() = default;
 
 Ref<Object> HXNode::makeForDecoding(const Class&) { return make<HXNode>(Decoding{}); }
 

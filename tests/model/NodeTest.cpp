@@ -3,6 +3,7 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/patches/PatchColors.h"
+#include "tarnkit/patches/catalogue/math/HXRMathNode.h"
 
 namespace tarnkit::test {
 
@@ -194,6 +195,14 @@ TEST_F(NodeTest, EveryPortResolvesToTheOneThatCarriesTheValue) {
   EXPECT_EQ(published->resolvedPort(), &port(*clamp, "Tarn.valueInput"));
   groups.back()->subnodeGroup()->removeNode(clamp.get());
   EXPECT_FALSE(published->resolvedPort() == published.get());
+}
+
+// Of a process that has made no document yet, as every test is when it runs by itself.
+TEST(FirstNodeTest, ANodeMadeBeforeTheFirstDocumentHasItsParameters) {
+  const auto math = make<HXNode>();
+  math->setPatch(HXRMathNode::kClass.makeDefinition());
+  EXPECT_FALSE(math->parameters().empty());
+  EXPECT_TRUE(HXConnection::hx_newUniqueKey().view().starts_with("connection_"));
 }
 
 }  // namespace tarnkit::test
