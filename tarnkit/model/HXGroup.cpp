@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXKeyCounter.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/Log.h"
@@ -54,8 +55,8 @@ void HXGroup::takeOver(HXGroup* group) {
 }
 
 String HXGroup::hx_newUniqueKey() {
-  static std::uint32_t next = 0;
-  return String(fmt::format("group_{}", static_cast<std::int32_t>(next++)));
+  static constinit detail::HXKeyCounter counter;
+  return String(fmt::format("group_{}", counter.next()));
 }
 
 void HXGroup::setNode(HXNode* node) { node_ = node; }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include "tarnkit/platform/Class.h"
 #include "tarnkit/platform/Object.h"
 #include "tarnkit/platform/String.h"
@@ -26,7 +28,7 @@ class HXRParameterClass : public Class {
 
  private:
   const char* parameterClassName_;
-  mutable const Class* parameterClass_ = nullptr;  // looked up once
+  mutable std::atomic<const Class*> parameterClass_{nullptr};  // looked up once
   Symbol processClassName_;
 };
 
