@@ -19,21 +19,32 @@ using Kind = PropertyList::Kind;
 using Index = PropertyList::Index;
 using ArchivedObject = HXArchiveReader::Object;
 
-void appendQuoted(std::string& out, std::string_view text) {
-  out += '"';
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '"' || c == '\\') {
+// Files hold anything, and are shown on terminals: no control character gets through, neither of
+// the first set nor of the second, which are two bytes each.
+void appendEscaped(std::string& out, std::string_view text) {
+  constexpr unsigned char kHigh = 0xC2;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+    if (byte == '"' || byte == '\\') {
       out += '\\';
-      out += c;
-    } else if (c == '\n') {
+      out += text[i];
+    } else if (byte == '\n') {
       out += "\\n";
     } else if (byte < 0x20 || byte == 0x7F) {
       fmt::format_to(std::back_inserter(out), "\\u{:04x}", byte);
+    } else if (byte == kHigh && next >= 0x80 && next < 0xA0) {
+      fmt::format_to(std::back_inserter(out), "\\u{:04x}", next);
+      ++i;
     } else {
-      out += c;
+      out += text[i];
     }
   }
+}
+
+void appendQuoted(std::string& out, std::string_view text) {
+  out += '"';
+  appendEscaped(out, text);
   out += '"';
 }
 
@@ -85,6 +96,9 @@ std::string realText(const PropertyList& list, Index value) {
                                           : shortestText(real);
 }
 
+// Most readers take "-0" for an integer, which has no sign.
+std::string numberOfJSON(std::string text) { return text == "-0" ? "-0.0" : text; }
+
 std::string integerText(const PropertyList& list, Index value) {
   if (list.kind(value) == Kind::unsignedInteger) {
     return std::to_string(static_cast<std::uint64_t>(list.integer(value)));
@@ -96,9 +110,11 @@ class IndentedWriter final : public TextWriter {
  public:
   IndentedWriter(const HXArchiveReader& archive, HXArchiveText::Sink sink)
       : TextWriter(archive, sink) {
-    fmt::format_to(std::back_inserter(out_), "{}, version {}, {} object{}\n",
-                   archive.kind() == HXArchiveKind::imageArchive ? "image archive" : "device graph",
-                   archive.version(), archive.objectCount(), archive.objectCount() == 1 ? "" : "s");
+    out_ = archive.kind() == HXArchiveKind::imageArchive ? "image archive" : "device graph";
+    out_ += ", version ";
+    appendEscaped(out_, archive.version());
+    fmt::format_to(std::back_inserter(out_), ", {} object{}\n", archive.objectCount(),
+                   archive.objectCount() == 1 ? "" : "s");
   }
   void finish() { flush(); }
 
@@ -108,16 +124,16 @@ class IndentedWriter final : public TextWriter {
       out_ += count == 0 ? "{}" : "{…}";
     } else {
       const auto name = classOf(object);
-      out_ += idOf(object);
+      appendEscaped(out_, idOf(object));
       out_ += ' ';
-      out_ += name.empty() ? "map" : name;
+      appendEscaped(out_, name.empty() ? "map" : name);
       if (count == 0) out_ += ", empty";
     }
     open(false);
   }
   void key(Index key) override {
     indent();
-    out_ += text(key);
+    appendEscaped(out_, text(key));
     out_ += ": ";
     afterKey_ = true;
   }
@@ -125,7 +141,7 @@ class IndentedWriter final : public TextWriter {
   void beginList(ArchivedObject object, std::uint32_t count) override {
     begin();
     if (object != HXArchiveReader::kNoObject) {
-      out_ += idOf(object);
+      appendEscaped(out_, idOf(object));
       out_ += ' ';
     }
     out_ += count == 0 ? "empty list" : fmt::format("list of {}", count);
@@ -135,7 +151,7 @@ class IndentedWriter final : public TextWriter {
   void value(ArchivedObject object, Index value) override {
     begin();
     if (object != HXArchiveReader::kNoObject) {
-      out_ += idOf(object);
+      appendEscaped(out_, idOf(object));
       out_ += ' ';
     }
     appendValue(value);
@@ -143,10 +159,10 @@ class IndentedWriter final : public TextWriter {
   }
   void repeated(ArchivedObject object) override {
     begin();
-    out_ += idOf(object);
+    appendEscaped(out_, idOf(object));
     if (const auto name = classOf(object); !name.empty()) {
       out_ += ' ';
-      out_ += name;
+      appendEscaped(out_, name);
     }
     out_ += " (above)\n";
   }
@@ -306,7 +322,7 @@ class JSONWriter final : public TextWriter {
       case Kind::real64:
       case Kind::date:
         if (std::isfinite(list.real(value))) {
-          out_ += realText(list, value);
+          out_ += numberOfJSON(realText(list, value));
         } else {
           appendQuoted(out_, realText(list, value));
         }

@@ -2,9 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <unordered_set>
-
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXDecodedNodes.h"
+#include "tarnkit/model/HXKeyCounter.h"
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/Log.h"
@@ -40,8 +40,8 @@ HXDocument::HXDocument(Decoding decoding) noexcept : HXNode(decoding) {}
 Ref<Object> HXDocument::makeForDecoding(const Class&) { return make<HXDocument>(Decoding{}); }
 
 String HXDocument::hx_newDocumentKey() {
-  static std::uint32_t next = 0;
-  return String(fmt::format("document_{}", static_cast<std::int32_t>(next++)));
+  static constinit detail::HXKeyCounter counter;
+  return String(fmt::format("document_{}", counter.next()));
 }
 
 const Symbol& HXDocument::deviceClassName() const {
@@ -128,16 +128,7 @@ void HXDocument::awakeAfterDecoding(Decoder& coder) {
 // A node that the document does not hold may hold itself, through its own group, and would never
 // go: such nodes are taken apart. Two documents would take each other's nodes apart.
 void HXDocument::checkTree(Decoder& coder) {
-  std::unordered_set<const HXNode*> held{this};
-  std::vector<HXNode*> pending{this};
-  while (!pending.empty()) {
-    const auto* node = pending.back();
-    pending.pop_back();
-    if (!node->subnodeGroup()) continue;
-    for (const auto& entry : node->subnodeGroup()->subnodesByUniqueKey()) {
-      if (held.insert(entry.value.get()).second) pending.push_back(entry.value.get());
-    }
-  }
+  const auto held = detail::nodesWithin({this});
   std::size_t dropped = 0;
   coder.eachDecoded([&](Object& object) {
     auto* node = as<HXNode>(&object);

@@ -41,6 +41,12 @@ std::int32_t HXImageStore::countForKey(const String& key) const {
 
 void HXImageStore::addImageEntry(const Ref<HXImageStoreEntry>& entry) {
   if (!entry || entry->key().isNil()) return;
+  if (entry->image() && entry->image()->width() == 0) {
+    Log::warning(
+        "HXImageStore",
+        fmt::format("Refusing the image entry {}, whose image has no pixels", entry->key().view()));
+    return;
+  }
   if (auto* count = counts_.find(entry->key())) {
     ++*count;
     return;
@@ -131,7 +137,14 @@ void HXImageStore::initWithCoder(Decoder& coder) {
 }
 
 void HXImageStore::awakeAfterDecoding(Decoder&) {
-  for (const auto& entry : std::exchange(decodedEntries_, {})) addImageEntry(entry);
+  std::size_t dropped = 0;
+  for (const auto& entry : std::exchange(decodedEntries_, {})) {
+    if (entry->key().isNil()) ++dropped;
+    addImageEntry(entry);
+  }
+  if (dropped != 0) {
+    Log::warning("HXImageStore", fmt::format("Dropping {} image entries without a key", dropped));
+  }
 }
 
 }  // namespace tarnkit

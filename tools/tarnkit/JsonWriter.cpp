@@ -82,7 +82,9 @@ JsonWriter& JsonWriter::value(std::uint64_t value) {
 // What ends otherwise ("inf", "nan") is no number of JSON.
 void JsonWriter::number(const std::string& text) {
   const char last = text.back();
-  if (last >= '0' && last <= '9') {
+  if (text == "-0") {
+    raw("-0.0");  // most readers take the other for an integer, which has no sign
+  } else if (last >= '0' && last <= '9') {
     raw(text);
   } else {
     value(std::string_view(text));
