@@ -4,7 +4,6 @@
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXDocument.h"
-#include "tarnkit/model/HXKeyCounter.h"
 #include "tarnkit/model/HXPort.h"
 #include "tarnkit/platform/Log.h"
 
@@ -41,8 +40,8 @@ HXConnection::HXConnection(HXPort* outputPort, HXPort* inputPort, HXPort* displa
 Ref<Object> HXConnection::makeForDecoding(const Class&) { return make<HXConnection>(); }
 
 std::int32_t HXConnection::hx_newKeyNumber() {
-  static constinit detail::HXKeyCounter counter;
-  return counter.next();
+  static std::uint32_t next = 0;
+  return static_cast<std::int32_t>(next++);
 }
 
 String HXConnection::uniqueKey() const {

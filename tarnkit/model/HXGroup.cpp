@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "tarnkit/model/HXDocument.h"
-#include "tarnkit/model/HXKeyCounter.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/Log.h"
@@ -55,8 +54,8 @@ void HXGroup::takeOver(HXGroup* group) {
 }
 
 String HXGroup::hx_newUniqueKey() {
-  static constinit detail::HXKeyCounter counter;
-  return String(fmt::format("group_{}", counter.next()));
+  static std::uint32_t next = 0;
+  return String(fmt::format("group_{}", static_cast<std::int32_t>(next++)));
 }
 
 void HXGroup::setNode(HXNode* node) { node_ = node; }

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "tarnkit/model/HXDocument.h"
-#include "tarnkit/model/HXKeyCounter.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
@@ -58,8 +57,8 @@ void HXNode::init() {
 }
 
 String HXNode::hx_newUniqueKey() {
-  static constinit detail::HXKeyCounter counter;
-  return String(fmt::format("node_{}", counter.next()));
+  static std::uint32_t next = 0;
+  return String(fmt::format("node_{}", static_cast<std::int32_t>(next++)));
 }
 
 String HXNode::description() const {

@@ -20,7 +20,7 @@ const HXRNodeClass HXRNode::kClass{"HXRNode",
                                    &detail::constructPatch<HXRNode>};
 
 HXRNode::HXRNode(const HXRNodeClass& patchClass) : class_(&patchClass) {
-  const HXRNode* const prototype = patchClass.resolved().prototype.load(std::memory_order_acquire);
+  const HXRNode* const prototype = patchClass.resolved().prototype.get();
   if (!prototype) {
     layout_ = make<HXRPortLayout>(this);
     return;

@@ -1,6 +1,5 @@
 #include "tarnkit/patches/HXRNodeClass.h"
 
-#include <mutex>
 #include <stdexcept>
 #include <string>
 
@@ -13,20 +12,11 @@ namespace {
 
 HXRNodeClass::DocumentGraphBuilder documentGraphBuilder = nullptr;
 
-// What a class shares is made at its first use, by whichever thread that is. Making one class's may
-// ask for another's.
-std::recursive_mutex& makingMutex() {
-  static std::recursive_mutex mutex;
-  return mutex;
-}
-
 String internedOrNil(const char* text) { return text ? String::interned(text) : String(); }
 
 }  // namespace
 
 const HXRNodeClass::Resolved& HXRNodeClass::resolve() const {
-  const std::lock_guard lock(makingMutex());
-  if (const auto* made = resolved_.load(std::memory_order_relaxed)) return *made;
   // What a record leaves out is its base's, all the way up.
   const auto inherited = [this](auto member) {
     const auto* from = this;
@@ -52,13 +42,14 @@ const HXRNodeClass::Resolved& HXRNodeClass::resolve() const {
   for (const auto* key = inherited(&Descriptors::hiddenPortGroupKeys); *key; ++key) {
     resolved->hiddenPortGroupKeys->add(String::interned(*key).object());
   }
-  resolved_.store(resolved, std::memory_order_release);
+  resolved_ = resolved;
   return *resolved;
 }
 
 Ref<HXRNode> HXRNodeClass::constructInstance() const {
   const auto* from = this;
-  while (!from->construct_) from = from->base_;
+  while (!from->construct_)
+    from = from->base_;
   return from->construct_(*this);
 }
 
@@ -70,17 +61,15 @@ void HXRNodeClass::declareInto(PatchDeclaration& patch) const {
 }
 
 HXRNode& HXRNodeClass::prototype() const {
-  if (auto* const made = resolved().prototype.load(std::memory_order_acquire)) return *made;
-  const std::lock_guard lock(makingMutex());
-  Resolved& shared = *resolved_.load(std::memory_order_relaxed);
-  if (auto* const made = shared.prototype.load(std::memory_order_relaxed)) return *made;
-  const Ref<HXRNode> prototype = constructInstance();
-  PatchDeclaration patch(*prototype);
-  declareInto(patch);
-  prototype->layout_->share();
-  shared.owner = prototype;
-  shared.prototype.store(prototype.get(), std::memory_order_release);
-  return *prototype;
+  resolved();
+  if (!resolved_->prototype) {
+    const Ref<HXRNode> prototype = constructInstance();
+    PatchDeclaration patch(*prototype);
+    declareInto(patch);
+    prototype->layout_->share();
+    resolved_->prototype = prototype;
+  }
+  return *resolved_->prototype;
 }
 
 Ref<HXRNode> HXRNodeClass::makeDefinition() const {

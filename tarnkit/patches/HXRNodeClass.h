@@ -1,7 +1,5 @@
 #pragma once
 
-#include <atomic>
-
 #include "tarnkit/patches/RGBA.h"
 #include "tarnkit/platform/Class.h"
 #include "tarnkit/platform/OrderedSet.h"
@@ -103,8 +101,7 @@ class HXRNodeClass : public Class {
     bool secretInLibrary = false;
     bool allowsSubnodes = false;
     Ref<OrderedSet> hiddenPortGroupKeys;
-    Ref<HXRNode> owner;  // of the prototype
-    std::atomic<HXRNode*> prototype{nullptr};
+    Ref<HXRNode> prototype;
   };
   /// The record of the root definition class, which leaves nothing out.
   constexpr HXRNodeClass(const char* name, const Class* superclass, const Descriptors& descriptors,
@@ -113,17 +110,14 @@ class HXRNodeClass : public Class {
   static Ref<Object> makeInstance(const Class& record);
   Ref<HXRNode> constructInstance() const;
   void declareInto(PatchDeclaration& patch) const;
-  const Resolved& resolved() const {
-    const auto* made = resolved_.load(std::memory_order_acquire);
-    return made ? *made : resolve();
-  }
+  const Resolved& resolved() const { return resolved_ ? *resolved_ : resolve(); }
   const Resolved& resolve() const;
 
   const HXRNodeClass* base_ = nullptr;
   Descriptors descriptors_;
   Declare declare_ = nullptr;
   Construct construct_ = nullptr;
-  mutable std::atomic<Resolved*> resolved_{nullptr};  // made once, never destroyed
+  mutable Resolved* resolved_ = nullptr;  // made once, never destroyed
 };
 
 }  // namespace tarnkit

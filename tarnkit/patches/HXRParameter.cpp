@@ -8,12 +8,10 @@ const HXRParameterClass HXRParameter::kClass{"HXRParameter", &Object::kClass, nu
                                              "PMRParameter"};
 
 const Class* HXRParameterClass::parameterClass() const {
-  const Class* known = parameterClass_.load(std::memory_order_relaxed);
-  if (!known && parameterClassName_) {
-    known = ClassRegistry::classNamed(parameterClassName_);
-    parameterClass_.store(known, std::memory_order_relaxed);
+  if (!parameterClass_ && parameterClassName_) {
+    parameterClass_ = ClassRegistry::classNamed(parameterClassName_);
   }
-  return known;
+  return parameterClass_;
 }
 
 HXRParameter::HXRParameter(String name, String uniqueKey, bool hidden)

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <atomic>
-
 #include "tarnkit/platform/Class.h"
 #include "tarnkit/platform/Object.h"
 #include "tarnkit/platform/String.h"
@@ -28,7 +26,7 @@ class HXRParameterClass : public Class {
 
  private:
   const char* parameterClassName_;
-  mutable std::atomic<const Class*> parameterClass_{nullptr};  // looked up once
+  mutable const Class* parameterClass_ = nullptr;  // looked up once
   Symbol processClassName_;
 };
 

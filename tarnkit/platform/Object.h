@@ -1,8 +1,6 @@
 #pragma once
 
-#if __has_include(<sys/single_threaded.h>)
 #include <sys/single_threaded.h>
-#endif
 
 #include <cassert>
 #include <cstddef>
@@ -124,18 +122,9 @@ Ref<T> as(const Ref<U>& object) noexcept {
 }
 
 namespace detail {
-/// Whether the process is sure to have one thread. Where nobody tells, it never is.
-inline bool hasOneThread() noexcept {
-#if __has_include(<sys/single_threaded.h>)
-  return __libc_single_threaded;
-#else
-  return false;
-#endif
-}
-
 inline void retainObject(const Object* object) noexcept {
   auto& strong = Object::countsOf(object).strong;
-  if (hasOneThread()) {
+  if (__libc_single_threaded) {
     ++strong;
   } else {
     __atomic_fetch_add(&strong, 1U, __ATOMIC_RELAXED);
@@ -143,12 +132,13 @@ inline void retainObject(const Object* object) noexcept {
 }
 inline void releaseObject(const Object* object) noexcept {
   auto& strong = Object::countsOf(object).strong;
-  const auto left = hasOneThread() ? --strong : __atomic_sub_fetch(&strong, 1U, __ATOMIC_ACQ_REL);
+  const auto left =
+      __libc_single_threaded ? --strong : __atomic_sub_fetch(&strong, 1U, __ATOMIC_ACQ_REL);
   if (left == 0) object->lastOwnerLeft();
 }
 inline void retainWeakly(const Object* object) noexcept {
   auto& weak = Object::countsOf(object).weak;
-  if (hasOneThread()) {
+  if (__libc_single_threaded) {
     weak += Object::kWeakStep;
   } else {
     __atomic_fetch_add(&weak, Object::kWeakStep, __ATOMIC_RELAXED);
@@ -156,8 +146,9 @@ inline void retainWeakly(const Object* object) noexcept {
 }
 inline void releaseWeakly(const Object* object) noexcept {
   auto& weak = Object::countsOf(object).weak;
-  const auto left = hasOneThread() ? weak -= Object::kWeakStep
-                                   : __atomic_sub_fetch(&weak, Object::kWeakStep, __ATOMIC_ACQ_REL);
+  const auto left = __libc_single_threaded
+                        ? weak -= Object::kWeakStep
+                        : __atomic_sub_fetch(&weak, Object::kWeakStep, __ATOMIC_ACQ_REL);
   if (left < Object::kWeakStep) Object::deallocate(const_cast<Object*>(object));
 }
 inline bool isAlive(const Object* object) noexcept {
@@ -165,7 +156,7 @@ inline bool isAlive(const Object* object) noexcept {
 }
 inline bool retainIfAlive(const Object* object) noexcept {
   auto& strong = Object::countsOf(object).strong;
-  if (hasOneThread()) {
+  if (__libc_single_threaded) {
     if (strong == 0) return false;
     ++strong;
     return true;
