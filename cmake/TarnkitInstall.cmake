@@ -5,8 +5,10 @@ set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/tarnkit")
 install(TARGETS ${TARNKIT_TARGETS} EXPORT tarnkitTargets
         ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(EXPORT tarnkitTargets NAMESPACE tarnkit:: DESTINATION "${package_dir}")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/tarnkit" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
-        FILES_MATCHING PATTERN "*.h")
+# Which headers are public is found when they are installed, so that editing one is no reason to
+# configure again.
+install(CODE "include(\"${PROJECT_SOURCE_DIR}/cmake/TarnkitHeaders.cmake\")
+tarnkit_install_headers(\"${PROJECT_SOURCE_DIR}\" \"${CMAKE_INSTALL_INCLUDEDIR}\")")
 
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/tarnkitConfig.cmake.in"
   "${PROJECT_BINARY_DIR}/tarnkitConfig.cmake" INSTALL_DESTINATION "${package_dir}")

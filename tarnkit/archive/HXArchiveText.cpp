@@ -70,9 +70,11 @@ class IndentedWriter final : public TextWriter {
  public:
   IndentedWriter(const HXArchiveReader& archive, HXArchiveText::Sink sink)
       : TextWriter(archive), sink_(sink) {
-    fmt::format_to(std::back_inserter(out_), "{}, version {}, {} object{}\n",
-                   archive.kind() == HXArchiveKind::imageArchive ? "image archive" : "device graph",
-                   archive.version(), archive.objectCount(), archive.objectCount() == 1 ? "" : "s");
+    out_ = archive.kind() == HXArchiveKind::imageArchive ? "image archive" : "device graph";
+    out_ += ", version ";
+    JSONWriter::appendEscaped(out_, archive.version());
+    fmt::format_to(std::back_inserter(out_), ", {} object{}\n", archive.objectCount(),
+                   archive.objectCount() == 1 ? "" : "s");
   }
   void finish() { flush(); }
 
@@ -82,16 +84,16 @@ class IndentedWriter final : public TextWriter {
       out_ += count == 0 ? "{}" : "{…}";
     } else {
       const auto name = classOf(object);
-      out_ += idOf(object);
+      JSONWriter::appendEscaped(out_, idOf(object));
       out_ += ' ';
-      out_ += name.empty() ? "map" : name;
+      JSONWriter::appendEscaped(out_, name.empty() ? "map" : name);
       if (count == 0) out_ += ", empty";
     }
     open(false);
   }
   void key(Index key) override {
     indent();
-    out_ += text(key);
+    JSONWriter::appendEscaped(out_, text(key));
     out_ += ": ";
     afterKey_ = true;
   }
@@ -99,7 +101,7 @@ class IndentedWriter final : public TextWriter {
   void beginList(ArchivedObject object, std::uint32_t count) override {
     begin();
     if (object != HXArchiveReader::kNoObject) {
-      out_ += idOf(object);
+      JSONWriter::appendEscaped(out_, idOf(object));
       out_ += ' ';
     }
     out_ += count == 0 ? "empty list" : fmt::format("list of {}", count);
@@ -109,7 +111,7 @@ class IndentedWriter final : public TextWriter {
   void value(ArchivedObject object, Index value) override {
     begin();
     if (object != HXArchiveReader::kNoObject) {
-      out_ += idOf(object);
+      JSONWriter::appendEscaped(out_, idOf(object));
       out_ += ' ';
     }
     appendValue(value);
@@ -117,10 +119,10 @@ class IndentedWriter final : public TextWriter {
   }
   void repeated(ArchivedObject object) override {
     begin();
-    out_ += idOf(object);
+    JSONWriter::appendEscaped(out_, idOf(object));
     if (const auto name = classOf(object); !name.empty()) {
       out_ += ' ';
-      out_ += name;
+      JSONWriter::appendEscaped(out_, name);
     }
     out_ += " (above)\n";
   }

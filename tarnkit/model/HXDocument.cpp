@@ -2,10 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <unordered_set>
-
 #include "tarnkit/archive/HXCoding.h"
-#include "tarnkit/model/HXNodeWalk.h"
+#include "tarnkit/model/HXDecodedNodes.h"
 #include "tarnkit/model/HXPort.h"
 #include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/platform/Log.h"
@@ -148,9 +146,7 @@ void HXDocument::awakeAfterDecoding(Decoder& coder) {
 // A node that the document does not hold may hold itself, through its own group, and would never
 // go: such nodes are taken apart. Two documents would take each other's nodes apart.
 void HXDocument::checkTree(Decoder& coder) {
-  // A node stands in one group only, so what hangs below the document is no circle.
-  std::unordered_set<const HXNode*> held;
-  for (HXNodeWalk walk(*this); const HXNode* node = walk.next();) held.insert(node);
+  const auto held = detail::nodesWithin({this});
   std::size_t dropped = 0;
   coder.eachDecoded([&](Object& object) {
     auto* node = as<HXNode>(&object);

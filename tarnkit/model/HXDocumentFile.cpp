@@ -11,6 +11,7 @@
 #include "tarnkit/archive/HXKeyedArchiver.h"
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/platform/File.h"
+#include "tarnkit/platform/PropertyListReader.h"
 #include "tarnkit/platform/StandardKeyedArchiver.h"
 #include "tarnkit/platform/StandardKeyedUnarchiver.h"
 
@@ -34,13 +35,29 @@ bool canNameFile(const String& key) {
 
 Ref<HXDocument> HXDocumentFile::document(ByteSpan bytes, std::int32_t codingType,
                                          std::string& error) {
+  PropertyList list;
+  if (!checkCodingType(codingType, error) || !PropertyListReader::read(bytes, list, &error)) {
+    return nullptr;
+  }
+  return document(list, codingType, error);
+}
+
+Ref<HXDocument> HXDocumentFile::document(const PropertyList& list, std::int32_t codingType,
+                                         std::string& error) {
   if (!checkCodingType(codingType, error)) return nullptr;
   registerModelClasses();
-  const auto root = StandardKeyedUnarchiver::unarchive(bytes, codingType, &error);
+  const auto root = StandardKeyedUnarchiver::unarchive(list, codingType, &error);
   if (!root) return nullptr;
   auto document = as<HXDocument>(root);
   if (!document) error = fmt::format("the root is a {}, not a document", root->isa().name());
   return document;
+}
+
+// Only a group of a document that keeps its unique keys has this key; every document has a group.
+std::int32_t HXDocumentFile::codingTypeOf(const PropertyList& list) {
+  return list.keyNamed("HXGroup.subnodesByUniqueKey") == PropertyList::kNoKey
+             ? HXCodingTypeEditor
+             : HXCodingTypeEditorWithKeys;
 }
 
 std::vector<std::uint8_t> HXDocumentFile::dataWithDocument(const HXDocument& document,

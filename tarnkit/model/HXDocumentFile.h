@@ -9,14 +9,23 @@
 
 namespace tarnkit {
 
+class PropertyList;
+
 /// Documents as bytes and as files. Nothing here throws for bad input: a failure is a null or false
 /// result with the reason, and leaves no half-made document behind. For one thread.
 class HXDocumentFile {
  public:
   /// A document in the editor's format. `codingType` is that under which it was written: 0 and 1
   /// draw fresh unique keys, 3 keeps those of the file. Null, with the reason, for anything that is
-  /// not a readable document; the bytes need not be trusted.
+  /// not a readable document; the bytes need not be trusted. What a document holds and this library
+  /// cannot keep (under another type than its own: its nodes) is told in the log, one line each.
   static Ref<HXDocument> document(ByteSpan bytes, std::int32_t codingType, std::string& error);
+  /// The same of a property list that was read already, whose bytes are still there.
+  static Ref<HXDocument> document(const PropertyList& list, std::int32_t codingType,
+                                  std::string& error);
+  /// The coding type under which a document was written, as far as that matters to a reader: 3 when
+  /// it holds unique keys, otherwise 0. Costs a few look-ups.
+  static std::int32_t codingTypeOf(const PropertyList& list);
   /// The document in the editor's format; empty, with the reason, under a coding type that is not
   /// an editor's.
   static std::vector<std::uint8_t> dataWithDocument(const HXDocument& document,

@@ -135,7 +135,14 @@ void HXImageStore::initWithCoder(Decoder& coder) {
 }
 
 void HXImageStore::awakeAfterDecoding(Decoder&) {
-  for (const auto& entry : std::exchange(decodedEntries_, {})) addImageEntry(entry);
+  std::size_t dropped = 0;
+  for (const auto& entry : std::exchange(decodedEntries_, {})) {
+    if (entry->key().isNil()) ++dropped;
+    addImageEntry(entry);
+  }
+  if (dropped != 0) {
+    Log::warning("HXImageStore", fmt::format("Dropping {} image entries without a key", dropped));
+  }
 }
 
 }  // namespace tarnkit

@@ -24,7 +24,8 @@ HXImageStoreEntry::HXImageStoreEntry(Ref<Image> image, String key)
 
 void HXImageStoreEntry::encodeWithCoder(Encoder& coder) const {
   if (isEditorCodingType(coder.codingType())) {
-    coder.encodeObject(image_ && canBeWritten(*image_) ? image_ : nullptr, kImage);
+    // A picture without pixels has no file, and could not be read again.
+    if (image_ && canBeWritten(*image_)) coder.encodeObject(image_, kImage);
     coder.encodeString(key_, kKey);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(kDeviceClass, isa());

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXDecodedNodes.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPatchPort.h"
@@ -92,6 +93,7 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
 void HXNode::initWithCoder(Decoder& coder) {
   decoding_ = true;
   hasKeyPath_ = true;
+  coder.checkAtEnd(&detail::refuseNodesInCircles);
   if (coder.codingType() == HXCodingTypeEditorWithKeys) {
     uniqueKey_ = coder.decodeString(kUniqueKey);
     keyCounter().moveBeyond(uniqueKey_.view());
@@ -165,6 +167,9 @@ void HXNode::decodeParameters(Decoder& coder) {
 
 void HXNode::awakeAfterDecoding(Decoder& coder) {
   decoding_ = false;
+  detail::dropRepeated(*this, portsByUniqueKey_);
+  detail::dropRepeated(*this, inputPortGroupsByKey_);
+  detail::dropRepeated(*this, outputPortGroupsByKey_);
   if (subnodeGroup_) {
     // The node that has the group holds it, whatever node the group says that it is of.
     const auto* other = subnodeGroup_->node();
@@ -189,8 +194,10 @@ void HXNode::awakeAfterDecoding(Decoder& coder) {
   }
   if (unknownPatchClass_.isNil()) {
     const std::size_t archivedPorts = portsByUniqueKey_.size();
+    const detail::NodeContents archived = detail::contentsOf(*this);
     const Ref<HXRNode> patch = std::exchange(patch_, nullptr);
     setPatch(patch);
+    detail::warnOfLostContents(*this, archived);
     // An expression may name as many ports as the document has letters, and many nodes share it.
     const std::size_t ports = portsByUniqueKey_.size();
     if (ports > archivedPorts) coder.countMade(ports - archivedPorts);

@@ -1,8 +1,11 @@
 #include "tarnkit/model/HXPatchPort.h"
 
+#include <fmt/format.h>
+
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
+#include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
 
@@ -154,6 +157,20 @@ void HXPatchPort::initWithCoder(Decoder& coder) {
   coder.decodeEach<HXConnection>(
       kConnections, [&](const Ref<HXConnection>& connection) { connections_.add(*connection); });
   staticValue_ = coder.decode<PMRPrimitive>(kStaticValue);
+}
+
+void HXPatchPort::awakeAfterDecoding(Decoder& coder) {
+  HXPort::awakeAfterDecoding(coder);
+  if (!isEditorCodingType(coder.codingType())) return;
+  HXConnectionSet own;
+  connections_.forEach([&](HXConnection& connection) {
+    if (connection.outputPort() == this || connection.inputPort() == this) own.add(connection);
+  });
+  if (own.count() == connections_.count()) return;
+  Log::warning("HXPatchPort",
+               fmt::format("Dropping {} connections of a port that is none of their ends",
+                           connections_.count() - own.count()));
+  connections_ = std::move(own);
 }
 
 void HXPatchPort::abandonDecoding() { connections_ = {}; }

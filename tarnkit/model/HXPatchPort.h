@@ -55,6 +55,8 @@ class HXPatchPort final : public HXPort {
 
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
+  /// Lets go, with one line logged, of connections that end at other ports.
+  void awakeAfterDecoding(Decoder& coder) override;
   void abandonDecoding() override;
 
  private:

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <mutex>
 #include <unordered_map>
 
 #include "tarnkit/archive/HXCoding.h"
@@ -36,6 +37,8 @@ String sharedGroupKey(const String& name) {
     WeakRef<StringObject> name;
     WeakRef<StringObject> key;
   };
+  static std::mutex mutex;
+  const std::lock_guard lock(mutex);
   static auto* const known = new std::unordered_map<const StringObject*, Known>;
   static std::size_t tidySize = 1;
   if (const auto found = known->find(name.object().get()); found != known->end()) {

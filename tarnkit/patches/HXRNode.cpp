@@ -33,7 +33,9 @@ HXRNode::HXRNode(const HXRNodeClass& patchClass) : class_(&patchClass) {
   }
 }
 
-const HXRNode* HXRNode::prototype() const noexcept { return class_->resolved().prototype.get(); }
+const HXRNode* HXRNode::prototype() const noexcept {
+  return class_->resolved().prototype.load(std::memory_order_acquire);
+}
 
 HXRPortLayout& HXRNode::ownLayout() {
   if (layout_->isShared()) {

@@ -1,5 +1,6 @@
 #include "tarnkit/patches/HXRNodeClass.h"
 
+#include <mutex>
 #include <stdexcept>
 #include <string>
 
@@ -12,6 +13,13 @@ namespace {
 
 HXRNodeClass::DocumentGraphBuilder documentGraphBuilder = nullptr;
 
+// What a class shares is made at its first use, by whichever thread that is. Making one class's may
+// ask for another's.
+std::recursive_mutex& makingMutex() {
+  static std::recursive_mutex mutex;
+  return mutex;
+}
+
 String internedOrNil(const char* text) { return text ? String::interned(text) : String(); }
 
 }  // namespace
@@ -21,6 +29,8 @@ void HXRNodeClass::fail(const char* why) const {
 }
 
 const HXRNodeClass::Resolved& HXRNodeClass::resolve() const {
+  const std::lock_guard lock(makingMutex());
+  if (const auto* made = resolved_.load(std::memory_order_relaxed)) return *made;
   if (!isKindOf(HXRNode::kClass)) fail("it derives from no patch definition");
   // What a record leaves out is its base's, all the way up.
   const auto inherited = [this](auto member) {
@@ -47,7 +57,7 @@ const HXRNodeClass::Resolved& HXRNodeClass::resolve() const {
   for (const auto* key = inherited(&Descriptors::hiddenPortGroupKeys); *key; ++key) {
     resolved->hiddenPortGroupKeys->add(String::interned(*key).object());
   }
-  resolved_ = resolved;
+  resolved_.store(resolved, std::memory_order_release);
   return *resolved;
 }
 
@@ -65,22 +75,24 @@ void HXRNodeClass::declareInto(PatchDeclaration& patch) const {
 }
 
 HXRNode& HXRNodeClass::prototype() const {
-  resolved();
-  if (!resolved_->prototype) {
-    const Ref<HXRNode> prototype = constructInstance();
-    if (!prototype) fail("its record makes no definition");
-    if (&prototype->patchClass() != this) fail("its record makes definitions of another class");
-    for (const auto* from = this; from; from = from->base_) {
-      if (from->construct_.fits && !from->construct_.fits(prototype.get())) {
-        fail("its definitions are no objects of its base's C++ class");
-      }
+  if (auto* const made = resolved().prototype.load(std::memory_order_acquire)) return *made;
+  const std::lock_guard lock(makingMutex());
+  Resolved& shared = *resolved_.load(std::memory_order_relaxed);
+  if (auto* const made = shared.prototype.load(std::memory_order_relaxed)) return *made;
+  const Ref<HXRNode> prototype = constructInstance();
+  if (!prototype) fail("its record makes no definition");
+  if (&prototype->patchClass() != this) fail("its record makes definitions of another class");
+  for (const auto* from = this; from; from = from->base_) {
+    if (from->construct_.fits && !from->construct_.fits(prototype.get())) {
+      fail("its definitions are no objects of its base's C++ class");
     }
-    PatchDeclaration patch(*prototype);
-    declareInto(patch);
-    prototype->layout_->share();
-    resolved_->prototype = prototype;
   }
-  return *resolved_->prototype;
+  PatchDeclaration patch(*prototype);
+  declareInto(patch);
+  prototype->layout_->share();
+  shared.owner = prototype;
+  shared.prototype.store(prototype.get(), std::memory_order_release);
+  return *prototype;
 }
 
 Ref<HXRNode> HXRNodeClass::makeDefinition() const {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include "tarnkit/patches/RGBA.h"
 #include "tarnkit/platform/Class.h"
 #include "tarnkit/platform/OrderedSet.h"
@@ -112,7 +114,8 @@ class HXRNodeClass : public Class {
     bool secretInLibrary = false;
     bool allowsSubnodes = false;
     Ref<OrderedSet> hiddenPortGroupKeys;
-    Ref<HXRNode> prototype;
+    Ref<HXRNode> owner;  // of the prototype
+    std::atomic<HXRNode*> prototype{nullptr};
   };
   /// The record of the root definition class, which leaves nothing out.
   constexpr HXRNodeClass(const char* name, const Class* superclass, const Descriptors& descriptors,
@@ -122,14 +125,17 @@ class HXRNodeClass : public Class {
   Ref<HXRNode> constructInstance() const;
   [[noreturn]] void fail(const char* why) const;
   void declareInto(PatchDeclaration& patch) const;
-  const Resolved& resolved() const { return resolved_ ? *resolved_ : resolve(); }
+  const Resolved& resolved() const {
+    const auto* made = resolved_.load(std::memory_order_acquire);
+    return made ? *made : resolve();
+  }
   const Resolved& resolve() const;
 
   const HXRNodeClass* base_ = nullptr;
   Descriptors descriptors_;
   Declare declare_ = nullptr;
   Construct construct_;
-  mutable Resolved* resolved_ = nullptr;  // made once, never destroyed
+  mutable std::atomic<Resolved*> resolved_{nullptr};  // made once, never destroyed
 };
 
 }  // namespace tarnkit

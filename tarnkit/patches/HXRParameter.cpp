@@ -8,10 +8,12 @@ const HXRParameterClass HXRParameter::kClass{"HXRParameter", &Object::kClass, nu
                                              "PMRParameter"};
 
 const Class* HXRParameterClass::parameterClass() const {
-  if (!parameterClass_ && parameterClassName_) {
-    parameterClass_ = ClassRegistry::classNamed(parameterClassName_);
+  const Class* known = parameterClass_.load(std::memory_order_relaxed);
+  if (!known && parameterClassName_) {
+    known = ClassRegistry::classNamed(parameterClassName_);
+    parameterClass_.store(known, std::memory_order_relaxed);
   }
-  return parameterClass_;
+  return known;
 }
 
 HXRParameter::HXRParameter(String name, String uniqueKey, bool hidden)

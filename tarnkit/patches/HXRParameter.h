@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <variant>
 
 #include "tarnkit/platform/Class.h"
@@ -42,7 +43,7 @@ class HXRParameterClass : public Class {
 
  private:
   const char* parameterClassName_;
-  mutable const Class* parameterClass_ = nullptr;  // looked up once
+  mutable std::atomic<const Class*> parameterClass_{nullptr};  // looked up once
   Symbol processClassName_;
 };
 

@@ -33,7 +33,10 @@ void HXRPortLayout::share() {
   shared_ = true;
   for (auto* collection : {inputs_.get(), outputs_.get()}) {
     collection->node_ = nullptr;
+    // Keys are made when they are asked for, and afterwards several threads may ask.
+    collection->portGroupKeys();
     for (const auto& entry : collection->portGroups()) {
+      entry.value->portKeys();
       for (const Ref<Object>& port : entry.value->ports()) {
         static_cast<HXRPort&>(*port).share();
       }

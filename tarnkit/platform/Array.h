@@ -17,7 +17,10 @@ class Array final : public Object {
   const Ref<Object>& operator[](std::size_t index) const noexcept { return objects_[index]; }
   auto begin() const noexcept { return objects_.begin(); }
   auto end() const noexcept { return objects_.end(); }
-  void add(Ref<Object> object) { objects_.push_back(std::move(object)); }
+  /// Null is ignored.
+  void add(Ref<Object> object) {
+    if (object) objects_.push_back(std::move(object));
+  }
 
   /// Equal when the elements are equal in the same order. Nested deeper than
   /// `kMaximumEqualityDepth`, lists and maps count as different.

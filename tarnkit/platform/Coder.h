@@ -148,6 +148,10 @@ class Decoder : public Coder {
   virtual bool countMade(std::uint64_t things);
   /// Visits every object that was made from a record of the archive so far, in the order of making.
   virtual void eachDecoded(FunctionRef<void(Object&)> visit) const = 0;
+  /// Has `check` called when everything was read and awoken, once however often it is given and
+  /// whatever the root is: nobody has the root yet, and `check` may still `fail`. Readers of what
+  /// nobody could have tampered with do not call it.
+  virtual void checkAtEnd(void (*check)(Decoder&));
 
   String decodeString(const Symbol& key);
   /// As `decodeObject`, but an object of another class is a failure and reads as null.

@@ -17,9 +17,8 @@ class Dictionary final : public Object {
   std::uint32_t count() const noexcept { return entries_.size(); }
   /// Null when the key is absent.
   Ref<Object> objectForKey(const String& key) const { return entries_.get(key); }
-  void setObject(Ref<Object> object, const String& forKey) {
-    entries_.set(forKey, std::move(object));
-  }
+  /// A nil key is refused, with one line logged.
+  void setObject(Ref<Object> object, const String& forKey);
 
   CodingKind codingKind() const noexcept override { return CodingKind::map; }
 

@@ -20,7 +20,7 @@ bool isPlain(char c, bool inScript) noexcept {
   return !inScript || (c != '<' && c != '>' && c != '&');
 }
 
-void appendEscaped(std::string& out, std::uint32_t character) {
+void appendCharacter(std::string& out, std::uint32_t character) {
   if (character == '"' || character == '\\') {
     out += '\\';
     out += static_cast<char>(character);
@@ -29,31 +29,6 @@ void appendEscaped(std::string& out, std::uint32_t character) {
   } else {
     fmt::format_to(std::back_inserter(out), "\\u{:04x}", character);
   }
-}
-
-void appendEscapedText(std::string& out, std::string_view text, bool inScript) {
-  std::size_t plain = 0;  // where what stands for itself begins
-  for (std::size_t at = 0; at < text.size();) {
-    const bool isASCII = static_cast<unsigned char>(text[at]) < 0x80;
-    if (isASCII && isPlain(text[at], inScript)) {
-      ++at;
-      continue;
-    }
-    const auto [character, size] = detail::codePointAt(text, at);
-    const bool isMalformed = !isASCII && size == 1;
-    const bool isSeparator = inScript && (character == 0x2028 || character == 0x2029);
-    if (isASCII || isMalformed || isSeparator) {
-      out.append(text, plain, at - plain);
-      plain = at + size;
-      if (isMalformed) {
-        out += "\uFFFD";
-      } else {
-        appendEscaped(out, character);
-      }
-    }
-    at += size;
-  }
-  out.append(text, plain);
 }
 
 // Where a piece of the text may end without parting a character: a malformed run may be parted.
@@ -66,9 +41,36 @@ std::size_t endOfPiece(std::string_view text, std::size_t at) noexcept {
 
 }  // namespace
 
+void JSONWriter::appendEscaped(std::string& out, std::string_view text, Escapes escapes) {
+  const bool inScript = escapes == Escapes::script;
+  std::size_t plain = 0;  // where what stands for itself begins
+  for (std::size_t at = 0; at < text.size();) {
+    const bool isASCII = static_cast<unsigned char>(text[at]) < 0x80;
+    if (isASCII && isPlain(text[at], inScript)) {
+      ++at;
+      continue;
+    }
+    const auto [character, size] = detail::codePointAt(text, at);
+    const bool isMalformed = !isASCII && size == 1;
+    const bool isControl = character >= 0x80 && character < 0xA0;
+    const bool isSeparator = inScript && (character == 0x2028 || character == 0x2029);
+    if (isASCII || isMalformed || isControl || isSeparator) {
+      out.append(text, plain, at - plain);
+      plain = at + size;
+      if (isMalformed) {
+        out += "\uFFFD";
+      } else {
+        appendCharacter(out, character);
+      }
+    }
+    at += size;
+  }
+  out.append(text, plain);
+}
+
 void JSONWriter::appendQuoted(std::string& out, std::string_view text, Escapes escapes) {
   out += '"';
-  appendEscapedText(out, text, escapes == Escapes::script);
+  appendEscaped(out, text, escapes);
   out += '"';
 }
 
@@ -118,6 +120,8 @@ JSONWriter& JSONWriter::value(std::uint64_t value) {
 
 // What ends otherwise than in a digit ("inf", "nan") is no number of JSON.
 JSONWriter& JSONWriter::real(const std::string& text) {
+  // Most readers take "-0" for an integer, which has no sign.
+  if (text == "-0") return token("-0.0");
   const char last = text.back();
   return last >= '0' && last <= '9' ? token(text) : value(text);
 }
@@ -130,7 +134,7 @@ JSONWriter& JSONWriter::value(std::string_view text) {
   out_ += '"';
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t end = endOfPiece(text, at);
-    appendEscapedText(out_, text.substr(at, end - at), escapes_ == Escapes::script);
+    appendEscaped(out_, text.substr(at, end - at), escapes_);
     handOnWhenLong();
     at = end;
   }

@@ -14,8 +14,9 @@ namespace tarnkit {
 /// caller's. Linear in what it writes, and depth costs nothing. Lives as long as one output; for
 /// one thread.
 ///
-/// Texts are escaped by one rule: `"`, `\` and control characters (U+007F among them) are, "\n" by
-/// its short form and the others as \u00xx; every byte that belongs to no well-formed UTF-8 is
+/// Texts are escaped by one rule: `"`, `\` and the control characters of both sets (up to U+001F,
+/// U+007F to U+009F: files are shown on terminals) are, "\n" by its short form and the others as
+/// \u00xx; every byte that belongs to no well-formed UTF-8 is
 /// written as U+FFFD; all else stands for itself.
 class JSONWriter {
  public:
@@ -51,7 +52,7 @@ class JSONWriter {
   JSONWriter& value(std::int64_t value);
   JSONWriter& value(std::uint64_t value);
   /// The fewest digits that read back to the same value; the strings "inf", "-inf" and "nan" for
-  /// what is no number of JSON.
+  /// what is no number of JSON; "-0.0" for a zero below zero.
   JSONWriter& value(float value);
   JSONWriter& value(double value);
   JSONWriter& value(std::string_view text);
@@ -67,7 +68,9 @@ class JSONWriter {
   void endLine();
   void flush();
 
-  /// The text alone, in its quotation marks.
+  /// The text alone, without and with its quotation marks.
+  static void appendEscaped(std::string& out, std::string_view text,
+                            Escapes escapes = Escapes::plain);
   static void appendQuoted(std::string& out, std::string_view text,
                            Escapes escapes = Escapes::plain);
 

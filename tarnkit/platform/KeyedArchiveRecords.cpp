@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <limits>
+#include <unordered_map>
 
 #include "tarnkit/platform/Array.h"
 #include "tarnkit/platform/Dictionary.h"
@@ -83,6 +84,51 @@ Ref<Object> KeyedArchiveRecords::root() {
 
 void KeyedArchiveRecords::eachMade(FunctionRef<void(Object&)> visit) const {
   for (const Index value : made_) visit(*objects_[value]);
+}
+
+// Wide records, wide classes and long names may be shared by many objects, so each is looked at
+// once.
+std::string KeyedArchiveRecords::unreadObjects() const {
+  struct UnreadClass {
+    std::string_view name;
+    std::size_t count = 0;
+  };
+  std::vector<bool> counted(list_.count());
+  std::vector<UnreadClass> classes;
+  std::unordered_map<Index, std::size_t> numbers;  // of the classes, by their records
+  for (const Index record : archived_) {
+    const bool isRead = objects_[record] || recordClasses_[record] != 0;
+    if (isRead || counted[record] || list_.kind(record) != Kind::map) continue;
+    counted[record] = true;
+    const Index reference = entry(record, classKey_);
+    if (reference == kNone || list_.kind(reference) != Kind::uid) continue;
+    const std::uint64_t uid = list_.uid(reference);
+    if (uid >= archived_.size()) continue;
+    const Index classRecord = archived_[static_cast<std::size_t>(uid)];
+    const auto [known, isNew] = numbers.emplace(classRecord, classes.size());
+    if (isNew) classes.push_back({nameOfClass(classRecord)});
+    ++classes[known->second].count;
+  }
+  constexpr std::size_t kNamed = 4;
+  std::size_t all = 0;
+  std::size_t named = 0;
+  std::string names;
+  for (const UnreadClass& unread : classes) {
+    if (unread.name.empty() || platformForm(unread.name) != Form::none) continue;
+    all += unread.count;
+    if (named++ >= kNamed) continue;
+    names += fmt::format("{}{} {}", named == 1 ? "" : ", ", unread.count, shown(unread.name));
+  }
+  if (all == 0) return {};
+  return fmt::format("Leaving out objects that nothing in the archive asks for, {} in all ({}{})",
+                     all, names, named > kNamed ? ", …" : "");
+}
+
+std::string_view KeyedArchiveRecords::nameOfClass(Index classRecord) const noexcept {
+  if (list_.kind(classRecord) != Kind::map) return {};
+  const Index name = entry(classRecord, classNameKey_);
+  return name != kNone && list_.kind(name) == Kind::string ? list_.string(name)
+                                                           : std::string_view();
 }
 
 void KeyedArchiveRecords::abandon() {
@@ -204,7 +250,7 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::findClass(Index rec
   return readClass(value);
 }
 
-const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::readClass(Index value) {
+KeyedArchiveRecords::Form KeyedArchiveRecords::platformForm(std::string_view className) noexcept {
   struct Known {
     std::string_view name;
     Form form;
@@ -224,6 +270,13 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::readClass(Index val
       {"NSMutableDictionary", Form::map},
       {"NSNull", Form::null},
   };
+  for (const Known& known : kKnown) {
+    if (known.name == className) return known.form;
+  }
+  return Form::none;
+}
+
+const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::readClass(Index value) {
   const Index name = list_.kind(value) == Kind::map ? entry(value, classNameKey_) : kNone;
   if (name == kNone || list_.kind(name) != Kind::string) {
     fail("the class of an object has no name");
@@ -231,9 +284,7 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::readClass(Index val
   }
   const std::string_view text = list_.string(name);
   ClassRecord found{Form::none, nullptr, shown(text)};
-  for (const Known& known : kKnown) {
-    if (known.name == text) found.form = known.form;
-  }
+  found.form = platformForm(text);
   if (found.form == Form::none) {
     found.made = ClassRegistry::classNamed(text);
     if (!found.made || !found.made->canBeMade()) {

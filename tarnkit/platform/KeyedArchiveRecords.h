@@ -30,6 +30,9 @@ class KeyedArchiveRecords {
   bool failed() const noexcept { return failed_; }
   const std::string& error() const noexcept { return error_; }
   void eachMade(FunctionRef<void(Object&)> visit) const;
+  /// One line about the objects of the archive that nothing asked for, by class; empty when there
+  /// are none. The platform's own values and containers do not count.
+  std::string unreadObjects() const;
   /// Tells every object made to let go of what it owns.
   void abandon();
 
@@ -93,6 +96,10 @@ class KeyedArchiveRecords {
   const ClassRecord* classOf(Index record);
   const ClassRecord* findClass(Index record);
   const ClassRecord* readClass(Index value);
+  /// Empty when it is no class.
+  std::string_view nameOfClass(Index classRecord) const noexcept;
+  /// `none` for a class that is not the platform's.
+  static Form platformForm(std::string_view className) noexcept;
   bool refuseSharing();
   bool visitElements(Index record, Form form, FunctionRef<void(const Ref<Object>&)> visit);
   bool visitNumberedElements(Index record, FunctionRef<void(const Ref<Object>&)> visit);

@@ -22,7 +22,7 @@ namespace {
 std::int64_t liveObjects = 0;
 
 void countLiveObjects(std::int64_t change) noexcept {
-  if (__libc_single_threaded) {
+  if (detail::hasOneThread()) {
     liveObjects += change;
   } else {
     __atomic_fetch_add(&liveObjects, change, __ATOMIC_RELAXED);

@@ -1,6 +1,8 @@
 #pragma once
 
+#if __has_include(<sys/single_threaded.h>)
 #include <sys/single_threaded.h>
+#endif
 
 #include <cassert>
 #include <cstddef>
@@ -122,9 +124,18 @@ Ref<T> as(const Ref<U>& object) noexcept {
 }
 
 namespace detail {
+/// Whether the process is sure to have one thread. Where nobody tells, it never is.
+inline bool hasOneThread() noexcept {
+#if __has_include(<sys/single_threaded.h>)
+  return __libc_single_threaded;
+#else
+  return false;
+#endif
+}
+
 inline void retainObject(const Object* object) noexcept {
   auto& strong = Object::countsOf(object).strong;
-  if (__libc_single_threaded) {
+  if (hasOneThread()) {
     ++strong;
   } else {
     __atomic_fetch_add(&strong, 1U, __ATOMIC_RELAXED);
@@ -132,13 +143,12 @@ inline void retainObject(const Object* object) noexcept {
 }
 inline void releaseObject(const Object* object) noexcept {
   auto& strong = Object::countsOf(object).strong;
-  const auto left =
-      __libc_single_threaded ? --strong : __atomic_sub_fetch(&strong, 1U, __ATOMIC_ACQ_REL);
+  const auto left = hasOneThread() ? --strong : __atomic_sub_fetch(&strong, 1U, __ATOMIC_ACQ_REL);
   if (left == 0) object->lastOwnerLeft();
 }
 inline void retainWeakly(const Object* object) noexcept {
   auto& weak = Object::countsOf(object).weak;
-  if (__libc_single_threaded) {
+  if (hasOneThread()) {
     weak += Object::kWeakStep;
   } else {
     __atomic_fetch_add(&weak, Object::kWeakStep, __ATOMIC_RELAXED);
@@ -146,9 +156,8 @@ inline void retainWeakly(const Object* object) noexcept {
 }
 inline void releaseWeakly(const Object* object) noexcept {
   auto& weak = Object::countsOf(object).weak;
-  const auto left = __libc_single_threaded
-                        ? weak -= Object::kWeakStep
-                        : __atomic_sub_fetch(&weak, Object::kWeakStep, __ATOMIC_ACQ_REL);
+  const auto left = hasOneThread() ? weak -= Object::kWeakStep
+                                   : __atomic_sub_fetch(&weak, Object::kWeakStep, __ATOMIC_ACQ_REL);
   if (left < Object::kWeakStep) Object::deallocate(const_cast<Object*>(object));
 }
 inline bool isAlive(const Object* object) noexcept {
@@ -156,7 +165,7 @@ inline bool isAlive(const Object* object) noexcept {
 }
 inline bool retainIfAlive(const Object* object) noexcept {
   auto& strong = Object::countsOf(object).strong;
-  if (__libc_single_threaded) {
+  if (hasOneThread()) {
     if (strong == 0) return false;
     ++strong;
     return true;

@@ -9,9 +9,9 @@
 
 namespace tarnkit {
 
-/// A map from strings (never nil) to values that iterates in the order of insertion, so that every
-/// output is the same for the same input. One word while empty; look-up, addition and removal take
-/// constant time on average. Replacing a value keeps the key's place. Not for concurrent use.
+/// A map from strings (no key is nil) to values that iterates in the order of insertion, so that
+/// every output is the same for the same input. One word while empty; look-up, addition and removal
+/// take constant time on average. Replacing a value keeps the key's place. Not for concurrent use.
 template <class Value>
 class OrderedMap {
  public:
@@ -47,12 +47,16 @@ class OrderedMap {
     return value ? *value : Value{};
   }
   bool contains(const String& key) const noexcept { return find(key) != nullptr; }
-  void set(const String& key, Value value) {
+  /// False, and nothing kept, for a nil key.
+  bool set(const String& key, Value value) {
     if (auto* const present = find(key)) {
       *present = std::move(value);
+    } else if (key.isNil()) {
+      return false;
     } else {
       table_.append(Entry{key, std::move(value)});
     }
+    return true;
   }
   /// Removes the key and returns its value; a default-made one when it is absent.
   Value take(const String& key) { return table_.take(key).value; }
@@ -65,9 +69,7 @@ class OrderedMap {
     static const String& key(const Entry& entry) noexcept { return entry.key; }
     // Keyed, since keys may come out of a file that was made to have them collide.
     static std::uint64_t hash(const String& key) noexcept { return detail::keyedHash(key.view()); }
-    static bool hasKey(const Entry& entry, const String& key) noexcept {
-      return entry.key == key;
-    }
+    static bool hasKey(const Entry& entry, const String& key) noexcept { return entry.key == key; }
     static bool isGap(const Entry& entry) noexcept { return entry.key.isNil(); }
   };
   detail::OrderedTable<Entry, Traits> table_;

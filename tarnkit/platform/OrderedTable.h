@@ -152,9 +152,9 @@ class OrderedTable {
     std::uint32_t position;
   };
   struct Index {
-    explicit Index(std::uint32_t size) : count(size), slots(new Slot[size]()) {}
+    explicit Index(std::uint32_t size) : count(size), places(new Slot[size]()) {}
     std::uint32_t count;  // a power of two
-    std::unique_ptr<Slot[]> slots;
+    std::unique_ptr<Slot[]> places;
   };
   struct Block {
     std::uint32_t used = 0;
@@ -187,7 +187,7 @@ class OrderedTable {
     const auto hash = fold(Traits::hash(key));
     const std::size_t mask = block_->index->count - 1;
     for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
-      const Slot& slot = block_->index->slots[at];
+      const Slot& slot = block_->index->places[at];
       if (slot.position == 0) return kNotFound;
       if (slot.hash != hash) continue;
       const Entry& entry = run[slot.position - 1];
@@ -206,14 +206,14 @@ class OrderedTable {
     const auto hash = fold(Traits::hash(Traits::key(entries()[position])));
     const std::size_t mask = block_->index->count - 1;
     std::size_t at = hash & mask;
-    while (block_->index->slots[at].position != 0) at = (at + 1) & mask;
-    block_->index->slots[at] = {hash, position + 1};
+    while (block_->index->places[at].position != 0) at = (at + 1) & mask;
+    block_->index->places[at] = {hash, position + 1};
   }
   void buildIndex() {
     std::uint32_t size = 32;
     while (size < block_->used * 2 + 2) size *= 2;
     if (block_->index && block_->index->count == size) {
-      std::fill_n(block_->index->slots.get(), size, Slot{0, 0});
+      std::fill_n(block_->index->places.get(), size, Slot{0, 0});
     } else {
       block_->index = std::make_unique<Index>(size);
     }

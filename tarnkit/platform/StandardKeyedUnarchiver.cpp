@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "tarnkit/platform/KeyedArchiveRecords.h"
+#include "tarnkit/platform/Log.h"
 #include "tarnkit/platform/PropertyListReader.h"
 
 namespace tarnkit {
@@ -40,6 +41,7 @@ struct StandardKeyedUnarchiver::State {
   std::int32_t openType = 0;            // before all changes
   std::int32_t lastType = 0;
   std::vector<PropertyList::Key> symbolKeys;
+  std::vector<void (*)(Decoder&)> checks;
 
   const PropertyList& list() const noexcept { return records.list(); }
 
@@ -167,18 +169,26 @@ StandardKeyedUnarchiver::~StandardKeyedUnarchiver() = default;
 
 Ref<Object> StandardKeyedUnarchiver::unarchive(ByteSpan bytes, std::int32_t codingType,
                                                std::string* error) {
+  PropertyList list;
+  return PropertyListReader::read(bytes, list, error) ? unarchive(list, codingType, error)
+                                                      : nullptr;
+}
+
+Ref<Object> StandardKeyedUnarchiver::unarchive(const PropertyList& list, std::int32_t codingType,
+                                               std::string* error) {
   std::string reason;
   try {
-    PropertyList list;
-    if (PropertyListReader::read(bytes, list, &reason)) {
-      StandardKeyedUnarchiver decoder(list);
-      decoder.setCodingType(codingType);
-      Ref<Object> root = decoder.run();
-      if (!decoder.failed()) return root;
-      reason = decoder.state_->records.error();
-      root = nullptr;
-      decoder.state_->records.abandon();
+    StandardKeyedUnarchiver decoder(list);
+    decoder.setCodingType(codingType);
+    Ref<Object> root = decoder.run();
+    if (!decoder.failed()) {
+      const std::string unread = decoder.state_->records.unreadObjects();
+      if (!unread.empty()) Log::warning("StandardKeyedUnarchiver", unread);
+      return root;
     }
+    reason = decoder.state_->records.error();
+    root = nullptr;
+    decoder.state_->records.abandon();
   } catch (const std::bad_alloc&) {
     reason = "there is not enough memory to read it";
   } catch (const std::exception& failure) {
@@ -218,6 +228,9 @@ Ref<Object> StandardKeyedUnarchiver::run() {
         state.records.object(value)->awakeAfterDecoding(*this);
       }
       state.pushReferred();
+    }
+    for (const auto check : state.checks) {
+      if (!failed()) check(*this);
     }
   } catch (const std::bad_alloc&) {
     fail("there is not enough memory to read it");
@@ -290,6 +303,11 @@ bool StandardKeyedUnarchiver::countMade(std::uint64_t things) {
 
 void StandardKeyedUnarchiver::eachDecoded(FunctionRef<void(Object&)> visit) const {
   state_->records.eachMade(visit);
+}
+
+void StandardKeyedUnarchiver::checkAtEnd(void (*check)(Decoder&)) {
+  auto& checks = state_->checks;
+  if (std::find(checks.begin(), checks.end(), check) == checks.end()) checks.push_back(check);
 }
 
 }  // namespace tarnkit

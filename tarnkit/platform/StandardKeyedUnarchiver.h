@@ -34,8 +34,12 @@ class StandardKeyedUnarchiver final : public Decoder {
   static constexpr std::uint64_t kSharingAllowance = 65536;
 
   /// The root object ("root" of "$top"), or null with one sentence in `error`. Nothing is thrown;
-  /// of an archive that fails no object stays alive that the model does not hold itself.
+  /// of an archive that fails no object stays alive that the model does not hold itself. One line
+  /// is logged when objects of the archive were left out because nothing asked for them.
   static Ref<Object> unarchive(ByteSpan bytes, std::int32_t codingType,
+                               std::string* error = nullptr);
+  /// The same of a property list that was read already, whose bytes are still there.
+  static Ref<Object> unarchive(const PropertyList& list, std::int32_t codingType,
                                std::string* error = nullptr);
 
   bool containsValue(const Symbol& key) override;
@@ -53,6 +57,7 @@ class StandardKeyedUnarchiver final : public Decoder {
   bool failed() const override;
   bool countMade(std::uint64_t things) override;
   void eachDecoded(FunctionRef<void(Object&)> visit) const override;
+  void checkAtEnd(void (*check)(Decoder&)) override;
 
  private:
   struct State;

@@ -476,6 +476,40 @@ TEST(HXArchiveReader, TellsFilesApart) {
   }
 }
 
+// Whatever the file says, a terminal that shows it gets no command.
+TEST(HXArchiveText, EscapesEveryTextOfTheFile) {
+  const std::string evil = "\x1B]0;\x07\n\xC2\x9B\x7F";
+  const std::string escaped = "\\u001b]0;\\u0007\\n\\u009b\\u007f";
+  PropertyListWriter writer;
+  const auto text = [&](const std::string& prefix) { return writer.addString(prefix + evil); };
+  using Index = PropertyListWriter::Index;
+  const Index top = writer.reserve();
+  const Index ids[] = {text("id"), text("list")};
+  const Index referenceKey = writer.addString("$reference");
+  const Index toRoot = writer.addMap({&referenceKey, 1}, {&ids[0], 1});
+  const Index toList = writer.addMap({&referenceKey, 1}, {&ids[1], 1});
+  const Index keys[] = {writer.addString("$class"), text("key"), text("again"), text("elements")};
+  const Index values[] = {text("class"), text("value"), toRoot, toList};
+  const Index bodies[] = {writer.addMap(keys, values), writer.addArray({})};
+  const Index topKeys[] = {writer.addString("$objects"), writer.addString("$root"),
+                           writer.addString("$version")};
+  const Index topValues[] = {writer.addMap(ids, bodies), toRoot, text("1.0")};
+  std::copy_n(topValues, 3, std::copy_n(topKeys, 3, writer.fillMap(top, 3).begin()));
+  const auto bytes = writer.finish(top);
+  HXArchiveReader reader;
+  std::string error;
+  ASSERT_TRUE(reader.open(bytes, &error)) << error;
+  const auto with = [&](const char* prefix) { return prefix + escaped; };
+  EXPECT_EQ(HXArchiveText::indented(reader),
+            "device graph, version " + with("1.0") + ", 2 objects\n" + with("id") + " " +
+                with("class") + "\n  " + with("key") + ": \"" + with("value") + "\"\n  " +
+                with("again") + ": " + with("id") + " " + with("class") + " (above)\n  " +
+                with("elements") + ": " + with("list") + " empty list\n");
+  for (const char c : HXArchiveText::json(reader)) {
+    EXPECT_TRUE(static_cast<unsigned char>(c) >= 0x20 || c == '\n');
+  }
+}
+
 TEST(HXArchiveReader, WritesJSON) {
   const auto absent = make<Scripted>();
   const auto child = make<Scripted>();

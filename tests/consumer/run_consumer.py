@@ -2,6 +2,7 @@
 find_package and once through pkg-config."""
 
 import argparse
+import concurrent.futures
 import os
 import pathlib
 import subprocess
@@ -35,14 +36,57 @@ def expect_no_images(program):
             sys.exit(f"{program} needs {library}:\n{needed}")
 
 
-def through_cmake(arguments, prefix, scratch):
+# What the best-known toolkit for desktop programs defines before anybody else's headers.
+KEYWORDS = """
+#define slots
+#define signals public
+#define emit
+#define foreach(variable, container) for (variable : container)
+#define forever for (;;)
+"""
+
+
+def expect_headers_stand_alone(arguments, prefix):
+    """Each installed header compiles as the only one, and after those definitions."""
+    headers = sorted(prefix.rglob("*.h"))
+    if len(headers) < 50:
+        sys.exit(f"only {len(headers)} headers are installed")
+    flags = run(arguments.pkg_config, "--cflags", "fmt", "icu-uc").split()
+
+    def compile_alone(header):
+        source = f'{KEYWORDS}#include "{header}"\n'
+        return subprocess.run([arguments.compiler, "-std=c++20", "-fsyntax-only", "-Wall", "-Wextra",
+                               "-Werror", *flags, f"-I{prefix / 'include'}", "-x", "c++", "-"],
+                              input=source, capture_output=True, text=True)
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        for header, outcome in zip(headers, pool.map(compile_alone, headers)):
+            if outcome.returncode != 0:
+                sys.exit(f"{header} does not compile alone:\n{outcome.stderr}")
+
+
+def expect_private_headers_stay(prefix):
+    for name in ("HXArchiveWalk.h", "KeyedArchiveRecords.h", "TIFFCodec.h", "TokenScanner.h"):
+        if list(prefix.rglob(name)):
+            sys.exit(f"{name} is private and was installed")
+
+
+def configure(arguments, prefix, scratch, *options):
     run(arguments.cmake, "-S", HERE, "-B", scratch, "-G", arguments.generator,
         f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_CXX_COMPILER={arguments.compiler}",
-        f"-DCMAKE_CXX_FLAGS={arguments.flags}", "-DCMAKE_BUILD_TYPE=Debug")
+        f"-DCMAKE_CXX_FLAGS={arguments.flags}", "-DCMAKE_BUILD_TYPE=Debug", *options)
     run(arguments.cmake, "--build", scratch)
+
+
+def through_cmake(arguments, prefix, scratch):
+    configure(arguments, prefix, scratch)
     expect_runs(scratch / "model")
     expect_runs(scratch / "math")
     expect_no_images(scratch / "math")
+    # The engine alone, where there are no image libraries to be found.
+    alone = scratch.with_name("math-alone")
+    configure(arguments, prefix, alone, "-DCOMPONENTS=math",
+              *(f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in ("PNG", "TIFF", "JPEG")))
+    expect_runs(alone / "math")
 
 
 def through_pkg_config(arguments, prefix, scratch):
@@ -67,6 +111,9 @@ def main():
         run(arguments.cmake, "--install", arguments.build, "--prefix", folder / "installed")
         # Moved, to show that no path of the build is left in the package.
         prefix = (folder / "installed").rename(folder / "moved")
+        expect_private_headers_stay(prefix)
+        if not arguments.flags:
+            expect_headers_stand_alone(arguments, prefix)
         through_cmake(arguments, prefix, folder / "cmake")
         through_pkg_config(arguments, prefix, folder / "pkg-config")
 

@@ -1,3 +1,4 @@
+#include <functional>
 #include <random>
 
 #include "ModelFixture.h"
@@ -10,6 +11,7 @@
 #include "tarnkit/platform/PropertyListReader.h"
 #include "tarnkit/platform/PropertyListWriter.h"
 #include "tarnkit/platform/StandardKeyedArchiver.h"
+#include "tarnkit/platform/StandardKeyedUnarchiver.h"
 
 // Documents that somebody has tampered with: whatever stands in them, opening ends in a document
 // that can be edited, saved and sent, or in one sentence and nothing left behind.
@@ -293,6 +295,118 @@ TEST_F(HostileDocumentTest, ASecondDocumentIsRefused) {
   Recorder quiet;
   EXPECT_FALSE(HXDocumentFile::document(data->bytes(), 0, error));
   EXPECT_EQ(error, "a second document stands in the archive");
+}
+
+namespace {
+
+// Stands for an object of the model in an archive that no model writes.
+class Fake : public Object {
+  TARNKIT_CLASS
+ public:
+  std::function<void(Encoder&)> script;
+  void encodeWithCoder(Encoder& coder) const override { script(coder); }
+};
+class FakeGroup final : public Fake {
+  TARNKIT_CLASS
+};
+const Class Fake::kClass{"Fake", &Object::kClass};
+const Class FakeGroup::kClass{"FakeGroup", &Fake::kClass};
+
+const Symbol kNodeClass{"HXNode"}, kGroupClass{"HXGroup"}, kSubnodeGroup{"HXNode.subnodeGroup"},
+    kSubnodes{"HXGroup.subnodes"}, kNodeOfGroup{"HXGroup.node"};
+
+// Nodes, each of which holds the next, and the last of which holds the first.
+std::vector<Ref<Fake>> circleOf(int nodes) {
+  std::vector<Ref<Fake>> circle;
+  for (int i = 0; i < nodes; ++i) circle.push_back(make<Fake>());
+  for (std::size_t i = 0; i < circle.size(); ++i) {
+    const auto group = make<FakeGroup>();
+    Fake* const inner = circle[(i + 1) % circle.size()].get();
+    Fake* const outer = circle[i].get();
+    group->script = [inner, outer](Encoder& coder) {
+      coder.encodeConditionalObject(static_cast<const Object*>(outer), kNodeOfGroup);
+      coder.encodeList(std::vector<Ref<Fake>>{Ref<Fake>(inner)}, kSubnodes);
+    };
+    circle[i]->script = [group](Encoder& coder) { coder.encodeObject(group, kSubnodeGroup); };
+  }
+  return circle;
+}
+
+}  // namespace
+
+// A document takes such nodes apart; any other root, as a paste is, cannot do without them.
+TEST_F(HostileDocumentTest, NoRootHoldsANodeThatStandsInsideItself) {
+  for (const int nodes : {1, 2, 3}) {
+    for (const bool asList : {false, true}) {
+      const auto circle = circleOf(nodes);
+      const auto list = make<Array>();
+      list->add(circle[0]);
+      StandardKeyedArchiver archiver;
+      archiver.setClassName(kNodeClass, Fake::kClass);
+      archiver.setClassName(kGroupClass, FakeGroup::kClass);
+      archiver.encodeRootObject(asList ? static_cast<const Object*>(list.get()) : circle[0].get());
+      const auto bytes = archiver.finishEncoding();
+      const auto alive = Object::liveObjectCount();
+      std::string error;
+      EXPECT_FALSE(StandardKeyedUnarchiver::unarchive(bytes, 0, &error));
+      EXPECT_EQ(error, "HXNode.subnodeGroup: a node that stands inside itself");
+      EXPECT_EQ(Object::liveObjectCount(), alive);
+    }
+  }
+  // And nothing else is taken for it.
+  const auto outer = add("");
+  add("HXRClampNode", add("", outer.get()).get());
+  const auto list = make<Array>();
+  list->add(outer);
+  list->add(add("HXRClampNode"));
+  for (const Object* root :
+       {static_cast<const Object*>(outer.get()), static_cast<const Object*>(list.get())}) {
+    std::string error;
+    const auto data = StandardKeyedArchiver::archivedData(root, 0, &error);
+    EXPECT_TRUE(StandardKeyedUnarchiver::unarchive(data->bytes(), 0, &error)) << error;
+  }
+}
+
+TEST_F(HostileDocumentTest, AConnectionOfAStrangerIsDropped) {
+  const auto from = add("HXRClampNode");
+  const auto to = add("HXRClampNode");
+  const auto stranger = add("HXRClampNode");
+  const auto connection = connect(*from, "Tarn.resultOutput", *to, "Tarn.valueInput");
+  port(*stranger, "Tarn.minimumInput").connectConnection(*connection);
+  stranger->setName("Stranger");
+  std::string error;
+  const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
+  Recorder recorder;
+  const auto opened = HXDocumentFile::document(bytes, 0, error);
+  ASSERT_TRUE(opened) << error;
+  EXPECT_THAT(recorder.takeLog(),
+              ::testing::ElementsAre("WARNING: [HXPatchPort] Dropping 1 connections of a port that "
+                                     "is none of their ends"));
+  std::size_t ends = 0;
+  for (const auto& node : opened->subnodeGroup()->subnodes()) {
+    for (const auto& entry : node->portsByUniqueKey()) {
+      ends += entry.value->connections().count();
+      if (node->name() == "Stranger") EXPECT_TRUE(entry.value->connections().isEmpty());
+    }
+  }
+  EXPECT_EQ(ends, 2U);
+}
+
+// An image without pixels has no file, and so could be saved and not opened.
+TEST_F(HostileDocumentTest, AnEmptyImageDoesNotMakeADocumentUnreadable) {
+  const auto empty = make<HXImageStoreEntry>(make<Image>(), "key");
+  Recorder recorder;
+  document->imageStore()->addImageEntry(empty);
+  EXPECT_THAT(recorder.takeLog(),
+              ::testing::ElementsAre("WARNING: [HXImageStore] Refusing the image entry key, whose "
+                                     "image has no pixels"));
+  EXPECT_TRUE(document->imageStore()->imageEntries().empty());
+  const auto shown = add("HXRImageNode");
+  for (const auto& parameter : shown->parameters()) {
+    if (auto* image = as<HXImageParameter>(parameter.get())) image->setImageEntry(empty);
+  }
+  std::string error;
+  EXPECT_TRUE(openAndUse(HXDocumentFile::dataWithDocument(*document, 0, error), 0));
 }
 
 // One name of a quarter of a megabyte, of ports on many nodes: each would keep the part before the

@@ -7,7 +7,10 @@
 #include <utility>
 #include <vector>
 
+#include "tarnkit/platform/Array.h"
+#include "tarnkit/platform/Dictionary.h"
 #include "tarnkit/platform/IdentityMap.h"
+#include "tarnkit/platform/Log.h"
 #include "tarnkit/platform/Number.h"
 #include "tarnkit/platform/OrderedMap.h"
 #include "tarnkit/platform/OrderedSet.h"
@@ -197,6 +200,38 @@ TEST(IdentityMap, TellsEqualObjectsApartAndKeepsThemAlive) {
   EXPECT_EQ(weak.get(), nullptr);
   EXPECT_EQ(map.get(alsoOne.get()), "second");
   EXPECT_FALSE(map.contains(nullptr));
+}
+
+// What has no key is not kept, and so not counted: later removals find every entry in its place.
+TEST(OrderedCollections, RefuseWhatHasNoKey) {
+  OrderedMap<int> map;
+  EXPECT_FALSE(map.set(String(), 1));
+  EXPECT_TRUE(map.empty());
+  EXPECT_TRUE(map.set("a", 2));
+  EXPECT_FALSE(map.set(String(), 3));
+  EXPECT_EQ(map.size(), 1U);
+  EXPECT_EQ(map.take("a"), 2);
+  EXPECT_TRUE(map.empty());
+  EXPECT_TRUE(map.begin() == map.end());
+
+  std::string log;
+  const auto sink = Log::setSink([&](std::string_view line) { log += line; });
+  const auto dictionary = make<Dictionary>();
+  dictionary->setObject(make<Array>(), String());
+  Log::setSink(sink);
+  EXPECT_EQ(dictionary->count(), 0U);
+  EXPECT_EQ(log, "WARNING: [NSDictionary] Refusing an object under a key that is nil");
+  const auto array = make<Array>();
+  array->add(nullptr);
+  EXPECT_EQ(array->count(), 0U);
+}
+
+TEST(Log, AWarningIsOneLineWithoutControlCharacters) {
+  std::vector<std::string> lines;
+  const auto sink = Log::setSink([&](std::string_view line) { lines.emplace_back(line); });
+  Log::warning("Thing", "a\nb\x1B[31m \xC2\x9B é\x7F");
+  Log::setSink(sink);
+  EXPECT_EQ(lines, std::vector<std::string>{"WARNING: [Thing] a b [31m   é "});
 }
 
 }  // namespace

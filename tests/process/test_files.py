@@ -2,10 +2,14 @@
 plistlib."""
 
 import json
+import math
 import plistlib
+import resource
+import struct
+import subprocess
 import unittest
 
-from host import HostTest, op
+from host import HOST, HostTest, op
 from keyed_archive import Archive
 
 # node_0 document, node_1 group, node_2 clamp and node_3 transition in the group.
@@ -59,6 +63,39 @@ def without_keys(shape):
                                                           str(v).startswith(("group", "conn")))}
         return [strip(v) for v in value] if isinstance(value, list) else value
     return strip(shape)
+
+
+def as_xml(data):
+    """A keyed archive in the XML form."""
+    def plain(value):
+        if isinstance(value, plistlib.UID):
+            return {"CF$UID": value.data}
+        if isinstance(value, dict):
+            return {key: plain(entry) for key, entry in value.items()}
+        return [plain(entry) for entry in value] if isinstance(value, list) else value
+    return plistlib.dumps(plain(plistlib.loads(data)), fmt=plistlib.FMT_XML)
+
+
+def with_wide_strings(data):
+    """A binary list whose ASCII strings are written in UTF-16."""
+    width, _, count, _, table = struct.unpack(">6xBBQQQ", data[-32:])
+    starts = [int.from_bytes(data[table + i * width:table + (i + 1) * width], "big")
+              for i in range(count)]
+    objects = []
+    for start, end in zip(starts, starts[1:] + [table]):
+        body = data[start:end]
+        if body[0] >> 4 == 5:
+            head = 1
+            if body[0] & 15 == 15:
+                head += 1 + (1 << (body[1] & 15))
+            body = bytes([body[0] + 16]) + body[1:head] + body[head:].decode().encode("utf-16-be")
+        objects.append(body)
+    out, places = bytearray(data[:8]), []
+    for body in objects:
+        places.append(len(out))
+        out += body
+    trailer = struct.pack(">6xBBQQQ", 4, data[-25], count, 0, len(out))
+    return bytes(out) + b"".join(place.to_bytes(4, "big") for place in places) + trailer
 
 
 class Files(HostTest):
@@ -138,15 +175,7 @@ class Files(HostTest):
 
     def test_the_xml_form_opens_too(self):
         xml = self.folder / "xml"
-
-        def plain(value):
-            if isinstance(value, plistlib.UID):
-                return {"CF$UID": value.data}
-            if isinstance(value, dict):
-                return {key: plain(entry) for key, entry in value.items()}
-            return [plain(entry) for entry in value] if isinstance(value, list) else value
-        value = plain(plistlib.loads(self.document.read_bytes()))
-        xml.write_bytes(plistlib.dumps(value, fmt=plistlib.FMT_XML))
+        xml.write_bytes(as_xml(self.document.read_bytes()))
         self.assertEqual(self.without_path(self.open(xml)),
                          self.without_path(self.open(self.document)))
 
@@ -232,6 +261,88 @@ class Files(HostTest):
         outline = self.host("open", self.folder / "long.tarn")[0].decode()
         self.assertIn('"' + "ü" * 128 + '"', outline)
         self.assertIn('"x' + "ü" * 127 + '…"', outline)
+
+    def test_keys_are_found_however_the_list_is_written(self):
+        keyed = self.keyed.read_bytes()
+        forms = {
+            "binary, UTF-16": with_wide_strings(keyed),
+            "XML, UTF-16": as_xml(keyed).decode().replace('"UTF-8"', '"UTF-16"').encode("utf-16"),
+        }
+        expected = self.without_path(self.open(self.keyed))
+        for name, data in forms.items():
+            with self.subTest(name):
+                file = self.folder / "form"
+                file.write_bytes(data)
+                self.assertEqual(self.without_path(self.open(file)), expected)
+                self.host("save", file, "-o", file)
+                self.assertEqual(file.read_bytes(), keyed)
+
+    def test_what_an_opened_document_lost_is_told(self):
+        def told(file, *arguments):
+            output, errors = self.host("open", file, "--json", *arguments)
+            return json.loads(output), errors.splitlines()
+        document, lines = told(self.keyed, "--coding-type", "0")
+        self.assertEqual(document["subnodeGroup"]["subnodes"], [])
+        self.assertEqual(len(lines), 1)
+        self.assertRegex(lines[0], "Leaving out objects that nothing in the archive asks for, .* in "
+                                   r"all \(.*HXNode")
+        self.assertEqual(told(self.keyed)[1], [])
+        self.assertEqual(told(self.document)[1], [])
+
+        def changed(change):
+            archive = plistlib.loads(self.document.read_bytes())
+            change(archive["$objects"])
+            file = self.folder / "changed"
+            file.write_bytes(plistlib.dumps(archive, fmt=plistlib.FMT_BINARY))
+            document, lines = told(file)
+            self.host("save", file, "-o", file)
+            self.assertEqual(told(file)[1], [], "what was dropped is gone")
+            return document["subnodeGroup"]["subnodes"][0]["subnodeGroup"]["subnodes"], lines
+
+        def rename(objects):
+            objects[objects.index("HXRClampNode")] = "HXRPulseNode"
+        nodes, lines = changed(rename)
+        self.assertEqual({n["patch"] for n in nodes}, {"HXRPulseNode", "HXRTransitionNode"})
+        self.assertTrue(any("ports of node_" in line and "which HXRPulseNode does not have" in line
+                            for line in lines), lines)
+
+        def repeat(objects):
+            ports = next(o for o in objects if isinstance(o, dict) and "NS.keys" in o and
+                         "Tarn.minimumInput" in [objects[k.data] for k in o["NS.keys"]])
+            keys = [objects[key.data] for key in ports["NS.keys"]]
+            ports["NS.objects"][keys.index("Tarn.maximumInput")] = ports["NS.objects"][
+                keys.index("Tarn.minimumInput")]
+        nodes, lines = changed(repeat)
+        self.assertEqual(len([line for line in lines if "under which a port stands again" in line]),
+                         1, lines)
+        clamp = next(n for n in nodes if n["patch"] == "HXRClampNode")
+        ports = {p["key"]: p["staticValue"] for p in clamp["inputPorts"]}
+        self.assertEqual(ports["Tarn.minimumInput"], {"kind": "degrees", "value": 90})
+        self.assertIsNone(ports["Tarn.maximumInput"])
+
+    def test_a_file_that_may_not_grow_is_a_failure_like_any_other(self):
+        def limited():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
+        old = self.folder / "old"
+        old.write_text("old")
+        for target, place in [(old, str(old)), ("-", "standard output")]:
+            with self.subTest(target), open(self.folder / "output", "wb") as output:
+                run = subprocess.run([HOST, "save", self.document, "-o", target], stdout=output,
+                                     stderr=subprocess.PIPE, preexec_fn=limited, timeout=60)
+                self.assertEqual((run.returncode, run.stderr.decode()),
+                                 (1, f"tarnkit: save, {place}, File too large\n"))
+        self.assertEqual(old.read_text(), "old")
+        self.assertEqual(sorted(p.name for p in self.folder.iterdir()),
+                         ["graph", "keyed", "old", "output", "prototype"])
+
+    def test_a_negative_zero_keeps_its_sign(self):
+        position = self.last(op("newDocument", as_="doc"), op("newNode", as_="n", patch=None),
+                             op("addNode", node="n", to="doc"),
+                             op("setPosition", node="n", value=[-0.0, 0.0]),
+                             op("save", file=str(self.folder / "zero")),
+                             op("open", file=str(self.folder / "zero"), as_="again"),
+                             op("dump"))["subnodeGroup"]["subnodes"][0]["position"]
+        self.assertEqual([math.copysign(1, x) for x in position], [-1, 1])
 
     def test_save_and_send_write_what_a_session_writes(self):
         out = self.folder / "out"

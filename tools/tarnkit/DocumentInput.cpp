@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/platform/PropertyListReader.h"
 #include "tools/tarnkit/Command.h"
@@ -10,20 +9,6 @@
 #include "tools/tarnkit/Shapes.h"
 
 namespace tarnkit::tool {
-
-namespace {
-
-// Only a document that keeps its unique keys has this key. Looking for its characters first saves
-// reading most documents twice.
-bool keepsUniqueKeys(ByteSpan bytes) {
-  constexpr std::string_view kKey = "HXGroup.subnodesByUniqueKey";
-  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  if (text.find(kKey) == std::string_view::npos) return false;
-  PropertyList list;
-  return PropertyListReader::read(bytes, list) && list.keyNamed(kKey) != PropertyList::kNoKey;
-}
-
-}  // namespace
 
 void DocumentOptions::addTo(CLI::App& command) {
   command.add_option("FILE", file, "An editor document; - for standard input")
@@ -36,19 +21,22 @@ void DocumentOptions::addTo(CLI::App& command) {
       ->type_name("N");
 }
 
-DocumentInput openDocument(std::string_view what, const DocumentOptions& options, ByteSpan bytes) {
+DocumentInput openDocument(std::string_view what, const DocumentOptions& options,
+                           const PropertyList& list) {
   DocumentInput input;
-  input.codingType = options.codingType       ? *options.codingType
-                     : keepsUniqueKeys(bytes) ? HXCodingTypeEditorWithKeys
-                                              : HXCodingTypeEditor;
+  input.codingType = options.codingType ? *options.codingType : HXDocumentFile::codingTypeOf(list);
   std::string error;
-  input.document = HXDocumentFile::document(bytes, input.codingType, error);
+  input.document = HXDocumentFile::document(list, input.codingType, error);
   if (!input.document) failWithFile(what, options.file, error);
   return input;
 }
 
 DocumentInput openDocument(std::string_view what, const DocumentOptions& options) {
-  return openDocument(what, options, readFile(what, options.file));
+  const auto bytes = readFile(what, options.file);
+  PropertyList list;
+  std::string error;
+  if (!PropertyListReader::read(bytes, list, &error)) failWithFile(what, options.file, error);
+  return openDocument(what, options, list);
 }
 
 void requireShape(std::string_view what, const std::string& path, const HXDocument& document) {

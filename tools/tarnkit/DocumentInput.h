@@ -11,6 +11,10 @@ namespace CLI {
 class App;
 }
 
+namespace tarnkit {
+class PropertyList;
+}
+
 namespace tarnkit::tool {
 
 /// Which document a command is to open: its argument FILE and its option --coding-type.
@@ -33,8 +37,9 @@ struct DocumentInput {
 /// (3), otherwise with fresh ones (0). Throws CommandFailure.
 DocumentInput openDocument(std::string_view what, const DocumentOptions& options);
 
-/// The same of bytes that were read already.
-DocumentInput openDocument(std::string_view what, const DocumentOptions& options, ByteSpan bytes);
+/// The same of a property list that was read already.
+DocumentInput openDocument(std::string_view what, const DocumentOptions& options,
+                           const PropertyList& list);
 
 /// Throws CommandFailure when the document is nested too deep for its shape to be written.
 void requireShape(std::string_view what, const std::string& path, const HXDocument& document);

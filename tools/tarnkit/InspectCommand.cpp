@@ -60,7 +60,7 @@ void inspect(const InspectOptions& options) {
     failWithFile("inspect", options.file,
                  "it is no editor document, device graph or image archive");
   }
-  printDocument(openDocument("inspect", {options.file, std::nullopt}, bytes), options);
+  printDocument(openDocument("inspect", {options.file, std::nullopt}, list), options);
 }
 
 }  // namespace

@@ -44,13 +44,7 @@ void writeFile(std::string_view what, const std::string& path, ByteSpan bytes) {
 
 void complain(std::string_view text) { Log::line("tarnkit: " + oneLine(text)); }
 
-std::string oneLine(std::string_view text) {
-  std::string line(text);
-  for (char& c : line) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-  }
-  return line;
-}
+std::string oneLine(std::string_view text) { return Log::oneLine(text); }
 
 void failWithFile(std::string_view what, const std::string& path, std::string_view error) {
   const std::string prefix = path + ": ";

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <unordered_set>
+#include <vector>
+
+#include "tarnkit/model/HXPortGroup.h"
+#include "tarnkit/platform/OrderedMap.h"
+
+namespace tarnkit {
+
+class HXNode;
+class HXPatchPort;
+
+}  // namespace tarnkit
+
+namespace tarnkit::detail {
+
+// What is looked after when nodes were decoded: archives come from elsewhere, and what the library
+// cannot keep of them is told, one line each, never lost in silence.
+
+/// The nodes, and everything in their groups.
+std::unordered_set<const HXNode*> nodesWithin(const std::vector<const HXNode*>& outermost);
+
+/// Fails the decoding when a node of the archive stands inside itself. Where the root is a document
+/// only the nodes that it holds are left, so there is nothing to look at.
+void refuseNodesInCircles(Decoder& coder);
+
+/// What a node holds that setting its patch may take from it.
+struct NodeContents {
+  std::size_t portsInUse = 0;  // with a connection or a static value
+  std::size_t subnodes = 0;
+};
+NodeContents contentsOf(const HXNode& node);
+/// Tells what of those contents the patch did not take.
+void warnOfLostContents(const HXNode& node, const NodeContents& archived);
+
+/// An object that stands under several keys keeps the first one.
+void dropRepeated(const HXNode& node, OrderedMap<Ref<HXPatchPort>>& ports);
+void dropRepeated(const HXNode& node, OrderedMap<Ref<HXPortGroup>>& groups);
+
+}  // namespace tarnkit::detail
