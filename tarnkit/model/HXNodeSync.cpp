@@ -109,7 +109,7 @@ void HXNode::hx_syncParametersWithPatch() {
       }
       parameter->setPatchParameter(description);
     }
-    if (patch_->parameters() == descriptions) break;
+    if (patch_->parametersInForce() == descriptions) break;
   }
   std::vector<Ref<HXParameter>> gone;
   for (const auto& entry : replaced) gone.push_back(parameters_.take(entry.key));
@@ -136,12 +136,14 @@ void HXNode::hx_syncPortGroupsWithPatch() {
 
 void HXNode::hx_syncPortGroups(PortSide side, std::vector<Ref<HXPortGroup>>& gone,
                                std::vector<Ref<HXPortGroup>>& added) {
-  Ref<OrderedSet> keys = side.definition ? side.definition->portGroupKeys() : make<OrderedSet>();
+  Ref<const OrderedSet> keys = make<OrderedSet>();
+  if (side.definition) keys = side.definition->portGroupKeys();
   if (!side.symbolicPorts.isEmpty()) {
-    keys = make<OrderedSet>(*keys);
+    const auto all = make<OrderedSet>(*keys);
     for (const auto& port : side.symbolicPorts) {
-      keys->add(static_cast<const HXSymbolicPort&>(*port).groupKey().object());
+      all->add(static_cast<const HXSymbolicPort&>(*port).groupKey().object());
     }
+    keys = all;
   }
   side.collection.followNode(keys);
 
