@@ -1,11 +1,8 @@
-// A plug-in with one patch definition, for `tarnkit --plugin FILE …`. It is linked against nothing:
-// the host has the library's symbols.
-#include <vector>
-
-#include "tarnkit/patches/HXRPluginEntry.h"
+// A patch that is its record: nothing about it ever changes.
+#include "examples/plugin/Nodes.h"
 #include "tarnkit/patches/PatchDeclaration.h"
 
-namespace {
+namespace example {
 
 using namespace tarnkit;
 
@@ -19,12 +16,4 @@ const HXRNodeClass wiggleNode{
       patch.out("Offset", "Wiggle.offsetOutput");
     }};
 
-class WigglePlugin final : public HXRPlugin {
- public:
-  String name() const override { return "Wiggle"; }
-  std::vector<const HXRNodeClass*> nodeClasses() const override { return {&wiggleNode}; }
-};
-
-}  // namespace
-
-const HXRPluginEntry tarnkitPluginEntry = pluginEntry<WigglePlugin>();
+}  // namespace example

@@ -288,7 +288,7 @@ std::vector<Ref<HXPort>> HXNode::shownPorts(std::int32_t orientation) const {
   std::vector<Ref<HXPort>> ports;
   for (const auto& group : portGroups(orientation)) {
     if (group->hidden()) continue;
-    const Ref<OrderedSet> portKeys = group->portKeys();
+    const Ref<const OrderedSet> portKeys = group->portKeys();
     for (const auto& member : *portKeys) {
       const String key = String::from(member.get());
       const auto* own = manyPublished ? portsByUniqueKey_.find(key) : nullptr;

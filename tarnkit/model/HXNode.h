@@ -250,7 +250,7 @@ class HXNode : public HXRNodeOwner {
   /// A group that the rebuild under way took away; null when it took none of that kind and key.
   template <class Group>
   Ref<Group> groupBeforeRebuild(const PortSide& side, const String& key);
-  void rememberGroups(const PortSide& side, const Ref<OrderedSet>& order,
+  void rememberGroups(const PortSide& side, const Ref<const OrderedSet>& order,
                       const OrderedMap<Ref<HXPortGroup>>& gone);
   /// Ends the publications and connections of ports that have gone.
   void withdrawPorts(const std::vector<Ref<HXPatchPort>>& ports);

@@ -27,7 +27,7 @@ struct HXNode::PortGroupChanges {
 /// What a rebuild of the definition took away, by orientation, and may bring back.
 struct HXNode::GroupMemory {
   struct Side {
-    Ref<OrderedSet> order;  // null while nothing was taken away
+    Ref<const OrderedSet> order;  // null while nothing was taken away
     OrderedMap<Ref<HXPortGroup>> groups;
   };
   Side inputs;

@@ -130,7 +130,7 @@ void HXNode::hx_syncParametersWithPatch() {
       parameter->setPatchParameter(description);
       if (sync != lastSync_) return;  // overtaken, with the flag
     }
-    if (patch->parameters() == descriptions) break;
+    if (patch->parametersInForce() == descriptions) break;
   }
   std::vector<Ref<HXParameter>> gone;
   for (const auto& entry : replaced) gone.push_back(parameters_.take(entry.key));
@@ -172,18 +172,20 @@ bool HXNode::hasPortGroup(const HXPortGroup& group) const {
 }
 
 void HXNode::hx_syncPortGroups(const PortSide& side, PortGroupChanges& changes) {
-  Ref<OrderedSet> keys = side.definition ? side.definition->portGroupKeys() : make<OrderedSet>();
+  Ref<const OrderedSet> keys = make<OrderedSet>();
+  if (side.definition) keys = side.definition->portGroupKeys();
   if (!side.symbolicPorts->isEmpty()) {
-    keys = make<OrderedSet>(*keys);
+    const auto all = make<OrderedSet>(*keys);
     for (const auto& port : *side.symbolicPorts) {
-      keys->add(static_cast<const HXSymbolicPort&>(*port).groupKey().object());
+      all->add(static_cast<const HXSymbolicPort&>(*port).groupKey().object());
     }
+    keys = all;
   }
   auto& order = side.collection.portGroupKeys_;
   if (groupMemory_ && groupMemory_->side(side.orientation).order) {
     order = groupMemory_->side(side.orientation).order;
   }
-  const Ref<OrderedSet> orderBefore = order;
+  const Ref<const OrderedSet> orderBefore = order;
   side.collection.followNode(keys);
   auto old = std::exchange(side.groups, {});
   syncDefinedGroups(side, old, changes);
@@ -198,7 +200,7 @@ void HXNode::hx_syncPortGroups(const PortSide& side, PortGroupChanges& changes) 
   }
 }
 
-void HXNode::rememberGroups(const PortSide& side, const Ref<OrderedSet>& order,
+void HXNode::rememberGroups(const PortSide& side, const Ref<const OrderedSet>& order,
                             const OrderedMap<Ref<HXPortGroup>>& gone) {
   if (!groupMemory_) groupMemory_ = std::make_unique<GroupMemory>();
   auto& memory = groupMemory_->side(side.orientation);

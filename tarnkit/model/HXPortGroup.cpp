@@ -87,14 +87,15 @@ void HXPortGroup::initWithCoder(Decoder& coder) {
 HXPatchPortGroup::HXPatchPortGroup(HXNode* node, String groupKey, std::int32_t orientation)
     : HXPortGroup(node, std::move(groupKey), orientation) {}
 
-Ref<OrderedSet> HXPatchPortGroup::portKeys() const {
-  return patchPortGroup_ ? patchPortGroup_->portKeys() : make<OrderedSet>();
+Ref<const OrderedSet> HXPatchPortGroup::portKeys() const {
+  if (!patchPortGroup_) return make<OrderedSet>();
+  return patchPortGroup_->portKeys();
 }
 
 HXSymbolicPortGroup::HXSymbolicPortGroup(HXNode* node, String groupKey, std::int32_t orientation)
     : HXPortGroup(node, std::move(groupKey), orientation) {}
 
-Ref<OrderedSet> HXSymbolicPortGroup::portKeys() const {
+Ref<const OrderedSet> HXSymbolicPortGroup::portKeys() const {
   auto keys = make<OrderedSet>();
   if (!symbolicPorts_) return keys;
   for (const auto& port : *symbolicPorts_) {

@@ -42,8 +42,8 @@ class HXPortGroup : public Object {
   void setCollapsedSidebarGroup(bool collapsed);
   void setHidden(bool hidden);
 
-  /// The unique keys of the group's ports (strings), in order.
-  virtual Ref<OrderedSet> portKeys() const = 0;
+  /// The unique keys of the group's ports (strings), in order. The set handed out never changes.
+  virtual Ref<const OrderedSet> portKeys() const = 0;
   /// The document key of the group's node.
   String documentKey() const;
 
@@ -77,7 +77,7 @@ class HXPatchPortGroup final : public HXPortGroup {
   /// The definition's group, maybe shared with other nodes; null until the node has synchronised.
   const HXRPortGroup* patchPortGroup() const noexcept { return patchPortGroup_.get(); }
   void setPatchPortGroup(Ref<HXRPortGroup> group) { patchPortGroup_ = std::move(group); }
-  Ref<OrderedSet> portKeys() const override;
+  Ref<const OrderedSet> portKeys() const override;
 
  private:
   Ref<HXRPortGroup> patchPortGroup_;
@@ -93,7 +93,7 @@ class HXSymbolicPortGroup final : public HXPortGroup {
   const Ref<OrderedSet>& symbolicPorts() const noexcept { return symbolicPorts_; }
   /// Announces nothing.
   void setSymbolicPorts(Ref<OrderedSet> ports) { symbolicPorts_ = std::move(ports); }
-  Ref<OrderedSet> portKeys() const override;
+  Ref<const OrderedSet> portKeys() const override;
 
  private:
   friend class HXNode;

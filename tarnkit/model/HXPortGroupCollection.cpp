@@ -24,7 +24,7 @@ const Ref<OrderedSet>& noKeys() {
 HXPortGroupCollection::HXPortGroupCollection(HXNode* node, std::int32_t orientation)
     : node_(node), portGroupKeys_(noKeys()), orientation_(orientation) {}
 
-void HXPortGroupCollection::followNode(const Ref<OrderedSet>& keys) {
+void HXPortGroupCollection::followNode(const Ref<const OrderedSet>& keys) {
   update(keys);
   followsNode_ = true;
 }
@@ -34,7 +34,7 @@ void HXPortGroupCollection::updateWithPortGroupKeys(const Ref<OrderedSet>& keys)
   update(keys ? make<OrderedSet>(*keys) : make<OrderedSet>());
 }
 
-void HXPortGroupCollection::update(const Ref<OrderedSet>& keys) {
+void HXPortGroupCollection::update(const Ref<const OrderedSet>& keys) {
   if (portGroupKeys_ == keys) return;
   if (portGroupKeys_->isEmpty()) {
     portGroupKeys_ = keys;
@@ -45,7 +45,8 @@ void HXPortGroupCollection::update(const Ref<OrderedSet>& keys) {
     if (keys->contains(key.get())) updated->add(key);
   }
   for (const auto& key : *keys) updated->add(key);
-  portGroupKeys_ = updated->isEqual(*keys) ? keys : updated;
+  portGroupKeys_ = keys;
+  if (!updated->isEqual(*keys)) portGroupKeys_ = updated;
 }
 
 void HXPortGroupCollection::encodeWithCoder(Encoder& coder) const {

@@ -33,11 +33,12 @@ class HXPortGroupCollection final : public Object {
  private:
   friend class HXNode;
   /// The same with a set that nobody changes any more.
-  void followNode(const Ref<OrderedSet>& keys);
-  void update(const Ref<OrderedSet>& keys);
+  void followNode(const Ref<const OrderedSet>& keys);
+  void update(const Ref<const OrderedSet>& keys);
 
   WeakRef<HXNode> node_;
-  Ref<OrderedSet> portGroupKeys_;  // never null after construction; shared, never changed in place
+  Ref<const OrderedSet>
+      portGroupKeys_;  // never null after construction; shared, never changed in place
   std::int32_t orientation_ = 0;
   bool followsNode_ = false;
 };

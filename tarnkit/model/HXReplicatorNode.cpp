@@ -68,7 +68,8 @@ HXPort* HXReplicatorNode::collectingPort(const HXPort& port) const {
 }
 
 void HXReplicatorNode::addArrayOutput(HXRNode& patch, HXPort& port, const String& key) const {
-  patch.addPort(*make<HXRReplicatorArrayOutputPort>(Ref<Object>(&port), key), outputGroupKey());
+  patch.addPort(*make<HXRReplicatorArrayOutputPort>(Ref<HXRCollectedPort>(&port), key),
+                outputGroupKey());
 }
 
 // The published inner outputs show only by way of their array outputs.

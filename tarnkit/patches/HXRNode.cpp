@@ -4,6 +4,7 @@
 
 #include "tarnkit/patches/PatchColors.h"
 #include "tarnkit/platform/Bundle.h"
+#include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
 
@@ -50,7 +51,7 @@ HXRPort* HXRNode::portForKey(const String& uniqueKey) {
   return ownLayout().ports().get(uniqueKey).get();
 }
 
-const OrderedMap<Ref<HXRPort>>& HXRNode::ports() { return ownLayout().ports(); }
+OrderedMap<Ref<HXRPort>> HXRNode::ports() { return ownLayout().ports(); }
 HXRPortGroupCollection& HXRNode::inputPortGroupCollection() { return ownLayout().inputs(); }
 HXRPortGroupCollection& HXRNode::outputPortGroupCollection() { return ownLayout().outputs(); }
 HXRPortGroup* HXRNode::hx_inputPortGroupForKey(const String& groupKey) {
@@ -62,6 +63,11 @@ HXRPortGroup* HXRNode::hx_outputPortGroupForKey(const String& groupKey) {
 
 void HXRNode::addPort(HXRPort& port, const String& portGroup) {
   if (!layout_->collection(port.orientation())) return;
+  if (port.uniqueKey().isNil() || port.isShared()) {
+    Log::warning(isa().name(), port.isShared() ? "A shared port description is not added"
+                                               : "A port without a key is not added");
+    return;
+  }
   const Ref<HXRPort> kept(&port);
   ownLayout().addPort(port,
                       portGroup.isNil() ? String::interned(HXRDefaultPortGroupKey) : portGroup);
@@ -85,6 +91,10 @@ HXRParameter* HXRNode::parameterForKey(const String& uniqueKey) const {
 }
 
 void HXRNode::addParameter(HXRParameter& parameter) {
+  if (parameter.uniqueKey().isNil()) {
+    Log::warning(isa().name(), "A parameter without a key is not added");
+    return;
+  }
   parameters_.push_back(Ref<HXRParameter>(&parameter));
   parameter.setNode(this);
   if (const Ref<HXRNodeOwner> owner = node()) owner->addPatchParameter(parameter);

@@ -28,13 +28,13 @@ class HXRNode : public Object {
   const Class& isa() const noexcept override { return *class_; }
   const HXRNodeClass& patchClass() const noexcept { return *class_; }
 
-  /// The layout in force, shared or own; for reading.
+  /// The layout in force, shared or own; for reading, by who changes nothing meanwhile.
   const HXRPortLayout& portLayout() const noexcept { return *layout_; }
 
   /// This definition's own port of the key, or null.
   HXRPort* portForKey(const String& uniqueKey);
-  /// This definition's own ports, unique key to port, in the order of addition.
-  const OrderedMap<Ref<HXRPort>>& ports();
+  /// This definition's own ports as they are now, unique key to port, in the order of addition.
+  OrderedMap<Ref<HXRPort>> ports();
   HXRPortGroupCollection& inputPortGroupCollection();
   HXRPortGroupCollection& outputPortGroupCollection();
   HXRPortGroup* hx_inputPortGroupForKey(const String& groupKey);
@@ -42,17 +42,20 @@ class HXRNode : public Object {
 
   /// Puts the port into the group of that key on its side (nil: the default group) and tells the
   /// editor node. A port of the same key is replaced. A port that is neither input nor output is
-  /// ignored.
+  /// ignored; one without a key, or of a shared layout, is refused with one line logged.
   void addPort(HXRPort& port, const String& portGroup = {});
   /// Takes the port out, and its group when that is empty then, and tells the editor node. Nothing
   /// happens for a port of another definition.
   void removePort(HXRPort& port);
 
-  /// The parameters, in the order added. Who calls out while walking them walks a copy.
-  const std::vector<Ref<HXRParameter>>& parameters() const noexcept { return parameters_; }
+  /// The parameters as they are now, in the order added.
+  std::vector<Ref<HXRParameter>> parameters() const { return parameters_; }
+  /// The same, for reading by who changes nothing meanwhile.
+  const std::vector<Ref<HXRParameter>>& parametersInForce() const noexcept { return parameters_; }
   /// The parameter last added under the key, or null.
   HXRParameter* parameterForKey(const String& uniqueKey) const;
-  /// Appends the parameter and tells the editor node.
+  /// Appends the parameter and tells the editor node. One without a key is refused with one line
+  /// logged.
   void addParameter(HXRParameter& parameter);
   /// Takes the parameter out and tells the editor node; one that is not held is ignored.
   void removeParameter(HXRParameter& parameter);

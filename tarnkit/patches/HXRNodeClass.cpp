@@ -63,7 +63,9 @@ const HXRNodeClass::Resolved& HXRNodeClass::resolve() const {
 
 Ref<HXRNode> HXRNodeClass::constructInstance() const {
   const auto* from = this;
-  while (!from->construct_.make) from = from->base_;
+  while (!from->construct_.make) {
+    from = from->base_;
+  }
   return from->construct_.make(*this);
 }
 

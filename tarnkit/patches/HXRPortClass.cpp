@@ -4,15 +4,17 @@ namespace tarnkit {
 
 const String& HXRPortClass::processClassName() const {
   const auto* from = this;
-  while (!from->descriptors_.processClassName)
+  while (!from->descriptors_.processClassName) {
     from = from->base_;
+  }
   return from->processClassName_.string();
 }
 
 RGBA HXRPortClass::defaultColor() const noexcept {
   const auto* from = this;
-  while (!from->descriptors_.defaultColor)
+  while (!from->descriptors_.defaultColor) {
     from = from->base_;
+  }
   return *from->descriptors_.defaultColor;
 }
 

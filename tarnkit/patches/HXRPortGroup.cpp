@@ -1,6 +1,9 @@
 #include "tarnkit/patches/HXRPortGroup.h"
 
+#include <stdexcept>
+
 #include "tarnkit/patches/HXRPortGroupCollection.h"
+#include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
 
@@ -9,7 +12,14 @@ const Class HXRPortGroup::kClass{"HXRPortGroup", &Object::kClass};
 HXRPortGroup::HXRPortGroup(String groupKey, std::int32_t orientation)
     : groupKey_(std::move(groupKey)), orientation_(orientation), ports_(make<OrderedSet>()) {}
 
-const Ref<OrderedSet>& HXRPortGroup::portKeys() const {
+std::vector<Ref<HXRPort>> HXRPortGroup::ports() const {
+  std::vector<Ref<HXRPort>> ports;
+  ports.reserve(ports_->count());
+  for (const Ref<Object>& port : *ports_) ports.emplace_back(static_cast<HXRPort*>(port.get()));
+  return ports;
+}
+
+Ref<const OrderedSet> HXRPortGroup::portKeys() const {
   if (!portKeys_) {
     portKeys_ = make<OrderedSet>();
     portKeys_->reserve(ports_->count());
@@ -21,16 +31,32 @@ const Ref<OrderedSet>& HXRPortGroup::portKeys() const {
 }
 
 void HXRPortGroup::addPort(HXRPort& port) {
+  requireOwn();
+  if (port.uniqueKey().isNil()) {
+    Log::warning("HXRPortGroup", "A port without a key is not added");
+    return;
+  }
   ports_->add(Ref<HXRPort>(&port));
   portsByKey_.set(port.uniqueKey(), Ref<HXRPort>(&port));
   portKeys_ = nullptr;
 }
 
 void HXRPortGroup::removePort(HXRPort& port) {
+  requireOwn();
   const Ref<HXRPort> kept(&port);
   if (!ports_->remove(&port)) return;
   if (portForKey(port.uniqueKey()) == &port) portsByKey_.take(port.uniqueKey());
   portKeys_ = nullptr;
+}
+
+void HXRPortGroup::requireOwn() const {
+  if (shared_) throw std::logic_error("a shared port group cannot be changed");
+}
+
+void HXRPortGroup::share() {
+  portKeys();  // as of the collection
+  shared_ = true;
+  for (const Ref<Object>& port : *ports_) static_cast<HXRPort&>(*port).share();
 }
 
 HXRPort* HXRPortGroup::portForKey(const String& uniqueKey) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "tarnkit/patches/HXRPort.h"
 #include "tarnkit/platform/OrderedMap.h"
@@ -19,10 +20,14 @@ class HXRPortGroup final : public Object {
 
   const String& groupKey() const noexcept { return groupKey_; }
   std::int32_t orientation() const noexcept { return orientation_; }
-  /// The ports (`HXRPort`), in order. Two ports of one key may both stand here.
-  const OrderedSet& ports() const noexcept { return *ports_; }
-  /// The `uniqueKey` of each port, in order; built once and shared until the group changes.
-  const Ref<OrderedSet>& portKeys() const;
+  /// The ports, in order, as they are now. Two ports of one key may both stand here.
+  std::vector<Ref<HXRPort>> ports() const;
+  bool isEmpty() const noexcept { return ports_->isEmpty(); }
+  /// The `uniqueKey` of each port (strings), in order. The set handed out never changes; it is
+  /// built once until the group changes.
+  Ref<const OrderedSet> portKeys() const;
+  /// A port without a key is refused with one line logged. Throws std::logic_error for the group of
+  /// a shared layout, as the next operation does.
   void addPort(HXRPort& port);
   void removePort(HXRPort& port);
   /// The port last added under the key, or null.
@@ -30,14 +35,19 @@ class HXRPortGroup final : public Object {
 
   HXRPortGroupCollection* portGroupCollection() const noexcept;
   void setPortGroupCollection(HXRPortGroupCollection* collection);
+  /// Freezes the group and its ports, which several definitions share from now on.
+  void share();
 
  private:
+  void requireOwn() const;
+
   String groupKey_;
   std::int32_t orientation_;
   Ref<OrderedSet> ports_;
   OrderedMap<Ref<HXRPort>> portsByKey_;
   WeakRef<HXRPortGroupCollection> portGroupCollection_;
-  mutable Ref<OrderedSet> portKeys_;  // null: to be built
+  mutable Ref<OrderedSet> portKeys_;  // null: to be built; handed out, never changed in place
+  bool shared_ = false;
 };
 
 }  // namespace tarnkit

@@ -1,6 +1,9 @@
 #include "tarnkit/patches/HXRPortGroupCollection.h"
 
+#include <stdexcept>
+
 #include "tarnkit/patches/HXRNode.h"
+#include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
 
@@ -11,23 +14,42 @@ HXRPortGroupCollection::HXRPortGroupCollection(HXRNode* node, std::int32_t orien
 
 HXRNode* HXRPortGroupCollection::node() const noexcept { return node_.get(); }
 
-const Ref<OrderedSet>& HXRPortGroupCollection::portGroupKeys() const {
+Ref<const OrderedSet> HXRPortGroupCollection::portGroupKeys() const {
   if (!portGroupKeys_) {
     portGroupKeys_ = make<OrderedSet>();
     portGroupKeys_->reserve(portGroups_.size());
-    for (const auto& entry : portGroups_)
+    for (const auto& entry : portGroups_) {
       portGroupKeys_->add(entry.key.object());
+    }
   }
   return portGroupKeys_;
 }
 
+void HXRPortGroupCollection::requireOwn() const {
+  if (shared_) throw std::logic_error("a shared collection of port groups cannot be changed");
+}
+
+void HXRPortGroupCollection::share() {
+  // Keys are made when they are asked for, and afterwards several threads may ask.
+  portGroupKeys();
+  shared_ = true;
+  node_ = nullptr;
+  for (const auto& entry : portGroups_) entry.value->share();
+}
+
 void HXRPortGroupCollection::addPortGroup(HXRPortGroup& group) {
+  requireOwn();
+  if (group.groupKey().isNil()) {
+    Log::warning("HXRPortGroupCollection", "A group without a key is not added");
+    return;
+  }
   group.setPortGroupCollection(this);
   portGroups_.set(group.groupKey(), Ref<HXRPortGroup>(&group));
   portGroupKeys_ = nullptr;
 }
 
 void HXRPortGroupCollection::removePortGroup(HXRPortGroup& group) {
+  requireOwn();
   if (portGroupForKey(group.groupKey()) != &group) return;
   group.setPortGroupCollection(nullptr);
   portGroups_.take(String(group.groupKey()));

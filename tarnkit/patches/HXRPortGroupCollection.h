@@ -19,20 +19,28 @@ class HXRPortGroupCollection final : public Object {
   std::int32_t orientation() const noexcept { return orientation_; }
   /// Group key to group, in order.
   const OrderedMap<Ref<HXRPortGroup>>& portGroups() const noexcept { return portGroups_; }
-  /// The keys as an ordered set of strings; built once and shared until the collection changes.
-  const Ref<OrderedSet>& portGroupKeys() const;
+  /// The keys (strings) in order. The set handed out never changes; it is built once until the
+  /// collection changes.
+  Ref<const OrderedSet> portGroupKeys() const;
+  /// A group without a key is refused with one line logged. Throws std::logic_error for the
+  /// collection of a shared layout, as the next operation does.
   void addPortGroup(HXRPortGroup& group);
   /// Nothing happens when the collection does not hold the group.
   void removePortGroup(HXRPortGroup& group);
   HXRPortGroup* portGroupForKey(const String& groupKey) const;
 
+  /// Freezes the collection, its groups and their ports, which several definitions share from now
+  /// on; it forgets its node.
+  void share();
+
  private:
-  friend class HXRPortLayout;
+  void requireOwn() const;
 
   WeakRef<HXRNode> node_;
   std::int32_t orientation_;
   OrderedMap<Ref<HXRPortGroup>> portGroups_;
-  mutable Ref<OrderedSet> portGroupKeys_;  // null: to be built
+  mutable Ref<OrderedSet> portGroupKeys_;  // null: to be built; handed out, never changed in place
+  bool shared_ = false;
 };
 
 }  // namespace tarnkit

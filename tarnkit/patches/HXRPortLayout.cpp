@@ -12,11 +12,10 @@ void copyGroups(const HXRPortGroupCollection& from, HXRPortGroupCollection& to, 
   for (const auto& entry : from.portGroups()) {
     const HXRPortGroup& group = *entry.value;
     const auto copy = make<HXRPortGroup>(group.groupKey(), group.orientation());
-    for (const Ref<Object>& member : group.ports()) {
-      const auto& original = static_cast<const HXRPort&>(*member);
-      const Ref<HXRPort> port = original.copy();
+    for (const auto& original : group.ports()) {
+      const Ref<HXRPort> port = original->copy();
       port->setNode(&node);
-      port->setPortGroupKey(original.portGroupKey());
+      port->setPortGroupKey(original->portGroupKey());
       copy->addPort(*port);
     }
     to.addPortGroup(*copy);
@@ -31,17 +30,8 @@ HXRPortLayout::HXRPortLayout(HXRNode* node)
 
 void HXRPortLayout::share() {
   shared_ = true;
-  for (auto* collection : {inputs_.get(), outputs_.get()}) {
-    collection->node_ = nullptr;
-    // Keys are made when they are asked for, and afterwards several threads may ask.
-    collection->portGroupKeys();
-    for (const auto& entry : collection->portGroups()) {
-      entry.value->portKeys();
-      for (const Ref<Object>& port : entry.value->ports()) {
-        static_cast<HXRPort&>(*port).share();
-      }
-    }
-  }
+  inputs_->share();
+  outputs_->share();
 }
 
 Ref<HXRPortLayout> HXRPortLayout::copyForNode(HXRNode& node) const {
@@ -84,7 +74,7 @@ bool HXRPortLayout::removePort(HXRPort& port) {
   const Ref<HXRPort> kept(&port);
   if (const Ref<HXRPortGroup> group = groups->portGroupForKey(port.portGroupKey())) {
     group->removePort(port);
-    if (group->ports().isEmpty()) groups->removePortGroup(*group);
+    if (group->isEmpty()) groups->removePortGroup(*group);
   }
   if (ports_.get(port.uniqueKey()) == &port) ports_.take(port.uniqueKey());
   port.setPortGroupKey(nullptr);

@@ -2,16 +2,9 @@
 
 namespace tarnkit {
 
-namespace {
-
-String collectedName(const Object* port) {
-  const auto* collected = dynamic_cast<const HXRCollectedPort*>(port);
-  return collected ? collected->symbolicPortName() : String();
-}
-
-}  // namespace
-
-HXRReplicatorArrayOutputPort::HXRReplicatorArrayOutputPort(Ref<Object> port, String uniqueKey)
-    : PortOf(collectedName(port.get()), std::move(uniqueKey)), port_(std::move(port)) {}
+HXRReplicatorArrayOutputPort::HXRReplicatorArrayOutputPort(Ref<HXRCollectedPort> port,
+                                                           String uniqueKey)
+    : PortOf(port ? port->symbolicPortName() : String(), std::move(uniqueKey)),
+      port_(std::move(port)) {}
 
 }  // namespace tarnkit

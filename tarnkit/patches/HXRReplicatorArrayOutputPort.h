@@ -19,15 +19,14 @@ class HXRReplicatorArrayOutputPort final
     : public detail::PortOf<HXRReplicatorArrayOutputPort, HXRArrayOutputPort> {
  public:
   static const HXRPortClass kClass;
-  /// Named after the symbolic port of `port`, which is an `HXRCollectedPort` (of another object,
-  /// and of null, the name is nil).
-  HXRReplicatorArrayOutputPort(Ref<Object> port, String uniqueKey);
+  /// Named after the symbolic port of `port` (of null, the name is nil).
+  HXRReplicatorArrayOutputPort(Ref<HXRCollectedPort> port, String uniqueKey);
 
   /// The editor port whose values the output collects.
-  const Ref<Object>& port() const noexcept { return port_; }
+  const Ref<HXRCollectedPort>& port() const noexcept { return port_; }
 
  private:
-  Ref<Object> port_;
+  Ref<HXRCollectedPort> port_;
 };
 
 }  // namespace tarnkit

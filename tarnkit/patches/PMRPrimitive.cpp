@@ -9,6 +9,7 @@
 
 #include "tarnkit/platform/Coder.h"
 #include "tarnkit/platform/Color.h"
+#include "tarnkit/platform/Log.h"
 #include "tarnkit/platform/Number.h"
 #include "tarnkit/platform/NumberText.h"
 
@@ -138,43 +139,36 @@ Ref<PMRPrimitive> PMRPrimitive::primitiveWithStringValue(String value) {
 }
 
 void PMRPrimitive::setBooleanValue(bool value) {
-  clearStorage();
-  type_ = boolean;
-  payload_.boolean = value;
+  if (startChange(boolean)) payload_.boolean = value;
 }
 void PMRPrimitive::setIndexValue(std::int32_t value) {
-  clearStorage();
-  type_ = index;
-  payload_.index = value;
+  if (startChange(index)) payload_.index = value;
 }
 void PMRPrimitive::setNumberValue(float value) {
-  clearStorage();
-  type_ = number;
-  payload_.number = value;
+  if (startChange(number)) payload_.number = value;
 }
 void PMRPrimitive::setRadiansValue(float value) {
-  clearStorage();
-  type_ = radians;
-  payload_.number = value;
+  if (startChange(radians)) payload_.number = value;
 }
 void PMRPrimitive::setDegreesValue(float value) {
-  clearStorage();
-  type_ = degrees;
-  payload_.number = value;
+  if (startChange(degrees)) payload_.number = value;
 }
 void PMRPrimitive::setColorValue(RGBA value) {
-  clearStorage();
-  type_ = color;
-  payload_.color = value;
+  if (startChange(color)) payload_.color = value;
 }
 void PMRPrimitive::setStringValue(String value) {
-  clearStorage();
-  type_ = string;
-  string_ = std::move(value);
+  if (startChange(string)) string_ = std::move(value);
 }
-void PMRPrimitive::clearStorage() noexcept {
+void PMRPrimitive::clearStorage() { startChange(nil); }
+
+bool PMRPrimitive::startChange(StorageType type) {
+  if (frozen_) {
+    Log::warning("PMRPrimitive", "A value that ports share cannot be changed");
+    return false;
+  }
   string_ = nullptr;
-  type_ = nil;
+  type_ = type;
+  return true;
 }
 
 bool PMRPrimitive::booleanValue() const {
@@ -335,7 +329,7 @@ Ref<Object> PMRPrimitive::toObject() const {
 
 Ref<PMRPrimitive> PMRPrimitive::copy() const {
   auto copy = make<PMRPrimitive>();
-  if (type_ < nil || type_ > string) return copy;
+  if (type_ == kUnknownType) return copy;
   copy->type_ = type_;
   copy->payload_ = payload_;
   copy->string_ = string_;  // immutable, so the copy may share it
@@ -350,7 +344,7 @@ String PMRPrimitive::description() const {
 bool PMRPrimitive::isEqual(const Object& other) const {
   if (!other.isMemberOf(isa())) return false;
   const auto& primitive = static_cast<const PMRPrimitive&>(other);
-  if (type_ != primitive.type_) return false;
+  if (storageType() != primitive.storageType()) return false;
   switch (type_) {
     case boolean:
       return payload_.boolean == primitive.payload_.boolean;
@@ -391,7 +385,7 @@ std::uint64_t PMRPrimitive::hash() const {
 }
 
 void PMRPrimitive::encodeWithCoder(Encoder& coder) const {
-  coder.encodeInt64(type_, kStorageType);
+  coder.encodeInt64(storageType(), kStorageType);
   switch (type_) {
     case boolean:
       coder.encodeBool(payload_.boolean, kBooleanValue);
@@ -419,7 +413,13 @@ void PMRPrimitive::encodeWithCoder(Encoder& coder) const {
 }
 
 void PMRPrimitive::initWithCoder(Decoder& coder) {
-  type_ = coder.decodeInt64(kStorageType);
+  const auto code = coder.decodeInt64(kStorageType);
+  if (code < nil || code > PMRPrimitive::string) {
+    type_ = kUnknownType;
+    payload_.code = code;
+    return;
+  }
+  type_ = static_cast<std::int32_t>(code);
   switch (type_) {
     case boolean:
       payload_.boolean = coder.decodeBool(kBooleanValue);

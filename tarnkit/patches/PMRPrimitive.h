@@ -12,8 +12,8 @@ namespace tarnkit {
 ///
 /// It holds nil, a boolean, an index, a number, an angle in radians or degrees, a colour or a
 /// string, and every kind reads as every other. It is mutable, and changes kind when a setter of
-/// another kind is used. Archived under its own name in both vocabularies. For one thread at a
-/// time.
+/// another kind is used, until it becomes a port's default or mapped value: many ports share those.
+/// Archived under its own name in both vocabularies. For one thread at a time.
 class PMRPrimitive final : public Object {
   TARNKIT_CLASS
  public:
@@ -42,7 +42,14 @@ class PMRPrimitive final : public Object {
   /// A nil string is stored as "".
   static Ref<PMRPrimitive> primitiveWithStringValue(String value);
 
-  std::int64_t storageType() const noexcept { return type_; }
+  std::int64_t storageType() const noexcept {
+    return type_ == kUnknownType ? payload_.code : type_;
+  }
+
+  /// From now on the value stays as it is: a setter logs one line and does nothing. A copy may be
+  /// changed.
+  void freeze() noexcept { frozen_ = true; }
+  bool isFrozen() const noexcept { return frozen_; }
 
   void setBooleanValue(bool value);
   void setIndexValue(std::int32_t value);
@@ -52,7 +59,7 @@ class PMRPrimitive final : public Object {
   void setColorValue(RGBA value);
   void setStringValue(String value);
   /// Makes the value nil.
-  void clearStorage() noexcept;
+  void clearStorage();
 
   bool booleanValue() const;
   std::int32_t indexValue() const;
@@ -74,8 +81,15 @@ class PMRPrimitive final : public Object {
   void initWithCoder(Decoder& coder) override;
 
  private:
-  std::int64_t type_ = nil;
+  static constexpr std::int32_t kUnknownType = -1;
+  /// Makes the value of that kind, its payload to be set; false, and one line logged, when it is
+  /// frozen.
+  bool startChange(StorageType type);
+
+  std::int32_t type_ = nil;  // kUnknownType: the payload's code
+  bool frozen_ = false;
   union Payload {
+    std::int64_t code;
     bool boolean;
     std::int32_t index;
     float number;

@@ -67,7 +67,7 @@ void eachPortOfGroup(const HXNode& node, const HXPortGroup& group,
     for (const auto& port : *symbolic->symbolicPorts()) visit(static_cast<const HXPort&>(*port));
     return;
   }
-  const Ref<OrderedSet> keys = group.portKeys();
+  const Ref<const OrderedSet> keys = group.portKeys();
   if (!keys) return;
   for (const auto& key : *keys) {
     if (const auto* port = node.portsByUniqueKey().find(String::from(key.get()))) visit(**port);

@@ -36,9 +36,7 @@ String plainText(const PMRPrimitive& value) {
 
 String textOf(const PMRPrimitive& value, const HXRPort* description) {
   if (const auto* input = as<HXRPrimitiveInputPort>(description)) {
-    if (!input->mappedValues().empty()) {
-      if (String label = input->labelForMappedValue(&value)) return label;
-    }
+    if (String label = input->labelForMappedValue(&value)) return label;
   }
   return plainText(value);
 }

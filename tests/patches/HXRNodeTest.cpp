@@ -9,6 +9,7 @@
 #include "tarnkit/patches/PatchDeclaration.h"
 #include "tarnkit/patches/PatchRegistry.h"
 #include "tarnkit/platform/Bundle.h"
+#include "tarnkit/platform/Log.h"
 
 namespace tarnkit {
 namespace {
@@ -166,7 +167,7 @@ TEST(HXRNode, OfTwoPortsUnderOneKeyTheLastIsFound) {
   definition->addPort(*first);
   definition->addPort(*second);
   EXPECT_EQ(keysOfGroup(*definition, kIn, "__Default"), Texts{"same"});
-  EXPECT_EQ(definition->hx_inputPortGroupForKey("__Default")->ports().count(), 2U);
+  EXPECT_EQ(definition->hx_inputPortGroupForKey("__Default")->ports().size(), 2U);
   EXPECT_EQ(definition->portForKey("same"), second.get());
   definition->removePort(*first);
   EXPECT_EQ(definition->portForKey("same"), second.get());
@@ -202,6 +203,54 @@ TEST(HXRNode, HoldsItsNodeWeaklyAndLeavesNothingBehind) {
     definition->addPort(*input("more"));
   }
   EXPECT_EQ(Object::liveObjectCount(), alive);
+}
+
+TEST(HXRNode, WhatIsHandedOutCannotChangeWhatIsKept) {
+  const auto definition = kDerived.makeDefinition();
+  const HXRPortLayout& shared = definition->portLayout();
+  const auto other = make<HXRPortGroup>("Other", kIn);
+  EXPECT_THROW(shared.inputs().addPortGroup(*other), std::logic_error);
+  const Ref<HXRPortGroup> sharedGroup(shared.inputs().portGroupForKey("__Default"));
+  EXPECT_THROW(shared.inputs().removePortGroup(*sharedGroup), std::logic_error);
+  EXPECT_THROW(sharedGroup->addPort(*input("Tarn.more")), std::logic_error);
+  EXPECT_THROW(sharedGroup->removePort(*sharedGroup->ports()[0]), std::logic_error);
+
+  // Who walks a list may change what it was a list of.
+  const Ref<const OrderedSet> keys = definition->hx_inputPortGroupForKey("__Default")->portKeys();
+  const Ref<const OrderedSet> groups = definition->inputPortGroupCollection().portGroupKeys();
+  for (int i = 0; i < 20; ++i) {
+    definition->addParameter(*make<HXRIndexParameter>("Name", String("key" + std::to_string(i))));
+  }
+  const Ref<HXRPortGroup> group(definition->hx_inputPortGroupForKey("__Default"));
+  for (const auto& port : group->ports()) definition->removePort(*port);
+  for (const auto& [key, port] : definition->ports()) definition->removePort(*port);
+  for (const auto& parameter : definition->parameters()) definition->removeParameter(*parameter);
+  EXPECT_TRUE(definition->portLayout().ports().empty());
+  EXPECT_TRUE(definition->parameters().empty());
+  EXPECT_EQ(keys->count(), 2U);
+  EXPECT_EQ(groups->count(), 2U);
+  EXPECT_EQ(kDerived.prototype().portLayout().ports().size(), 4U);
+}
+
+TEST(HXRNode, TakesNothingWithoutAKey) {
+  const auto definition = kDerived.makeDefinition();
+  std::vector<std::string> lines;
+  const auto earlier = Log::setSink([&](std::string_view line) { lines.emplace_back(line); });
+  const auto nameless = make<HXRValueInputPort>("Name", String());
+  definition->addPort(*nameless);
+  definition->addParameter(*make<HXRIndexParameter>("Name", String()));
+  make<HXRPortGroup>("Group", kIn)->addPort(*nameless);
+  make<HXRPortGroupCollection>(definition.get(), kIn)
+      ->addPortGroup(*make<HXRPortGroup>(String(), kIn));
+  // Neither does it take another's shared description, which it would change.
+  definition->addPort(**kBase.prototype().portLayout().ports().find("Tarn.firstInput"));
+  Log::setSink(earlier);
+  EXPECT_EQ(lines.size(), 5U);
+  EXPECT_EQ(lines[0], "WARNING: [TestDerivedNode] A port without a key is not added");
+  EXPECT_TRUE(definition->portLayout().isShared());
+  EXPECT_EQ(definition->parameters().size(), 1U);
+  definition->removePort(*definition->portForKey("Tarn.firstInput"));
+  EXPECT_EQ(keysOfGroup(*definition, kIn, "__Default"), (Texts{"Tarn.thirdInput"}));
 }
 
 TEST(PatchRegistry, PlugInsAddClasses) {

@@ -11,6 +11,7 @@
 #include "tarnkit/platform/Coder.h"
 #include "tarnkit/platform/Color.h"
 #include "tarnkit/platform/Data.h"
+#include "tarnkit/platform/Log.h"
 #include "tarnkit/platform/Number.h"
 #include "tarnkit/platform/StandardKeyedArchiver.h"
 #include "tarnkit/platform/StandardKeyedUnarchiver.h"
@@ -156,6 +157,28 @@ TEST(PMRPrimitive, ChangesKindAndIsCopiedByValue) {
   EXPECT_TRUE(value->stringValue().isNil());
   value->clearStorage();
   EXPECT_TRUE(value->isEqual(*P::primitiveWithNilValue()));
+}
+
+TEST(PMRPrimitive, AFrozenValueStaysAsItIs) {
+  const auto value = PMRPrimitive::primitiveWithStringValue("kept");
+  value->freeze();
+  int lines = 0;
+  const auto earlier = Log::setSink([&](std::string_view) { ++lines; });
+  value->setBooleanValue(true);
+  value->setIndexValue(1);
+  value->setNumberValue(42);
+  value->setRadiansValue(1);
+  value->setDegreesValue(1);
+  value->setColorValue({});
+  value->setStringValue("other");
+  value->clearStorage();
+  EXPECT_EQ(lines, 8);
+  EXPECT_EQ(value->stringValue(), "kept");
+  const auto copy = value->copy();
+  copy->setNumberValue(42);
+  Log::setSink(earlier);
+  EXPECT_EQ(lines, 8);
+  EXPECT_EQ(copy->numberValue(), 42);
 }
 
 TEST(PMRPrimitive, LeavesAsAPlatformObject) {

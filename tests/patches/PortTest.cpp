@@ -212,7 +212,7 @@ TEST(HXRPort, SharedDescriptionsCannotBeChanged) {
 
 std::vector<std::string> labels(const HXRPrimitiveInputPort& port) {
   std::vector<std::string> labels;
-  for (const auto& entry : port.mappedValues()) labels.push_back(entry.key.toStdString());
+  for (const String& label : port.mappedValueLabels()) labels.push_back(label.toStdString());
   return labels;
 }
 
@@ -234,6 +234,9 @@ TEST(HXRPrimitiveInputPort, NamesValues) {
   port->mapValue(value(5), "Sine");  // keeps its place
   EXPECT_EQ(labels(*port), (Labels{"Sine", "Square", "Rectangle"}));
   EXPECT_EQ(port->mappedValueForLabel("Sine")->indexValue(), 5);
+  // Every port of a description shares them, in every document.
+  EXPECT_TRUE(port->defaultValue()->isFrozen());
+  EXPECT_TRUE(port->mappedValueForLabel("Sine")->isFrozen());
   port->mapValue(nullptr, "Sine");
   port->mapValue(value(9), nullptr);
   port->mapValue(nullptr, "Unknown");

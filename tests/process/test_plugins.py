@@ -19,7 +19,19 @@ class Plugins(HostTest):
         self.assertEqual([(s["defaultName"], s["libraryCategory"], s["libraryDescription"])
                           for s in wiggle], [("Wiggle", "Animation", "WiggleNode.html")])
         plain = json.loads(self.host("catalogue", "--json")[0])
-        self.assertEqual(len(plain), len(shapes) - 1)
+        self.assertEqual(len(plain), len(shapes) - 2)
+
+    def test_ports_follow_a_parameter(self):
+        script = [op("newDocument", as_="doc"), op("newNode", as_="s", patch="StaircaseNode"),
+                  op("addNode", node="s", to="doc"),
+                  op("setParameter", node="s", parameter="Staircase.numberOfStepsParameter",
+                     value=5),
+                  op("save", file=str(self.folder / "document"))]
+        self.host("--plugin", PLUGIN, "run", "-", input=json.dumps(script).encode())
+        opened = self.host("--plugin", PLUGIN, "open", "--json", self.folder / "document")[0]
+        node = json.loads(opened)["subnodeGroup"]["subnodes"][0]
+        self.assertEqual([key for key in node["allPortKeys"] if "step" in key],
+                         [f"Staircase.step{i}Output" for i in range(5)])
 
     def test_a_document_loses_nothing_while_the_plug_in_is_missing(self):
         document = self.folder / "document"

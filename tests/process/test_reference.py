@@ -154,7 +154,7 @@ class Reference(HostTest):
         directory = self.write(plugin=PLUGIN)
         names = {patch["libraryDescription"] for patch in self.catalogue()}
         pages = {path.name: Page(path) for path in directory.glob("*.html")}
-        self.assertEqual(set(pages), names | {"index.html", "WiggleNode.html"})
+        self.assertEqual(set(pages), names | {"index.html", "StaircaseNode.html", "WiggleNode.html"})
         self.assertEqual({path.name for path in directory.iterdir()},
                          set(pages) | {"reference.css"})
         ids = {name: page.ids() for name, page in pages.items()}
@@ -232,6 +232,7 @@ class Reference(HostTest):
         self.assertEqual(texts.pop("WiggleNode"),
                          "A patch of the category Animation that takes Amount and gives Offset. "
                          "It is set up by Seed.")
+        self.assertTrue(texts.pop("StaircaseNode").endswith("It is set up by Steps."))
         self.assertEqual(set(texts), {patch["class"] for patch in self.catalogue()})
         self.assertEqual(len(set(texts.values())), len(texts), "two patches share a text")
         for name, text in texts.items():

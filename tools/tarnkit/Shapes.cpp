@@ -108,7 +108,7 @@ void writePortGroup(JSONWriter& json, const HXPortGroup& group) {
   json.key("collapsedCanvasGroup").value(group.collapsedCanvasGroup());
   json.key("collapsedSidebarGroup").value(group.collapsedSidebarGroup());
   json.key("portKeys").beginArray();
-  const Ref<OrderedSet> keys = group.portKeys();
+  const Ref<const OrderedSet> keys = group.portKeys();
   for (const auto& key : *keys) json.value(String::from(key.get()).view());
   json.endArray().endObject();
 }
