@@ -75,8 +75,12 @@ TEST(MathExpressionPatch, InputsFollowTheVariables) {
   f.edit("$b + $a");  // the same variables: nothing to announce, and they keep their places
   EXPECT_EQ(f.variables(), (Texts{"a", "b"}));
   EXPECT_TRUE(f.owner->take().empty());
+  const auto variables = static_cast<HXRMathExpressionNode&>(*f.definition).variableInputs();
+  EXPECT_EQ(variables.size(), 2U);
+  EXPECT_EQ(variables.get("b").get(), f.definition->portForKey("Tarn.bInput"));
+  f.owner->take();
   f.edit("$b * $c");
-  EXPECT_EQ(f.owner->take(), (Texts{"copied", "-Tarn.aInput", "+Tarn.cInput"}));
+  EXPECT_EQ(f.owner->take(), (Texts{"-Tarn.aInput", "+Tarn.cInput"}));
   EXPECT_EQ(f.variables(), (Texts{"b", "c"}));
   const auto* const port = as<HXRPrimitiveInputPort>(f.definition->portForKey("Tarn.cInput"));
   ASSERT_TRUE(port);
@@ -160,7 +164,9 @@ TEST(JavascriptExpressionPatch, InputsFollowTheSignature) {
   f.edit("function expression(x, y) {}");
   EXPECT_EQ(f.twins[1]->value(), "x, y");
   EXPECT_EQ(f.owner->take(), (Texts{"copied", "+Tarn.xinput", "+Tarn.yinput"}));
-  EXPECT_EQ(f.definition->portForKey("Tarn.xinput")->isa().name(), "HXRValueInputPort");
+  const auto ports = static_cast<HXRJavascriptExpressionNode&>(*f.definition).inputPorts();
+  EXPECT_EQ(ports.size(), 2U);
+  EXPECT_EQ(ports[0].get(), f.definition->portForKey("Tarn.xinput"));
   f.edit("function expression(z, y) {}");
   EXPECT_EQ(f.owner->take(), (Texts{"-Tarn.xinput", "+Tarn.zinput"}));
   EXPECT_EQ(f.variables(), (Texts{"y", "z"}));

@@ -4,13 +4,19 @@
 
 #include "FakeOwner.h"
 #include "tarnkit/patches/HXRValueParameters.h"
+#include "tarnkit/patches/PatchDeclaration.h"
 #include "tarnkit/patches/PatchRegistry.h"
 #include "tarnkit/patches/catalogue/Catalogue.h"
 #include "tarnkit/patches/catalogue/animation/HXRSpringNode.h"
+#include "tarnkit/patches/catalogue/data/HXRArrayNode.h"
+#include "tarnkit/patches/catalogue/data/HXRArrayValuesNode.h"
 #include "tarnkit/patches/catalogue/data/HXRDictionaryNode.h"
 #include "tarnkit/patches/catalogue/logic/HXRConditionalNode.h"
+#include "tarnkit/patches/catalogue/logic/HXRDemultiplexerNode.h"
 #include "tarnkit/patches/catalogue/logic/HXRLogicNode.h"
+#include "tarnkit/patches/catalogue/logic/HXRMultiplexerNode.h"
 #include "tarnkit/patches/catalogue/math/HXRMathNode.h"
+#include "tarnkit/patches/catalogue/state/HXRIndexSwitchNode.h"
 
 namespace tarnkit {
 namespace {
@@ -268,6 +274,112 @@ TEST(VariableArity, TheNodeIsToldWhenARebuildBeginsAndEnds) {
     EXPECT_EQ(owner->rebuildsAtSteps, std::vector<int>(owner->take().size(), 1));
     EXPECT_EQ(owner->rebuilds, 0);
   }
+}
+
+TEST(VariableArity, ACountRaisedWhileAnEntryGoesLeavesWholeEntries) {
+  // At each announced step of each change one more observer changes its mind.
+  for (int step = 1; step <= 6; ++step) {
+    for (const std::int32_t last : {0, 1, 4, 5, 7}) {
+      for (const std::int32_t first : {2, 4, 7}) {
+        SCOPED_TRACE(testing::Message() << "5 to " << first << ", at step " << step << " " << last);
+        const auto definition = definitionOf("HXRDictionaryNode");
+        const auto owner = make<FakeOwner>();
+        definition->setNode(owner.get());
+        int steps = 0;
+        owner->observer = [&] {
+          if (++steps == step) setCount(*definition, last);
+        };
+        setCount(*definition, first);
+        const auto expected = steps < step ? first : last;
+        ASSERT_EQ(groupKeys(*definition, kIn), numbered("Entry ", "", expected));
+        for (std::int32_t i = 0; i < expected; ++i) {
+          const auto number = std::to_string(i);
+          EXPECT_EQ(keysOfGroup(*definition, kIn, ("Entry " + number).c_str()),
+                    (Texts{"Tarn.key" + number + "Input", "Tarn.value" + number + "Input"}));
+        }
+        EXPECT_EQ(definition->portLayout().ports().size(),
+                  2U * static_cast<unsigned>(expected) + 1);
+        EXPECT_EQ(static_cast<HXRDictionaryNode&>(*definition).entries().size(),
+                  static_cast<std::size_t>(expected));
+      }
+    }
+  }
+}
+
+// What a class derived from theirs adds is none of the patches' business, even where it stands
+// among what they have built.
+TEST(VariableArity, DerivedClassesMayAddPortsAndParametersOfTheirOwn) {
+  static constexpr auto addOwn = [](PatchDeclaration& patch) {
+    patch.parameter("Own", "Own.parameter", 50, 0, 100);
+    for (const char* const group : {"Own", "Operands", "Values", "Rest Position", "Variables"}) {
+      patch.group(group);
+      patch.in(group, group);
+    }
+  };
+  for (const char* const base :
+       {"HXRMathNode", "HXRLogicNode", "HXRConditionalNode", "HXRDictionaryNode", "HXRArrayNode",
+        "HXRSpringNode", "HXRMathExpressionNode"}) {
+    SCOPED_TRACE(base);
+    registerPatchClasses();
+    const HXRNodeClass& derivedClass =
+        *new HXRNodeClass("Derived", patchClassNamed(base), {}, addOwn);  // lives for ever
+    const auto plain = definitionOf(base);
+    const auto derived = derivedClass.makeDefinition();
+    const auto expectSame = [&] {
+      EXPECT_EQ(derived->parameters().size(), plain->parameters().size() + 1);
+      EXPECT_EQ(derived->portLayout().ports().size(), plain->portLayout().ports().size() + 5);
+      for (const auto& [key, port] : plain->portLayout().ports()) {
+        EXPECT_TRUE(derived->portLayout().ports().contains(key)) << key.view();
+      }
+    };
+    expectSame();
+    for (const std::int32_t count : {4, 1, 0, 3}) {
+      for (const auto& definition : {plain, derived}) {
+        if (const auto text = as<HXRStringParameter>(definition->parameters()[0])) {
+          text->setValue(count == 1 ? "$a" : "$b + $c");
+          definition->parameterValueDidChange(*text);
+        } else {
+          setCount(*definition, count);
+        }
+      }
+      expectSame();
+    }
+  }
+}
+
+TEST(VariableArity, PatchesListWhatTheyHaveBuilt) {
+  const auto keysOf = [](const auto& ports) {
+    Texts keys;
+    for (const auto& port : ports) keys.push_back(port->uniqueKey().toStdString());
+    return keys;
+  };
+  const auto math = definitionOf("HXRMathNode");
+  auto& operators = static_cast<HXRMathNode&>(*math);
+  EXPECT_EQ(operators.numberOfOperationsParameter(), &countOf(*math));
+  setCount(*math, 2);
+  EXPECT_EQ(keysOf(operators.operatorParameters()), numbered("Tarn.operator", "Parameter", 2));
+  EXPECT_EQ(keysOf(operators.operandInputs()), numbered("Tarn.operand", "Input", 3));
+
+  const auto spring = HXRSpring1DNode.makeDefinition();
+  auto& dimensions = static_cast<HXRSpringNode&>(*spring);
+  EXPECT_EQ(keysOf(dimensions.restPositionInputs()), numbered("Tarn.restPosition", "Input", 1));
+  EXPECT_EQ(keysOf(dimensions.positionOutputs()), numbered("Tarn.position", "Output", 1));
+  EXPECT_EQ(dimensions.positionOutputs()[0].get(), spring->portForKey("Tarn.position0Output"));
+
+  const auto listed = [&]<class Patch>(const char* name, auto(Patch::*list)(), std::size_t count) {
+    const auto definition = definitionOf(name);
+    auto& patch = static_cast<Patch&>(*definition);
+    EXPECT_EQ((patch.*list)().size(), count);
+    setCount(patch, 4);
+    const auto ports = (patch.*list)();
+    EXPECT_EQ(ports.size(), 4U);
+    EXPECT_EQ(ports[3]->node(), &patch);
+  };
+  listed("HXRMultiplexerNode", &HXRMultiplexerNode::sourceInputs, 2);
+  listed("HXRDemultiplexerNode", &HXRDemultiplexerNode::destinationOutputs, 2);
+  listed("HXRIndexSwitchNode", &HXRIndexSwitchNode::indexSwitchInputs, 3);
+  listed("HXRArrayNode", &HXRArrayNode::valueInputs, 5);
+  listed("HXRArrayValuesNode", &HXRArrayValuesNode::valueOutputs, 5);
 }
 
 TEST(OperatorPatches, OperatorsCountFromOneByNameAndFromZeroByKey) {

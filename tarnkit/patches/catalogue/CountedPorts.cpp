@@ -14,26 +14,41 @@ std::int32_t boundedCount(const HXRIndexParameter& parameter) {
   return std::clamp(parameter.value(), 0, std::max(parameter.maximumValue(), 0));
 }
 
-void buildCountedPorts(HXRNode& definition, const CountedPorts& ports,
-                       FunctionRef<std::int32_t()> count,
-                       FunctionRef<String(std::int32_t index)> nameAt) {
-  const String groupKey = String::interned(ports.group);
+void followCount(std::int32_t& built, FunctionRef<std::int32_t()> wanted,
+                 FunctionRef<void(std::int32_t index)> add,
+                 FunctionRef<void(std::int32_t index)> remove) {
   for (;;) {
-    const auto* const group =
-        definition.portLayout().collection(ports.orientation)->portGroupForKey(groupKey);
-    const auto built = group ? static_cast<std::int32_t>(group->ports().count()) : 0;
-    const auto wanted = count();
-    if (built < wanted) {
-      const auto port = ports.makePort(nameAt(built), indexedText(ports.keyPattern, built));
-      definition.addPort(*port, groupKey);
-    } else if (built > wanted) {
-      auto* const last = definition.portForKey(indexedText(ports.keyPattern, built - 1));
-      if (!last) return;
-      definition.removePort(*last);
+    const auto length = wanted();
+    if (built < length) {
+      add(built++);
+    } else if (built > length) {
+      remove(--built);
     } else {
       return;
     }
   }
+}
+
+void buildCountedPorts(HXRNode& definition, const CountedPorts& ports, std::int32_t& built,
+                       FunctionRef<std::int32_t()> count,
+                       FunctionRef<String(std::int32_t index)> nameAt) {
+  const String groupKey = String::interned(ports.group);
+  followCount(
+      built, count,
+      [&](std::int32_t index) {
+        const auto port = ports.makePort(nameAt(index), indexedText(ports.keyPattern, index));
+        definition.addPort(*port, groupKey);
+      },
+      [&](std::int32_t index) {
+        auto* const last = definition.portForKey(indexedText(ports.keyPattern, index));
+        if (last) definition.removePort(*last);
+      });
+}
+
+CountedPortsNode::CountedPortsNode(const HXRNodeClass& patchClass,
+                                   const CountedPortsDescription& description)
+    : HXRNode(patchClass), description_(description) {
+  if (prototype()) built_ = static_cast<const CountedPortsNode*>(prototype())->built_;
 }
 
 void CountedPortsNode::parameterValueDidChange(HXRParameter& parameter) {
@@ -45,7 +60,7 @@ void CountedPortsNode::buildPorts() {
   if (!parameter) return;
   rebuild([&] {
     buildCountedPorts(
-        *this, description_.ports, [&] { return boundedCount(*parameter); },
+        *this, description_.ports, built_, [&] { return boundedCount(*parameter); },
         [&](std::int32_t index) { return indexedText(description_.namePattern, index); });
   });
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/patches/catalogue/CountedPorts.h"
@@ -30,18 +31,27 @@ class OperatorsNode : public HXRNode {
  public:
   static constexpr const char* kCountKey = "Tarn.numberOfOperationsParameter";
 
+  /// The count; null in a class that has put another kind of parameter in its place.
+  HXRIndexParameter* numberOfOperationsParameter() const;
+  /// The hidden parameters that choose the operators, in order.
+  std::vector<Ref<HXRIndexParameter>> operatorParameters() const;
+  /// This definition's own operands, in order.
+  std::vector<Ref<HXRPrimitiveInputPort>> operandInputs();
+
   /// Adds or removes operators and operands at the end until they are as many as the count says.
   void trn_refreshPortsAndParameters();
   void parameterValueDidChange(HXRParameter& parameter) override;
 
  protected:
-  OperatorsNode(const HXRNodeClass& patchClass, const OperatorsDescription& description)
-      : HXRNode(patchClass), description_(description) {}
+  OperatorsNode(const HXRNodeClass& patchClass, const OperatorsDescription& description);
 
  private:
-  void refreshOperators(const HXRIndexParameter& count);
+  void addOperator(std::int32_t index);
+  void removeOperator(std::int32_t index);
 
   const OperatorsDescription& description_;
+  std::int32_t operators_ = 0;
+  std::int32_t operands_ = 0;
 };
 
 /// The text at the index, or "" at or past the end.

@@ -30,12 +30,12 @@ String nameForIndex(const char* what, std::int32_t index, std::int32_t numberOfD
 }
 
 /// Renames only where the name differs, and asks for the count at every step, as building does.
-void buildAndName(HXRNode& definition, const CountedPorts& ports,
+void buildAndName(HXRNode& definition, const CountedPorts& ports, std::int32_t& built,
                   const HXRIndexParameter& dimensions, NameAt nameAt) {
   const auto count = [&] { return boundedCount(dimensions); };
-  buildCountedPorts(definition, ports, count,
+  buildCountedPorts(definition, ports, built, count,
                     [&](std::int32_t index) { return nameAt(index, count()); });
-  for (std::int32_t i = 0; i < count(); ++i) {
+  for (std::int32_t i = 0; i < built; ++i) {
     const String key = indexedText(ports.keyPattern, i);
     const String name = nameAt(i, count());
     const auto* const port = definition.portLayout().ports().find(key);
@@ -61,6 +61,21 @@ const HXRNodeClass HXRSpringNode::kClass{
     },
     &detail::constructPatch<HXRSpringNode>};
 
+HXRSpringNode::HXRSpringNode(const HXRNodeClass& patchClass) : HXRNode(patchClass) {
+  const auto* const model = static_cast<const HXRSpringNode*>(prototype());
+  if (!model) return;
+  rests_ = model->rests_;
+  positions_ = model->positions_;
+}
+
+std::vector<Ref<HXRPrimitiveInputPort>> HXRSpringNode::restPositionInputs() {
+  return builtPorts<HXRPrimitiveInputPort>(*this, kRestInputs, rests_);
+}
+
+std::vector<Ref<HXRPrimitiveOutputPort>> HXRSpringNode::positionOutputs() {
+  return builtPorts<HXRPrimitiveOutputPort>(*this, kPositionOutputs, positions_);
+}
+
 HXRIndexParameter* HXRSpringNode::dimensions() const {
   return as<HXRIndexParameter>(parameterForKey(kDimensionsKey));
 }
@@ -71,6 +86,7 @@ std::int32_t HXRSpringNode::numberOfDimensions() const {
 }
 
 void HXRSpringNode::setNumberOfDimensions(std::int32_t numberOfDimensions) {
+  const Ref<HXRNode> kept(this);
   if (auto* const parameter = dimensions()) parameter->setValue(numberOfDimensions);
   hxr_buildPorts();
 }
@@ -87,8 +103,8 @@ void HXRSpringNode::hxr_buildPorts() {
   const Ref<HXRIndexParameter> parameter(dimensions());
   if (!parameter) return;
   rebuild([&] {
-    buildAndName(*this, kRestInputs, *parameter, &hx_inputNameForIndex);
-    buildAndName(*this, kPositionOutputs, *parameter, &hx_outputNameForIndex);
+    buildAndName(*this, kRestInputs, rests_, *parameter, &hx_inputNameForIndex);
+    buildAndName(*this, kPositionOutputs, positions_, *parameter, &hx_outputNameForIndex);
   });
 }
 

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
 #include "tarnkit/patches/HXRNode.h"
+#include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/patches/HXRValueParameters.h"
 
 namespace tarnkit {
@@ -12,7 +16,7 @@ namespace tarnkit {
 class HXRSpringNode final : public HXRNode {
  public:
   static const HXRNodeClass kClass;
-  explicit HXRSpringNode(const HXRNodeClass& patchClass) : HXRNode(patchClass) {}
+  explicit HXRSpringNode(const HXRNodeClass& patchClass);
 
   /// The parameter's value, which may lie outside its bounds.
   std::int32_t numberOfDimensions() const;
@@ -23,6 +27,10 @@ class HXRSpringNode final : public HXRNode {
   /// The name of the position output of a dimension, counted from 0.
   static String hx_outputNameForIndex(std::int32_t index, std::int32_t numberOfDimensions);
 
+  /// This definition's own rest inputs and position outputs, by dimension.
+  std::vector<Ref<HXRPrimitiveInputPort>> restPositionInputs();
+  std::vector<Ref<HXRPrimitiveOutputPort>> positionOutputs();
+
   /// Adds or removes ports at the end until each dimension has its two, and renames those that
   /// stay, because the name of the first tells whether it is the only one.
   void hxr_buildPorts();
@@ -30,6 +38,9 @@ class HXRSpringNode final : public HXRNode {
 
  private:
   HXRIndexParameter* dimensions() const;
+
+  std::int32_t rests_ = 0;
+  std::int32_t positions_ = 0;
 };
 
 }  // namespace tarnkit

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tarnkit/patches/HXRTypedPorts.h"
 #include "tarnkit/patches/catalogue/CountedPorts.h"
 
 namespace tarnkit {
@@ -14,6 +15,8 @@ class HXRArrayNode final : public CountedPortsNode {
 
   /// Adds or removes values at the end until there are as many as the parameter says.
   void hxr_buildValueInputs() { buildPorts(); }
+  /// This definition's own values, in order.
+  std::vector<Ref<HXRValueInputPort>> valueInputs() { return portsOfRun<HXRValueInputPort>(); }
 };
 
 }  // namespace tarnkit

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tarnkit/patches/HXRTypedPorts.h"
 #include "tarnkit/patches/catalogue/CountedPorts.h"
 
 namespace tarnkit {
@@ -14,6 +15,8 @@ class HXRArrayValuesNode final : public CountedPortsNode {
 
   /// Adds or removes outputs at the end until there are as many as the parameter says.
   void trn_buildValueOutputs() { buildPorts(); }
+  /// This definition's own outputs, in order.
+  std::vector<Ref<HXRValueOutputPort>> valueOutputs() { return portsOfRun<HXRValueOutputPort>(); }
 };
 
 }  // namespace tarnkit

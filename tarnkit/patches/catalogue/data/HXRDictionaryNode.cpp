@@ -28,47 +28,48 @@ const HXRNodeClass HXRDictionaryNode::kClass{
     },
     &detail::constructPatch<HXRDictionaryNode>};
 
+HXRDictionaryNode::HXRDictionaryNode(const HXRNodeClass& patchClass) : HXRNode(patchClass) {
+  if (prototype()) built_ = static_cast<const HXRDictionaryNode*>(prototype())->built_;
+}
+
 void HXRDictionaryNode::hxr_buildEntryInputs() {
   const Ref<HXRIndexParameter> count(as<HXRIndexParameter>(parameterForKey(kCountKey)));
   if (!count) return;
   rebuild([&] {
-    // Asked again after every step, because an observer of the step may change the count.
-    for (;;) {
-      const auto built = entryCount();
-      const auto wanted = boundedCount(*count);
-      if (built == wanted) return;
-      if (built < wanted) {
-        addEntry(built);
-      } else if (!removeEntry(built - 1)) {
-        return;
-      }
-    }
+    followCount(
+        built_, [&] { return boundedCount(*count); }, [&](std::int32_t index) { addEntry(index); },
+        [&](std::int32_t index) { removeEntry(index); });
   });
 }
 
-// Every input group is an entry.
-std::int32_t HXRDictionaryNode::entryCount() const {
-  return static_cast<std::int32_t>(portLayout().inputs().portGroups().size());
-}
-
 void HXRDictionaryNode::addEntry(std::int32_t index) {
-  const auto entry = make<HXRDictionaryEntry>(
-      make<HXRPrimitiveInputPort>(indexedText("Key {}", index), keyInputKey(index)),
-      make<HXRValueInputPort>(indexedText("Value {}", index), valueInputKey(index)));
-  addPort(*entry->keyInput(), groupKey(index));
-  addPort(*entry->valueInput(), groupKey(index));
+  const auto keyInput =
+      make<HXRPrimitiveInputPort>(indexedText("Key {}", index), keyInputKey(index));
+  addPort(*keyInput, groupKey(index));
+  // An observer may have had the entry removed, and another made in its place.
+  if (keyInput->node() != this) return;
+  addPort(*make<HXRValueInputPort>(indexedText("Value {}", index), valueInputKey(index)),
+          groupKey(index));
 }
 
-bool HXRDictionaryNode::removeEntry(std::int32_t index) {
-  const auto entry = entryAtIndex(index);
-  if (!entry) return false;
-  removePort(*entry->keyInput());
-  removePort(*entry->valueInput());
-  return true;
+// Both ports are looked up first: an observer of the first removal may have the entry made anew.
+void HXRDictionaryNode::removeEntry(std::int32_t index) {
+  const Ref<HXRPort> keyInput(portForKey(keyInputKey(index)));
+  const Ref<HXRPort> valueInput(portForKey(valueInputKey(index)));
+  if (keyInput) removePort(*keyInput);
+  if (valueInput) removePort(*valueInput);
+}
+
+std::vector<Ref<HXRDictionaryEntry>> HXRDictionaryNode::entries() {
+  std::vector<Ref<HXRDictionaryEntry>> list;
+  for (std::int32_t i = 0; i < built_; ++i) {
+    if (auto entry = entryAtIndex(i)) list.push_back(std::move(entry));
+  }
+  return list;
 }
 
 Ref<HXRDictionaryEntry> HXRDictionaryNode::entryAtIndex(std::int32_t index) {
-  if (index < 0 || index >= entryCount()) return nullptr;
+  if (index < 0 || index >= built_) return nullptr;
   auto* const keyInput = portForKey(keyInputKey(index));
   auto* const valueInput = portForKey(valueInputKey(index));
   if (!keyInput || !valueInput) return nullptr;

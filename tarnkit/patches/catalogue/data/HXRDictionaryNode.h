@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <vector>
+
 #include "tarnkit/patches/HXRDictionaryEntry.h"
 #include "tarnkit/patches/HXRNode.h"
 
@@ -12,18 +15,21 @@ namespace tarnkit {
 class HXRDictionaryNode final : public HXRNode {
  public:
   static const HXRNodeClass kClass;
-  explicit HXRDictionaryNode(const HXRNodeClass& patchClass) : HXRNode(patchClass) {}
+  explicit HXRDictionaryNode(const HXRNodeClass& patchClass);
 
   /// Adds or removes entries at the end until there are as many as the parameter says.
   void hxr_buildEntryInputs();
+  /// The entries, each with this definition's own ports, in order.
+  std::vector<Ref<HXRDictionaryEntry>> entries();
   /// The ports of an entry, this definition's own; null past the last one.
   Ref<HXRDictionaryEntry> entryAtIndex(std::int32_t index);
   void parameterValueDidChange(HXRParameter& parameter) override;
 
  private:
-  std::int32_t entryCount() const;
   void addEntry(std::int32_t index);
-  bool removeEntry(std::int32_t index);
+  void removeEntry(std::int32_t index);
+
+  std::int32_t built_ = 0;
 };
 
 }  // namespace tarnkit

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tarnkit/patches/HXRTypedPorts.h"
 #include "tarnkit/patches/catalogue/CountedPorts.h"
 
 namespace tarnkit {
@@ -14,6 +15,10 @@ class HXRDemultiplexerNode final : public CountedPortsNode {
 
   /// Adds or removes destinations at the end until there are as many as the parameter says.
   void trn_buildDestinationOutputs() { buildPorts(); }
+  /// This definition's own destinations, in order.
+  std::vector<Ref<HXRValueOutputPort>> destinationOutputs() {
+    return portsOfRun<HXRValueOutputPort>();
+  }
 };
 
 }  // namespace tarnkit

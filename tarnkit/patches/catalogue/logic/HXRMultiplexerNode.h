@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tarnkit/patches/HXRTypedPorts.h"
 #include "tarnkit/patches/catalogue/CountedPorts.h"
 
 namespace tarnkit {
@@ -14,6 +15,8 @@ class HXRMultiplexerNode final : public CountedPortsNode {
 
   /// Adds or removes sources at the end until there are as many as the parameter says.
   void trn_buildSourceInputs() { buildPorts(); }
+  /// This definition's own sources, in order.
+  std::vector<Ref<HXRValueInputPort>> sourceInputs() { return portsOfRun<HXRValueInputPort>(); }
 };
 
 }  // namespace tarnkit

@@ -1,9 +1,6 @@
 #include "tarnkit/patches/catalogue/math/HXRMathExpressionNode.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
-#include <unordered_set>
 
 #include "tarnkit/math/MXMathStringTokenizer.h"
 #include "tarnkit/patches/PatchDeclaration.h"
@@ -15,11 +12,12 @@ namespace tarnkit {
 namespace {
 
 constexpr const char* kExpressionKey = "Tarn.mathExpressionParameter";
-constexpr const char* kVariablesGroup = "Variables";
 
-String keyForVariable(const String& name) {
-  return String(fmt::format("Tarn.{}Input", name.view()));
+Ref<HXRPort> makeVariable(String name, String uniqueKey) {
+  return make<HXRPrimitiveInputPort>(std::move(name), std::move(uniqueKey), value::number(0));
 }
+
+constexpr NamedInputs kVariables{"Variables", "Tarn.{}Input", makeVariable};
 
 }  // namespace
 
@@ -54,40 +52,20 @@ std::vector<String> HXRMathExpressionNode::trn_variablesForExpression(const Stri
   return sorted;
 }
 
-void HXRMathExpressionNode::trn_refreshPorts() {
-  const auto* const expression = as<HXRStringParameter>(parameterForKey(kExpressionKey));
-  if (!expression) return;
-  rebuild([&] { refreshInputs(trn_variablesForExpression(expression->value())); });
+HXRMathExpressionNode::HXRMathExpressionNode(const HXRNodeClass& patchClass)
+    : NamedInputsNode(patchClass, kVariables) {}
+
+HXRStringParameter* HXRMathExpressionNode::mathExpressionParameter() const {
+  return as<HXRStringParameter>(parameterForKey(kExpressionKey));
 }
 
-void HXRMathExpressionNode::refreshInputs(const std::vector<String>& names) {
-  const std::unordered_set<String> wanted(names.begin(), names.end());
-  const String group = String::interned(kVariablesGroup);
-
-  // The editor node announces every step; an observer that changes the expression meanwhile has it
-  // refreshed, and this refresh is then of the past.
-  const auto current = ++refreshes_;
-  std::vector<String> goneKeys;
-  if (const auto* const variables = portLayout().inputs().portGroupForKey(group)) {
-    for (const Ref<Object>& member : variables->ports()) {
-      const auto& port = static_cast<const HXRPort&>(*member);
-      if (!wanted.contains(port.name())) goneKeys.push_back(port.uniqueKey());
-    }
-  }
-  for (const String& key : goneKeys) {
-    if (current != refreshes_) return;
-    if (auto* const port = portForKey(key)) removePort(*port);
-  }
-  for (const String& name : names) {
-    if (current != refreshes_) return;
-    const String key = keyForVariable(name);
-    if (portLayout().ports().contains(key)) continue;
-    addPort(*make<HXRPrimitiveInputPort>(name, key, value::number(0)), group);
-  }
+void HXRMathExpressionNode::trn_refreshPorts() {
+  const auto* const expression = mathExpressionParameter();
+  if (expression) refreshInputs(trn_variablesForExpression(expression->value()));
 }
 
 void HXRMathExpressionNode::parameterValueDidChange(HXRParameter& parameter) {
-  if (&parameter == parameterForKey(kExpressionKey)) trn_refreshPorts();
+  if (&parameter == mathExpressionParameter()) trn_refreshPorts();
 }
 
 }  // namespace tarnkit

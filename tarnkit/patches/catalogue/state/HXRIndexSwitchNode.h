@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/patches/catalogue/CountedPorts.h"
 
 namespace tarnkit {
@@ -14,6 +15,10 @@ class HXRIndexSwitchNode final : public CountedPortsNode {
 
   /// Adds or removes setting inputs at the end until there are as many as the parameter says.
   void trn_buildInputs() { buildPorts(); }
+  /// This definition's own setting inputs, in order.
+  std::vector<Ref<HXRPrimitiveInputPort>> indexSwitchInputs() {
+    return portsOfRun<HXRPrimitiveInputPort>();
+  }
 };
 
 }  // namespace tarnkit

@@ -1,12 +1,10 @@
 #include "tarnkit/patches/catalogue/utility/HXRJavascriptExpressionNode.h"
 
-#include <fmt/format.h>
-
-#include <unordered_set>
 #include <vector>
 
 #include "tarnkit/foundation/StringTrimming.h"
 #include "tarnkit/patches/PatchDeclaration.h"
+#include "tarnkit/patches/catalogue/CountedPorts.h"
 #include "tarnkit/patches/catalogue/utility/ScriptSignature.h"
 #include "tarnkit/platform/CharacterSet.h"
 #include "tarnkit/platform/Log.h"
@@ -17,7 +15,6 @@ namespace {
 
 constexpr const char* kExpressionKey = "Tarn.javascriptExpressionParameter";
 constexpr const char* kVariablesKey = "Tarn.inputVariablesParameter";
-constexpr const char* kVariablesGroup = "Variables";
 constexpr std::string_view kSeparator = ", ";
 constexpr const char* kDefaultScript =
     "function expression() {\n"
@@ -25,9 +22,7 @@ constexpr const char* kDefaultScript =
     "}\n";
 
 // The lower-case "input" is what the device knows.
-String keyForVariable(const String& name) {
-  return String(fmt::format("Tarn.{}input", name.view()));
-}
+constexpr NamedInputs kVariables{"Variables", "Tarn.{}input", makePortOf<HXRValueInputPort>};
 
 /// Calls `visit` with what stands between the separators.
 template <class Visit>
@@ -69,17 +64,35 @@ const HXRNodeClass HXRJavascriptExpressionNode::kClass{
     },
     &detail::constructPatch<HXRJavascriptExpressionNode>};
 
+HXRJavascriptExpressionNode::HXRJavascriptExpressionNode(const HXRNodeClass& patchClass)
+    : NamedInputsNode(patchClass, kVariables) {}
+
+HXRStringParameter* HXRJavascriptExpressionNode::javascriptExpressionParameter() const {
+  return as<HXRStringParameter>(parameterForKey(kExpressionKey));
+}
+
+HXRStringParameter* HXRJavascriptExpressionNode::inputVariablesParameter() const {
+  return as<HXRStringParameter>(parameterForKey(kVariablesKey));
+}
+
+std::vector<Ref<HXRValueInputPort>> HXRJavascriptExpressionNode::inputPorts() {
+  std::vector<Ref<HXRValueInputPort>> ports;
+  for (const auto& [name, port] : inputsByName()) {
+    if (auto input = as<HXRValueInputPort>(port)) ports.push_back(std::move(input));
+  }
+  return ports;
+}
+
 void HXRJavascriptExpressionNode::parameterValueDidChange(HXRParameter& parameter) {
-  if (&parameter == parameterForKey(kExpressionKey)) {
-    readSignature(static_cast<HXRStringParameter&>(parameter).value());
-  } else if (&parameter == parameterForKey(kVariablesKey)) {
-    const String variables = static_cast<HXRStringParameter&>(parameter).value();
-    rebuild([&] { refreshInputs(variables); });
+  if (&parameter == javascriptExpressionParameter()) {
+    readSignature(javascriptExpressionParameter()->value());
+  } else if (&parameter == inputVariablesParameter()) {
+    readVariables(inputVariablesParameter()->value());
   }
 }
 
 void HXRJavascriptExpressionNode::readSignature(const String& script) {
-  const Ref<HXRStringParameter> variables(as<HXRStringParameter>(parameterForKey(kVariablesKey)));
+  const Ref<HXRStringParameter> variables(inputVariablesParameter());
   if (!variables) return;
   const String signature = detail::scriptSignature(script);
   if (signature.isNil()) {
@@ -90,35 +103,12 @@ void HXRJavascriptExpressionNode::readSignature(const String& script) {
   }
 }
 
-void HXRJavascriptExpressionNode::refreshInputs(const String& variables) {
+void HXRJavascriptExpressionNode::readVariables(const String& variables) {
   std::vector<String> names;
-  std::unordered_set<String> wanted;
   if (variables) {
-    split(variables, kSeparator, [&](std::string_view piece) {
-      String name(piece);
-      if (wanted.insert(name).second) names.push_back(std::move(name));
-    });
+    split(variables, kSeparator, [&](std::string_view piece) { names.emplace_back(piece); });
   }
-  const String group = String::interned(kVariablesGroup);
-  std::vector<String> goneKeys;
-  if (const auto* const inputs = portLayout().inputs().portGroupForKey(group)) {
-    for (const Ref<Object>& member : inputs->ports()) {
-      const auto& port = static_cast<const HXRPort&>(*member);
-      if (wanted.erase(port.name()) == 0) goneKeys.push_back(port.uniqueKey());
-    }
-  }
-  // The editor node announces every step; an observer that changes the names meanwhile has them
-  // refreshed, and this refresh is then of the past.
-  const auto current = ++refreshes_;
-  for (const String& key : goneKeys) {
-    if (current != refreshes_) return;
-    if (auto* const port = portForKey(key)) removePort(*port);
-  }
-  for (const String& name : names) {
-    if (current != refreshes_) return;
-    if (!wanted.contains(name)) continue;
-    addPort(*make<HXRValueInputPort>(name, keyForVariable(name)), group);
-  }
+  refreshInputs(names);
 }
 
 }  // namespace tarnkit
