@@ -1,12 +1,19 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 
+#include "tarnkit/render/HXGraphPicture.h"
 #include "tarnkit/render/PictureColors.h"
 
 namespace tarnkit::detail {
 
 namespace {
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
 
 TEST(PictureColors, TextCanBeReadOnEveryColor) {
   EXPECT_NEAR(luminance({1, 1, 1, 1}), 1, 1e-9);
@@ -24,6 +31,19 @@ TEST(PictureColors, TextCanBeReadOnEveryColor) {
   constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
   EXPECT_EQ(luminance({kNaN, -5, 0, 1}), 0);
   EXPECT_NEAR(luminance({1e30F, 7, 2, 1}), 1, 1e-9);
+}
+
+TEST(PictureColors, AThemeIsTheRulesWithItsColors) {
+  const std::pair<HXPictureTheme, const char*> themes[] = {{HXPictureTheme::light, "#f5f6f8"},
+                                                           {HXPictureTheme::dark, "#15171b"}};
+  for (const auto& [theme, canvas] : themes) {
+    const std::string style = pictureStyle(theme);
+    EXPECT_THAT(style, HasSubstr(".tk-canvas{fill:" + std::string(canvas) + "}\n"));
+    EXPECT_THAT(style, Not(HasSubstr("var(")));
+    EXPECT_THAT(style, EndsWith("}\n"));
+    EXPECT_THAT(pictureColors(theme), StartsWith("--tk-canvas:" + std::string(canvas) + ";"));
+  }
+  EXPECT_THAT(pictureStyle(), HasSubstr(".tk-canvas{fill:var(--tk-canvas)}\n"));
 }
 
 }  // namespace

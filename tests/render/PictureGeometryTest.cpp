@@ -134,6 +134,8 @@ class NodeCheck {
     if (swatches.empty()) return;
     ASSERT_EQ(swatches.size(), 2U);
     EXPECT_EQ(swatches[0]->at("fill"), "#ffffff");
+    EXPECT_FALSE(swatches[0]->has("fill-opacity"));
+    EXPECT_TRUE(swatches[1]->has("fill-opacity"));
     inTheMiddle(*swatches[0]);
     inTheMiddle(*swatches[1]);
     row.left.pop_back();
@@ -195,6 +197,9 @@ class NodeCheck {
     }
     EXPECT_EQ(right, width_);
     EXPECT_EQ(bottom, 26);
+    // All corners are round of a box that is its title bar, only the upper ones of another.
+    const std::string& d = picture_.only("tk-bar", &node_).at("d");
+    EXPECT_EQ(std::count(d.begin(), d.end(), 'a'), height_ == 26 ? 4 : 2);
     EXPECT_NEAR(bar.front().x, bar.back().x, kHair);
     EXPECT_NEAR(bar.back().y, 7, kHair);
   }
@@ -367,7 +372,7 @@ class PictureGeometry : public PictureTest {
  protected:
   /// Every kind of box, line and value, each at a place of its own.
   void fill() {
-    const auto touch = place("HXRTouchInteractionNode", {-210.5F, 23});
+    const auto touch = place("HXRTouchInteractionNode", {-210.5F, 23}, nullptr, "T");
     const auto toggle = place("HXRSwitchNode", {217, 61}, nullptr, "On and off");
     const auto spring = place("HXRSpring1DNode", {483, -17});
     const auto mixer = place("HXRColorMixerNode", {471, 209}, nullptr, "A mixer of a long title");
@@ -380,6 +385,13 @@ class PictureGeometry : public PictureTest {
     placeGroup({720, 500}, nullptr, "Empty group with some words for a title");
     const auto group = placeGroup({733, 311}, nullptr, "Inner");
     fillGroup(group);
+    // One whose heading is its widest line.
+    const auto narrow = placeGroup({20, 700}, nullptr, "N");
+    const auto pin = place("HXRPinNode", {5, 6}, narrow.get());
+    for (const char* key : {"Tarn.input", "Tarn.output"}) {
+      HXPort* const port = pin->portForKey(String(key));
+      if (port) narrow->subnodeGroup()->addSymbolicPortForPort(*port)->setName(String("i"));
+    }
     port(toggle, "Tarn.turnOnInput").setStaticValue(PMRPrimitive::primitiveWithBooleanValue(true));
     port(mixer, "Tarn.mixInput").setStaticValue(PMRPrimitive::primitiveWithNumberValue(1234.5F));
     for (const auto& each : spring->inputPortGroups()) {
@@ -424,7 +436,7 @@ class PictureGeometry : public PictureTest {
 TEST_F(PictureGeometry, AllStandsWhereItBelongs) {
   fill();
   const Picture picture(*document->subnodeGroup());
-  ASSERT_EQ(picture.each("tk-node").size(), 10U);
+  ASSERT_EQ(picture.each("tk-node").size(), 11U);
   ASSERT_EQ(picture.each("tk-wire").size(), 8U);
   ASSERT_EQ(picture.each("tk-collapsed").size(), 1U);
   ASSERT_FALSE(picture.root().has("data-laid-out"));
@@ -596,6 +608,17 @@ TEST_F(PictureGeometry, PublishedPortsStandAsNearToTheirOwnAsTheOthersLetThem) {
   EXPECT_THAT(heights, ElementsAre(131, 159, 187, 441, 441));
   EXPECT_EQ(drawn.edgePorts.at(1).inner.y, 159);
   check(Picture(inside));
+}
+
+TEST_F(PictureGeometry, APictureIsNamedAfterTheNodeThatHoldsTheGroup) {
+  const auto titleOf = [](const HXNode& node) {
+    return Picture(*node.subnodeGroup()).only("tk-caption").text;
+  };
+  EXPECT_EQ(titleOf(*document), "Document");
+  document->setName(String("Top"));
+  EXPECT_EQ(titleOf(*document), "Top");
+  EXPECT_EQ(titleOf(*placeGroup({0, 0}, nullptr, "Named")), "Named");
+  EXPECT_EQ(titleOf(*placeGroup({0, 0})), "Untitled");
 }
 
 TEST_F(PictureGeometry, AnEmptyGroupIsAPictureToo) {

@@ -49,6 +49,23 @@ TEST(TextMetrics, WhatFitsIsKeptWholeAndTheRestIsCutBetweenCharactersThatPeopleS
   }
 }
 
+TEST(TextMetrics, WidthsAreThoseOfTheFont) {
+  struct Case {
+    const char* text;
+    double regular;
+    double bold;
+  };
+  // The ends of the tabled scripts; marks take no width, other scripts the widest of theirs.
+  const Case cases[] = {{" ", 32, 35},        {"~", 84, 84},       {"\u017F", 36, 44},
+                        {"\u0370", 66, 70},   {"\u045F", 66, 70},  {"\u05D0", 67, 73},
+                        {"\u0180", 145, 145}, {"e\u0301", 62, 68}, {"\u753B", 105, 105},
+                        {"…", 105, 105}};
+  for (const auto& [text, regular, bold] : cases) {
+    EXPECT_DOUBLE_EQ(textWidth(text, {100, false}), regular) << text;
+    EXPECT_DOUBLE_EQ(textWidth(text, {100, true}), bold) << text;
+  }
+}
+
 TEST(TextMetrics, DirectionIsThatOfTheFirstLetterThatHasOne) {
   EXPECT_TRUE(isRightToLeft("مفتاح"));
   EXPECT_TRUE(isRightToLeft("12 (שלום) abc"));
@@ -64,7 +81,8 @@ TEST(Markup, WhateverATextHoldsGivesXML) {
   std::string id;
   appendIdPart(id, "node_1");
   appendIdPart(id, "/a-b é");
-  EXPECT_EQ(id, "node_1-2fa-2db-20-c3-a9");
+  appendIdPart(id, "azAZ09.`{@[/:");
+  EXPECT_EQ(id, "node_1-2fa-2db-20-c3-a9azAZ09.-60-7b-40-5b-2f-3a");
 }
 
 TEST(Markup, NumbersAreShortAndNeverHuge) {
