@@ -4,9 +4,9 @@
 #include <unordered_map>
 
 #include "BenchGraph.h"
-#include "tarnkit/platform/PropertyList.h"
-#include "tarnkit/platform/PropertyListReader.h"
-#include "tarnkit/platform/PropertyListWriter.h"
+#include "tarnkit/platform/propertylist/PropertyList.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
+#include "tarnkit/platform/propertylist/PropertyListWriter.h"
 
 namespace tarnkit::bench {
 

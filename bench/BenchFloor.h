@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tarnkit/platform/Data.h"
-#include "tarnkit/platform/Symbol.h"
+#include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/text/Symbol.h"
 
 namespace tarnkit::bench {
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdlib>
 
-#include "tarnkit/platform/BlockPool.h"
+#include "tarnkit/platform/objects/BlockPool.h"
 
 // The allocator's own entry points are wrapped, so that every byte counts, whoever asks for it.
 extern "C" {

@@ -17,8 +17,8 @@
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSymbolicPort.h"
-#include "tarnkit/platform/PropertyList.h"
-#include "tarnkit/platform/PropertyListReader.h"
+#include "tarnkit/platform/propertylist/PropertyList.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
 
 namespace tarnkit::bench {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "tarnkit/model/HXDocumentFile.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace tarnkit;

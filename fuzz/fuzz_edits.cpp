@@ -9,7 +9,7 @@
 #include "fuzz/model/ModelEditor.h"
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXDocumentFile.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 #include "tests/model/Consistency.h"
 
 namespace {

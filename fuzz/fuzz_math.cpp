@@ -15,7 +15,7 @@
 #include "tarnkit/math/MXParser.h"
 #include "tarnkit/math/MXPrecisionFunctionEvaluator.h"
 #include "tarnkit/math/MathText.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace {
 

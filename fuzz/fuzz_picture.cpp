@@ -20,7 +20,7 @@
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/patches/PMRPrimitive.h"
 #include "tarnkit/patches/PatchRegistry.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 #include "tarnkit/render/HXGraphPage.h"
 
 namespace {

@@ -10,8 +10,8 @@
 
 #include "tarnkit/archive/HXArchiveReader.h"
 #include "tarnkit/archive/HXArchiveText.h"
-#include "tarnkit/platform/PropertyListReader.h"
-#include "tarnkit/platform/UTF8.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
+#include "tarnkit/platform/text/UTF8.h"
 
 namespace {
 

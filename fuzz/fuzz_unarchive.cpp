@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tarnkit/platform/StandardKeyedArchiver.h"
-#include "tarnkit/platform/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedArchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "tarnkit/platform/PropertyListReader.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
 
 namespace tarnkit {
 

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "tarnkit/platform/PropertyList.h"
-#include "tarnkit/platform/PropertyListKeyMap.h"
+#include "tarnkit/platform/propertylist/PropertyList.h"
+#include "tarnkit/platform/propertylist/PropertyListKeyMap.h"
 
 namespace tarnkit {
 

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "tarnkit/archive/HXArchiveReader.h"
-#include "tarnkit/platform/JSONWriter.h"
-#include "tarnkit/platform/NumberText.h"
-#include "tarnkit/platform/UTF8.h"
+#include "tarnkit/platform/numbers/NumberText.h"
+#include "tarnkit/platform/text/JSONWriter.h"
+#include "tarnkit/platform/text/UTF8.h"
 
 namespace tarnkit {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "tarnkit/platform/FunctionRef.h"
+#include "tarnkit/platform/objects/FunctionRef.h"
 
 namespace tarnkit {
 

@@ -8,10 +8,10 @@
 
 #include "tarnkit/archive/HXKeyedArchiver.h"
 #include "tarnkit/archive/HXVersion.h"
-#include "tarnkit/platform/Array.h"
-#include "tarnkit/platform/Dictionary.h"
-#include "tarnkit/platform/Null.h"
-#include "tarnkit/platform/Number.h"
+#include "tarnkit/platform/collections/Array.h"
+#include "tarnkit/platform/collections/Dictionary.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/objects/Null.h"
 
 namespace tarnkit::detail {
 

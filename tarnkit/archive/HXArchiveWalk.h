@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "tarnkit/platform/Coder.h"
-#include "tarnkit/platform/IdentityTable.h"
-#include "tarnkit/platform/PropertyListWriter.h"
+#include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/collections/IdentityTable.h"
+#include "tarnkit/platform/propertylist/PropertyListWriter.h"
 
 namespace tarnkit::detail {
 

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "tarnkit/archive/HXArchiveWalk.h"
-#include "tarnkit/platform/File.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/File.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

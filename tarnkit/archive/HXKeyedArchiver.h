@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/coding/Coder.h"
 
 namespace tarnkit {
 

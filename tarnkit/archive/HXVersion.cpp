@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <string_view>
 
-#include "tarnkit/platform/Bundle.h"
-#include "tarnkit/platform/NumberText.h"
-#include "tarnkit/platform/String.h"
-#include "tarnkit/platform/Symbol.h"
+#include "tarnkit/platform/numbers/NumberText.h"
+#include "tarnkit/platform/system/Bundle.h"
+#include "tarnkit/platform/text/String.h"
+#include "tarnkit/platform/text/Symbol.h"
 
 namespace tarnkit {
 

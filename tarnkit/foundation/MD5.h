@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tarnkit/platform/Data.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 

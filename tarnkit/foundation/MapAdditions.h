@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "tarnkit/platform/IdentityMap.h"
-#include "tarnkit/platform/OrderedMap.h"
+#include "tarnkit/platform/collections/IdentityMap.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
 
 namespace tarnkit {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
-#include "tarnkit/platform/CharacterSet.h"
-#include "tarnkit/platform/UTF8.h"
+#include "tarnkit/platform/text/CharacterSet.h"
+#include "tarnkit/platform/text/UTF8.h"
 
 namespace tarnkit {
 

@@ -7,8 +7,8 @@
 
 #include "tarnkit/math/BuiltinFunctions.h"
 #include "tarnkit/math/MXNumber.h"
-#include "tarnkit/platform/Object.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit::detail {
 

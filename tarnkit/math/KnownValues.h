@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "tarnkit/math/MXMathEvaluator.h"
-#include "tarnkit/platform/FunctionRef.h"
+#include "tarnkit/platform/objects/FunctionRef.h"
 
 namespace tarnkit::detail {
 

@@ -5,7 +5,7 @@
 #include "tarnkit/math/precision/PrecisionFunctions.h"
 #include "tarnkit/math/precision/PrecisionTables.h"
 #include "tarnkit/math/precision/WideDecimal.h"
-#include "tarnkit/platform/PowersOfTen.h"
+#include "tarnkit/platform/numbers/PowersOfTen.h"
 
 namespace tarnkit {
 

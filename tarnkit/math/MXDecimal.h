@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "tarnkit/platform/Decimal.h"
+#include "tarnkit/platform/numbers/Decimal.h"
 
 /// Arithmetic and elementary functions of decimals, rounded half to even.
 ///

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "tarnkit/platform/OrderedMap.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
 
 namespace tarnkit {
 

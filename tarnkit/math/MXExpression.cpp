@@ -12,7 +12,7 @@
 #include "tarnkit/math/MathText.h"
 #include "tarnkit/math/OnePassParser.h"
 #include "tarnkit/math/TreeOperations.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

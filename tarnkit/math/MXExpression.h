@@ -7,7 +7,7 @@
 #include "tarnkit/math/ExpressionTree.h"
 #include "tarnkit/math/MXError.h"
 #include "tarnkit/math/MXNumber.h"
-#include "tarnkit/platform/OrderedMap.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
 
 namespace tarnkit {
 

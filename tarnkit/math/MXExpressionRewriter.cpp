@@ -4,7 +4,7 @@
 #include "tarnkit/math/RewritePass.h"
 #include "tarnkit/math/TreeOperations.h"
 #include "tarnkit/math/TreeSimplification.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

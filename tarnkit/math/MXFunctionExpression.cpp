@@ -12,7 +12,7 @@
 #include "tarnkit/math/TreeBuilder.h"
 #include "tarnkit/math/TreeOperations.h"
 #include "tarnkit/math/TreeSimplification.h"
-#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/coding/Coder.h"
 
 namespace tarnkit::detail {
 

@@ -14,7 +14,7 @@
 #include "tarnkit/math/PreparedTree.h"
 #include "tarnkit/math/RandomNumbers.h"
 #include "tarnkit/math/TreeEvaluation.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tarnkit/platform/Object.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 

@@ -4,7 +4,7 @@
 
 #include "tarnkit/math/MXMathOperator.h"
 #include "tarnkit/math/MXNumber.h"
-#include "tarnkit/platform/Object.h"
+#include "tarnkit/platform/objects/Object.h"
 
 namespace tarnkit {
 

@@ -6,7 +6,7 @@
 #include "tarnkit/math/MXError.h"
 #include "tarnkit/math/MXMathOperatorSet.h"
 #include "tarnkit/math/MXMathStringToken.h"
-#include "tarnkit/platform/FunctionRef.h"
+#include "tarnkit/platform/objects/FunctionRef.h"
 
 namespace tarnkit {
 

@@ -6,8 +6,8 @@
 #include <cmath>
 
 #include "tarnkit/math/MathText.h"
-#include "tarnkit/platform/Log.h"
-#include "tarnkit/platform/NumberText.h"
+#include "tarnkit/platform/numbers/NumberText.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "tarnkit/platform/Number.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 

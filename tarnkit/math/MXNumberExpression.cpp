@@ -1,6 +1,6 @@
 #include "tarnkit/math/MXNumberExpression.h"
 
-#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/coding/Coder.h"
 
 namespace tarnkit::detail {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tarnkit/math/MXFunctionEvaluator.h"
-#include "tarnkit/platform/Decimal.h"
+#include "tarnkit/platform/numbers/Decimal.h"
 
 namespace tarnkit::detail {
 

@@ -7,7 +7,7 @@
 #include "tarnkit/math/SmallStack.h"
 #include "tarnkit/math/TreeEvaluation.h"
 #include "tarnkit/math/TreeOperations.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit::detail {
 

@@ -1,6 +1,6 @@
 #include "tarnkit/math/MXVariableExpression.h"
 
-#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/coding/Coder.h"
 
 namespace tarnkit::detail {
 

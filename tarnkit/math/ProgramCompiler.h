@@ -8,7 +8,7 @@
 #include "tarnkit/math/BuiltinFunctions.h"
 #include "tarnkit/math/ExpressionTree.h"
 #include "tarnkit/math/Program.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 class MXMathEvaluator;

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "tarnkit/platform/Coder.h"
-#include "tarnkit/platform/Object.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 

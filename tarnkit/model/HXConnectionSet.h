@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tarnkit/model/HXConnection.h"
-#include "tarnkit/platform/OrderedSet.h"
+#include "tarnkit/platform/collections/OrderedSet.h"
 
 namespace tarnkit {
 

@@ -7,7 +7,7 @@
 
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXPatchPort.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit::detail {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tarnkit/model/HXPortGroup.h"
-#include "tarnkit/platform/OrderedMap.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
 
 namespace tarnkit {
 

@@ -6,7 +6,7 @@
 #include "tarnkit/model/HXDecodedNodes.h"
 #include "tarnkit/model/HXPort.h"
 #include "tarnkit/model/KeyCounter.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

@@ -10,10 +10,10 @@
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/archive/HXKeyedArchiver.h"
 #include "tarnkit/model/HXModel.h"
-#include "tarnkit/platform/File.h"
-#include "tarnkit/platform/PropertyListReader.h"
-#include "tarnkit/platform/StandardKeyedArchiver.h"
-#include "tarnkit/platform/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedArchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
+#include "tarnkit/platform/system/File.h"
 
 namespace tarnkit {
 

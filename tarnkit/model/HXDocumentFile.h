@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tarnkit/model/HXDocument.h"
-#include "tarnkit/platform/Data.h"
+#include "tarnkit/platform/objects/Data.h"
 
 namespace tarnkit {
 

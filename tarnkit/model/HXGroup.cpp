@@ -9,7 +9,7 @@
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/model/KeyCounter.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "tarnkit/model/HXNotifications.h"
-#include "tarnkit/platform/Coder.h"
-#include "tarnkit/platform/OrderedMap.h"
-#include "tarnkit/platform/OrderedSet.h"
+#include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
+#include "tarnkit/platform/collections/OrderedSet.h"
 
 namespace tarnkit {
 

@@ -5,7 +5,7 @@
 #include "tarnkit/model/HXGroup.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXSymbolicPort.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

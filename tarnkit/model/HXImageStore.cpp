@@ -9,8 +9,8 @@
 #include "tarnkit/foundation/MD5.h"
 #include "tarnkit/foundation/MapAdditions.h"
 #include "tarnkit/model/HXDocument.h"
-#include "tarnkit/platform/Log.h"
-#include "tarnkit/platform/Number.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

@@ -4,8 +4,8 @@
 
 #include "tarnkit/model/HXImageStoreEntry.h"
 #include "tarnkit/model/HXNotifications.h"
-#include "tarnkit/platform/Data.h"
-#include "tarnkit/platform/OrderedMap.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
+#include "tarnkit/platform/objects/Data.h"
 
 namespace tarnkit {
 

@@ -8,7 +8,7 @@
 #include "tarnkit/model/HXGroup.h"
 #include "tarnkit/model/HXNotifications.h"
 #include "tarnkit/patches/HXRNode.h"
-#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/coding/Coder.h"
 
 namespace tarnkit {
 

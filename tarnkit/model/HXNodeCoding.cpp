@@ -8,7 +8,7 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/model/KeyCounter.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

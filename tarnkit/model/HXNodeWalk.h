@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "tarnkit/platform/Ref.h"
+#include "tarnkit/platform/objects/Ref.h"
 
 namespace tarnkit {
 

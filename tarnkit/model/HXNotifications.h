@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tarnkit/platform/NotificationCenter.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/system/NotificationCenter.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 

@@ -4,7 +4,7 @@
 
 #include "tarnkit/model/HXNotifications.h"
 #include "tarnkit/patches/HXRParameter.h"
-#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/coding/Coder.h"
 
 namespace tarnkit {
 

@@ -7,7 +7,7 @@
 #include "tarnkit/patches/HXRReplicatorArrayOutputPort.h"
 #include "tarnkit/patches/Orientation.h"
 #include "tarnkit/patches/RGBA.h"
-#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/coding/Coder.h"
 
 namespace tarnkit {
 

@@ -3,7 +3,7 @@
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXSymbolicPort.h"
-#include "tarnkit/platform/Number.h"
+#include "tarnkit/platform/numbers/Number.h"
 
 namespace tarnkit {
 

@@ -4,8 +4,8 @@
 
 #include "tarnkit/model/HXNotifications.h"
 #include "tarnkit/patches/HXRPortGroup.h"
-#include "tarnkit/platform/Coder.h"
-#include "tarnkit/platform/OrderedSet.h"
+#include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/collections/OrderedSet.h"
 
 namespace tarnkit {
 

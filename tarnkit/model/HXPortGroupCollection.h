@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "tarnkit/platform/Coder.h"
-#include "tarnkit/platform/OrderedSet.h"
+#include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/collections/OrderedSet.h"
 
 namespace tarnkit {
 

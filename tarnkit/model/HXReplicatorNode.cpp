@@ -10,10 +10,10 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/model/HXSymbolicPort.h"
-#include "tarnkit/platform/Array.h"
-#include "tarnkit/platform/Dictionary.h"
-#include "tarnkit/platform/Log.h"
-#include "tarnkit/platform/UUID.h"
+#include "tarnkit/platform/collections/Array.h"
+#include "tarnkit/platform/collections/Dictionary.h"
+#include "tarnkit/platform/system/Log.h"
+#include "tarnkit/platform/text/UUID.h"
 
 namespace tarnkit {
 

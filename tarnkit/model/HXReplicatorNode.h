@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tarnkit/model/HXNode.h"
-#include "tarnkit/platform/IdentityMap.h"
+#include "tarnkit/platform/collections/IdentityMap.h"
 
 namespace tarnkit {
 

@@ -7,7 +7,7 @@
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

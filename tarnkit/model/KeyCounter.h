@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 

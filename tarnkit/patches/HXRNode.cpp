@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "tarnkit/patches/PatchColors.h"
-#include "tarnkit/platform/Bundle.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Bundle.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

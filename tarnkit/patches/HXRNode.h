@@ -7,7 +7,7 @@
 #include "tarnkit/patches/HXRNodeOwner.h"
 #include "tarnkit/patches/HXRParameter.h"
 #include "tarnkit/patches/HXRPortLayout.h"
-#include "tarnkit/platform/FunctionRef.h"
+#include "tarnkit/platform/objects/FunctionRef.h"
 
 namespace tarnkit {
 

@@ -3,9 +3,9 @@
 #include <atomic>
 
 #include "tarnkit/patches/RGBA.h"
-#include "tarnkit/platform/Class.h"
-#include "tarnkit/platform/OrderedSet.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/collections/OrderedSet.h"
+#include "tarnkit/platform/objects/Class.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tarnkit/platform/Object.h"
+#include "tarnkit/platform/objects/Object.h"
 
 namespace tarnkit {
 

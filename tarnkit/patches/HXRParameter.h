@@ -3,10 +3,10 @@
 #include <atomic>
 #include <variant>
 
-#include "tarnkit/platform/Class.h"
-#include "tarnkit/platform/Object.h"
-#include "tarnkit/platform/String.h"
-#include "tarnkit/platform/Symbol.h"
+#include "tarnkit/platform/objects/Class.h"
+#include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/text/String.h"
+#include "tarnkit/platform/text/Symbol.h"
 
 namespace tarnkit {
 

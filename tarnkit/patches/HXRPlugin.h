@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "tarnkit/platform/Object.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 

@@ -4,8 +4,8 @@
 
 #include "tarnkit/patches/HXRPortClass.h"
 #include "tarnkit/patches/Orientation.h"
-#include "tarnkit/platform/Object.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 

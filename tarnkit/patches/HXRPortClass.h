@@ -1,8 +1,8 @@
 #pragma once
 
 #include "tarnkit/patches/RGBA.h"
-#include "tarnkit/platform/Class.h"
-#include "tarnkit/platform/Symbol.h"
+#include "tarnkit/platform/objects/Class.h"
+#include "tarnkit/platform/text/Symbol.h"
 
 namespace tarnkit {
 

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "tarnkit/patches/HXRPort.h"
-#include "tarnkit/platform/OrderedMap.h"
-#include "tarnkit/platform/OrderedSet.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
+#include "tarnkit/platform/collections/OrderedSet.h"
 
 namespace tarnkit {
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "tarnkit/patches/HXRNode.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "tarnkit/patches/HXRPortGroup.h"
-#include "tarnkit/platform/OrderedMap.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
 
 namespace tarnkit {
 

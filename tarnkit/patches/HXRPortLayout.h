@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tarnkit/patches/HXRPortGroupCollection.h"
-#include "tarnkit/platform/OrderedMap.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
 
 namespace tarnkit {
 

@@ -4,7 +4,7 @@
 
 #include "tarnkit/patches/HXRTypedPorts.h"
 #include "tarnkit/patches/PMRPrimitive.h"
-#include "tarnkit/platform/OrderedMap.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
 
 namespace tarnkit {
 

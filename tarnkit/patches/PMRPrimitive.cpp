@@ -7,11 +7,11 @@
 #include <limits>
 #include <string_view>
 
-#include "tarnkit/platform/Coder.h"
-#include "tarnkit/platform/Color.h"
-#include "tarnkit/platform/Log.h"
-#include "tarnkit/platform/Number.h"
-#include "tarnkit/platform/NumberText.h"
+#include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/numbers/NumberText.h"
+#include "tarnkit/platform/objects/Color.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

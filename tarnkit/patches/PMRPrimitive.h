@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include "tarnkit/patches/RGBA.h"
-#include "tarnkit/platform/Object.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 

@@ -21,8 +21,8 @@
 #include "tarnkit/patches/catalogue/math/HXRMathNode.h"
 #include "tarnkit/patches/catalogue/state/HXRIndexSwitchNode.h"
 #include "tarnkit/patches/catalogue/utility/HXRJavascriptExpressionNode.h"
-#include "tarnkit/platform/Bundle.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Bundle.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

@@ -10,7 +10,7 @@
 
 #include "tarnkit/patches/HXRPluginEntry.h"
 #include "tarnkit/patches/PatchRegistry.h"
-#include "tarnkit/platform/Bundle.h"
+#include "tarnkit/platform/system/Bundle.h"
 
 namespace tarnkit {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/text/String.h"
 #include "tarnkit/render/TextMetrics.h"
 
 namespace tarnkit::detail {

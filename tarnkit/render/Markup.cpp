@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "tarnkit/platform/UTF8.h"
+#include "tarnkit/platform/text/UTF8.h"
 #include "tarnkit/render/TextMetrics.h"
 
 namespace tarnkit::detail {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "tarnkit/platform/FunctionRef.h"
+#include "tarnkit/platform/objects/FunctionRef.h"
 #include "tarnkit/render/Label.h"
 #include "tarnkit/render/PortValue.h"
 

@@ -10,9 +10,9 @@
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
-#include "tarnkit/platform/JSONWriter.h"
-#include "tarnkit/platform/Overloaded.h"
 #include "tarnkit/platform/images/Image.h"
+#include "tarnkit/platform/objects/Overloaded.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tarnkit/render/Markup.h"
 
 namespace tarnkit::detail {

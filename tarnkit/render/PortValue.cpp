@@ -6,7 +6,7 @@
 
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
-#include "tarnkit/platform/NumberText.h"
+#include "tarnkit/platform/numbers/NumberText.h"
 #include "tarnkit/render/Markup.h"
 #include "tarnkit/render/NodeBox.h"
 

@@ -10,7 +10,7 @@
 #include <memory>
 #include <string_view>
 
-#include "tarnkit/platform/UTF8.h"
+#include "tarnkit/platform/text/UTF8.h"
 #include "tarnkit/render/TextAdvances.h"
 
 namespace tarnkit::detail {

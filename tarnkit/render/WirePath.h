@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "tarnkit/platform/FunctionRef.h"
+#include "tarnkit/platform/objects/FunctionRef.h"
 #include "tarnkit/render/LayeredLayout.h"
 
 namespace tarnkit::detail {

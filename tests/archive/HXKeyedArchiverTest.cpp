@@ -11,14 +11,14 @@
 #include "tarnkit/archive/HXArchiveText.h"
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/archive/HXKeyedArchiver.h"
-#include "tarnkit/platform/Array.h"
-#include "tarnkit/platform/Bundle.h"
-#include "tarnkit/platform/Dictionary.h"
-#include "tarnkit/platform/File.h"
-#include "tarnkit/platform/Log.h"
-#include "tarnkit/platform/Null.h"
-#include "tarnkit/platform/Number.h"
-#include "tarnkit/platform/PropertyListWriter.h"
+#include "tarnkit/platform/collections/Array.h"
+#include "tarnkit/platform/collections/Dictionary.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/objects/Null.h"
+#include "tarnkit/platform/propertylist/PropertyListWriter.h"
+#include "tarnkit/platform/system/Bundle.h"
+#include "tarnkit/platform/system/File.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 namespace {

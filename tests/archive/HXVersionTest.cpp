@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "tarnkit/archive/HXVersion.h"
-#include "tarnkit/platform/Bundle.h"
-#include "tarnkit/platform/Number.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/system/Bundle.h"
 
 namespace tarnkit {
 namespace {

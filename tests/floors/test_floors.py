@@ -19,6 +19,17 @@ FLOORS = {
     "model": {"platform", "images", "foundation", "archive", "math", "patches"},
     "render": {"platform", "images", "foundation", "archive", "math", "patches", "model"},
 }
+# The shelves of the platform, and what the headers on each may include beside their own. Sources may
+# look further: an object describes itself by a string, and a string is an object.
+SHELVES = {
+    "objects": set(),
+    "text": {"objects"},
+    "numbers": {"objects", "text"},
+    "collections": {"objects", "text"},
+    "system": {"objects", "text", "collections"},
+    "propertylist": {"objects", "text", "collections", "system"},
+    "coding": {"objects", "text", "numbers", "collections", "system", "propertylist"},
+}
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(["<])([^">]+)[">]', re.MULTILINE)
 
 
@@ -30,6 +41,12 @@ def room_of(path):
     if parts[1] == "platform" and parts[2] == "images":
         return "images"
     return parts[1]
+
+
+def shelf_of(path):
+    """The shelf of a path on the platform floor, None elsewhere."""
+    parts = path.split("/")
+    return parts[2] if parts[1] == "platform" and parts[2] in SHELVES else None
 
 
 def own_includes(root, path):
@@ -84,8 +101,15 @@ def violations(root):
             continue
         includes, wrong = own_includes(root, path)
         complaints += wrong
+        shelf = shelf_of(path)
+        if room == "platform" and not shelf:
+            complaints.append(f"{path}: stands on no shelf")
         if file.suffix == ".h":
             headers[path] = includes
+            for name in includes:
+                below = shelf_of(name)
+                if shelf and below and below != shelf and below not in SHELVES[shelf]:
+                    complaints.append(f"{path}: {shelf} may not include {below} ({name})")
         for name in includes:
             below = room_of(name)
             if below != room and below not in FLOORS[room]:
@@ -101,18 +125,18 @@ class Floors(unittest.TestCase):
 
     def test_the_library_stands_on_its_floors(self):
         root = pathlib.Path(os.environ.get("TARNKIT_SOURCE_DIR", pathlib.Path(__file__).parents[2]))
-        self.assertTrue(list(root.glob("tarnkit/platform/*.h")), f"no library below {root}")
+        self.assertTrue(list(root.glob("tarnkit/platform/*/*.h")), f"no library below {root}")
         self.assertEqual(violations(root), [])
 
     def test_each_kind_of_violation_is_seen(self):
         good = {
-            "tarnkit/platform/A.h": "#include <vector>\n",
-            "tarnkit/math/B.h": '#include "tarnkit/platform/A.h"\n',
+            "tarnkit/platform/text/A.h": "#include <vector>\n",
+            "tarnkit/math/B.h": '#include "tarnkit/platform/text/A.h"\n',
             "tarnkit/model/C.cpp": '#include "tarnkit/math/B.h"\n',
         }
         cases = [
             ("nothing", {}, None),
-            ("upward", {"tarnkit/platform/D.cpp": '#include "tarnkit/math/B.h"\n'}, "may not include"),
+            ("upward", {"tarnkit/platform/text/D.cpp": '#include "tarnkit/math/B.h"\n'}, "may not include"),
             ("sideways", {"tarnkit/archive/D.cpp": '#include "tarnkit/math/B.h"\n'}, "may not include"),
             ("an image library behind math",
              {"tarnkit/platform/images/I.h": "", "tarnkit/math/D.cpp":
@@ -123,6 +147,10 @@ class Floors(unittest.TestCase):
             ("a file that is not there", {"tarnkit/math/E.h": '#include "tarnkit/math/No.h"\n'},
              "does not exist"),
             ("a name from the side", {"tarnkit/math/E.cpp": '#include "B.h"\n'}, "from the root"),
+            ("upward on the shelves",
+             {"tarnkit/platform/objects/O.h": '#include "tarnkit/platform/text/A.h"\n'},
+             "objects may not include text"),
+            ("no shelf", {"tarnkit/platform/E.h": ""}, "no shelf"),
             ("a room of no floor", {"tarnkit/attic/E.h": ""}, "no room"),
         ]
         for name, files, expected in cases:

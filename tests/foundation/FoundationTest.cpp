@@ -6,8 +6,8 @@
 #include "tarnkit/foundation/MD5.h"
 #include "tarnkit/foundation/MapAdditions.h"
 #include "tarnkit/foundation/StringTrimming.h"
-#include "tarnkit/platform/CharacterSet.h"
-#include "tarnkit/platform/Number.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/text/CharacterSet.h"
 
 namespace tarnkit {
 namespace {

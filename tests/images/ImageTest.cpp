@@ -7,8 +7,8 @@
 #include <string>
 
 #include "ImageFiles.h"
-#include "tarnkit/platform/StandardKeyedArchiver.h"
-#include "tarnkit/platform/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedArchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
 #include "tarnkit/platform/images/Image.h"
 
 namespace tarnkit {

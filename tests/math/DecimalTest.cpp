@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "tarnkit/math/MXDecimal.h"
-#include "tarnkit/platform/Decimal.h"
+#include "tarnkit/platform/numbers/Decimal.h"
 
 namespace tarnkit {
 namespace {

@@ -3,9 +3,9 @@
 #include "tarnkit/math/MXCompiledExpression.h"
 #include "tarnkit/math/MXExpressionRewriter.h"
 #include "tarnkit/math/MXMathParsing.h"
-#include "tarnkit/platform/Data.h"
-#include "tarnkit/platform/StandardKeyedArchiver.h"
-#include "tarnkit/platform/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedArchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/objects/Data.h"
 #include "tests/math/MathTesting.h"
 
 namespace tarnkit::testing {

@@ -2,9 +2,9 @@
 
 #include "tarnkit/math/MXExpression.h"
 #include "tarnkit/math/MXMathParsing.h"
-#include "tarnkit/platform/Data.h"
-#include "tarnkit/platform/StandardKeyedArchiver.h"
-#include "tarnkit/platform/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedArchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/objects/Data.h"
 #include "tests/math/MathTesting.h"
 #include "tests/math/MemoryCoder.h"
 

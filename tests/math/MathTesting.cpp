@@ -1,6 +1,6 @@
 #include "tests/math/MathTesting.h"
 
-#include "tarnkit/platform/NumberText.h"
+#include "tarnkit/platform/numbers/NumberText.h"
 
 namespace tarnkit::testing {
 

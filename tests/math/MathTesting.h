@@ -9,7 +9,7 @@
 #include "tarnkit/math/MXMathEvaluator.h"
 #include "tarnkit/math/MXMathStringTokenizer.h"
 #include "tarnkit/math/MXParser.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit::testing {
 

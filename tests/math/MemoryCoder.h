@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tarnkit/platform/Coder.h"
+#include "tarnkit/platform/coding/Coder.h"
 
 namespace tarnkit::testing {
 

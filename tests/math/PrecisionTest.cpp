@@ -11,7 +11,7 @@
 
 #include "tarnkit/math/MXDecimal.h"
 #include "tarnkit/math/MXPrecisionFunctionEvaluator.h"
-#include "tarnkit/platform/PowersOfTen.h"
+#include "tarnkit/platform/numbers/PowersOfTen.h"
 
 namespace tarnkit {
 namespace {

@@ -4,9 +4,9 @@
 
 #include "tarnkit/math/MXCompiledExpression.h"
 #include "tarnkit/math/MXMathParsing.h"
-#include "tarnkit/platform/NumberText.h"
-#include "tarnkit/platform/StandardKeyedArchiver.h"
-#include "tarnkit/platform/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedArchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/numbers/NumberText.h"
 #include "tests/math/MathTesting.h"
 
 namespace tarnkit::testing {

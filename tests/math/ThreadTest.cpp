@@ -8,7 +8,7 @@
 
 #include "tarnkit/math/MXCompiledExpression.h"
 #include "tarnkit/math/MXExpressionRewriter.h"
-#include "tarnkit/platform/StandardKeyedArchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedArchiver.h"
 #include "tests/math/MathTesting.h"
 
 namespace tarnkit::testing {

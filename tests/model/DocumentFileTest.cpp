@@ -5,9 +5,9 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/patches/catalogue/Catalogue.h"
-#include "tarnkit/platform/PropertyList.h"
-#include "tarnkit/platform/PropertyListReader.h"
-#include "tarnkit/platform/StandardKeyedArchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedArchiver.h"
+#include "tarnkit/platform/propertylist/PropertyList.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
 
 namespace tarnkit::test {
 

@@ -6,12 +6,12 @@
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/model/HXReplicatorNode.h"
 #include "tarnkit/patches/catalogue/Catalogue.h"
-#include "tarnkit/platform/Array.h"
-#include "tarnkit/platform/PropertyList.h"
-#include "tarnkit/platform/PropertyListReader.h"
-#include "tarnkit/platform/PropertyListWriter.h"
-#include "tarnkit/platform/StandardKeyedArchiver.h"
-#include "tarnkit/platform/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedArchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/collections/Array.h"
+#include "tarnkit/platform/propertylist/PropertyList.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
+#include "tarnkit/platform/propertylist/PropertyListWriter.h"
 
 // Documents that somebody has tampered with: whatever stands in them, opening ends in a document
 // that can be edited, saved and sent, or in one sentence and nothing left behind.

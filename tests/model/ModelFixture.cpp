@@ -4,9 +4,9 @@
 
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPortGroup.h"
-#include "tarnkit/platform/Array.h"
-#include "tarnkit/platform/Null.h"
-#include "tarnkit/platform/Number.h"
+#include "tarnkit/platform/collections/Array.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/objects/Null.h"
 
 namespace tarnkit::test {
 

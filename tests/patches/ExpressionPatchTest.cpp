@@ -10,7 +10,7 @@
 #include "tarnkit/patches/catalogue/math/HXRMathExpressionNode.h"
 #include "tarnkit/patches/catalogue/utility/HXRJavascriptExpressionNode.h"
 #include "tarnkit/patches/catalogue/utility/ScriptSignature.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 namespace {

@@ -8,8 +8,8 @@
 #include "tarnkit/patches/PatchColors.h"
 #include "tarnkit/patches/PatchDeclaration.h"
 #include "tarnkit/patches/PatchRegistry.h"
-#include "tarnkit/platform/Bundle.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Bundle.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 namespace {

@@ -8,13 +8,13 @@
 
 #include "tarnkit/patches/PMRPrimitive.h"
 #include "tarnkit/patches/PatchRegistry.h"
-#include "tarnkit/platform/Coder.h"
-#include "tarnkit/platform/Color.h"
-#include "tarnkit/platform/Data.h"
-#include "tarnkit/platform/Log.h"
-#include "tarnkit/platform/Number.h"
-#include "tarnkit/platform/StandardKeyedArchiver.h"
-#include "tarnkit/platform/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/coding/StandardKeyedArchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/objects/Color.h"
+#include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tarnkit/platform/Data.h"
+#include "tarnkit/platform/objects/Data.h"
 
 namespace tarnkit::test {
 

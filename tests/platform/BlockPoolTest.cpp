@@ -6,9 +6,9 @@
 #include <thread>
 #include <vector>
 
-#include "tarnkit/platform/BlockPool.h"
-#include "tarnkit/platform/IdentityTable.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/collections/IdentityTable.h"
+#include "tarnkit/platform/objects/BlockPool.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit::test {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "tarnkit/platform/Bundle.h"
-#include "tarnkit/platform/Number.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/system/Bundle.h"
 
 namespace tarnkit {
 namespace {

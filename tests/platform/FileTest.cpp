@@ -12,8 +12,8 @@
 #include <thread>
 #include <vector>
 
-#include "tarnkit/platform/File.h"
-#include "tarnkit/platform/FileReplacement.h"
+#include "tarnkit/platform/system/File.h"
+#include "tarnkit/platform/system/FileReplacement.h"
 
 namespace tarnkit {
 namespace {

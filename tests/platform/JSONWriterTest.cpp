@@ -1,8 +1,8 @@
-#include "tarnkit/platform/JSONWriter.h"
-
 #include <gtest/gtest.h>
 
 #include <limits>
+
+#include "tarnkit/platform/text/JSONWriter.h"
 
 namespace tarnkit {
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "tarnkit/platform/NotificationCenter.h"
-#include "tarnkit/platform/Null.h"
-#include "tarnkit/platform/Number.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/objects/Null.h"
+#include "tarnkit/platform/system/NotificationCenter.h"
 
 namespace tarnkit {
 namespace {

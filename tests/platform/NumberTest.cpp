@@ -10,9 +10,9 @@
 #include <random>
 #include <string>
 
-#include "tarnkit/platform/Number.h"
-#include "tarnkit/platform/NumberText.h"
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/numbers/NumberText.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 namespace {

@@ -7,13 +7,13 @@
 #include <utility>
 #include <vector>
 
-#include "tarnkit/platform/Array.h"
-#include "tarnkit/platform/Dictionary.h"
-#include "tarnkit/platform/IdentityMap.h"
-#include "tarnkit/platform/Log.h"
-#include "tarnkit/platform/Number.h"
-#include "tarnkit/platform/OrderedMap.h"
-#include "tarnkit/platform/OrderedSet.h"
+#include "tarnkit/platform/collections/Array.h"
+#include "tarnkit/platform/collections/Dictionary.h"
+#include "tarnkit/platform/collections/IdentityMap.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
+#include "tarnkit/platform/collections/OrderedSet.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 namespace {

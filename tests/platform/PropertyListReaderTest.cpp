@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tarnkit/platform/PropertyListReader.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
 #include "tests/platform/BinaryList.h"
 
 namespace tarnkit {

@@ -5,9 +5,9 @@
 #include <stdexcept>
 #include <string>
 
-#include "tarnkit/platform/PropertyList.h"
-#include "tarnkit/platform/PropertyListReader.h"
-#include "tarnkit/platform/PropertyListWriter.h"
+#include "tarnkit/platform/propertylist/PropertyList.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
+#include "tarnkit/platform/propertylist/PropertyListWriter.h"
 
 namespace tarnkit {
 namespace {

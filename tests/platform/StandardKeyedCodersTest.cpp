@@ -9,14 +9,14 @@
 #include <memory>
 #include <stdexcept>
 
-#include "tarnkit/platform/Array.h"
-#include "tarnkit/platform/Dictionary.h"
-#include "tarnkit/platform/File.h"
-#include "tarnkit/platform/Null.h"
-#include "tarnkit/platform/Number.h"
-#include "tarnkit/platform/PropertyListReader.h"
-#include "tarnkit/platform/StandardKeyedArchiver.h"
-#include "tarnkit/platform/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedArchiver.h"
+#include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
+#include "tarnkit/platform/collections/Array.h"
+#include "tarnkit/platform/collections/Dictionary.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/objects/Null.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
+#include "tarnkit/platform/system/File.h"
 #include "tests/platform/ArchivedThing.h"
 
 namespace tarnkit {

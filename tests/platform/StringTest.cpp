@@ -4,9 +4,9 @@
 #include <thread>
 #include <vector>
 
-#include "tarnkit/platform/Number.h"
-#include "tarnkit/platform/String.h"
-#include "tarnkit/platform/Symbol.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/text/String.h"
+#include "tarnkit/platform/text/Symbol.h"
 
 namespace tarnkit {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/PatchRegistry.h"
-#include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/CatalogueShapes.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/Output.h"

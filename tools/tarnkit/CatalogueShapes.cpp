@@ -8,8 +8,8 @@
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/patches/HXRValueParameters.h"
-#include "tarnkit/platform/JSONWriter.h"
-#include "tarnkit/platform/Overloaded.h"
+#include "tarnkit/platform/objects/Overloaded.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/ValueShapes.h"
 
 namespace tarnkit::tool {

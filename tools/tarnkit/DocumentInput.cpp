@@ -3,7 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tarnkit/model/HXDocumentFile.h"
-#include "tarnkit/platform/PropertyListReader.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/Shapes.h"

@@ -2,7 +2,7 @@
 
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/patches/PatchRegistry.h"
-#include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/Operations.h"

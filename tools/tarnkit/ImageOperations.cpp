@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 
 #include "tarnkit/model/HXImageStore.h"
-#include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/Operations.h"

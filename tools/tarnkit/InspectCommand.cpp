@@ -5,8 +5,8 @@
 
 #include "tarnkit/archive/HXArchiveReader.h"
 #include "tarnkit/archive/HXArchiveText.h"
-#include "tarnkit/platform/JSONWriter.h"
-#include "tarnkit/platform/PropertyListReader.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/DocumentInput.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Outline.h"

@@ -13,7 +13,7 @@
 
 #include "tarnkit/math/MXMathEvaluator.h"
 #include "tarnkit/math/MXMathStringTokenizer.h"
-#include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/InputLines.h"
 #include "tools/tarnkit/MathCommands.h"

@@ -10,9 +10,9 @@
 #include "tarnkit/math/MXExpressionRewriter.h"
 #include "tarnkit/math/MXMathOperatorSet.h"
 #include "tarnkit/math/MXNumber.h"
-#include "tarnkit/platform/Decimal.h"
-#include "tarnkit/platform/Number.h"
-#include "tarnkit/platform/NumberText.h"
+#include "tarnkit/platform/numbers/Decimal.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/numbers/NumberText.h"
 
 namespace tarnkit::tool {
 

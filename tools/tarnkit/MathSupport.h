@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tarnkit/platform/Ref.h"
+#include "tarnkit/platform/objects/Ref.h"
 
 namespace CLI {
 class App;

@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
-#include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/DocumentInput.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Outline.h"

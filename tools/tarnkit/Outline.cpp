@@ -13,8 +13,8 @@
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
-#include "tarnkit/platform/NumberText.h"
-#include "tarnkit/platform/UTF8.h"
+#include "tarnkit/platform/numbers/NumberText.h"
+#include "tarnkit/platform/text/UTF8.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/ValueShapes.h"
 

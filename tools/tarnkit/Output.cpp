@@ -2,8 +2,8 @@
 
 #include <unistd.h>
 
-#include "tarnkit/platform/File.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/File.h"
+#include "tarnkit/platform/system/Log.h"
 #include "tools/tarnkit/Command.h"
 
 namespace tarnkit::tool {

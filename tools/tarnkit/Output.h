@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tarnkit/platform/Data.h"
+#include "tarnkit/platform/objects/Data.h"
 
 namespace tarnkit::tool {
 

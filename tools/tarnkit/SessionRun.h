@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 
 namespace tarnkit::tool {
 

@@ -8,10 +8,10 @@
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPort.h"
 #include "tarnkit/model/HXPortGroup.h"
-#include "tarnkit/platform/Array.h"
-#include "tarnkit/platform/JSONWriter.h"
-#include "tarnkit/platform/Null.h"
-#include "tarnkit/platform/Number.h"
+#include "tarnkit/platform/collections/Array.h"
+#include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/objects/Null.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/ValueShapes.h"
 
 namespace tarnkit::tool {

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "tarnkit/platform/Log.h"
-#include "tarnkit/platform/NotificationCenter.h"
+#include "tarnkit/platform/system/Log.h"
+#include "tarnkit/platform/system/NotificationCenter.h"
 
 namespace tarnkit {
 class JSONWriter;

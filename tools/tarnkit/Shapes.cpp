@@ -13,8 +13,8 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
-#include "tarnkit/platform/JSONWriter.h"
-#include "tarnkit/platform/Overloaded.h"
+#include "tarnkit/platform/objects/Overloaded.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/ValueShapes.h"
 

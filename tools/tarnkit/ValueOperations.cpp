@@ -2,7 +2,7 @@
 #include "tarnkit/patches/catalogue/logic/HXRConditionalNode.h"
 #include "tarnkit/patches/catalogue/logic/HXRLogicNode.h"
 #include "tarnkit/patches/catalogue/math/HXRMathNode.h"
-#include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/ValueShapes.h"

@@ -3,7 +3,7 @@
 #include "tarnkit/model/HXConnection.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXPort.h"
-#include "tarnkit/platform/JSONWriter.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 
 namespace tarnkit::tool {
 

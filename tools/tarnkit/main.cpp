@@ -15,7 +15,7 @@
 
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/patches/PluginLoader.h"
-#include "tarnkit/platform/Bundle.h"
+#include "tarnkit/platform/system/Bundle.h"
 #include "tools/tarnkit/CatalogueCommand.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"

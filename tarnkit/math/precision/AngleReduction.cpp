@@ -6,7 +6,7 @@
 #include "tarnkit/math/precision/PrecisionTables.h"
 #include "tarnkit/math/precision/WideDecimal.h"
 #include "tarnkit/math/precision/WideExponential.h"
-#include "tarnkit/platform/PowersOfTen.h"
+#include "tarnkit/platform/numbers/PowersOfTen.h"
 
 namespace tarnkit::detail {
 

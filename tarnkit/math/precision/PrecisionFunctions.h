@@ -5,7 +5,7 @@
 #include "tarnkit/math/BuiltinFunctions.h"
 #include "tarnkit/math/precision/AngleReduction.h"
 #include "tarnkit/math/precision/WideFloat.h"
-#include "tarnkit/platform/Decimal.h"
+#include "tarnkit/platform/numbers/Decimal.h"
 
 /// The functions of one decimal before their result is rounded, off by less than 2^-150 of it.
 /// Nothing stands for an argument outside the domain, a pole, or a result far beyond the decimals;

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "tarnkit/math/precision/PrecisionTables.h"
-#include "tarnkit/platform/PowersOfTen.h"
+#include "tarnkit/platform/numbers/PowersOfTen.h"
 
 namespace tarnkit::detail {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tarnkit/math/precision/WideFloat.h"
-#include "tarnkit/platform/Decimal.h"
+#include "tarnkit/platform/numbers/Decimal.h"
 
 /// The way from decimals to wide numbers and back. Safe on any thread.
 namespace tarnkit::detail {

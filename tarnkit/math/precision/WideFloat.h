@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "tarnkit/platform/WideIntegers.h"
+#include "tarnkit/platform/numbers/WideIntegers.h"
 
 /// Binary numbers of 192 bits, in which the functions of decimals are computed: every operation is
 /// off by less than 2^-188 of its result, far below the last of 38 digits (2^-127). Plain values on

@@ -5,7 +5,7 @@
 
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/HXRValueParameters.h"
-#include "tarnkit/platform/FunctionRef.h"
+#include "tarnkit/platform/objects/FunctionRef.h"
 
 namespace tarnkit {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "tarnkit/patches/HXRNode.h"
-#include "tarnkit/platform/OrderedMap.h"
+#include "tarnkit/platform/collections/OrderedMap.h"
 
 namespace tarnkit {
 

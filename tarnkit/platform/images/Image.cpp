@@ -6,12 +6,12 @@
 #include <optional>
 #include <utility>
 
-#include "tarnkit/platform/Coder.h"
-#include "tarnkit/platform/File.h"
+#include "tarnkit/platform/coding/Coder.h"
 #include "tarnkit/platform/images/JPEGCodec.h"
 #include "tarnkit/platform/images/PNGCodec.h"
 #include "tarnkit/platform/images/Raster.h"
 #include "tarnkit/platform/images/TIFFCodec.h"
+#include "tarnkit/platform/system/File.h"
 
 namespace tarnkit {
 

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "tarnkit/platform/Data.h"
-#include "tarnkit/platform/Object.h"
-#include "tarnkit/platform/String.h"
 #include "tarnkit/platform/images/ImageLimits.h"
+#include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tarnkit/platform/Data.h"
 #include "tarnkit/platform/images/ImageLimits.h"
+#include "tarnkit/platform/objects/Data.h"
 
 namespace tarnkit::detail {
 

@@ -3,7 +3,7 @@
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/patches/HXRTypedPorts.h"
 #include "tarnkit/patches/HXRValueParameters.h"
-#include "tarnkit/platform/Overloaded.h"
+#include "tarnkit/platform/objects/Overloaded.h"
 
 namespace tarnkit::tool {
 

@@ -6,7 +6,7 @@
 
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/patches/HXRValueParameters.h"
-#include "tarnkit/platform/Overloaded.h"
+#include "tarnkit/platform/objects/Overloaded.h"
 #include "tools/tarnkit/reference/Html.h"
 
 namespace tarnkit::tool {

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit::detail {
 

@@ -5,7 +5,7 @@
 #include "tarnkit/math/MXMathStringTokenizer.h"
 #include "tarnkit/patches/PatchDeclaration.h"
 #include "tarnkit/patches/catalogue/math/FirstOccurrences.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 

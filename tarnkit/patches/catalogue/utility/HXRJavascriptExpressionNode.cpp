@@ -6,8 +6,8 @@
 #include "tarnkit/patches/PatchDeclaration.h"
 #include "tarnkit/patches/catalogue/CountedPorts.h"
 #include "tarnkit/patches/catalogue/utility/ScriptSignature.h"
-#include "tarnkit/platform/CharacterSet.h"
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
+#include "tarnkit/platform/text/CharacterSet.h"
 
 namespace tarnkit {
 

@@ -8,7 +8,7 @@
 #include <limits>
 #include <string>
 
-#include "tarnkit/platform/Log.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit::detail {
 

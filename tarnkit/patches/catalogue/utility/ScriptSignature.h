@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tarnkit/platform/String.h"
+#include "tarnkit/platform/text/String.h"
 
 namespace tarnkit::detail {
 

@@ -1,0 +1,131 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tarnkit/platform/objects/FunctionRef.h"
+#include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/propertylist/PropertyList.h"
+#include "tarnkit/platform/text/String.h"
+
+namespace tarnkit::detail {
+
+/// The objects behind the records of a standard keyed archive: makes each when it is first referred
+/// to (values whole, others as shells of their class), reads the platform's containers, and keeps
+/// the first failure. The part of `StandardKeyedUnarchiver` that knows the layout of the file.
+class KeyedArchiveRecords {
+ public:
+  using Index = PropertyList::Index;
+
+  explicit KeyedArchiveRecords(const PropertyList& list) : list_(list) {}
+
+  /// Checks the frame of the archive.
+  bool open();
+  /// The object under "root"; null is a failure.
+  Ref<Object> root();
+  const PropertyList& list() const noexcept { return list_; }
+
+  void fail(std::string reason);
+  bool failed() const noexcept { return failed_; }
+  const std::string& error() const noexcept { return error_; }
+  void eachMade(FunctionRef<void(Object&)> visit) const;
+  /// One line about the objects of the archive that nothing asked for, by class; empty when there
+  /// are none. The platform's own values and containers do not count.
+  std::string unreadObjects() const;
+  /// Tells every object made to let go of what it owns.
+  void abandon();
+
+  /// The object that a UID value refers to. One that is still a shell is noted as referred to.
+  Ref<Object> referredObject(Index reference);
+  const Ref<Object>& object(Index value) const noexcept { return objects_[value]; }
+  bool isInitialised(Index value) const noexcept { return (marks_[value] & kInitialised) != 0; }
+  void setInitialised(Index value) noexcept { marks_[value] |= kInitialised; }
+  /// The shells referred to since the last `clearReferred`, in order, repeated ones too.
+  const std::vector<Index>& referred() const noexcept { return referred_; }
+  void clearReferred() noexcept { referred_.clear(); }
+
+  /// Fills the object when it is one of the platform's containers; false when it is not.
+  bool fillContainer(Index value);
+  /// Visit what stands in the container that a UID value refers to; false when it is nil or wrong.
+  /// `key` is named in failures.
+  bool visitCollection(Index reference, std::string_view key,
+                       FunctionRef<void(const Ref<Object>&)> visit);
+  bool visitMap(Index reference, std::string_view key,
+                FunctionRef<void(const String&, const Ref<Object>&)> visit);
+  /// Count bytes that were copied, and elements that were visited or made; false, and a failure,
+  /// when they are too many.
+  bool spendBytes(std::uint64_t bytes);
+  bool spend(std::uint64_t elements);
+  /// The number that stands inline, as a real; false when it is none.
+  bool realValue(Index value, double& real) const noexcept;
+
+ private:
+  enum class Form : std::uint8_t {
+    none,
+    string,
+    data,
+    null,
+    list,
+    set,
+    orderedSet,
+    map,
+    registered,
+  };
+  struct ClassRecord {
+    Form form;
+    const Class* made;
+    std::string name;
+  };
+  // Of each value: whether its object was initialised, what the search for containers that hold
+  // themselves knows about it, and, for class records, their number.
+  static constexpr std::uint32_t kInitialised = 1;
+  static constexpr std::uint32_t kOnPath = 2;
+  static constexpr std::uint32_t kSearched = 4;
+  static constexpr std::uint32_t kClassShift = 3;
+
+  Index entry(Index record, PropertyList::Key key) const noexcept;
+  Index referredValue(Index reference);
+  Ref<Object> objectOf(Index value);
+  Ref<Object> makeObject(Index value);
+  Ref<Object> makeNumber(Index value);
+  Ref<Object> makeFromRecord(Index record);
+  Ref<Object> makeString(Index record);
+  Ref<Object> makeData(Index record);
+  Ref<Object> stringOf(Index text);
+  const ClassRecord* classOf(Index record);
+  const ClassRecord* findClass(Index record);
+  const ClassRecord* readClass(Index value);
+  /// Empty when it is no class.
+  std::string_view nameOfClass(Index classRecord) const noexcept;
+  /// `none` for a class that is not the platform's.
+  static Form platformForm(std::string_view className) noexcept;
+  bool refuseSharing();
+  bool visitElements(Index record, Form form, FunctionRef<void(const Ref<Object>&)> visit);
+  bool visitNumberedElements(Index record, FunctionRef<void(const Ref<Object>&)> visit);
+  bool visitEntries(Index record, FunctionRef<void(const String&, const Ref<Object>&)> visit);
+  bool visitElement(Index element, FunctionRef<void(const Ref<Object>&)> visit);
+  bool isContainer(Index value);
+  void refuseCycles(Index container);
+  std::vector<Index> containersIn(Index record);
+
+  const PropertyList& list_;
+  PropertyList::Elements archived_;  // "$objects"
+  PropertyList::Key classKey_ = PropertyList::kNoKey;
+  PropertyList::Key classNameKey_ = PropertyList::kNoKey;
+  PropertyList::Key objectsKey_ = PropertyList::kNoKey;
+  PropertyList::Key keysKey_ = PropertyList::kNoKey;
+  Index rootReference_ = PropertyList::kNone;
+  std::vector<Ref<Object>> objects_;          // of each value
+  std::vector<std::uint32_t> marks_;          // of each value
+  std::vector<std::uint32_t> recordClasses_;  // of each value that is a record: 1 + number of class
+  std::vector<Index> made_;
+  std::vector<Index> referred_;
+  std::vector<ClassRecord> classes_;
+  std::uint64_t visits_ = 0;
+  std::uint64_t bytes_ = 0;
+  std::string error_;
+  bool failed_ = false;
+};
+
+}  // namespace tarnkit::detail

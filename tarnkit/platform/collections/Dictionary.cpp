@@ -1,0 +1,14 @@
+#include "tarnkit/platform/collections/Dictionary.h"
+
+#include "tarnkit/platform/system/Log.h"
+
+namespace tarnkit {
+
+const Class Dictionary::kClass{"NSDictionary", &Object::kClass};
+
+void Dictionary::setObject(Ref<Object> object, const String& forKey) {
+  if (entries_.set(forKey, std::move(object))) return;
+  Log::warning(kClass.name(), "Refusing an object under a key that is nil");
+}
+
+}  // namespace tarnkit

@@ -1,0 +1,273 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "tarnkit/platform/objects/BlockPool.h"
+
+namespace tarnkit::detail {
+
+/// The table under `OrderedMap` and `OrderedSet`: entries in the order of insertion, found by hash.
+///
+/// One word while empty; a handful of entries are searched in place, more get an index. Adding,
+/// finding and removing take constant time on average: a removed entry leaves a gap, and gaps are
+/// closed when they outnumber the entries. `Traits` tells the key, its hash, equality and the gap.
+template <class Entry, class Traits>
+class OrderedTable {
+ public:
+  using Key = typename Traits::Key;
+  static constexpr std::uint32_t kNotFound = 0xFFFFFFFFU;
+
+  OrderedTable() noexcept = default;
+  OrderedTable(const OrderedTable& other) {
+    if (!other.block_) return;
+    reserve(other.size());
+    for (const Entry& entry : other) append(entry);
+  }
+  OrderedTable(OrderedTable&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
+  OrderedTable& operator=(OrderedTable other) noexcept {
+    std::swap(block_, other.block_);
+    return *this;
+  }
+  ~OrderedTable() { clear(); }
+
+  std::uint32_t size() const noexcept { return block_ ? block_->live : 0; }
+  bool empty() const noexcept { return size() == 0; }
+
+  template <class E>
+  class Iterator {
+   public:
+    using value_type = E;
+    using difference_type = std::ptrdiff_t;
+    using iterator_category = std::forward_iterator_tag;
+    using pointer = E*;
+    using reference = E&;
+    Iterator() noexcept = default;
+    Iterator(E* at, E* end) noexcept : at_(at), end_(end) { skipGaps(); }
+    E& operator*() const noexcept { return *at_; }
+    E* operator->() const noexcept { return at_; }
+    Iterator& operator++() noexcept {
+      ++at_;
+      skipGaps();
+      return *this;
+    }
+    Iterator operator++(int) noexcept {
+      Iterator before = *this;
+      ++*this;
+      return before;
+    }
+    bool operator==(const Iterator& other) const noexcept { return at_ == other.at_; }
+
+   private:
+    void skipGaps() noexcept {
+      while (at_ != end_ && Traits::isGap(*at_)) ++at_;
+    }
+    E* at_ = nullptr;
+    E* end_ = nullptr;
+  };
+  using iterator = Iterator<Entry>;
+  using const_iterator = Iterator<const Entry>;
+  iterator begin() noexcept { return {entries() + first(), entries() + used()}; }
+  iterator end() noexcept { return {entries() + used(), entries() + used()}; }
+  const_iterator begin() const noexcept { return {entries() + first(), entries() + used()}; }
+  const_iterator end() const noexcept { return {entries() + used(), entries() + used()}; }
+
+  Entry* find(const Key& key) noexcept {
+    const auto at = position(key);
+    return at == kNotFound ? nullptr : entries() + at;
+  }
+  const Entry* find(const Key& key) const noexcept {
+    return const_cast<OrderedTable*>(this)->find(key);
+  }
+
+  /// Appends an entry whose key is known to be absent.
+  Entry& append(Entry entry) {
+    if (!block_ || block_->used == block_->capacity) grow();
+    Entry* added = ::new (entries() + block_->used) Entry(std::move(entry));
+    ++block_->used;
+    ++block_->live;
+    if (!block_->index) {
+      if (block_->used > kSearchedInPlace) buildIndex();
+    } else {
+      insertIntoIndex(block_->used - 1);
+    }
+    return *added;
+  }
+
+  /// Removes the entry of the key and returns it; a gap when there is none.
+  Entry take(const Key& key) {
+    const auto at = position(key);
+    if (at == kNotFound) return Entry();
+    Entry taken = std::exchange(entries()[at], Entry());
+    if (--block_->live == 0) {
+      clear();
+      return taken;
+    }
+    while (Traits::isGap(entries()[block_->first])) ++block_->first;
+    if (block_->used > kSearchedInPlace && block_->live < block_->used / 2) {
+      closeGaps();
+    }
+    return taken;
+  }
+
+  void clear() noexcept {
+    Block* const old = std::exchange(block_, nullptr);
+    if (!old) return;
+    std::destroy_n(entriesOf(old), old->used);
+    discard(old);
+  }
+
+  void reserve(std::uint32_t capacity) {
+    if (capacity > (block_ ? block_->capacity : 0)) reallocate(capacity);
+  }
+
+  /// Makes position i hold the i-th entry, and returns the entries as one run.
+  Entry* dense() {
+    if (block_ && block_->live != block_->used) closeGaps();
+    return entries();
+  }
+
+  /// Moves the entry at one position to another, as removing and inserting would.
+  void move(std::uint32_t from, std::uint32_t to) {
+    Entry* const run = dense();
+    if (from < to) {
+      std::rotate(run + from, run + from + 1, run + to + 1);
+    } else {
+      std::rotate(run + to, run + from, run + from + 1);
+    }
+    if (block_->index) buildIndex();
+  }
+
+ private:
+  static constexpr std::uint32_t kSearchedInPlace = 8;
+
+  // Open addressing with linear probing; a slot holds one more than the entry's position. Slots of
+  // removed entries stay until the index is built again.
+  struct Slot {
+    std::uint32_t hash;
+    std::uint32_t position;
+  };
+  struct Index {
+    explicit Index(std::uint32_t size) : count(size), places(new Slot[size]()) {}
+    std::uint32_t count;  // a power of two
+    std::unique_ptr<Slot[]> places;
+  };
+  struct Block {
+    std::uint32_t used = 0;
+    std::uint32_t capacity = 0;
+    std::uint32_t live = 0;
+    std::uint32_t first = 0;  // no entry stands before it
+    std::unique_ptr<Index> index;
+  };
+  static_assert(alignof(Entry) <= alignof(Block));
+
+  static Entry* entriesOf(Block* block) noexcept { return reinterpret_cast<Entry*>(block + 1); }
+  Entry* entries() const noexcept { return block_ ? entriesOf(block_) : nullptr; }
+  std::uint32_t used() const noexcept { return block_ ? block_->used : 0; }
+  std::uint32_t first() const noexcept { return block_ ? block_->first : 0; }
+
+  static std::uint32_t fold(std::uint64_t hash) noexcept {
+    hash *= 0x9E3779B97F4A7C15ULL;
+    return static_cast<std::uint32_t>(hash >> 32);
+  }
+
+  std::uint32_t position(const Key& key) const noexcept {
+    if (!block_) return kNotFound;
+    const Entry* const run = entries();
+    if (!block_->index) {
+      for (std::uint32_t i = 0; i < block_->used; ++i) {
+        if (!Traits::isGap(run[i]) && Traits::hasKey(run[i], key)) return i;
+      }
+      return kNotFound;
+    }
+    const auto hash = fold(Traits::hash(key));
+    const std::size_t mask = block_->index->count - 1;
+    for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
+      const Slot& slot = block_->index->places[at];
+      if (slot.position == 0) return kNotFound;
+      if (slot.hash != hash) continue;
+      const Entry& entry = run[slot.position - 1];
+      if (!Traits::isGap(entry) && Traits::hasKey(entry, key)) return slot.position - 1;
+    }
+  }
+
+  void insertIntoIndex(std::uint32_t position) {
+    if (position + 1 > block_->index->count / 2) {
+      buildIndex();
+      return;
+    }
+    place(position);
+  }
+  void place(std::uint32_t position) noexcept {
+    const auto hash = fold(Traits::hash(Traits::key(entries()[position])));
+    const std::size_t mask = block_->index->count - 1;
+    std::size_t at = hash & mask;
+    while (block_->index->places[at].position != 0) at = (at + 1) & mask;
+    block_->index->places[at] = {hash, position + 1};
+  }
+  void buildIndex() {
+    std::uint32_t size = 32;
+    while (size < block_->used * 2 + 2) size *= 2;
+    if (block_->index && block_->index->count == size) {
+      std::fill_n(block_->index->places.get(), size, Slot{0, 0});
+    } else {
+      block_->index = std::make_unique<Index>(size);
+    }
+    for (std::uint32_t i = 0; i < block_->used; ++i) {
+      if (!Traits::isGap(entries()[i])) place(i);
+    }
+  }
+
+  static std::size_t bytesOf(std::uint32_t capacity) noexcept {
+    return sizeof(Block) + std::size_t{capacity} * sizeof(Entry);
+  }
+  static void discard(Block* block) noexcept {
+    const auto bytes = bytesOf(block->capacity);
+    block->~Block();
+    BlockPool::release(block, bytes);
+  }
+
+  void grow() {
+    if (block_ && block_->live < block_->used && block_->live <= block_->used / 4 * 3) {
+      closeGaps();
+      return;
+    }
+    reallocate(block_ ? block_->capacity * 2 : 1);
+  }
+  void reallocate(std::uint32_t capacity) {
+    auto* const fresh = ::new (BlockPool::allocate(bytesOf(capacity))) Block();
+    fresh->capacity = capacity;
+    Block* const old = block_;
+    if (old) {
+      fresh->used = old->used;
+      fresh->live = old->live;
+      fresh->first = old->first;
+      fresh->index = std::move(old->index);
+      std::uninitialized_move_n(entriesOf(old), old->used, entriesOf(fresh));
+      std::destroy_n(entriesOf(old), old->used);
+      discard(old);
+    }
+    block_ = fresh;
+  }
+  void closeGaps() {
+    Entry* const run = entries();
+    std::uint32_t kept = 0;
+    for (std::uint32_t i = 0; i < block_->used; ++i) {
+      if (Traits::isGap(run[i])) continue;
+      if (kept != i) run[kept] = std::move(run[i]);
+      ++kept;
+    }
+    std::destroy_n(run + kept, block_->used - kept);
+    block_->used = kept;
+    block_->first = 0;
+    if (block_->index) buildIndex();
+  }
+
+  Block* block_ = nullptr;
+};
+
+}  // namespace tarnkit::detail

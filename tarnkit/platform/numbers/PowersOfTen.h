@@ -1,0 +1,92 @@
+#pragma once
+
+#include <array>
+
+#include "tarnkit/platform/numbers/WideIntegers.h"
+
+/// Powers of ten and division by them, for decimal arithmetic. Constant data.
+namespace tarnkit::detail {
+
+/// 10^38 has 127 bits.
+inline constexpr int kLargestPowerOfTen = 38;
+/// 10^19 has 64 bits.
+inline constexpr int kLargestPowerOfTenInWord = 19;
+
+struct PowerOfTen {
+  UInt128 value;
+  UInt128 inverse;  // as `divideByInverse` wants it
+  int shift;        // that brings the value's top bit to the top
+};
+
+consteval std::array<PowerOfTen, kLargestPowerOfTen + 1> makePowersOfTen() {
+  std::array<PowerOfTen, kLargestPowerOfTen + 1> powers{};
+  UInt128 value = 1;
+  for (PowerOfTen& power : powers) {
+    power.value = value;
+    power.shift = 128 - bitWidth(value);
+    const UInt128 divisor = value << power.shift;
+    UInt128 rest = ~divisor;
+    for (int bit = 0; bit < 128; ++bit) {
+      const bool carries = (rest >> 127) != 0;
+      rest = (rest << 1) | 1;
+      power.inverse <<= 1;
+      if (carries || rest >= divisor) {
+        rest -= divisor;
+        power.inverse |= 1;
+      }
+    }
+    value *= 10;
+  }
+  return powers;
+}
+
+inline constexpr std::array<PowerOfTen, kLargestPowerOfTen + 1> kPowersOfTen = makePowersOfTen();
+
+/// 10^exponent, exponent from 0 to 38.
+constexpr UInt128 powerOfTen(int exponent) noexcept {
+  return kPowersOfTen[static_cast<std::size_t>(exponent)].value;
+}
+
+/// The quotient by 10^exponent, which must fit 128 bits, and the remainder.
+constexpr UInt128 divideByPowerOfTen(const UInt256& dividend, int exponent,
+                                     UInt128& remainder) noexcept {
+  const PowerOfTen& power = kPowersOfTen[static_cast<std::size_t>(exponent)];
+  const UInt128 quotient = divideByInverse(dividend << power.shift, power.value << power.shift,
+                                           power.inverse, remainder);
+  remainder >>= power.shift;
+  return quotient;
+}
+
+/// 10^77 has 256 bits.
+inline constexpr int kLargestWidePowerOfTen = 77;
+
+consteval std::array<UInt256, kLargestWidePowerOfTen + 1> makeWidePowersOfTen() {
+  std::array<UInt256, kLargestWidePowerOfTen + 1> powers{};
+  UInt256 value{0, 1};
+  for (UInt256& power : powers) {
+    power = value;
+    value = (value << 3) + (value << 1);
+  }
+  return powers;
+}
+
+inline constexpr std::array<UInt256, kLargestWidePowerOfTen + 1> kWidePowersOfTen =
+    makeWidePowersOfTen();
+
+/// floor(bits × log10(2)), exact for bits from 0 to 680.
+constexpr int decimalDigitsOfBits(int bits) noexcept { return (bits * 1233) >> 12; }
+
+/// How many decimal digits the value has; 0 has none.
+constexpr int digitCount(UInt128 value) noexcept {
+  if (value == 0) return 0;
+  const int least = decimalDigitsOfBits(bitWidth(value) - 1) + 1;
+  return least <= kLargestPowerOfTen && value >= powerOfTen(least) ? least + 1 : least;
+}
+
+/// The same of a value that is not 0.
+constexpr int digitCount(const UInt256& value) noexcept {
+  const int least = decimalDigitsOfBits(bitWidth(value) - 1) + 1;
+  return least + (value < kWidePowersOfTen[static_cast<std::size_t>(least)] ? 0 : 1);
+}
+
+}  // namespace tarnkit::detail

@@ -1,0 +1,386 @@
+#include "tarnkit/platform/propertylist/PropertyListWriter.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <stdexcept>
+
+#include "tarnkit/platform/collections/KeyedHash.h"
+#include "tarnkit/platform/propertylist/PropertyListEncoding.h"
+#include "tarnkit/platform/text/UTF8.h"
+
+namespace tarnkit {
+
+namespace {
+
+using namespace detail::marker;
+using detail::bigEndian;
+
+constexpr std::size_t kHeaderSize = detail::kPropertyListHeaderSize;
+constexpr std::size_t kTrailerSize = detail::kPropertyListTrailerSize;
+constexpr std::size_t kMaximumCountSize = 6;  // a marker, an integer's marker and 4 bytes
+constexpr unsigned kFormShift = 30;
+constexpr std::size_t kSlack = 16;  // bytes that may be read past a small scalar
+
+[[noreturn]] void throwTooLarge() {
+  throw std::length_error("the property list is too large to be written");
+}
+
+template <class Word>
+std::uint8_t* put(std::uint8_t* at, Word value) noexcept {
+  value = bigEndian(value);
+  std::memcpy(at, &value, sizeof value);
+  return at + sizeof value;
+}
+
+// How many bytes an unsigned number takes: 1, 2, 4 or 8.
+unsigned widthOf(std::uint64_t value) noexcept {
+  if (value <= 0xFF) return 1;
+  if (value <= 0xFFFF) return 2;
+  return value <= 0xFFFFFFFFU ? 4 : 8;
+}
+
+std::uint8_t* putWidth(std::uint8_t* at, std::uint64_t value, unsigned width) noexcept {
+  switch (width) {
+    case 1:
+      return put(at, static_cast<std::uint8_t>(value));
+    case 2:
+      return put(at, static_cast<std::uint16_t>(value));
+    case 4:
+      return put(at, static_cast<std::uint32_t>(value));
+    default:
+      return put(at, value);
+  }
+}
+
+std::size_t countSize(std::size_t count) noexcept {
+  return count < 15 ? 1 : 2 + std::size_t{widthOf(count)};
+}
+
+std::uint8_t* putCount(std::uint8_t* at, std::uint8_t marker, std::size_t count) noexcept {
+  if (count < 15) return put(at, static_cast<std::uint8_t>(marker | count));
+  const unsigned width = widthOf(count);
+  at = put(at, static_cast<std::uint8_t>(marker | 0x0F));
+  at = put(at, static_cast<std::uint8_t>(kInteger | std::countr_zero(width)));
+  return putWidth(at, count, width);
+}
+
+template <class Word>
+std::uint8_t* putAll(std::uint8_t* at, const std::uint32_t* values, std::size_t count) noexcept {
+  for (std::size_t i = 0; i < count; ++i) {
+    const Word value = bigEndian(static_cast<Word>(values[i]));
+    std::memcpy(at + i * sizeof value, &value, sizeof value);
+  }
+  return at + count * sizeof(Word);
+}
+
+std::uint8_t* putReferences(std::uint8_t* at, const std::uint32_t* values, std::size_t count,
+                            unsigned width) noexcept {
+  if (width == 1) return putAll<std::uint8_t>(at, values, count);
+  if (width == 2) return putAll<std::uint16_t>(at, values, count);
+  return putAll<std::uint32_t>(at, values, count);
+}
+
+// Most scalars are small: they are copied in one piece, with what follows them, which the next
+// object overwrites.
+std::uint8_t* putScalar(std::uint8_t* at, const std::uint8_t* end, const std::uint8_t* bytes,
+                        std::size_t size) noexcept {
+  if (size <= kSlack && kSlack <= static_cast<std::size_t>(end - at)) {
+    std::memcpy(at, bytes, kSlack);
+  } else {
+    std::memcpy(at, bytes, size);
+  }
+  return at + size;
+}
+
+bool areEqual(const std::uint8_t* a, const std::uint8_t* b, std::size_t size) noexcept {
+  const auto word = [](const std::uint8_t* at) {
+    std::uint64_t value = 0;
+    std::memcpy(&value, at, sizeof value);
+    return value;
+  };
+  if (size < 8) {
+    for (std::size_t i = 0; i < size; ++i) {
+      if (a[i] != b[i]) return false;
+    }
+    return true;
+  }
+  for (std::size_t i = 0; i + 8 < size; i += 8) {
+    if (word(a + i) != word(b + i)) return false;
+  }
+  return word(a + size - 8) == word(b + size - 8);
+}
+
+}  // namespace
+
+PropertyListWriter::PropertyListWriter() = default;
+PropertyListWriter::~PropertyListWriter() = default;
+
+PropertyListWriter::Index PropertyListWriter::addRecord(std::size_t position, Form form,
+                                                        std::size_t count) {
+  if (position > kMaximumSize || count > kMaximumCount || records_.size() >= kMaximumSize) {
+    throwTooLarge();
+  }
+  records_.append(
+      {static_cast<std::uint32_t>(position),
+       (static_cast<std::uint32_t>(form) << kFormShift) | static_cast<std::uint32_t>(count)});
+  return static_cast<Index>(records_.size() - 1);
+}
+
+PropertyListWriter::Index PropertyListWriter::addNewSymbol(const Symbol& symbol,
+                                                           std::uint32_t number) {
+  if (number >= symbols_.size()) {
+    symbols_.resize(std::max<std::size_t>(Symbol::count(), number + std::size_t{1}), kNone);
+  }
+  return symbols_[number] = addText(symbol.text(), true);
+}
+
+PropertyListWriter::Index PropertyListWriter::addText(std::string_view utf8, bool shared) {
+  if (utf8.size() > kMaximumCount) throwTooLarge();
+  const std::size_t start = bytes_.size();
+  if (detail::isASCII(utf8)) {
+    std::uint8_t* const room = bytes_.room(utf8.size() + kMaximumCountSize);
+    std::uint8_t* const text = putCount(room, kASCII, utf8.size());
+    if (!utf8.empty()) std::memcpy(text, utf8.data(), utf8.size());
+    bytes_.commit(static_cast<std::size_t>(text - room) + utf8.size());
+  } else {
+    std::size_t units = 0;
+    for (std::size_t at = 0; at < utf8.size();) {
+      const auto point = detail::codePointAt(utf8, at);
+      units += point.value < 0x10000 ? 1 : 2;
+      at += point.size;
+    }
+    std::uint8_t* const room = bytes_.room(units * 2 + kMaximumCountSize);
+    std::uint8_t* into = putCount(room, kUTF16, units);
+    for (std::size_t at = 0; at < utf8.size();) {
+      const auto point = detail::codePointAt(utf8, at);
+      at += point.size;
+      if (point.value < 0x10000) {
+        into = put(into, static_cast<std::uint16_t>(point.value));
+      } else {
+        const std::uint32_t rest = point.value - 0x10000;
+        into = put(into, static_cast<std::uint16_t>(0xD800U + (rest >> 10)));
+        into = put(into, static_cast<std::uint16_t>(0xDC00U + (rest & 0x3FFU)));
+      }
+    }
+    bytes_.commit(static_cast<std::size_t>(into - room));
+  }
+  return addScalar(start, shared);
+}
+
+PropertyListWriter::Index PropertyListWriter::addLongString(const StringObject& text) {
+  LongText& known = longTexts_[&text];
+  if (!known.text) known = {Ref<const StringObject>(&text), addText(text.view(), true)};
+  return known.index;
+}
+
+PropertyListWriter::Index PropertyListWriter::addInt(std::int64_t value) {
+  const std::size_t start = bytes_.size();
+  const unsigned width = widthOf(static_cast<std::uint64_t>(value));
+  std::uint8_t* const room = bytes_.room(9);
+  put(room, static_cast<std::uint8_t>(kInteger | std::countr_zero(width)));
+  putWidth(room + 1, static_cast<std::uint64_t>(value), width);
+  bytes_.commit(1 + width);
+  return addScalar(start, true);
+}
+
+PropertyListWriter::Index PropertyListWriter::addReal32(float value) {
+  const std::size_t start = bytes_.size();
+  put(put(bytes_.room(5), static_cast<std::uint8_t>(kReal | 2)),
+      std::bit_cast<std::uint32_t>(value));
+  bytes_.commit(5);
+  return addScalar(start, true);
+}
+
+PropertyListWriter::Index PropertyListWriter::addReal64(double value) {
+  const std::size_t start = bytes_.size();
+  put(put(bytes_.room(9), static_cast<std::uint8_t>(kReal | 3)),
+      std::bit_cast<std::uint64_t>(value));
+  bytes_.commit(9);
+  return addScalar(start, true);
+}
+
+PropertyListWriter::Index PropertyListWriter::addBool(bool value) {
+  Index& known = booleans_[value ? 1 : 0];
+  if (known == kNone) {
+    const std::size_t start = bytes_.size();
+    bytes_.append(value ? kTrue : kFalse);
+    known = addScalar(start, false);
+  }
+  return known;
+}
+
+PropertyListWriter::Index PropertyListWriter::addData(ByteSpan bytes) {
+  if (bytes.size() > kMaximumCount) throwTooLarge();
+  const std::size_t start = bytes_.size();
+  std::uint8_t* const room = bytes_.room(bytes.size() + kMaximumCountSize);
+  std::uint8_t* const into = putCount(room, kData, bytes.size());
+  if (!bytes.empty()) std::memcpy(into, bytes.data(), bytes.size());
+  bytes_.commit(static_cast<std::size_t>(into - room) + bytes.size());
+  return addScalar(start, false);
+}
+
+PropertyListWriter::Index PropertyListWriter::addUID(std::uint32_t value) {
+  if (value < uids_.size() && uids_[value] != kNone) return uids_[value];
+  const std::size_t start = bytes_.size();
+  const unsigned width = widthOf(value);
+  std::uint8_t* const room = bytes_.room(5);
+  put(room, static_cast<std::uint8_t>(kUID | (width - 1)));
+  putWidth(room + 1, value, width);
+  bytes_.commit(1 + width);
+  // Archives number their objects from 0, so the index by value stays as small as the archive; a
+  // stray large number is hashed instead.
+  if (value > records_.size()) return addScalar(start, true);
+  if (value >= uids_.size())
+    uids_.resize(std::max<std::size_t>(value + 1, uids_.size() * 2), kNone);
+  return uids_[value] = addScalar(start, false);
+}
+
+PropertyListWriter::Index PropertyListWriter::addArray(std::span<const Index> elements) {
+  const Index array = reserve();
+  std::copy(elements.begin(), elements.end(), fillArray(array, elements.size()).begin());
+  return array;
+}
+
+PropertyListWriter::Index PropertyListWriter::addMap(std::span<const Index> keys,
+                                                     std::span<const Index> values) {
+  const Index map = reserve();
+  const auto into = fillMap(map, keys.size());
+  std::copy(values.begin(), values.end(), std::copy(keys.begin(), keys.end(), into.begin()));
+  return map;
+}
+
+PropertyListWriter::Index PropertyListWriter::reserve() { return addRecord(0, Form::reserved, 0); }
+
+std::span<PropertyListWriter::Index> PropertyListWriter::fillArray(Index object,
+                                                                   std::size_t count) {
+  return fill(object, Form::array, count, count);
+}
+
+std::span<PropertyListWriter::Index> PropertyListWriter::fillMap(Index object, std::size_t count) {
+  return fill(object, Form::map, count, count * 2);
+}
+
+std::span<PropertyListWriter::Index> PropertyListWriter::fill(Index object, Form form,
+                                                              std::size_t count,
+                                                              std::size_t references) {
+  const std::size_t position = references_.size();
+  if (count > kMaximumCount || position + references > kMaximumSize) throwTooLarge();
+  Index* const room = references_.room(references);
+  references_.commit(references);
+  records_[object] = {
+      static_cast<std::uint32_t>(position),
+      (static_cast<std::uint32_t>(form) << kFormShift) | static_cast<std::uint32_t>(count)};
+  return {room, references};
+}
+
+// The scalar's encoded bytes stand at the end of the buffer; when an equal one is there already,
+// they are taken back. Comparing the encoding compares kind, width and bytes at once.
+PropertyListWriter::Index PropertyListWriter::addScalar(std::size_t start, bool shared) {
+  const std::size_t size = bytes_.size() - start;
+  if (!shared) return addRecord(start, Form::scalar, size);
+  if (tableUsed_ * 2 >= table_.size()) growTable();
+  const std::uint8_t* const bytes = bytes_.data() + start;
+  const auto hash = static_cast<std::uint32_t>(detail::keyedHash(bytes, size, detail::hashKeys()));
+  const std::size_t mask = table_.size() - 1;
+  for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
+    Slot& slot = table_[at];
+    if (slot.indexPlusOne == 0) {
+      const Index index = addRecord(start, Form::scalar, size);
+      slot = {hash, index + 1};
+      ++tableUsed_;
+      return index;
+    }
+    if (slot.hash != hash) continue;
+    const Record& record = records_[slot.indexPlusOne - 1];
+    if (record.formAndCount == size && areEqual(bytes_.data() + record.position, bytes, size)) {
+      bytes_.truncate(start);
+      return slot.indexPlusOne - 1;
+    }
+  }
+}
+
+void PropertyListWriter::growTable() {
+  std::vector<Slot> larger(std::max<std::size_t>(256, table_.size() * 2));
+  const std::size_t mask = larger.size() - 1;
+  for (const Slot& slot : table_) {
+    if (slot.indexPlusOne == 0) continue;
+    std::size_t at = slot.hash & mask;
+    while (larger[at].indexPlusOne != 0) at = (at + 1) & mask;
+    larger[at] = slot;
+  }
+  table_ = std::move(larger);
+}
+
+std::size_t PropertyListWriter::sizeOf(const Record& record, unsigned width) const noexcept {
+  const std::size_t count = record.formAndCount & kMaximumCount;
+  switch (static_cast<Form>(record.formAndCount >> kFormShift)) {
+    case Form::scalar:
+      return count;
+    case Form::array:
+      return countSize(count) + count * width;
+    default:
+      return countSize(count) + 2 * count * width;
+  }
+}
+
+std::vector<std::uint8_t> PropertyListWriter::finish(Index root) {
+  const std::size_t objects = records_.size();
+  const unsigned width = widthOf(objects - 1);
+  std::size_t size = kHeaderSize;
+  for (std::size_t i = 0; i < objects; ++i) {
+    if (records_[i].formAndCount >> kFormShift == static_cast<std::uint32_t>(Form::reserved)) {
+      throw std::logic_error("a reserved object of the property list was never filled");
+    }
+    size += sizeOf(records_[i], width);
+  }
+  const std::size_t tableStart = size;
+  const unsigned offsetWidth = widthOf(tableStart);
+  table_ = std::vector<Slot>();  // given back before the output is made
+  bytes_.room(kSlack);
+  std::vector<std::uint8_t> output(tableStart + objects * offsetWidth + kTrailerSize);
+
+  std::uint8_t* at = output.data();
+  std::memcpy(at, "bplist00", kHeaderSize);
+  at += kHeaderSize;
+  std::uint8_t* offset = output.data() + tableStart;
+  const std::uint8_t* const end = offset;
+  for (std::size_t i = 0; i < objects; ++i) {
+    const Record record = records_[i];
+    const std::size_t count = record.formAndCount & kMaximumCount;
+    offset = putWidth(offset, static_cast<std::uint64_t>(at - output.data()), offsetWidth);
+    switch (static_cast<Form>(record.formAndCount >> kFormShift)) {
+      case Form::scalar:
+        at = putScalar(at, end, bytes_.data() + record.position, count);
+        break;
+      case Form::array:
+        at = putReferences(putCount(at, kArray, count), references_.data() + record.position, count,
+                           width);
+        break;
+      default:
+        at = putReferences(putCount(at, kMap, count), references_.data() + record.position,
+                           2 * count, width);
+    }
+  }
+  offset += 6;
+  offset = put(offset, static_cast<std::uint8_t>(offsetWidth));
+  offset = put(offset, static_cast<std::uint8_t>(width));
+  offset = put(offset, static_cast<std::uint64_t>(objects));
+  offset = put(offset, static_cast<std::uint64_t>(root));
+  put(offset, static_cast<std::uint64_t>(tableStart));
+  return output;
+}
+
+void PropertyListWriter::clear() noexcept {
+  bytes_.clear();
+  references_.clear();
+  records_.clear();
+  table_ = std::vector<Slot>();
+  tableUsed_ = 0;
+  symbols_ = std::vector<Index>();
+  uids_ = std::vector<Index>();
+  longTexts_.clear();
+  booleans_[0] = booleans_[1] = kNone;
+}
+
+}  // namespace tarnkit

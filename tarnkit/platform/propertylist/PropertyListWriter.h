@@ -1,0 +1,119 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/propertylist/RawBuffer.h"
+#include "tarnkit/platform/text/String.h"
+#include "tarnkit/platform/text/Symbol.h"
+
+namespace tarnkit {
+
+/// Writes a binary property list, made for speed: every object is a number, given in the order of
+/// addition; scalars stand already encoded in one growing buffer, containers as spans of one array
+/// of object numbers; there is no tree of boxed values.
+///
+/// Equal strings, integers, reals and booleans are one object, when kind, width and bytes agree. A
+/// container whose contents are not known yet is reserved and filled later, so that the root can be
+/// object 0. The file depends on nothing but the calls. Text that is not UTF-8 is written with
+/// U+FFFD for every byte that does not fit in.
+///
+/// Belongs to whoever makes it; one thread at a time. Costs a hash per scalar and a copy per
+/// container. Everything throws std::length_error when the list outgrows the writer: `kMaximumSize`
+/// bytes of scalars or references, or a single value of `kMaximumCount`.
+class PropertyListWriter {
+ public:
+  using Index = std::uint32_t;
+  static constexpr std::size_t kMaximumSize = 0xFFFFFFF0U;
+  static constexpr std::size_t kMaximumCount = 0x3FFFFFFFU;
+
+  PropertyListWriter();
+  PropertyListWriter(const PropertyListWriter&) = delete;
+  PropertyListWriter& operator=(const PropertyListWriter&) = delete;
+  ~PropertyListWriter();
+
+  Index addString(std::string_view utf8) { return addText(utf8, true); }
+  /// The string's text; of a long one the object is remembered (and kept), so that a text that many
+  /// objects share is not hashed for each.
+  Index addString(const StringObject& text) {
+    return text.view().size() <= kLongText ? addText(text.view(), true) : addLongString(text);
+  }
+  /// As `addString`, without looking for an equal one: for texts known to be different.
+  Index addDistinctString(std::string_view utf8) { return addText(utf8, false); }
+  /// The symbol's text; costs one look-up by number after the first time.
+  Index addSymbol(const Symbol& symbol) {
+    const auto number = symbol.number();
+    if (number < symbols_.size() && symbols_[number] != kNone) return symbols_[number];
+    return addNewSymbol(symbol, number);
+  }
+  /// 1, 2 or 4 bytes unsigned, else 8 signed.
+  Index addInt(std::int64_t value);
+  Index addReal32(float value);
+  Index addReal64(double value);
+  Index addBool(bool value);
+  /// Never shared.
+  Index addData(ByteSpan bytes);
+  Index addUID(std::uint32_t value);
+  Index addArray(std::span<const Index> elements);
+  /// The keys must be strings and differ from each other.
+  Index addMap(std::span<const Index> keys, std::span<const Index> values);
+
+  /// An object to be filled, once, by one of the next two.
+  Index reserve();
+  /// Makes it an array; the elements are written to the span, before the next call of the writer.
+  std::span<Index> fillArray(Index object, std::size_t count);
+  /// Makes it a map; the span takes the keys and after them the values.
+  std::span<Index> fillMap(Index object, std::size_t count);
+
+  /// How many objects there are.
+  std::size_t count() const noexcept { return records_.size(); }
+
+  /// The property list with that root; every reserved object must be filled (std::logic_error). The
+  /// writer can only be cleared or destroyed afterwards.
+  std::vector<std::uint8_t> finish(Index root);
+  /// Forgets everything.
+  void clear() noexcept;
+
+ private:
+  static constexpr Index kNone = 0xFFFFFFFFU;
+  static constexpr std::size_t kLongText = 256;
+  enum class Form : std::uint32_t { scalar, array, map, reserved };
+  // A scalar: `position` and `count` of its encoded bytes; a container: of its object numbers.
+  struct Record {
+    std::uint32_t position;
+    std::uint32_t formAndCount;
+  };
+  struct Slot {
+    std::uint32_t hash;
+    std::uint32_t indexPlusOne;
+  };
+
+  Index addNewSymbol(const Symbol& symbol, std::uint32_t number);
+  Index addText(std::string_view utf8, bool shared);
+  Index addLongString(const StringObject& text);
+  Index addScalar(std::size_t start, bool shared);
+  Index addRecord(std::size_t position, Form form, std::size_t count);
+  std::span<Index> fill(Index object, Form form, std::size_t count, std::size_t references);
+  void growTable();
+  std::size_t sizeOf(const Record& record, unsigned width) const noexcept;
+
+  detail::RawBuffer<std::uint8_t> bytes_;
+  detail::RawBuffer<Index> references_;
+  detail::RawBuffer<Record> records_;
+  std::vector<Slot> table_;
+  std::size_t tableUsed_ = 0;
+  std::vector<Index> symbols_;
+  std::vector<Index> uids_;
+  struct LongText {
+    Ref<const StringObject> text;
+    Index index;
+  };
+  std::unordered_map<const StringObject*, LongText> longTexts_;
+  Index booleans_[2] = {kNone, kNone};
+};
+
+}  // namespace tarnkit
