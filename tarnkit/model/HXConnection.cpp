@@ -26,6 +26,8 @@ constinit const Symbol kDeviceParentNode{"PMConnection.parentNode"};
 constinit const Symbol kDeviceOutputPortKeyPath{"PMConnection.outputPortKeyPath"};
 constinit const Symbol kDeviceInputPortKeyPath{"PMConnection.inputPortKeyPath"};
 
+String keyOfNumber(std::int32_t number) { return String(fmt::format("connection_{}", number)); }
+
 }  // namespace
 
 HXConnection::HXConnection(HXPort* outputPort, HXPort* inputPort, HXPort* displayOutputPort,
@@ -44,9 +46,10 @@ std::int32_t HXConnection::hx_newKeyNumber() {
   return static_cast<std::int32_t>(next++);
 }
 
-String HXConnection::uniqueKey() const {
-  return hasKey_ ? String(fmt::format("connection_{}", keyNumber_)) : String();
-}
+// A connection keeps its number; the text is made when somebody asks for it.
+String HXConnection::hx_newUniqueKey() { return keyOfNumber(hx_newKeyNumber()); }
+
+String HXConnection::uniqueKey() const { return hasKey_ ? keyOfNumber(keyNumber_) : String(); }
 
 bool HXConnection::traverseConnection(Path& path) const {
   return hx_traverseConnection(outputPort(), inputPort(), path);

@@ -51,10 +51,11 @@ class HXConnection final : public Object {
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
 
-  /// The number of the next unique key.
-  static std::int32_t hx_newKeyNumber();
+  /// Draws the next key, "connection_%i".
+  static String hx_newUniqueKey();
 
  private:
+  static std::int32_t hx_newKeyNumber();
   HXConnection() noexcept = default;
   static Ref<Object> makeForDecoding(const Class&);
   template <class T, class... Args>

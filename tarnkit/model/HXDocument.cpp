@@ -5,7 +5,6 @@
 #include <unordered_set>
 
 #include "tarnkit/archive/HXCoding.h"
-#include "tarnkit/model/HXModel.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/Log.h"
 
@@ -30,7 +29,6 @@ void warnOfPorts(std::string_view message, const HXPort& first, const HXPort& se
 }  // namespace
 
 HXDocument::HXDocument() : documentKey_(hx_newDocumentKey()), imageStore_(make<HXImageStore>()) {
-  registerModelClasses();
   imageStore_->setDocument(this);
   setForceAllowsSubnodes(true);
 }
@@ -73,10 +71,18 @@ Ref<HXConnection> HXDocument::connectPort(HXPort& first, HXPort& toPort) {
   return connection;
 }
 
+// Both ends change before anybody is told, so that an observer who takes one of them out of the
+// document ends the connection as a whole.
+
 void HXDocument::breakConnection(HXConnection& connection) {
+  const Ref<HXDocument> self(this);
   const Ref<HXConnection> kept(&connection);
-  if (const Ref<HXPort> port{connection.outputPort()}) port->disconnectConnection(connection);
-  if (const Ref<HXPort> port{connection.inputPort()}) port->disconnectConnection(connection);
+  const Ref<HXPort> output(connection.outputPort());
+  const Ref<HXPort> input(connection.inputPort());
+  const bool outputHad = output && output->dropConnection(connection);
+  const bool inputHad = input && input->dropConnection(connection);
+  if (outputHad) output->hx_fireDidDisconnectNotification(connection);
+  if (inputHad) input->hx_fireDidDisconnectNotification(connection);
   detail::announce(HXDocumentRemoveConnectionNotification, *this, *this,
                    [&](const Ref<Object>& documentKey) {
                      return UserInfo{{HXDocumentKeyInfo, documentKey},
@@ -86,15 +92,25 @@ void HXDocument::breakConnection(HXConnection& connection) {
 }
 
 void HXDocument::breakAllConnectionsToPort(HXPort& port) {
+  const Ref<HXDocument> self(this);
   for (const auto& connection : port.connections().toVector()) breakConnection(*connection);
 }
 
 void HXDocument::restoreConnection(HXConnection& connection) { hx_addConnection(connection); }
 
 void HXDocument::hx_addConnection(HXConnection& connection) {
+  const Ref<HXDocument> self(this);
   const Ref<HXConnection> kept(&connection);
-  if (const Ref<HXPort> port{connection.outputPort()}) port->connectConnection(connection);
-  if (const Ref<HXPort> port{connection.inputPort()}) port->connectConnection(connection);
+  const Ref<HXPort> output(connection.outputPort());
+  const Ref<HXPort> input(connection.inputPort());
+  const bool outputTook = output && output->takeConnection(connection);
+  const bool inputTook = input && input->takeConnection(connection);
+  const auto isHeldBy = [&](const Ref<HXPort>& port) {
+    return port && port->connections().contains(&connection);
+  };
+  if (outputTook) output->hx_fireDidConnectNotification(connection);
+  if (inputTook && isHeldBy(input)) input->hx_fireDidConnectNotification(connection);
+  if ((outputTook || inputTook) && !isHeldBy(output) && !isHeldBy(input)) return;
   detail::announce(HXDocumentAddConnectionNotification, *this, *this,
                    [&](const Ref<Object>& documentKey) {
                      return UserInfo{{HXDocumentKeyInfo, documentKey},

@@ -175,7 +175,7 @@ void HXGroup::withdraw(HXNode& node) {
     if (port->symbolicPort()) here.removeSymbolicPortForPort(port.get());
     if (port->connections().isEmpty()) continue;
     const auto* owner = here.inForce().node();
-    if (auto* document = owner ? owner->document() : nullptr) {
+    if (const Ref<HXDocument> document{owner ? owner->document() : nullptr}) {
       document->breakAllConnectionsToPort(*port);
     }
   }
@@ -223,10 +223,15 @@ Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
   HXGroup& here = inForce();
   if (!here.symbolicPorts(port.orientation())) return nullptr;
   const Ref<HXGroup> kept(&here);
+  const Ref<HXPort> keptPort(&port);
+  const bool isInside = port.node() && port.node()->parentGroup() == &here;
   auto symbolicPort =
       make<HXSymbolicPort>(&port, here.node(), port.orientation(), port.connectionRelationship());
   symbolicPort->setName(port.name());
-  here.inForce().hx_addSymbolicPort(*symbolicPort, port);
+  // Whoever observed the name may have taken the port's node out.
+  HXGroup& now = here.inForce();
+  if (isInside && (!port.node() || port.node()->parentGroup() != &now)) return nullptr;
+  now.hx_addSymbolicPort(*symbolicPort, port);
   return symbolicPort;
 }
 
@@ -234,10 +239,12 @@ void HXGroup::hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort) {
   const Ref<HXGroup> kept(this);
   const Ref<HXPort> keptPort(&toPort);
   toPort.setSymbolicPort(&symbolicPort);
+  if (toPort.symbolicPort() != &symbolicPort) return;  // an observer ended the publication already
   if (auto* ports = inForce().symbolicPorts(toPort.orientation())) {
     ports->add(Ref<Object>(&symbolicPort));
   }
   if (const Ref<HXNode> owner{inForce().node()}) owner->symbolicPortNameWasAdded(toPort);
+  if (toPort.symbolicPort() != &symbolicPort) return;
   HXGroup& now = inForce();
   detail::announce(HXGroupAddSymbolicPortForPortNotification, now, now,
                    [&](const Ref<Object>& documentKey) {
@@ -309,6 +316,7 @@ void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
     if (const Ref<HXDocument> document{owner ? owner->document() : nullptr}) {
       document->breakAllConnectionsToPort(*resolved);
     }
+    if (port.symbolicPort() != &symbolicPort) return;  // an observer ended the publication already
   }
   HXGroup& here = inForce();
   here.symbolicInputPorts_->remove(&symbolicPort);

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXModel.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
@@ -36,13 +37,17 @@ HXPort* publishedPort(const OrderedSet& ports, const String& key) {
 
 }  // namespace
 
-HXNode::HXNode() : HXNode(Decoding{}) { init(); }
+HXNode::HXNode() : HXNode(Decoding{}) {
+  registerModelClasses();
+  init();
+}
 
 HXNode::HXNode(Decoding) noexcept {}
 
 Ref<Object> HXNode::makeForDecoding(const Class&) { return make<HXNode>(Decoding{}); }
 
 Ref<HXNode> HXNode::makeOfClass(std::string_view className) {
+  registerModelClasses();
   const Class* record = ClassRegistry::classNamed(className);
   if (!record || !record->isKindOf(kClass) || record->isKindOf(HXDocument::kClass)) return nullptr;
   auto node = as<HXNode>(record->make());
@@ -210,6 +215,7 @@ Ref<HXGroup> HXNode::makeSubnodeGroup(bool ofViews) const {
 }
 
 void HXNode::hx_swapSubnodeGroupToGroup(Ref<HXGroup> group) {
+  const Ref<HXNode> self(this);
   exchangeSubnodeGroup(group);
   if (const Ref<HXGroup> parent{parentGroup()}) parent->subnodeViewTypeDidChange(*this);
 }
@@ -314,6 +320,8 @@ const OrderedSet& HXNode::symbolicInputPorts() const noexcept {
 const OrderedSet& HXNode::symbolicOutputPorts() const noexcept {
   return subnodeGroup_ ? subnodeGroup_->symbolicOutputPorts() : noPorts();
 }
+
+OrderedMap<Ref<HXParameter>> HXNode::parameters() const { return parameters_; }
 
 HXParameter* HXNode::parameterForKey(const String& key) const {
   const auto* parameter = parameters_.find(key);

@@ -128,7 +128,8 @@ class HXNode : public HXRNodeOwner {
   /// The groups in the collection's order.
   std::vector<Ref<HXPortGroup>> inputPortGroups() const;
   std::vector<Ref<HXPortGroup>> outputPortGroups() const;
-  /// The node's own ports, hidden ones too, by unique key.
+  /// The node's own ports, hidden ones too, by unique key: the map in force, which the next change
+  /// of the definition replaces. Who changes the node while walking it walks a copy.
   const OrderedMap<Ref<HXPatchPort>>& portsByUniqueKey() const noexcept {
     return portsByUniqueKey_;
   }
@@ -147,8 +148,9 @@ class HXNode : public HXRNodeOwner {
 
   // Parameters.
 
-  /// Key to parameter, in order. Parameters that the definition no longer has are kept.
-  const OrderedMap<Ref<HXParameter>>& parameters() const noexcept { return parameters_; }
+  /// Key to parameter, in order, as a copy of the caller's own: it stays as it is whatever happens
+  /// to the node, and the other way round. Parameters that the definition no longer has are kept.
+  OrderedMap<Ref<HXParameter>> parameters() const;
   HXParameter* parameterForKey(const String& key) const;
   /// Told by a parameter whose value has changed; passes it on to the definition.
   void parameterDidChange(HXParameter& parameter);
@@ -211,6 +213,7 @@ class HXNode : public HXRNodeOwner {
  private:
   friend class HXGroup;
   struct PortSide;
+  struct PortGroupChanges;
 
   void init();
   /// Visits this node and every node below it, parents first, without recursion.
@@ -232,10 +235,15 @@ class HXNode : public HXRNodeOwner {
   void hx_syncParametersWithPatch();
   void hx_syncPortGroupsWithPatch();
   void hx_syncPortsWithPatch();
-  void hx_syncPortGroups(PortSide side, std::vector<Ref<HXPortGroup>>& gone,
-                         std::vector<Ref<HXPortGroup>>& added);
-  /// Ends the publications and connections of a port that has gone.
-  void withdrawPort(HXPatchPort& port);
+  /// Announces nothing.
+  void hx_syncPortGroups(const PortSide& side, PortGroupChanges& changes);
+  void syncDefinedGroups(const PortSide& side, OrderedMap<Ref<HXPortGroup>>& old,
+                         PortGroupChanges& changes);
+  void syncPublishedGroups(const PortSide& side, OrderedMap<Ref<HXPortGroup>>& old,
+                           PortGroupChanges& changes);
+  bool hasPortGroup(const HXPortGroup& group) const;
+  /// Ends the publications and connections of ports that have gone.
+  void withdrawPorts(const std::vector<Ref<HXPatchPort>>& ports);
   PortSide portSide(std::int32_t orientation);
   /// Whether synchronising the port groups once more would change nothing.
   bool portGroupsSettled() const noexcept;
@@ -269,6 +277,9 @@ class HXNode : public HXRNodeOwner {
   bool syncingParameters_ = false;
   bool decoding_ = false;
   bool portGroupsSettled_ = false;  // as far as the node's own changes go
+  // Tell whoever announced that an observer has made the same kind of change meanwhile.
+  std::uint32_t lastSync_ = 0;
+  std::uint32_t lastGroupChange_ = 0;
 };
 
 }  // namespace tarnkit

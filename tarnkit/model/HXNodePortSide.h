@@ -13,7 +13,14 @@ struct HXNode::PortSide {
   HXPortGroupCollection& collection;
   OrderedMap<Ref<HXPortGroup>>& groups;
   const HXRPortGroupCollection* definition;  // null without a patch
-  const OrderedSet& symbolicPorts;
+  Ref<const OrderedSet> symbolicPorts;
+};
+
+/// What a synchronisation of the port groups has come to, to be announced when it is complete.
+struct HXNode::PortGroupChanges {
+  std::vector<Ref<HXPortGroup>> startHidden;  // of the added ones
+  std::vector<Ref<HXPortGroup>> gone;
+  std::vector<Ref<HXPortGroup>> added;
 };
 
 namespace detail {

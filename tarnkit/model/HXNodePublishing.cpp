@@ -42,6 +42,7 @@ HXPort* HXNode::collectingPort(const HXPort&) const { return nullptr; }
 bool HXNode::hx_showSymbolicPort(const HXSymbolicPort& symbolicPort) {
   if (!portGroupsSettled() || decoding_) return false;
   const PortSide side = portSide(symbolicPort.orientation());
+  if (!side.symbolicPorts->contains(&symbolicPort)) return false;
   const String& key = symbolicPort.groupKey();
   const Ref<Object> member(const_cast<HXSymbolicPort*>(&symbolicPort));
   if (const auto* present = side.groups.find(key)) {
@@ -56,6 +57,7 @@ bool HXNode::hx_showSymbolicPort(const HXSymbolicPort& symbolicPort) {
   auto group = make<HXSymbolicPortGroup>(this, key, side.orientation);
   unshared(group->symbolicPorts_).add(member);
   side.groups.set(key, group);
+  ++lastGroupChange_;
   detail::announceOfNode(HXNodeAddPortGroupNotification, *this, HXPortGroupInfo, *group);
   return true;
 }
@@ -68,12 +70,17 @@ bool HXNode::hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort) {
   if (!group || !group->symbolicPorts_ || !group->symbolicPorts_->contains(&symbolicPort)) {
     return false;
   }
-  unshared(group->symbolicPorts_).remove(&symbolicPort);
-  if (!group->symbolicPorts_->isEmpty()) return true;
+  if (group->symbolicPorts_->count() > 1) {
+    unshared(group->symbolicPorts_).remove(&symbolicPort);
+    return true;
+  }
+  // The last port leaves with its group, which is announced with what it showed.
+  if (group->standsBefore_) return false;
   auto keys = make<OrderedSet>(*side.collection.portGroupKeys());
   keys->remove(key.object().get());
   side.collection.followNode(keys);
   side.groups.take(key);
+  ++lastGroupChange_;
   detail::announceOfNode(HXNodeRemovePortGroupNotification, *this, HXPortGroupInfo, *group);
   return true;
 }

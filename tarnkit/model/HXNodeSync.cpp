@@ -21,13 +21,16 @@ namespace {
 // comes to rest is left after this many walks.
 constexpr int kMaximumParameterWalks = 64;
 
-// Announces what went, then what came, on behalf of the node.
-template <class T>
+// Announces what went, then what came, on behalf of the node: of the latter only what an observer
+// has not let go again meanwhile.
+template <class T, class IsHeld>
 void announceChanges(HXNode& node, const Symbol& removal, const std::vector<Ref<T>>& gone,
                      const Symbol& addition, const std::vector<Ref<T>>& added,
-                     const Symbol& infoKey) {
+                     const Symbol& infoKey, IsHeld isHeld) {
   for (const auto& object : gone) detail::announceOfNode(removal, node, infoKey, *object);
-  for (const auto& object : added) detail::announceOfNode(addition, node, infoKey, *object);
+  for (const auto& object : added) {
+    if (isHeld(*object)) detail::announceOfNode(addition, node, infoKey, *object);
+  }
 }
 
 }  // namespace
@@ -35,16 +38,21 @@ void announceChanges(HXNode& node, const Symbol& removal, const std::vector<Ref<
 HXNode::PortSide HXNode::portSide(std::int32_t orientation) {
   if (orientation == HXOrientationInput) {
     return {orientation, *inputPortGroupCollection_, inputPortGroupsByKey_,
-            patch_ ? &patch_->portLayout().inputs() : nullptr, symbolicInputPorts()};
+            patch_ ? &patch_->portLayout().inputs() : nullptr, &symbolicInputPorts()};
   }
   return {orientation, *outputPortGroupCollection_, outputPortGroupsByKey_,
-          patch_ ? &patch_->portLayout().outputs() : nullptr, symbolicOutputPorts()};
+          patch_ ? &patch_->portLayout().outputs() : nullptr, &symbolicOutputPorts()};
 }
 
 void HXNode::willSetPatch(const Ref<HXRNode>&) {}
 void HXNode::didSetPatch() {}
 
+// Observers are told in the middle of what follows, and may let go of the node or change it again.
+// So whatever goes on after an announcement holds the node; ports, groups and parameters change as
+// a whole before any of it is announced; and each step begins with the patch in force.
+
 void HXNode::setPatch(const Ref<HXRNode>& patch) {
+  const Ref<HXNode> self(this);
   const Ref<HXRNode> fresh = patch;
   willSetPatch(fresh);
   unknownPatchClass_ = nullptr;
@@ -59,12 +67,21 @@ void HXNode::setPatch(const Ref<HXRNode>& patch) {
 
 // A definition that adds ports while its parameters are attached asks for a synchronisation of the
 // ports meanwhile: the ports are brought in line once, last.
+//
+// An observer that sets a patch in the middle overtakes this call: the later one has brought
+// everything in line when it returns, and nothing is left to be done here.
 void HXNode::hx_syncPatch() {
+  const Ref<HXNode> self(this);
+  const std::uint32_t sync = ++lastSync_;
   syncingPorts_ = true;
+  syncingParameters_ = false;
   hx_syncNameWithPatch();
+  if (sync != lastSync_) return;
   hx_syncSubnodeGroupWithPatch();
   hx_syncParametersWithPatch();
+  if (sync != lastSync_) return;
   hx_syncPortGroupsWithPatch();
+  if (sync != lastSync_) return;
   syncingPorts_ = false;
   hx_syncPortsWithPatch();
 }
@@ -87,11 +104,14 @@ void HXNode::hx_syncSubnodeGroupWithPatch() {
 
 void HXNode::hx_syncParametersWithPatch() {
   if (syncingParameters_ || decoding_) return;
+  const Ref<HXNode> self(this);
+  const Ref<HXRNode> patch = patch_;
+  const std::uint32_t sync = lastSync_;
   syncingParameters_ = true;
   OrderedMap<Ref<HXParameter>> added;
   OrderedMap<Ref<HXParameter>> replaced;
-  for (int walk = 0; patch_ && walk < kMaximumParameterWalks; ++walk) {
-    const auto descriptions = patch_->parameters();
+  for (int walk = 0; patch && walk < kMaximumParameterWalks; ++walk) {
+    const auto descriptions = patch->parameters();
     for (const auto& description : descriptions) {
       const Class* editorClass = description->parameterClass();
       if (!editorClass) continue;
@@ -108,8 +128,9 @@ void HXNode::hx_syncParametersWithPatch() {
         added.set(key, parameter);
       }
       parameter->setPatchParameter(description);
+      if (sync != lastSync_) return;  // overtaken, with the flag
     }
-    if (patch_->parameters() == descriptions) break;
+    if (patch->parameters() == descriptions) break;
   }
   std::vector<Ref<HXParameter>> gone;
   for (const auto& entry : replaced) gone.push_back(parameters_.take(entry.key));
@@ -120,81 +141,129 @@ void HXNode::hx_syncParametersWithPatch() {
   }
   syncingParameters_ = false;
   announceChanges(*this, HXNodeRemoveParameterNotification, gone, HXNodeAddParameterNotification,
-                  fresh, HXParameterInfo);
+                  fresh, HXParameterInfo, [&](const HXParameter& parameter) {
+                    return parameterForKey(parameter.uniqueKey()) == &parameter;
+                  });
 }
 
 void HXNode::hx_syncPortGroupsWithPatch() {
   if (decoding_) return;
-  std::vector<Ref<HXPortGroup>> gone;
-  std::vector<Ref<HXPortGroup>> added;
+  const Ref<HXNode> self(this);
+  const std::uint32_t change = ++lastGroupChange_;
+  PortGroupChanges changes;
   portGroupsSettled_ = true;
-  hx_syncPortGroups(portSide(HXOrientationInput), gone, added);
-  hx_syncPortGroups(portSide(HXOrientationOutput), gone, added);
-  announceChanges(*this, HXNodeRemovePortGroupNotification, gone, HXNodeAddPortGroupNotification,
-                  added, HXPortGroupInfo);
+  hx_syncPortGroups(portSide(HXOrientationInput), changes);
+  hx_syncPortGroups(portSide(HXOrientationOutput), changes);
+  for (const auto& group : changes.startHidden) {
+    if (group->hidden()) group->announceHidden();
+  }
+  // Groups that were made for nothing are announced too, unless something changed in between.
+  announceChanges(
+      *this, HXNodeRemovePortGroupNotification, changes.gone, HXNodeAddPortGroupNotification,
+      changes.added, HXPortGroupInfo,
+      [&](const HXPortGroup& group) { return change == lastGroupChange_ || hasPortGroup(group); });
 }
 
-void HXNode::hx_syncPortGroups(PortSide side, std::vector<Ref<HXPortGroup>>& gone,
-                               std::vector<Ref<HXPortGroup>>& added) {
+bool HXNode::hasPortGroup(const HXPortGroup& group) const {
+  const auto* present = portGroupForKey(group.groupKey(), group.orientation());
+  const auto* published = as<HXSymbolicPortGroup>(present);
+  return present == &group || (published && published->standsBefore_ == &group);
+}
+
+void HXNode::hx_syncPortGroups(const PortSide& side, PortGroupChanges& changes) {
   Ref<OrderedSet> keys = side.definition ? side.definition->portGroupKeys() : make<OrderedSet>();
-  if (!side.symbolicPorts.isEmpty()) {
+  if (!side.symbolicPorts->isEmpty()) {
     keys = make<OrderedSet>(*keys);
-    for (const auto& port : side.symbolicPorts) {
+    for (const auto& port : *side.symbolicPorts) {
       keys->add(static_cast<const HXSymbolicPort&>(*port).groupKey().object());
     }
   }
   side.collection.followNode(keys);
-
   auto old = std::exchange(side.groups, {});
-  if (side.definition) {
-    const auto& definitions = side.definition->portGroups();
-    side.groups.reserve(definitions.size());
-    for (const auto& entry : definitions) {
-      auto group = as<HXPatchPortGroup>(old.take(entry.key));
-      if (!group) {
-        group = make<HXPatchPortGroup>(this, entry.key, side.orientation);
-        if (patchClass().hiddenPortGroupKeys().contains(entry.key.object().get())) {
-          group->setHidden(true);
-        }
-        added.push_back(group);
-      }
-      group->setPatchPortGroup(entry.value);
-      side.groups.set(entry.key, group);
+  syncDefinedGroups(side, old, changes);
+  if (!side.symbolicPorts->isEmpty()) syncPublishedGroups(side, old, changes);
+  for (const auto& entry : old) {
+    changes.gone.push_back(entry.value);
+    auto* published = as<HXSymbolicPortGroup>(entry.value.get());
+    if (published && published->standsBefore_) {
+      changes.gone.push_back(std::exchange(published->standsBefore_, nullptr));
     }
   }
+}
 
-  const auto oldSymbolicGroup = [&](const HXSymbolicPort& port) {
+// The groups of the definition. One that a group of published ports of its name stands before is
+// found there.
+void HXNode::syncDefinedGroups(const PortSide& side, OrderedMap<Ref<HXPortGroup>>& old,
+                               PortGroupChanges& changes) {
+  if (!side.definition) return;
+  const auto& definitions = side.definition->portGroups();
+  side.groups.reserve(definitions.size());
+  for (const auto& entry : definitions) {
+    Ref<HXPatchPortGroup> group;
+    if (const auto* present = old.find(entry.key)) {
+      group = as<HXPatchPortGroup>(*present);
+      if (group) {
+        old.take(entry.key);
+      } else {
+        auto& published = static_cast<HXSymbolicPortGroup&>(**present);
+        group = as<HXPatchPortGroup>(std::exchange(published.standsBefore_, nullptr));
+      }
+    }
+    if (!group) {
+      group = make<HXPatchPortGroup>(this, entry.key, side.orientation);
+      if (patchClass().hiddenPortGroupKeys().contains(entry.key.object().get())) {
+        group->hidden_ = true;
+        changes.startHidden.push_back(group);
+      }
+      changes.added.push_back(group);
+    }
+    group->setPatchPortGroup(entry.value);
+    side.groups.set(entry.key, group);
+  }
+}
+
+void HXNode::syncPublishedGroups(const PortSide& side, OrderedMap<Ref<HXPortGroup>>& old,
+                                 PortGroupChanges& changes) {
+  const auto oldGroup = [&](const HXSymbolicPort& port) {
     const auto* group = old.find(port.groupKey());
     return group ? as<HXSymbolicPortGroup>(group->get()) : nullptr;
   };
-  for (const auto& member : side.symbolicPorts) {
-    if (auto* group = oldSymbolicGroup(static_cast<const HXSymbolicPort&>(*member))) {
-      group->setSymbolicPorts(make<OrderedSet>());
+  for (const auto& member : *side.symbolicPorts) {
+    auto* group = oldGroup(static_cast<const HXSymbolicPort&>(*member));
+    if (!group) continue;
+    group->setSymbolicPorts(make<OrderedSet>());
+    if (group->standsBefore_) {
+      changes.gone.push_back(std::exchange(group->standsBefore_, nullptr));
     }
   }
   // Deliberately looked up among the old groups only, which the editor's views rely on: of several
   // ports under a key that is new, each makes a group, and the last one made stands until the next
   // synchronisation gathers the ports in it.
-  for (const auto& member : side.symbolicPorts) {
+  for (const auto& member : *side.symbolicPorts) {
     const auto& port = static_cast<const HXSymbolicPort&>(*member);
-    Ref<HXSymbolicPortGroup> group(oldSymbolicGroup(port));
+    Ref<HXSymbolicPortGroup> group(oldGroup(port));
     if (!group) {
       group = make<HXSymbolicPortGroup>(this, port.groupKey(), side.orientation);
       group->setSymbolicPorts(make<OrderedSet>());
-      added.push_back(group);
+      changes.added.push_back(group);
     }
     group->symbolicPorts_->add(member);
-    // Another synchronisation would come to something else where a group was there already that is
-    // not among the old ones.
-    if (side.groups.contains(port.groupKey()) && side.groups.get(port.groupKey()) != group) {
-      portGroupsSettled_ = false;
+    Ref<HXPortGroup>* present = side.groups.find(port.groupKey());
+    if (!present) {
+      side.groups.set(port.groupKey(), group);
+    } else if (*present != group.get()) {
+      if (auto* earlier = as<HXSymbolicPortGroup>(present->get())) {
+        portGroupsSettled_ = false;  // another synchronisation gathers the ports
+        group->standsBefore_ = std::exchange(earlier->standsBefore_, nullptr);
+      } else {
+        group->standsBefore_ = *present;
+      }
+      *present = group;
     }
-    side.groups.set(port.groupKey(), group);
   }
-  for (const auto& member : side.symbolicPorts) {
+  for (const auto& member : *side.symbolicPorts) {
     old.take(static_cast<const HXSymbolicPort&>(*member).groupKey());
   }
-  for (const auto& entry : old) gone.push_back(entry.value);
 }
 
 void HXNode::hx_syncPortsWithPatch() {
@@ -222,21 +291,35 @@ void HXNode::hx_syncPortsWithPatch() {
   }
   std::vector<Ref<HXPatchPort>> gone;
   for (const auto& entry : old) gone.push_back(entry.value);
-  for (const auto& port : gone) withdrawPort(*port);
+  withdrawPorts(gone);
   announceChanges(*this, HXNodeRemovePortNotification, gone, HXNodeAddPortNotification, added,
-                  HXPortInfo);
+                  HXPortInfo, [&](const HXPatchPort& port) {
+                    const auto* present = portsByUniqueKey_.find(port.uniqueKey());
+                    return present && *present == &port;
+                  });
 }
 
-void HXNode::withdrawPort(HXPatchPort& port) {
+// Where the ports were published and connected is asked before anybody is told: the node may be
+// somewhere else by the time the last of them is withdrawn.
+void HXNode::withdrawPorts(const std::vector<Ref<HXPatchPort>>& ports) {
+  if (std::none_of(ports.begin(), ports.end(), [](const auto& port) {
+        return port->symbolicPort() || !port->connections().isEmpty();
+      })) {
+    return;
+  }
+  const Ref<HXNode> self(this);
   const Ref<HXGroup> parent(parentGroup());
-  if (parent && port.symbolicPort()) parent->removeSymbolicPortForPort(&port);
-  if (port.connections().isEmpty()) return;
-  if (const Ref<HXDocument> document{this->document()}) document->breakAllConnectionsToPort(port);
+  const Ref<HXDocument> document(this->document());
+  for (const auto& port : ports) {
+    if (parent && port->symbolicPort()) parent->removeSymbolicPortForPort(port.get());
+    if (document && !port->connections().isEmpty()) document->breakAllConnectionsToPort(*port);
+  }
 }
 
 // One port that comes or goes costs itself, unless it is not the only difference.
 
 void HXNode::addPatchPort(HXRPort& port) {
+  const Ref<HXNode> self(this);
   const Ref<HXRPort> description(&port);
   hx_syncPortGroupsWithPatch();
   if (syncingPorts_ || decoding_) return;
@@ -254,6 +337,7 @@ void HXNode::addPatchPort(HXRPort& port) {
 }
 
 void HXNode::removePatchPort(HXRPort& port) {
+  const Ref<HXNode> self(this);
   const Ref<HXRPort> description(&port);
   hx_syncPortGroupsWithPatch();
   if (syncingPorts_ || decoding_) return;
@@ -265,7 +349,7 @@ void HXNode::removePatchPort(HXRPort& port) {
     return;
   }
   const auto gone = portsByUniqueKey_.take(port.uniqueKey());
-  withdrawPort(*gone);
+  withdrawPorts({gone});
   detail::announceOfNode(HXNodeRemovePortNotification, *this, HXPortInfo, *gone);
 }
 
@@ -291,9 +375,9 @@ void HXNode::patchLayoutWasCopied() {
   for (const auto orientation : {HXOrientationInput, HXOrientationOutput}) {
     const PortSide side = portSide(orientation);
     for (const auto& entry : side.definition->portGroups()) {
-      if (auto* group = as<HXPatchPortGroup>(side.groups.get(entry.key).get())) {
-        group->setPatchPortGroup(entry.value);
-      }
+      Ref<HXPortGroup> group = side.groups.get(entry.key);
+      if (auto* published = as<HXSymbolicPortGroup>(group.get())) group = published->standsBefore_;
+      if (auto* own = as<HXPatchPortGroup>(group.get())) own->setPatchPortGroup(entry.value);
     }
   }
 }

@@ -53,7 +53,7 @@ bool HXPatchPort::acceptsNewConnections() const {
   return connections_.isEmpty() || connectionRelationship() == HXConnectionRelationshipMany;
 }
 
-bool HXPatchPort::connectConnection(HXConnection& connection) {
+bool HXPatchPort::takeConnection(HXConnection& connection) {
   switch (connectionRelationship()) {
     case HXConnectionRelationshipOne:
       if (!connections_.isEmpty()) return false;
@@ -64,15 +64,11 @@ bool HXPatchPort::connectConnection(HXConnection& connection) {
       return false;
   }
   connections_.add(connection);
-  hx_fireDidConnectNotification(connection);
   return true;
 }
 
-bool HXPatchPort::disconnectConnection(HXConnection& connection) {
-  const Ref<HXConnection> kept(&connection);
-  if (!connections_.remove(connection)) return false;
-  hx_fireDidDisconnectNotification(connection);
-  return true;
+bool HXPatchPort::dropConnection(HXConnection& connection) {
+  return connections_.remove(connection);
 }
 
 void HXPatchPort::pruneInvalidConnections() {
@@ -99,6 +95,7 @@ Ref<PMRPrimitive> HXPatchPort::defaultValue() const {
 
 void HXPatchPort::setStaticValue(Ref<PMRPrimitive> value) {
   if (value == staticValue_) return;
+  const Ref<HXPatchPort> self(this);
   const Ref<PMRPrimitive> earlier = effectiveValue();
   staticValue_ = std::move(value);
   detail::announce(HXPatchPortStaticValueDidChangeNotification, *this, *this,

@@ -39,11 +39,6 @@ class HXPatchPort final : public HXPort {
   bool canConnectToPort(const HXPort* other) const override;
   /// Always while it has no connection; then only when it takes many.
   bool acceptsNewConnections() const override;
-  /// A port of relationship one refuses a second connection and keeps the first; one of
-  /// relationship many keeps one entry for a connection given twice, and announces it twice; any
-  /// other refuses.
-  bool connectConnection(HXConnection& connection) override;
-  bool disconnectConnection(HXConnection& connection) override;
   void pruneInvalidConnections() override;
   RGBA defaultColor() const override;
 
@@ -67,8 +62,10 @@ class HXPatchPort final : public HXPort {
   static Ref<Object> makeForDecoding(const Class&);
   template <class T, class... Args>
   friend Ref<T> make(Args&&... args);
-  void hx_fireDidConnectNotification(HXConnection& connection);
-  void hx_fireDidDisconnectNotification(HXConnection& connection);
+  bool takeConnection(HXConnection& connection) override;
+  bool dropConnection(HXConnection& connection) override;
+  void hx_fireDidConnectNotification(HXConnection& connection) override;
+  void hx_fireDidDisconnectNotification(HXConnection& connection) override;
 
   Ref<HXRPort> patchPort_;
   HXConnectionSet connections_;

@@ -35,8 +35,11 @@ void HXPort::setSymbolicPort(HXSymbolicPort* symbolicPort) {
   const auto info = [this](const Ref<Object>& documentKey) {
     return UserInfo{{HXDocumentKeyInfo, documentKey}, {HXPortInfo, Ref<Object>(this)}};
   };
+  const Ref<HXPort> self(this);
   if (!symbolicPort) {
+    const Ref<HXSymbolicPort> earlier(symbolicPort_.get());
     detail::announce(HXPortDidRemoveSymbolicReferenceNotification, *this, *this, info);
+    if (symbolicPort_.get() != earlier.get()) return;  // an observer published the port anew
   }
   symbolicPort_ = symbolicPort;
   if (symbolicPort) {
@@ -57,8 +60,24 @@ String HXPort::displayName() const {
 
 HXConnectionSet HXPort::connections() const { return {}; }
 bool HXPort::acceptsNewConnections() const { return false; }
-bool HXPort::connectConnection(HXConnection&) { return false; }
-bool HXPort::disconnectConnection(HXConnection&) { return false; }
+bool HXPort::takeConnection(HXConnection&) { return false; }
+bool HXPort::dropConnection(HXConnection&) { return false; }
+void HXPort::hx_fireDidConnectNotification(HXConnection&) {}
+void HXPort::hx_fireDidDisconnectNotification(HXConnection&) {}
+
+bool HXPort::connectConnection(HXConnection& connection) {
+  if (!takeConnection(connection)) return false;
+  hx_fireDidConnectNotification(connection);
+  return true;
+}
+
+bool HXPort::disconnectConnection(HXConnection& connection) {
+  const Ref<HXConnection> kept(&connection);
+  if (!dropConnection(connection)) return false;
+  hx_fireDidDisconnectNotification(connection);
+  return true;
+}
+
 void HXPort::pruneInvalidConnections() {}
 RGBA HXPort::defaultColor() const { return OIColorWhiteRGBA; }
 

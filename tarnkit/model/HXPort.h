@@ -58,10 +58,12 @@ class HXPort : public HXRCollectedPort {
   /// resolves to).
   virtual bool canConnectToPort(const HXPort* other) const = 0;
   virtual bool acceptsNewConnections() const;
-  /// Records the connection; false when the port refuses it.
-  virtual bool connectConnection(HXConnection& connection);
+  /// Records the connection; false when the port refuses it. A port of relationship one refuses a
+  /// second connection and keeps the first; one of relationship many keeps one entry for a
+  /// connection given twice, and announces it twice; any other refuses.
+  bool connectConnection(HXConnection& connection);
   /// Forgets the connection; false when the port does not hold it.
-  virtual bool disconnectConnection(HXConnection& connection);
+  bool disconnectConnection(HXConnection& connection);
   /// Drops connections one of whose display ports is gone; announces nothing.
   virtual void pruneInvalidConnections();
   virtual RGBA defaultColor() const;
@@ -77,7 +79,14 @@ class HXPort : public HXRCollectedPort {
   HXPort() noexcept = default;
   HXPort(HXNode* node, std::int32_t orientation, std::int32_t connectionRelationship);
 
+  /// The two halves of connecting and disconnecting: what changes, and what is announced of it.
+  virtual bool takeConnection(HXConnection& connection);
+  virtual bool dropConnection(HXConnection& connection);
+  virtual void hx_fireDidConnectNotification(HXConnection& connection);
+  virtual void hx_fireDidDisconnectNotification(HXConnection& connection);
+
  private:
+  friend class HXDocument;
   WeakRef<HXNode> node_;
   WeakRef<HXSymbolicPort> symbolicPort_;
   std::int32_t orientation_ = 0;

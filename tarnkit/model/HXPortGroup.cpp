@@ -36,6 +36,10 @@ void HXPortGroup::change(bool& flag, bool value, const Symbol& notification,
                          const Symbol& infoKey) {
   if (flag == value) return;
   flag = value;
+  announceChange(value, notification, infoKey);
+}
+
+void HXPortGroup::announceChange(bool value, const Symbol& notification, const Symbol& infoKey) {
   detail::announce(notification, *this, *this, [&](const Ref<Object>& documentKey) {
     return UserInfo{{HXDocumentKeyInfo, documentKey},
                     {HXPortGroupInfo, Ref<Object>(this)},
@@ -55,6 +59,10 @@ void HXPortGroup::setCollapsedCanvasGroup(bool collapsed) {
 
 void HXPortGroup::setHidden(bool hidden) {
   change(hidden_, hidden, HXPortGroupHiddenDidChangeNotification, HXHiddenInfo);
+}
+
+void HXPortGroup::announceHidden() {
+  announceChange(hidden_, HXPortGroupHiddenDidChangeNotification, HXHiddenInfo);
 }
 
 void HXPortGroup::encodeWithCoder(Encoder& coder) const {

@@ -55,7 +55,10 @@ class HXPortGroup : public Object {
   HXPortGroup(HXNode* node, String groupKey, std::int32_t orientation);
 
  private:
+  friend class HXNode;
   void change(bool& flag, bool value, const Symbol& notification, const Symbol& infoKey);
+  void announceChange(bool value, const Symbol& notification, const Symbol& infoKey);
+  void announceHidden();
 
   WeakRef<HXNode> node_;
   String groupKey_;
@@ -95,6 +98,7 @@ class HXSymbolicPortGroup final : public HXPortGroup {
  private:
   friend class HXNode;
   Ref<OrderedSet> symbolicPorts_;
+  Ref<HXPortGroup> standsBefore_;  // the definition's group of the same key, kept for its flags
 };
 
 }  // namespace tarnkit

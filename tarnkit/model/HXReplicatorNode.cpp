@@ -78,6 +78,7 @@ void HXReplicatorNode::addArrayOutput(HXRNode& patch, HXPort& port, const String
 
 // The published inner outputs show only by way of their array outputs.
 void HXReplicatorNode::hx_hideSymbolicOutputPortGroups() {
+  const Ref<HXNode> self(this);
   for (const auto& group : outputPortGroups()) {
     if (as<HXSymbolicPortGroup>(group.get())) group->setHidden(true);
   }
@@ -91,11 +92,14 @@ std::vector<String> HXReplicatorNode::hx_keyPathForNode(const HXNode* node) cons
 }
 
 void HXReplicatorNode::symbolicPortNameWasAdded(HXPort& port) {
+  const Ref<HXNode> self(this);
   if (hx_shouldMatchPortWithArrayOutputPort(port)) {
     const String key(fmt::format("ReplicatorOutput.{}", newUUIDString().view()));
+    // Known before it is announced, so that an observer who ends the publication ends this too.
+    arrayOutputKeys_.set(Ref<HXPort>(&port), key);
     if (patch()) addArrayOutput(*Ref<HXRNode>(patch()), port, key);
     hx_hideSymbolicOutputPortGroups();
-    arrayOutputKeys_.set(Ref<HXPort>(&port), key);
+    if (arrayOutputKeys_.get(&port) != key) return;
     NotificationCenter::defaultCenter().postLazily(
         HXReplicatorNodeAddOutputPortNotification, *this, [&] {
           const auto* resolved = resolvedPort(port);
@@ -111,11 +115,12 @@ void HXReplicatorNode::symbolicPortNameWasAdded(HXPort& port) {
 }
 
 void HXReplicatorNode::symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& symbolicPort) {
+  const Ref<HXNode> self(this);
   if (hx_shouldMatchPortWithArrayOutputPort(port)) {
     const Ref<HXPort> kept(&port);
     const auto output = hx_replicatorArrayOutputPortForPort(port);
-    if (output) Ref<HXRNode>(patch())->removePort(*output);
     const String key = arrayOutputKeys_.take(&port);
+    if (output) Ref<HXRNode>(patch())->removePort(*output);
     if (!key.isNil()) {
       NotificationCenter::defaultCenter().postLazily(
           HXReplicatorNodeRemoveOutputPortNotification, *this, [&] {
@@ -129,6 +134,8 @@ void HXReplicatorNode::symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& 
 }
 
 void HXReplicatorNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
+  const Ref<HXNode> self(this);
+  const Ref<HXSymbolicPort> keptPort(&symbolicPort);
   if (const auto* port = symbolicPort.port()) {
     if (const auto output = hx_replicatorArrayOutputPortForPort(*port)) {
       output->setName(symbolicPort.name());
@@ -138,9 +145,11 @@ void HXReplicatorNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
 }
 
 void HXReplicatorNode::willSetPatch(const Ref<HXRNode>& patch) {
-  if (!patch) return;
-  for (const auto& entry : arrayOutputKeys_) {
-    if (!patch->portLayout().ports().contains(entry.value)) {
+  if (!patch || arrayOutputKeys_.empty()) return;
+  const auto keys = arrayOutputKeys_;  // adding a port to the patch in force is announced
+  for (const auto& entry : keys) {
+    if (arrayOutputKeys_.get(entry.key.get()) == entry.value &&
+        !patch->portLayout().ports().contains(entry.value)) {
       addArrayOutput(*patch, *entry.key, entry.value);
     }
   }

@@ -93,9 +93,10 @@ String HXSymbolicPort::uniqueKey() const {
 }
 
 void HXSymbolicPort::setName(String name) {
+  const Ref<HXSymbolicPort> self(this);
   name_ = std::move(name);
   groupKey_ = nullptr;
-  if (auto* node = this->node()) node->symbolicPortNameDidChange(*this);
+  if (const Ref<HXNode> node{this->node()}) node->symbolicPortNameDidChange(*this);
   detail::announce(HXPortNameDidChangeNotification, *this, *this,
                    [this](const Ref<Object>& documentKey) {
                      return UserInfo{{HXDocumentKeyInfo, documentKey},
