@@ -1,5 +1,6 @@
 // Editing sessions from anywhere: a script may be refused at any operation, but the model must
-// stand whatever it is told, and the trace must stay JSON lines.
+// stand whatever it is told, and the trace must stay JSON lines. Bytes after a zero byte drive an
+// observer that edits the document while it is told of the script's changes.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -7,7 +8,9 @@
 #include <string>
 #include <string_view>
 
+#include "fuzz/model/ModelEditor.h"
 #include "tarnkit/model/HXModel.h"
+#include "tests/model/Consistency.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/SessionRun.h"
 
@@ -31,19 +34,25 @@ void checkLines(std::string_view trace) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace tarnkit;
   registerModelClasses();
+  const std::string_view input(reinterpret_cast<const char*>(data), size);
+  const auto script = input.substr(0, input.find('\0'));
+  fuzz::ModelEditor editor(data + script.size(), size - script.size());
   tool::SessionRun run;
   run.output = tool::SessionRun::Output::trace;
   run.allowsFiles = false;
   std::string trace;
   bool isWhole = true;
   try {
-    run.perform({reinterpret_cast<const char*>(data), size}, [&](std::string_view text) {
+    run.perform(script, [&](std::string_view text) {
       isWhole = isWhole && trace.size() + text.size() <= kLongestCheckedTrace;
       if (isWhole) trace += text;
     });
   } catch (const tool::CommandFailure& failure) {
     if (std::string_view(failure.what()).empty()) std::abort();
   }
+  editor.stop();
   if (isWhole) checkLines(trace);
+  const test::Leniency leniency{.doublePublications = true, .refusedConnections = true};
+  if (editor.document() && !test::faultsOf(*editor.document(), leniency).empty()) std::abort();
   return 0;
 }

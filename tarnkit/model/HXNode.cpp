@@ -4,6 +4,7 @@
 
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXModel.h"
+#include "tarnkit/model/HXNodePortSide.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
@@ -43,6 +44,7 @@ HXNode::HXNode() : HXNode(Decoding{}) {
 }
 
 HXNode::HXNode(Decoding) noexcept {}
+HXNode::~HXNode() = default;
 
 Ref<Object> HXNode::makeForDecoding(const Class&) { return make<HXNode>(Decoding{}); }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -58,6 +59,7 @@ class HXNode : public HXRNodeOwner {
  public:
   /// A new key, no name, no patch, no ports.
   HXNode();
+  ~HXNode() override;
   /// A node of the class of that name (`HXNode` or a kind of it, but no document); null for
   /// another.
   static Ref<HXNode> makeOfClass(std::string_view className);
@@ -177,6 +179,8 @@ class HXNode : public HXRNodeOwner {
   void removePatchParameter(HXRParameter& parameter) override;
   void patchPortNameDidChange(HXRPort& port) override;
   void patchLayoutWasCopied() override;
+  void patchRebuildWillBegin(HXRNode& definition) override;
+  void patchRebuildDidEnd(HXRNode& definition) override;
 
   // Told by symbolic ports and by the subnode group: the port groups follow the published names.
   virtual void symbolicPortNameDidChange(HXSymbolicPort& symbolicPort);
@@ -214,6 +218,8 @@ class HXNode : public HXRNodeOwner {
   friend class HXGroup;
   struct PortSide;
   struct PortGroupChanges;
+  struct GroupMemory;
+  class Rebuild;
 
   void init();
   /// Visits this node and every node below it, parents first, without recursion.
@@ -242,6 +248,11 @@ class HXNode : public HXRNodeOwner {
   void syncPublishedGroups(const PortSide& side, OrderedMap<Ref<HXPortGroup>>& old,
                            PortGroupChanges& changes);
   bool hasPortGroup(const HXPortGroup& group) const;
+  /// A group that the rebuild under way took away; null when it took none of that kind and key.
+  template <class Group>
+  Ref<Group> groupBeforeRebuild(const PortSide& side, const String& key);
+  void rememberGroups(const PortSide& side, const Ref<OrderedSet>& order,
+                      const OrderedMap<Ref<HXPortGroup>>& gone);
   /// Ends the publications and connections of ports that have gone.
   void withdrawPorts(const std::vector<Ref<HXPatchPort>>& ports);
   PortSide portSide(std::int32_t orientation);
@@ -270,16 +281,16 @@ class HXNode : public HXRNodeOwner {
   String unknownPatchClass_;
   std::uint64_t inspectorPanel_ = 0;
   HXPoint position_;
-  bool forceAllowsSubnodes_ = false;
-  bool selected_ = false;
-  bool hasKeyPath_ = false;
-  bool syncingPorts_ = false;
-  bool syncingParameters_ = false;
-  bool decoding_ = false;
-  bool portGroupsSettled_ = false;  // as far as the node's own changes go
-  // Tell whoever announced that an observer has made the same kind of change meanwhile.
-  std::uint32_t lastSync_ = 0;
-  std::uint32_t lastGroupChange_ = 0;
+  std::unique_ptr<GroupMemory> groupMemory_;  // null unless a rebuild has taken a group away
+  std::uint32_t lastSync_ = 0;  // tells a synchronisation that another one has overtaken it
+  std::uint16_t rebuilds_ = 0;  // those that are under way, one inside the other
+  bool forceAllowsSubnodes_ : 1 = false;
+  bool selected_ : 1 = false;
+  bool hasKeyPath_ : 1 = false;
+  bool syncingPorts_ : 1 = false;
+  bool syncingParameters_ : 1 = false;
+  bool decoding_ : 1 = false;
+  bool portGroupsSettled_ : 1 = false;  // as far as the node's own changes go
 };
 
 }  // namespace tarnkit

@@ -21,6 +21,35 @@ struct HXNode::PortGroupChanges {
   std::vector<Ref<HXPortGroup>> startHidden;  // of the added ones
   std::vector<Ref<HXPortGroup>> gone;
   std::vector<Ref<HXPortGroup>> added;
+  std::vector<Ref<HXPortGroup>> replaced;  // of the added ones, by another of them
+};
+
+/// What a rebuild of the definition took away, by orientation, and may bring back.
+struct HXNode::GroupMemory {
+  struct Side {
+    Ref<OrderedSet> order;  // null while nothing was taken away
+    OrderedMap<Ref<HXPortGroup>> groups;
+  };
+  Side inputs;
+  Side outputs;
+  Side& side(std::int32_t orientation) {
+    return orientation == HXOrientationInput ? inputs : outputs;
+  }
+};
+
+/// While one lives, the node's definition is on its way from one set of ports to another: groups
+/// that go and come back in between stay what they were.
+class HXNode::Rebuild {
+ public:
+  explicit Rebuild(HXNode& node) : node_(&node) { ++node.rebuilds_; }
+  ~Rebuild() {
+    if (--node_->rebuilds_ == 0) node_->groupMemory_ = nullptr;
+  }
+  Rebuild(const Rebuild&) = delete;
+  Rebuild& operator=(const Rebuild&) = delete;
+
+ private:
+  Ref<HXNode> node_;
 };
 
 namespace detail {

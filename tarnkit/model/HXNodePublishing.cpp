@@ -57,7 +57,6 @@ bool HXNode::hx_showSymbolicPort(const HXSymbolicPort& symbolicPort) {
   auto group = make<HXSymbolicPortGroup>(this, key, side.orientation);
   unshared(group->symbolicPorts_).add(member);
   side.groups.set(key, group);
-  ++lastGroupChange_;
   detail::announceOfNode(HXNodeAddPortGroupNotification, *this, HXPortGroupInfo, *group);
   return true;
 }
@@ -80,7 +79,6 @@ bool HXNode::hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort) {
   keys->remove(key.object().get());
   side.collection.followNode(keys);
   side.groups.take(key);
-  ++lastGroupChange_;
   detail::announceOfNode(HXNodeRemovePortGroupNotification, *this, HXPortGroupInfo, *group);
   return true;
 }

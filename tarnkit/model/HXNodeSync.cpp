@@ -71,7 +71,7 @@ void HXNode::setPatch(const Ref<HXRNode>& patch) {
 // An observer that sets a patch in the middle overtakes this call: the later one has brought
 // everything in line when it returns, and nothing is left to be done here.
 void HXNode::hx_syncPatch() {
-  const Ref<HXNode> self(this);
+  const Rebuild rebuild(*this);
   const std::uint32_t sync = ++lastSync_;
   syncingPorts_ = true;
   syncingParameters_ = false;
@@ -149,7 +149,6 @@ void HXNode::hx_syncParametersWithPatch() {
 void HXNode::hx_syncPortGroupsWithPatch() {
   if (decoding_) return;
   const Ref<HXNode> self(this);
-  const std::uint32_t change = ++lastGroupChange_;
   PortGroupChanges changes;
   portGroupsSettled_ = true;
   hx_syncPortGroups(portSide(HXOrientationInput), changes);
@@ -157,11 +156,13 @@ void HXNode::hx_syncPortGroupsWithPatch() {
   for (const auto& group : changes.startHidden) {
     if (group->hidden()) group->announceHidden();
   }
-  // Groups that were made for nothing are announced too, unless something changed in between.
-  announceChanges(
-      *this, HXNodeRemovePortGroupNotification, changes.gone, HXNodeAddPortGroupNotification,
-      changes.added, HXPortGroupInfo,
-      [&](const HXPortGroup& group) { return change == lastGroupChange_ || hasPortGroup(group); });
+  announceChanges(*this, HXNodeRemovePortGroupNotification, changes.gone,
+                  HXNodeAddPortGroupNotification, changes.added, HXPortGroupInfo,
+                  [&](const HXPortGroup& group) {
+                    const auto& replaced = changes.replaced;
+                    return std::find(replaced.begin(), replaced.end(), &group) != replaced.end() ||
+                           hasPortGroup(group);
+                  });
 }
 
 bool HXNode::hasPortGroup(const HXPortGroup& group) const {
@@ -178,10 +179,16 @@ void HXNode::hx_syncPortGroups(const PortSide& side, PortGroupChanges& changes) 
       keys->add(static_cast<const HXSymbolicPort&>(*port).groupKey().object());
     }
   }
+  auto& order = side.collection.portGroupKeys_;
+  if (groupMemory_ && groupMemory_->side(side.orientation).order) {
+    order = groupMemory_->side(side.orientation).order;
+  }
+  const Ref<OrderedSet> orderBefore = order;
   side.collection.followNode(keys);
   auto old = std::exchange(side.groups, {});
   syncDefinedGroups(side, old, changes);
   if (!side.symbolicPorts->isEmpty()) syncPublishedGroups(side, old, changes);
+  if (rebuilds_ != 0 && !old.empty()) rememberGroups(side, orderBefore, old);
   for (const auto& entry : old) {
     changes.gone.push_back(entry.value);
     auto* published = as<HXSymbolicPortGroup>(entry.value.get());
@@ -189,6 +196,28 @@ void HXNode::hx_syncPortGroups(const PortSide& side, PortGroupChanges& changes) 
       changes.gone.push_back(std::exchange(published->standsBefore_, nullptr));
     }
   }
+}
+
+void HXNode::rememberGroups(const PortSide& side, const Ref<OrderedSet>& order,
+                            const OrderedMap<Ref<HXPortGroup>>& gone) {
+  if (!groupMemory_) groupMemory_ = std::make_unique<GroupMemory>();
+  auto& memory = groupMemory_->side(side.orientation);
+  if (!memory.order) memory.order = order;
+  for (const auto& entry : gone) memory.groups.set(entry.key, entry.value);
+}
+
+template <class Group>
+Ref<Group> HXNode::groupBeforeRebuild(const PortSide& side, const String& key) {
+  if (!groupMemory_) return nullptr;
+  auto& groups = groupMemory_->side(side.orientation).groups;
+  const auto* found = groups.find(key);
+  return found && as<Group>(found->get()) ? as<Group>(groups.take(key)) : nullptr;
+}
+
+void HXNode::patchRebuildWillBegin(HXRNode&) { ++rebuilds_; }
+
+void HXNode::patchRebuildDidEnd(HXRNode&) {
+  if (--rebuilds_ == 0) groupMemory_ = nullptr;
 }
 
 // The groups of the definition. One that a group of published ports of its name stands before is
@@ -208,6 +237,10 @@ void HXNode::syncDefinedGroups(const PortSide& side, OrderedMap<Ref<HXPortGroup>
         auto& published = static_cast<HXSymbolicPortGroup&>(**present);
         group = as<HXPatchPortGroup>(std::exchange(published.standsBefore_, nullptr));
       }
+    }
+    if (!group) {
+      group = groupBeforeRebuild<HXPatchPortGroup>(side, entry.key);
+      if (group) changes.added.push_back(group);
     }
     if (!group) {
       group = make<HXPatchPortGroup>(this, entry.key, side.orientation);
@@ -243,7 +276,8 @@ void HXNode::syncPublishedGroups(const PortSide& side, OrderedMap<Ref<HXPortGrou
     const auto& port = static_cast<const HXSymbolicPort&>(*member);
     Ref<HXSymbolicPortGroup> group(oldGroup(port));
     if (!group) {
-      group = make<HXSymbolicPortGroup>(this, port.groupKey(), side.orientation);
+      group = groupBeforeRebuild<HXSymbolicPortGroup>(side, port.groupKey());
+      if (!group) group = make<HXSymbolicPortGroup>(this, port.groupKey(), side.orientation);
       group->setSymbolicPorts(make<OrderedSet>());
       changes.added.push_back(group);
     }
@@ -254,6 +288,7 @@ void HXNode::syncPublishedGroups(const PortSide& side, OrderedMap<Ref<HXPortGrou
     } else if (*present != group.get()) {
       if (auto* earlier = as<HXSymbolicPortGroup>(present->get())) {
         portGroupsSettled_ = false;  // another synchronisation gathers the ports
+        changes.replaced.push_back(*present);
         group->standsBefore_ = std::exchange(earlier->standsBefore_, nullptr);
       } else {
         group->standsBefore_ = *present;
