@@ -33,7 +33,8 @@ constexpr const char* kNames[] = {"Value",          "A: x",         "A: y",
                                   "B: z",           "__Default: d", "Masking: s",
                                   "Value Range: r", "Shadow: t",    ""};
 
-constexpr const char* kExpressions[] = {"a+b", "c*d", "", "a", "x+y+z+w", "sin(", "b+a+c"};
+constexpr const char* kExpressions[] = {"$a+$b",       "$c*$d", "",        "$a",
+                                        "$x+$y+$z+$w", "sin(",  "$b+$a+$c"};
 
 std::uint64_t edits = 0;
 

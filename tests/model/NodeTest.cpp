@@ -2,6 +2,7 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/patches/PatchColors.h"
+#include "tarnkit/patches/catalogue/math/HXRMathNode.h"
 
 namespace tarnkit::test {
 
@@ -135,6 +136,14 @@ TEST_F(NodeTest, ColoursFollowPatchAndViewNodes) {
   EXPECT_EQ(group->defaultColor(), HXViewPatchColor);
   EXPECT_TRUE(group->shouldBeTreatedAsViewNode());
   EXPECT_FALSE(nodeOf("HXRClampNode")->shouldBeTreatedAsViewNode());
+}
+
+// Of a process that has made no document yet, as every test is when it runs by itself.
+TEST(FirstNodeTest, ANodeMadeBeforeTheFirstDocumentHasItsParameters) {
+  const auto math = make<HXNode>();
+  math->setPatch(HXRMathNode::kClass.makeDefinition());
+  EXPECT_FALSE(math->parameters().empty());
+  EXPECT_TRUE(HXConnection::hx_newUniqueKey().view().starts_with("connection_"));
 }
 
 }  // namespace tarnkit::test

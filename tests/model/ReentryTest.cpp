@@ -92,7 +92,7 @@ const Step kOperations[] = {
     {"set an expression",
      [](Scene& s) {
        for (const auto& entry : s.expression->parameters()) {
-         if (auto* text = as<HXStringParameter>(entry.value.get())) text->setValue(String("c*d"));
+         if (auto* text = as<HXStringParameter>(entry.value.get())) text->setValue(String("$c*$d"));
        }
      }},
     {"set a value",

@@ -1,4 +1,7 @@
+#include "Consistency.h"
 #include "ModelFixture.h"
+#include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
@@ -260,6 +263,122 @@ TEST_F(SyncTest, AskingForADescriptionEndsTheSharingOfThatNodeOnly) {
   EXPECT_THAT(recorder.take(), ElementsAre("HXPortNameDidChangeNotification Renamed Port=Renamed "
                                            "Name=Renamed"));
   EXPECT_EQ(keys(a->inputPorts()), keys(b->inputPorts()));
+}
+
+TEST_F(SyncTest, GroupsThatARebuildTakesAwayAndBringsBackStayWhatTheUserMadeOfThem) {
+  struct Case {
+    const char* patch;
+    std::function<void(HXParameter&)> set;
+  };
+  const Case cases[] = {
+      // Neither of the letters that a fresh expression has.
+      {"HXRMathExpressionNode",
+       [](HXParameter& parameter) {
+         if (auto* text = as<HXStringParameter>(&parameter)) text->setValue(String("$c*$d"));
+       }},
+      // More entries than a fresh dictionary has.
+      {"HXRDictionaryNode",
+       [](HXParameter& parameter) {
+         if (auto* count = as<HXIndexParameter>(&parameter)) count->setValue(9);
+       }},
+  };
+  for (const Case& c : cases) {
+    const auto node = add(c.patch);
+    for (const auto& entry : node->parameters()) c.set(*entry.value);
+    // The user's order: the reverse one.
+    auto reversed = make<OrderedSet>();
+    auto groups = node->inputPortGroups();
+    for (auto at = groups.rbegin(); at != groups.rend(); ++at) {
+      reversed->add((*at)->groupKey().object());
+    }
+    node->inputPortGroupCollection()->updateWithPortGroupKeys(nullptr);
+    node->inputPortGroupCollection()->updateWithPortGroupKeys(reversed);
+    groups.back()->setHidden(true);
+    groups.front()->setCollapsedCanvasGroup(true);
+    const auto expectKept = [&](HXNode& kept, const char* when) {
+      const auto order = kept.inputPortGroupCollection()->portGroupKeys();
+      EXPECT_TRUE(order->isEqual(*reversed)) << c.patch << ", " << when;
+      EXPECT_TRUE(kept.inputPortGroupForKey(groups.back()->groupKey())->hidden())
+          << c.patch << ", " << when;
+      EXPECT_TRUE(kept.inputPortGroupForKey(groups.front()->groupKey())->collapsedCanvasGroup())
+          << c.patch << ", " << when;
+      EXPECT_THAT(faultsOf(*document), IsEmpty());
+    };
+    node->setPatch(patchClassNamed(c.patch)->makeDefinition());
+    expectKept(*node, "after a fresh definition was set");
+    node->setPatch(node->patch());
+    expectKept(*node, "after the same definition was set");
+    std::string error;
+    const auto bytes =
+        HXDocumentFile::dataWithDocument(*document, HXCodingTypeEditorWithKeys, error);
+    const auto opened = HXDocumentFile::document(bytes, HXCodingTypeEditorWithKeys, error);
+    ASSERT_TRUE(opened) << error;
+    expectKept(*opened->subnodeGroup()->subnodeForKey(node->uniqueKey()), "opened");
+  }
+}
+
+TEST_F(SyncTest, PublishedPortsNamedLikeAGroupOfTheDefinitionStandBeforeIt) {
+  static const HXRNodeClass masking("MaskingNode", &HXRNode::kClass, {},
+                                    [](PatchDeclaration& patch) {
+                                      patch.group("Masking");
+                                      patch.in("Shape", "Tarn.shapeInput");
+                                    });
+  const auto node = add("");
+  node->setPatch(masking.makeDefinition());
+  auto* own = node->inputPortGroupForKey("Masking");
+  own->setCollapsedSidebarGroup(true);
+  const auto clamp = add("HXRClampNode", node.get());
+  const auto published =
+      node->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"));
+  Recorder recorder;
+  published->setName("Masking: Speed");
+  EXPECT_EQ(keys(node->inputPorts()),
+            std::vector<std::string>{published->uniqueKey().toStdString()});
+  EXPECT_THAT(recorder.take(),
+              ElementsAre("HXNodeRemovePortGroupNotification Group Node=Group PortGroup=Published",
+                          "HXNodeAddPortGroupNotification Group Node=Group PortGroup=Masking",
+                          "HXPortNameDidChangeNotification Masking: Speed Port=Masking: Speed "
+                          "Name=Masking: Speed"));
+  node->setPatch(node->patch());
+  node->patch()->portForKey("Tarn.shapeInput");  // a definition of its own
+  node->setPatch(node->patch());
+  EXPECT_THAT(recorder.take(), IsEmpty());
+  published->setName("Speed");
+  EXPECT_EQ(node->inputPortGroupForKey("Masking"), own);
+  EXPECT_TRUE(own->collapsedSidebarGroup());
+  EXPECT_THAT(recorder.take(),
+              ElementsAre("HXNodeRemovePortGroupNotification Group Node=Group PortGroup=Masking",
+                          "HXNodeAddPortGroupNotification Group Node=Group PortGroup=Published",
+                          "HXPortNameDidChangeNotification Speed Port=Speed Name=Speed"));
+  // Both go where the definition has gone, too.
+  published->setName("Masking: Speed");
+  recorder.take();
+  node->setPatch(nullptr);
+  published->setName("Speed");
+  const auto lines = recorder.take();
+  EXPECT_EQ(std::count(lines.begin(), lines.end(),
+                       "HXNodeRemovePortGroupNotification Group Node=Group PortGroup=Masking"),
+            2);
+  EXPECT_THAT(faultsOf(*document), IsEmpty());
+}
+
+TEST_F(SyncTest, AGroupThatGoesIsAnnouncedWithWhatItShowed) {
+  const auto node = add("");
+  const auto clamp = add("HXRClampNode", node.get());
+  const auto publish = [&] {
+    return node->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"));
+  };
+  std::vector<std::uint32_t> shown;
+  const auto token = NotificationCenter::defaultCenter().addObserver(
+      HXNodeRemovePortGroupNotification, [&](const Notification& notification) {
+        const auto* group = as<HXPortGroup>(notification.userInfo[HXPortGroupInfo]);
+        shown.push_back(group->portKeys()->count());
+      });
+  publish();
+  node->subnodeGroup()->removeSymbolicPortForPort(&port(*clamp, "Tarn.valueInput"));
+  publish()->setName("A: b");
+  NotificationCenter::defaultCenter().removeObserver(token);
+  EXPECT_THAT(shown, ElementsAre(1U, 1U));
 }
 
 }  // namespace tarnkit::test
