@@ -76,8 +76,7 @@ void ModelEditor::observe(const Notification& notification) {
   }
   if (node && node->document()) document_ = Ref<HXDocument>(node->document());
   if (depth_ >= kMaximumDepth || isDone() || !document_ || byte() % 3 != 0) return;
-  HXNode* const outer = toldOf_;
-  toldOf_ = node;
+  const WeakRef<HXNode> outer = std::exchange(toldOf_, WeakRef<HXNode>(node));
   ++depth_;
   edit();
   --depth_;
@@ -114,7 +113,7 @@ std::vector<HXNode*> ModelEditor::nodes() const {
 HXNode* ModelEditor::anyNode() {
   if (!document_) return nullptr;
   const auto choice = byte();
-  if (toldOf_ && choice % 2 == 0) return toldOf_;
+  if (toldOf_ && choice % 2 == 0) return toldOf_.get();
   const auto all = nodes();
   return all[choice / 2 % all.size()];
 }
@@ -288,7 +287,8 @@ void ModelEditor::setValue() {
   auto* port = as<HXPatchPort>(anyPort(node, false));
   if (!port) return;
   const auto value = byte();
-  port->setStaticValue(value == 0 ? nullptr : PMRPrimitive::primitiveWithNumberValue(value));
+  port->setStaticValue(
+      value == 0 ? nullptr : PMRPrimitive::primitiveWithNumberValue(static_cast<float>(value)));
 }
 
 void ModelEditor::setParameter() {
@@ -332,7 +332,7 @@ void ModelEditor::changeDefinition() {
   const String key(fmt::format("Fuzz.{}", choice / 8 % 4));
   switch (choice % 8) {
     case 0:
-      return node->patch()->addPort(*make<HXRNumberInputPort>(key, key),
+      return node->patch()->addPort(*make<HXRArrayInputPort>(key, key),
                                     String(kNames[upTo(std::size(kNames))]));
     case 1:
     case 2:
@@ -369,7 +369,7 @@ void ModelEditor::changeDocument() {
     document_ = nullptr;
   } else if (auto* node = anyNode()) {
     node->setPosition({static_cast<float>(choice), 1});
-    if (choice % 2 == 0) document_->pruneInvalidConnections();
+    if (choice % 2 == 0 && document_) document_->pruneInvalidConnections();
   }
 }
 

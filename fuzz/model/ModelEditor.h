@@ -70,7 +70,7 @@ class ModelEditor {
   NotificationCenter::Token token_;
   int depth_ = 0;
   bool doublePublications_ = false;
-  HXNode* toldOf_ = nullptr;  // valid while its observer runs
+  WeakRef<HXNode> toldOf_;
   // Removed ones that may come back.
   std::vector<Ref<HXNode>> nodes_;
   std::vector<Ref<HXConnection>> connections_;

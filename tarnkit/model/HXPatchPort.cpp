@@ -33,9 +33,12 @@ HXPatchPort::HXPatchPort(HXNode* node, std::int32_t orientation,
 Ref<Object> HXPatchPort::makeForDecoding(const Class&) { return make<HXPatchPort>(); }
 
 HXRPort* HXPatchPort::patchPort() {
-  if (patchPort_ && !patchPort_->node() && node() && node()->patch()) {
+  if (patchPort_ && patchPort_->isShared()) {
     // The definition makes its own copies, and the node takes them up here.
-    node()->patch()->portForKey(patchPort_->uniqueKey());
+    const Ref<HXRNode> patch = node() ? node()->patch() : nullptr;
+    if (patch) patch->portForKey(patchPort_->uniqueKey());
+    // A port that the definition does not have any more, or not yet, copies for itself.
+    if (patchPort_->isShared()) patchPort_ = patchPort_->copy();
   }
   return patchPort_.get();
 }
