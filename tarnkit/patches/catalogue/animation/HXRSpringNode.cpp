@@ -76,21 +76,6 @@ std::vector<Ref<HXRPrimitiveOutputPort>> HXRSpringNode::positionOutputs() {
   return builtPorts<HXRPrimitiveOutputPort>(*this, kPositionOutputs, positions_);
 }
 
-HXRSpringNode::HXRSpringNode(const HXRNodeClass& patchClass) : HXRNode(patchClass) {
-  const auto* const model = static_cast<const HXRSpringNode*>(prototype());
-  if (!model) return;
-  rests_ = model->rests_;
-  positions_ = model->positions_;
-}
-
-std::vector<Ref<HXRPrimitiveInputPort>> HXRSpringNode::restPositionInputs() {
-  return builtPorts<HXRPrimitiveInputPort>(*this, kRestInputs, rests_);
-}
-
-std::vector<Ref<HXRPrimitiveOutputPort>> HXRSpringNode::positionOutputs() {
-  return builtPorts<HXRPrimitiveOutputPort>(*this, kPositionOutputs, positions_);
-}
-
 HXRIndexParameter* HXRSpringNode::dimensions() const {
   return as<HXRIndexParameter>(parameterForKey(kDimensionsKey));
 }

@@ -32,10 +32,6 @@ HXRDictionaryNode::HXRDictionaryNode(const HXRNodeClass& patchClass) : HXRNode(p
   if (prototype()) built_ = static_cast<const HXRDictionaryNode*>(prototype())->built_;
 }
 
-HXRDictionaryNode::HXRDictionaryNode(const HXRNodeClass& patchClass) : HXRNode(patchClass) {
-  if (prototype()) built_ = static_cast<const HXRDictionaryNode*>(prototype())->built_;
-}
-
 void HXRDictionaryNode::hxr_buildEntryInputs() {
   const Ref<HXRIndexParameter> count(as<HXRIndexParameter>(parameterForKey(kCountKey)));
   if (!count) return;

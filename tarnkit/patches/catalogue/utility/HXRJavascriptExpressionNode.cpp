@@ -83,25 +83,6 @@ std::vector<Ref<HXRValueInputPort>> HXRJavascriptExpressionNode::inputPorts() {
   return ports;
 }
 
-HXRJavascriptExpressionNode::HXRJavascriptExpressionNode(const HXRNodeClass& patchClass)
-    : NamedInputsNode(patchClass, kVariables) {}
-
-HXRStringParameter* HXRJavascriptExpressionNode::javascriptExpressionParameter() const {
-  return as<HXRStringParameter>(parameterForKey(kExpressionKey));
-}
-
-HXRStringParameter* HXRJavascriptExpressionNode::inputVariablesParameter() const {
-  return as<HXRStringParameter>(parameterForKey(kVariablesKey));
-}
-
-std::vector<Ref<HXRValueInputPort>> HXRJavascriptExpressionNode::inputPorts() {
-  std::vector<Ref<HXRValueInputPort>> ports;
-  for (const auto& [name, port] : inputsByName()) {
-    if (auto input = as<HXRValueInputPort>(port)) ports.push_back(std::move(input));
-  }
-  return ports;
-}
-
 void HXRJavascriptExpressionNode::parameterValueDidChange(HXRParameter& parameter) {
   if (&parameter == javascriptExpressionParameter()) {
     readSignature(javascriptExpressionParameter()->value());
