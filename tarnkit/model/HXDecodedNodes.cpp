@@ -98,7 +98,7 @@ NodeContents contentsOf(const HXNode& node) {
 void warnOfLostContents(const HXNode& node, const NodeContents& archived) {
   const NodeContents now = contentsOf(node);
   if (now.portsInUse >= archived.portsInUse && now.subnodes >= archived.subnodes) return;
-  const auto patch = node.patch() ? node.patch()->isa().name() : "no patch";
+  const auto patch = node.patch() ? node.patch()->isa().name() : "a node without a patch";
   if (now.portsInUse < archived.portsInUse) {
     Log::warning("HXNode",
                  fmt::format("Dropping {} ports of {} with their connections and values, "

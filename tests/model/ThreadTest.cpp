@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include <atomic>
 #include <set>
 #include <thread>
@@ -44,7 +46,8 @@ bool makeDocument(std::vector<std::string>& keys) {
   }
   const auto published =
       group->subnodeGroup()->addSymbolicPortForPort(*clamp->portForKey("Tarn.minimumInput"));
-  published->setName(String(std::string(300, 'x') + ": Least"));
+  static const std::string longName(300, 'x');
+  published->setName(String(fmt::format("{}: Least", longName)));
   std::string error;
   const auto opened =
       HXDocumentFile::document(HXDocumentFile::dataWithDocument(*document, 0, error), 0, error);
