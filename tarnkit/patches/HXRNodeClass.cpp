@@ -66,7 +66,7 @@ void HXRNodeClass::declareInto(PatchDeclaration& patch) const {
   declare_(patch);
 }
 
-HXRNode& HXRNodeClass::prototype() const {
+const HXRNode& HXRNodeClass::prototype() const {
   resolved();
   if (!resolved_->prototype) {
     const Ref<HXRNode> prototype = constructInstance();
