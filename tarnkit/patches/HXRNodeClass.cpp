@@ -76,7 +76,7 @@ void HXRNodeClass::declareInto(PatchDeclaration& patch) const {
   declare_(patch);
 }
 
-HXRNode& HXRNodeClass::prototype() const {
+const HXRNode& HXRNodeClass::prototype() const {
   if (auto* const made = resolved().prototype.load(std::memory_order_acquire)) return *made;
   const std::lock_guard lock(makingMutex());
   Resolved& shared = *resolved_.load(std::memory_order_relaxed);

@@ -89,8 +89,8 @@ class HXRNodeClass : public Class {
   /// that its declaration or its base's asks for) throws std::logic_error, as does the next
   /// operation.
   Ref<HXRNode> makeDefinition() const;
-  /// The definition whose layout and parameters every instance starts from. Not to be changed.
-  HXRNode& prototype() const;
+  /// The definition whose layout and parameters every instance starts from.
+  const HXRNode& prototype() const;
 
   /// The name of the editor node class that goes with the patch: the container patches have their
   /// own, every other, a class derived from theirs included, has "HXNode".

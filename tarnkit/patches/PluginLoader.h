@@ -11,11 +11,11 @@ namespace tarnkit {
 /// that `addPatchClasses` refuses; nothing is registered then. Loading a plug-in again changes
 /// nothing.
 ///
-/// A host links the whole of the libraries and exports their symbols (with CMake:
-/// `$<LINK_LIBRARY:WHOLE_ARCHIVE,tarnkit::patches>` for each room that plug-ins may use, and the
-/// property ENABLE_EXPORTS). One that uses the model registers its classes first, so that their
-/// names are known to be taken. A plug-in stays loaded until the process ends, and its code can do
-/// whatever the process can. For one thread.
+/// A host links the whole of the rooms that plug-ins may use and exports their symbols (with CMake
+/// by the properties LINK_LIBRARY_OVERRIDE, "WHOLE_ARCHIVE,tarnkit::patches,tarnkit::archive,
+/// tarnkit::foundation,tarnkit::platform", and ENABLE_EXPORTS). One that uses the model registers
+/// its classes first, so that their names are known to be taken. A plug-in stays loaded until the
+/// process ends, and its code can do whatever the process can. For one thread.
 bool loadPlugin(const std::string& path, std::string& reason);
 
 }  // namespace tarnkit

@@ -21,11 +21,14 @@ def run(*command, **options):
     return outcome.stdout
 
 
-def expect_runs(program):
-    printed = run(program)
-    expected = f"{pathlib.Path(program).name}: ok\n"
+def expect_prints(expected, *command):
+    printed = run(*command)
     if printed != expected:
-        sys.exit(f"{program} printed {printed!r}, not {expected!r}")
+        sys.exit(f"{command[0]} printed {printed!r}, not {expected!r}")
+
+
+def expect_runs(program):
+    expect_prints(f"{pathlib.Path(program).name}: ok\n", program)
 
 
 def expect_no_images(program):
@@ -82,6 +85,9 @@ def through_cmake(arguments, prefix, scratch):
     expect_runs(scratch / "model")
     expect_runs(scratch / "math")
     expect_no_images(scratch / "math")
+    expect_prints("editor: ok\n", scratch / "editor", scratch / "plugin.so")
+    expect_prints("refused: it has a copy of the library of its own: a plug-in is linked against "
+                  "nothing\n", scratch / "closed_editor", scratch / "copying_plugin.so")
     # The engine alone, where there are no image libraries to be found.
     alone = scratch.with_name("math-alone")
     configure(arguments, prefix, alone, "-DCOMPONENTS=math",

@@ -239,7 +239,7 @@ class Reference(HostTest):
             self.assertNotRegex(text, r"^A patch of (the|no) category", name)
             self.assertRegex(text, r"^[A-Z].{15,}\.$", name)
         self.assertEqual(pictured, [(name, name) for name, _ in pictured])
-        self.assertEqual(len(pictured), len(texts) + 1)
+        self.assertEqual(len(pictured), len(texts) + 2)
 
     def test_the_index_lists_every_patch_once_with_the_hidden_last(self):
         index = Page(self.write() / "index.html").root
