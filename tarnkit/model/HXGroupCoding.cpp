@@ -74,7 +74,8 @@ void HXGroup::awakeAfterDecoding(Decoder& coder) {
   for (const auto& node : std::exchange(decodedSubnodes_, {})) {
     // The group that lists a node holds it, whatever group the node says that it is in.
     const auto* other = node->parentGroup_.get();
-    const bool isHeld = other && other->subnodeForKey(node->uniqueKey()) == node.get();
+    const bool isHeld =
+        other && other != this && other->subnodeForKey(node->uniqueKey()) == node.get();
     if (isHeld || subnodes_.contains(node->uniqueKey())) {
       coder.fail("HXGroup.subnodes: a node that belongs to two groups, or twice to one");
       return;

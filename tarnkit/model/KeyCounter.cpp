@@ -1,14 +1,19 @@
 #include "tarnkit/model/KeyCounter.h"
 
-#include <fmt/format.h>
-
+#include <algorithm>
+#include <array>
+#include <cassert>
 #include <charconv>
 #include <limits>
 
 namespace tarnkit {
 
 String KeyCounter::key(std::int32_t number) const {
-  return String(fmt::format("{}{}", prefix_, number));
+  std::array<char, 48> text;
+  assert(prefix_.size() + 11 <= text.size());
+  char* const digits = std::copy(prefix_.begin(), prefix_.end(), text.data());
+  const char* const end = std::to_chars(digits, text.data() + text.size(), number).ptr;
+  return String(std::string_view(text.data(), static_cast<std::size_t>(end - text.data())));
 }
 
 void KeyCounter::moveBeyond(std::string_view key) noexcept {

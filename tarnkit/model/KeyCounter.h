@@ -13,7 +13,7 @@ namespace tarnkit {
 /// counter past them. May be used by several threads at once, each draw gives another number.
 class KeyCounter {
  public:
-  /// The prefix must outlive the counter.
+  /// The prefix must outlive the counter, and have no more than 32 bytes.
   constexpr explicit KeyCounter(std::string_view prefix) noexcept : prefix_(prefix) {}
 
   /// The number of the next key.
