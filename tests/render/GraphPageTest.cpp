@@ -1,4 +1,3 @@
-#include "tarnkit/model/HXImageStoreEntry.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/render/ConnectionIndex.h"
@@ -21,7 +20,6 @@ class GraphPage : public PictureTest {
   static std::string dataOf(const HXGroup& group) {
     std::string data;
     detail::appendPageData(data, detail::GroupScene(group, detail::ConnectionIndex(group)));
-    // Keys are drawn from counters of the process.
     return data;
   }
   static std::string keyOf(const Ref<HXNode>& node) { return node->uniqueKey().toStdString(); }
@@ -38,6 +36,12 @@ TEST_F(GraphPage, TheDataOfAGroupIsWhole) {
   port(mixer, "Tarn.mixInput").setStaticValue(PMRPrimitive::primitiveWithNumberValue(0.25F));
   place(nullptr, {0, 400});
   const std::string data = dataOf(*document->subnodeGroup());
+  const HXGroup& all = *document->subnodeGroup();
+  const detail::GroupScene scene(all, detail::ConnectionIndex(all));
+  for (const detail::NodeBox& box : scene.boxes) {
+    EXPECT_THAT(data, HasSubstr("," + std::to_string(static_cast<int>(box.width)) + "," +
+                                std::to_string(static_cast<int>(box.height)) + "],\"inputs\""));
+  }
   const std::string symbolic = published->uniqueKey().toStdString();
   EXPECT_THAT(data,
               StartsWith(R"({"title":"Document","notes":["1 node has no patch."],"nodes":[)"));

@@ -260,6 +260,19 @@ TEST(LayeredLayout, ALongChainIsFoldedIntoLines) {
   }
   EXPECT_EQ(turns, 25);
 
+  // Also of one that goes downward all the way: what counts is where a line of it stands.
+  for (LayoutEdge& edge : chain.edges) edge = {edge.from, edge.to, 40, 39, {}};
+  layOutByLayers(chain.items, chain.edges);
+  turns = 0;
+  double bottom = 0;
+  for (std::size_t i = 0; i + 1 < 1000; ++i) {
+    bottom = std::max(bottom, chain.items[i].y + 80);
+    if (chain.edges[i].via.empty()) continue;
+    EXPECT_NEAR(chain.items[i + 1].y, bottom + 72, 1e-6);
+    EXPECT_NEAR(chain.edges[i].via[1].y, bottom + 36 + 5.0 * (turns++ % 9 - 4), 1e-6);
+  }
+  EXPECT_EQ(turns, 9);
+
   // What is not so long, or not so flat, stays one line.
   for (const auto& [count, height] : {std::pair{27, 80.0}, {40, 2000.0}}) {
     Graph line;

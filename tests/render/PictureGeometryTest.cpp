@@ -74,6 +74,10 @@ class NodeCheck {
       y = picture_.only("tk-dot", &line).number("cy");
       for (const Element* dot : picture_.each("tk-dot", &line)) checkDot(*dot, edge, y, 4);
       for (const Element* ring : picture_.each("tk-ring", &line)) checkDot(*ring, edge, y, 7);
+      const bool published = line.has("data-published");
+      EXPECT_EQ(picture_.each("tk-ring", &line).size(), published ? 1U : 0U);
+      EXPECT_NE(picture_.only("tk-dot", &line).isOf("tk-open"),
+                published || line.has("data-connected"));
     } else {
       y = picture_.only("tk-heading", &line).number("y") - 4;
       if (line.isOf("tk-collapsed")) {
@@ -177,6 +181,7 @@ class NodeCheck {
       const double left = badge->number("x");
       EXPECT_NEAR(left + badge->number("width"), width_ - 9, kHair);
       EXPECT_EQ(badge->number("y") + badge->number("height") / 2, 13);
+      EXPECT_EQ(picture_.only("tk-count", &node_).text, node_.at("data-count"));
       const Span count = Picture::extent(picture_.only("tk-count", &node_));
       EXPECT_NEAR(count.from - left, 7, kHair);
       EXPECT_NEAR(left + badge->number("width") - count.to, 7, kHair);
@@ -446,6 +451,14 @@ TEST_F(PictureGeometry, AllStandsWhereItBelongs) {
     EXPECT_EQ(at.x, entry.value->position().x);
     EXPECT_EQ(at.y, entry.value->position().y);
     if (entry.value->name() == "Inner") {
+      // Connected are also those that only something outside is connected to.
+      std::vector<std::string> connected;
+      const Picture inside(*entry.value->subnodeGroup());
+      for (const Element* port : inside.each("tk-port")) {
+        if (port->has("data-connected")) connected.push_back(port->at("data-port"));
+      }
+      EXPECT_THAT(connected,
+                  ElementsAre("Tarn.valueInput", "Tarn.resultOutput", "Tarn.input", "Tarn.output"));
       check(Picture(*entry.value->subnodeGroup()));
     }
   }
