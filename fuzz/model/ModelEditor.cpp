@@ -198,6 +198,8 @@ void ModelEditor::swapGroup() {
     hasView ? node->swapSubnodeGroupToViewGroup() : node->swapSubnodeGroupToGroup();
   } else if (node->subnodeGroup()) {
     node->setForceAllowsSubnodes(byte() % 2 == 0);
+    // The published ports of a group that went stay in the port groups until then.
+    if (!node->subnodeGroup()) node->setPatch(node->patch());
   } else {
     node->setForceAllowsSubnodes(true);
   }

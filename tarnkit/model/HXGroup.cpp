@@ -392,10 +392,13 @@ void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
     }
     if (port.symbolicPort() != &symbolicPort) return;  // an observer ended it already
   }
-  HXGroup& here = inForce();
-  here.symbolicInputPorts_->remove(&symbolicPort);
-  here.symbolicOutputPorts_->remove(&symbolicPort);
+  const auto forget = [&](const HXGroup& group) {
+    group.symbolicInputPorts_->remove(&symbolicPort);
+    group.symbolicOutputPorts_->remove(&symbolicPort);
+  };
+  forget(inForce());
   port.setSymbolicPort(nullptr);
+  forget(inForce());  // again: an observer may have restored it meanwhile
   if (const Ref<HXNode> owner{inForce().node()})
     owner->symbolicPortNameWasRemoved(port, symbolicPort);
   HXGroup& now = inForce();

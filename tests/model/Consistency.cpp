@@ -151,6 +151,9 @@ class Inspection {
 
   void checkGroup(const HXGroup& group, const HXNode& owner) {
     require(group.node() == &owner, "its group has another node");
+    require(owner.patchClass().allowsSubnodes() || owner.hx_forceAllowsSubnodes() ||
+                !owner.unknownPatchClass().isNil(),
+            "it has a group that its patch does not allow");
     const auto* views = as<HXSubviewGroup>(&group);
     for (const auto& entry : group.subnodesByUniqueKey()) {
       const HXNode& node = *entry.value;
