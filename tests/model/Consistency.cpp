@@ -113,7 +113,8 @@ class Inspection {
                           ->portGroupKeys();
     const auto& published = isInput ? node.symbolicInputPorts() : node.symbolicOutputPorts();
     const auto groups = isInput ? node.inputPortGroups() : node.outputPortGroups();
-    require(groups.size() == keys->count(), "{} groups for {} keys", groups.size(), keys->count());
+    require(groups.size() == keys->count() || leniency_.foreignGroupKeys, "{} groups for {} keys",
+            groups.size(), keys->count());
     std::uint32_t shown = 0;
     for (const auto& group : groups) {
       require(group->node() == &node, "group {} has another node", group->groupKey().view());

@@ -13,6 +13,8 @@ struct Leniency {
   bool doublePublications = false;
   /// Ports were connected that did not take the connection, which the other end keeps.
   bool refusedConnections = false;
+  /// Collections were handed keys of groups that the node does not have.
+  bool foreignGroupKeys = false;
 };
 
 /// One sentence for everything in the document that contradicts something else: nodes and groups
