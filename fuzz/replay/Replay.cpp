@@ -51,7 +51,6 @@ int main(int count, char** arguments) {
     return 2;
   }
   bool good = true;
-  for (int index = 1; index < count; ++index)
-    good = runFolder(arguments[index]) && good;
+  for (int index = 1; index < count; ++index) good = runFolder(arguments[index]) && good;
   return good ? 0 : 1;
 }

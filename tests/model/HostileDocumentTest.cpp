@@ -404,9 +404,10 @@ TEST_F(HostileDocumentTest, AnEmptyImageDoesNotMakeADocumentUnreadable) {
   const auto empty = make<HXImageStoreEntry>(make<Image>(), "key");
   Recorder recorder;
   document->imageStore()->addImageEntry(empty);
-  EXPECT_THAT(recorder.takeLog(),
-              ::testing::ElementsAre("WARNING: [HXImageStore] Attempting to add an entry whose image "
-                                     "is empty."));
+  EXPECT_THAT(
+      recorder.takeLog(),
+      ::testing::ElementsAre("WARNING: [HXImageStore] Attempting to add an entry whose image "
+                             "is empty."));
   EXPECT_TRUE(document->imageStore()->imageEntries().empty());
   const auto shown = add("HXRImageNode");
   for (const auto& entry : shown->parameters()) {
