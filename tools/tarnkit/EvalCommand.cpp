@@ -2,12 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "tarnkit/math/MXMathEvaluator.h"
+#include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
 #include "tools/tarnkit/MathSupport.h"
@@ -52,7 +52,11 @@ void evaluate(const EvalOptions& options) {
       options.expression, readVariables(options.variables, options.precise), &error);
   if (!value) throw CommandFailure(describeError(error));
   const std::string text = valueText(*value, options.precise);
-  const std::string line = options.json ? nlohmann::json{{"value", text}}.dump() : text;
+  std::string line = text;
+  if (options.json) {
+    line.clear();
+    JSONWriter(line).beginObject().key("value").value(text).endObject();
+  }
   writeToStandardOutput(line + '\n');
 }
 
