@@ -68,6 +68,7 @@ bool HXNode::hx_showSymbolicPort(const HXSymbolicPort& symbolicPort) {
 bool HXNode::hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort) {
   if (!portGroupsSettled() || decoding_) return false;
   const PortSide side = portSide(symbolicPort.orientation());
+  if (side.symbolicPorts->contains(&symbolicPort)) return false;  // an observer restored it
   const String& key = symbolicPort.groupKey();
   const Ref<HXSymbolicPortGroup> group = as<HXSymbolicPortGroup>(side.groups.get(key));
   if (!group || !group->symbolicPorts_ || !group->symbolicPorts_->contains(&symbolicPort)) {
