@@ -121,10 +121,10 @@ void HXReplicatorNode::symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& 
 }
 
 void HXReplicatorNode::endArrayOutput(HXPort& port) {
-  if (const auto output = hx_replicatorArrayOutputPortForPort(port)) {
-    Ref<HXRNode>(patch())->removePort(*output);
-  }
+  const auto output = hx_replicatorArrayOutputPortForPort(port);
+  // Forgotten first: an observer of the rest may publish the port anew.
   const String key = arrayOutputKeys_.take(&port);
+  if (output) Ref<HXRNode>(patch())->removePort(*output);
   if (key.isNil()) return;
   NotificationCenter::defaultCenter().postLazily(
       HXReplicatorNodeRemoveOutputPortNotification, *this, [&] {
