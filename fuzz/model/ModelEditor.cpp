@@ -359,9 +359,9 @@ void ModelEditor::changeDefinition() {
 void ModelEditor::changeViews() {
   auto* node = anyContainer();
   auto* views = node ? as<HXSubviewGroup>(node->subnodeGroup().get()) : nullptr;
-  if (!views || views->subviewNodes().isEmpty()) return;
-  const auto count = views->subviewNodes().count();
-  auto& view = static_cast<HXNode&>(*views->subviewNodes().objectAtIndex(upTo(count)));
+  if (!views || views->subviewNodesInForce().isEmpty()) return;
+  const auto count = views->subviewNodesInForce().count();
+  auto& view = static_cast<HXNode&>(*views->subviewNodesInForce().objectAtIndex(upTo(count)));
   views->moveSubviewNode(view, byte() % 4);
 }
 

@@ -54,6 +54,7 @@ class HXGroup : public Object {
   /// The node's document key.
   String documentKey() const;
 
+  /// Live: for reading by who adds and removes nothing meanwhile. `subnodes` gives a copy.
   const OrderedMap<Ref<HXNode>>& subnodesByUniqueKey() const noexcept { return subnodes_; }
   std::vector<Ref<HXNode>> subnodes() const;
   /// Null for an unknown key.
@@ -74,7 +75,7 @@ class HXGroup : public Object {
   /// Told by a subnode that may have become, or ceased to be, a view node.
   void subnodeViewTypeDidChange(HXNode& node);
 
-  /// The published inner ports (`HXSymbolicPort`), in the order of publishing.
+  /// The published inner ports (`HXSymbolicPort`), in the order of publishing. Live, as above.
   const OrderedSet& symbolicInputPorts() const noexcept { return *symbolicInputPorts_; }
   const OrderedSet& symbolicOutputPorts() const noexcept { return *symbolicOutputPorts_; }
   /// Publishes the port under its own name; null when it is neither input nor output. It is not

@@ -191,7 +191,7 @@ bool HXNode::shouldBeTreatedAsViewNode() const {
     return true;
   }
   const auto* group = unknownPatchClass_.isNil() ? nullptr : as<HXSubviewGroup>(parentGroup());
-  return group && group->subviewNodes().contains(this);
+  return group && group->subviewNodesInForce().contains(this);
 }
 
 void HXNode::swapSubnodeGroupToGroup() {

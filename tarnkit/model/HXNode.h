@@ -19,6 +19,7 @@ class HXPort;
 class HXPortGroup;
 class HXPortGroupCollection;
 class HXSymbolicPort;
+class HXSymbolicPortGroup;
 class KeyCounter;
 
 /// Posted by a node with "Node" and "Name", the new name.
@@ -252,6 +253,9 @@ class HXNode : public HXRNodeOwner {
   Ref<Group> groupBeforeRebuild(const PortSide& side, const String& key);
   void rememberGroups(const PortSide& side, const Ref<const OrderedSet>& order,
                       const OrderedMap<Ref<HXPortGroup>>& gone);
+  void rememberGroup(const PortSide& side, const Ref<HXPortGroup>& group);
+  /// Lets go of the definition's group that the group of published ports stands before.
+  void dropGroupBehind(const PortSide& side, HXSymbolicPortGroup& group, PortGroupChanges& changes);
   /// Ends the publications and connections of ports that have gone.
   void withdrawPorts(const std::vector<Ref<HXPatchPort>>& ports);
   PortSide portSide(std::int32_t orientation);

@@ -28,7 +28,10 @@ struct HXNode::PortGroupChanges {
 struct HXNode::GroupMemory {
   struct Side {
     Ref<const OrderedSet> order;  // null while nothing was taken away
-    OrderedMap<Ref<HXPortGroup>> groups;
+    // The groups that were taken away, by key: those of the definition, and those of published
+    // ports, which may have their name.
+    OrderedMap<Ref<HXPortGroup>> defined;
+    OrderedMap<Ref<HXPortGroup>> published;
   };
   Side inputs;
   Side outputs;

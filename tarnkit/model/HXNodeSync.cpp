@@ -17,6 +17,15 @@ namespace tarnkit {
 
 namespace {
 
+// Does something when the scope is left, by an exception too.
+template <class Action>
+struct AtEnd {
+  Action action;
+  ~AtEnd() { action(); }
+};
+template <class Action>
+AtEnd(Action) -> AtEnd<Action>;
+
 // A definition whose parameters change while they are attached is walked again; one that never
 // comes to rest is left after this many walks.
 constexpr int kMaximumParameterWalks = 64;
@@ -73,6 +82,12 @@ void HXNode::setPatch(const Ref<HXRNode>& patch) {
 void HXNode::hx_syncPatch() {
   const Rebuild rebuild(*this);
   const std::uint32_t sync = ++lastSync_;
+  // What was published shows until the groups that showed it are announced to go.
+  const Ref<HXGroup> earlierGroup = subnodeGroup_;
+  // The exception of an observer ends a synchronisation, too.
+  const AtEnd ending{[&] {
+    if (sync == lastSync_) syncingPorts_ = syncingParameters_ = false;
+  }};
   syncingPorts_ = true;
   syncingParameters_ = false;
   hx_syncNameWithPatch();
@@ -108,6 +123,9 @@ void HXNode::hx_syncParametersWithPatch() {
   const Ref<HXRNode> patch = patch_;
   const std::uint32_t sync = lastSync_;
   syncingParameters_ = true;
+  const AtEnd ending{[&] {
+    if (sync == lastSync_) syncingParameters_ = false;
+  }};
   OrderedMap<Ref<HXParameter>> added;
   OrderedMap<Ref<HXParameter>> replaced;
   for (int walk = 0; patch && walk < kMaximumParameterWalks; ++walk) {
@@ -194,26 +212,36 @@ void HXNode::hx_syncPortGroups(const PortSide& side, PortGroupChanges& changes) 
   for (const auto& entry : old) {
     changes.gone.push_back(entry.value);
     auto* published = as<HXSymbolicPortGroup>(entry.value.get());
-    if (published && published->standsBefore_) {
-      changes.gone.push_back(std::exchange(published->standsBefore_, nullptr));
-    }
+    if (published && published->standsBefore_) dropGroupBehind(side, *published, changes);
   }
 }
 
 void HXNode::rememberGroups(const PortSide& side, const Ref<const OrderedSet>& order,
                             const OrderedMap<Ref<HXPortGroup>>& gone) {
-  if (!groupMemory_) groupMemory_ = std::make_unique<GroupMemory>();
+  for (const auto& entry : gone) rememberGroup(side, entry.value);
   auto& memory = groupMemory_->side(side.orientation);
   if (!memory.order) memory.order = order;
-  for (const auto& entry : gone) memory.groups.set(entry.key, entry.value);
+}
+
+void HXNode::rememberGroup(const PortSide& side, const Ref<HXPortGroup>& group) {
+  if (!groupMemory_) groupMemory_ = std::make_unique<GroupMemory>();
+  auto& memory = groupMemory_->side(side.orientation);
+  const bool isDefined = as<HXPatchPortGroup>(group.get()) != nullptr;
+  (isDefined ? memory.defined : memory.published).set(group->groupKey(), group);
+}
+
+void HXNode::dropGroupBehind(const PortSide& side, HXSymbolicPortGroup& group,
+                             PortGroupChanges& changes) {
+  changes.gone.push_back(std::exchange(group.standsBefore_, nullptr));
+  if (rebuilds_ != 0) rememberGroup(side, changes.gone.back());
 }
 
 template <class Group>
 Ref<Group> HXNode::groupBeforeRebuild(const PortSide& side, const String& key) {
   if (!groupMemory_) return nullptr;
-  auto& groups = groupMemory_->side(side.orientation).groups;
-  const auto* found = groups.find(key);
-  return found && as<Group>(found->get()) ? as<Group>(groups.take(key)) : nullptr;
+  auto& memory = groupMemory_->side(side.orientation);
+  constexpr bool kIsDefined = std::is_same_v<Group, HXPatchPortGroup>;
+  return as<Group>((kIsDefined ? memory.defined : memory.published).take(key));
 }
 
 void HXNode::patchRebuildWillBegin(HXRNode&) { ++rebuilds_; }
@@ -266,10 +294,8 @@ void HXNode::syncPublishedGroups(const PortSide& side, OrderedMap<Ref<HXPortGrou
   for (const auto& member : *side.symbolicPorts) {
     auto* group = oldGroup(static_cast<const HXSymbolicPort&>(*member));
     if (!group) continue;
-    group->setSymbolicPorts(make<OrderedSet>());
-    if (group->standsBefore_) {
-      changes.gone.push_back(std::exchange(group->standsBefore_, nullptr));
-    }
+    group->symbolicPorts_ = make<OrderedSet>();
+    if (group->standsBefore_) dropGroupBehind(side, *group, changes);
   }
   // Deliberately looked up among the old groups only, which the editor's views rely on: of several
   // ports under a key that is new, each makes a group, and the last one made stands until the next
@@ -280,7 +306,7 @@ void HXNode::syncPublishedGroups(const PortSide& side, OrderedMap<Ref<HXPortGrou
     if (!group) {
       group = groupBeforeRebuild<HXSymbolicPortGroup>(side, port.groupKey());
       if (!group) group = make<HXSymbolicPortGroup>(this, port.groupKey(), side.orientation);
-      group->setSymbolicPorts(make<OrderedSet>());
+      group->symbolicPorts_ = make<OrderedSet>();
       changes.added.push_back(group);
     }
     group->symbolicPorts_->add(member);

@@ -90,9 +90,11 @@ class HXSymbolicPortGroup final : public HXPortGroup {
   HXSymbolicPortGroup() noexcept = default;
   HXSymbolicPortGroup(HXNode* node, String groupKey, std::int32_t orientation);
   /// The published ports (`HXSymbolicPort`), in order; null for none.
-  const Ref<OrderedSet>& symbolicPorts() const noexcept { return symbolicPorts_; }
+  Ref<const OrderedSet> symbolicPorts() const noexcept { return symbolicPorts_; }
   /// Announces nothing.
-  void setSymbolicPorts(Ref<OrderedSet> ports) { symbolicPorts_ = std::move(ports); }
+  void setSymbolicPorts(const Ref<const OrderedSet>& ports) {
+    symbolicPorts_ = ports ? make<OrderedSet>(*ports) : nullptr;
+  }
   Ref<const OrderedSet> portKeys() const override;
 
  private:

@@ -4,7 +4,6 @@
 #include <array>
 #include <cassert>
 #include <charconv>
-#include <limits>
 
 namespace tarnkit {
 
@@ -21,11 +20,10 @@ void KeyCounter::moveBeyond(std::string_view key) noexcept {
   std::int32_t number = 0;
   const char* const end = key.data() + key.size();
   const auto [read, error] = std::from_chars(key.data() + prefix_.size(), end, number);
-  // The negative numbers follow the positive ones; nothing lies beyond the last of them.
+  // Beyond a negative number, which no honest file has, the counter would soon begin again at the
+  // keys that were read.
+  if (error != std::errc() || read != end || number < 0) return;
   const auto taken = static_cast<std::uint32_t>(number);
-  if (error != std::errc() || read != end || taken == std::numeric_limits<std::uint32_t>::max()) {
-    return;
-  }
   auto next = next_.load(std::memory_order_relaxed);
   while (next <= taken &&
          !next_.compare_exchange_weak(next, taken + 1, std::memory_order_relaxed)) {

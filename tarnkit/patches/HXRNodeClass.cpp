@@ -1,8 +1,10 @@
 #include "tarnkit/patches/HXRNodeClass.h"
 
+#include <algorithm>
 #include <mutex>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/PatchDeclaration.h"
@@ -81,6 +83,14 @@ const HXRNode& HXRNodeClass::prototype() const {
   const std::lock_guard lock(makingMutex());
   Resolved& shared = *resolved_.load(std::memory_order_relaxed);
   if (auto* const made = shared.prototype.load(std::memory_order_relaxed)) return *made;
+  static std::vector<const HXRNodeClass*> underWay;  // under the lock
+  if (std::find(underWay.begin(), underWay.end(), this) != underWay.end()) {
+    fail("its declaration makes definitions of its own class");
+  }
+  underWay.push_back(this);
+  const struct End {
+    ~End() { underWay.pop_back(); }
+  } end;
   const Ref<HXRNode> prototype = constructInstance();
   if (!prototype) fail("its record makes no definition");
   if (&prototype->patchClass() != this) fail("its record makes definitions of another class");

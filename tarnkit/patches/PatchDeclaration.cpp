@@ -63,6 +63,10 @@ template <class Parameter, class Value>
 Parameter& PatchDeclaration::addParameter(const char* name, const char* key, Value defaultValue,
                                           bool hidden) {
   const auto parameter = make<Parameter>(literal(name), literal(key), hidden);
+  if (parameter->uniqueKey().view().empty()) fail("its declaration has an empty key");
+  if (definition_.parameterForKey(parameter->uniqueKey())) {
+    fail("its declaration gives a key to two parameters");
+  }
   parameter->setValue(std::move(defaultValue));
   definition_.addParameter(*parameter);
   return *parameter;

@@ -6,6 +6,7 @@
 #include <array>
 #include <stdexcept>
 
+#include "tarnkit/math/MXMathParsing.h"
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/PMRPrimitive.h"
 #include "tarnkit/patches/catalogue/Catalogue.h"
@@ -206,6 +207,10 @@ std::string faultOf(const HXRNodeClass& record) {
   } catch (const std::logic_error& fault) {
     const std::string_view text = fault.what();
     return std::string(text.starts_with(prefix) ? text.substr(prefix.size()) : text);
+  } catch (const std::exception& thrown) {
+    return fmt::format("its declaration throws: {}", thrown.what());
+  } catch (...) {
+    return "its declaration throws";
   }
 }
 
@@ -213,6 +218,7 @@ std::string faultOf(const HXRNodeClass& record) {
 
 void registerPatchClasses() {
   if (!classes().empty()) return;
+  registerMathClasses();  // an expression's classes are named in archives, too
   ClassRegistry::add(PMRPrimitive::kClass);
   ClassRegistry::add(HXRNode::kClass);
   for (const auto* const patchClass : kCatalogue) enter(*patchClass);
@@ -263,6 +269,7 @@ bool addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle& 
 }
 
 const HXRNodeClass* patchClassNamed(std::string_view name) {
+  registerPatchClasses();
   const Class* const found = ClassRegistry::classNamed(name);
   if (!found || !found->isKindOf(HXRNode::kClass)) return nullptr;
   return static_cast<const HXRNodeClass*>(found);

@@ -165,7 +165,7 @@ class Inspection {
     }
     // Whether the views are all there is not asked: a patch that makes a node a view does not tell.
     if (views) {
-      for (const auto& member : views->subviewNodes()) {
+      for (const auto& member : views->subviewNodesInForce()) {
         const auto& node = static_cast<const HXNode&>(*member);
         require(group.subnodeForKey(node.uniqueKey()) == &node, "view {} is not in the group",
                 node.uniqueKey().view());

@@ -147,8 +147,8 @@ TEST_F(DocumentFileTest, AViewWhoseKeyAnotherNodeTookIsNoViewAnyMore) {
   EXPECT_THAT(recorder.takeLog(), IsEmpty()) << "nothing of the other node was saved";
   const auto group = as<HXSubviewGroup>(opened->subnodeGroup());
   ASSERT_TRUE(group);
-  ASSERT_EQ(group->subviewNodes().count(), 1U);
-  EXPECT_EQ(group->subviewNodes().objectAtIndex(0).get(), group->subnodes()[0].get());
+  ASSERT_EQ(group->subviewNodesInForce().count(), 1U);
+  EXPECT_EQ(group->subviewNodesInForce().objectAtIndex(0).get(), group->subnodes()[0].get());
 }
 
 TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchCanBeEditedAround) {

@@ -12,7 +12,7 @@ class GroupTest : public ModelTest {
     const auto* group = as<HXSubviewGroup>(node.subnodeGroup().get());
     if (!group) return "none";
     std::string names;
-    for (const auto& view : group->subviewNodes()) {
+    for (const auto& view : group->subviewNodesInForce()) {
       names += static_cast<const HXNode&>(*view).name().view();
     }
     return names;

@@ -40,7 +40,7 @@ class IdentityTest : public ModelTest {
     std::vector<std::string> names;
     const auto* group = as<HXSubviewGroup>(node.subnodeGroup().get());
     if (!group) return {"none"};
-    for (const auto& view : group->subviewNodes()) {
+    for (const auto& view : group->subviewNodesInForce()) {
       names.push_back(static_cast<const HXNode&>(*view).name().toStdString());
     }
     return names;
@@ -137,7 +137,8 @@ TEST_F(IdentityTest, ANodeThatTakesAnothersPlaceLeavesNoHalfOfItBehind) {
   EXPECT_TRUE(port(*target, "Tarn.resultOutput").connections().isEmpty());
   EXPECT_THAT(views(*document), ElementsAre("Color View"));
   const auto& subviews = static_cast<HXSubviewGroup&>(*document->subnodeGroup());
-  EXPECT_NE(subviews.subviewNodes().objectAtIndex(0).get(), static_cast<Object*>(view.get()));
+  EXPECT_NE(subviews.subviewNodesInForce().objectAtIndex(0).get(),
+            static_cast<Object*>(view.get()));
   document->subnodeGroup()->removeNode(view.get());
   EXPECT_THAT(views(*document), ElementsAre("Color View")) << "it is none of the nodes any more";
   EXPECT_EQ(reopened(*document, 3)->subnodeGroup()->subnodes().size(), 3U);

@@ -117,9 +117,10 @@ class Editor {
       case 7: {
         const auto held = group();
         const auto* views = as<HXSubviewGroup>(held.get());
-        if (!views || views->subviewNodes().isEmpty()) return;
-        const auto index = static_cast<std::uint32_t>(random_() % views->subviewNodes().count());
-        auto& moved = static_cast<HXNode&>(*views->subviewNodes().objectAtIndex(index));
+        if (!views || views->subviewNodesInForce().isEmpty()) return;
+        const auto index =
+            static_cast<std::uint32_t>(random_() % views->subviewNodesInForce().count());
+        auto& moved = static_cast<HXNode&>(*views->subviewNodesInForce().objectAtIndex(index));
         const_cast<HXSubviewGroup*>(views)->moveSubviewNode(moved, random_() % 4);
         return;
       }
@@ -327,7 +328,7 @@ Contents contentsOf(HXDocument& document) {
     }
     if (!node.subnodeGroup()) continue;
     if (const auto* views = as<HXSubviewGroup>(node.subnodeGroup().get())) {
-      contents.views += static_cast<int>(views->subviewNodes().count());
+      contents.views += static_cast<int>(views->subviewNodesInForce().count());
     }
     for (const auto& entry : node.subnodeGroup()->subnodesByUniqueKey()) {
       EXPECT_EQ(entry.value->parentGroup(), node.subnodeGroup().get());

@@ -215,7 +215,7 @@ void endGroup(JSONWriter& json, const HXGroup& group) {
   json.endArray();
   if (const auto* subviewGroup = as<HXSubviewGroup>(&group)) {
     json.key("subviewNodes").beginArray();
-    for (const auto& node : subviewGroup->subviewNodes()) {
+    for (const auto& node : subviewGroup->subviewNodesInForce()) {
       writeString(json, static_cast<const HXNode&>(*node).uniqueKey());
     }
     json.endArray();

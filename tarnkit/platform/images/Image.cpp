@@ -87,7 +87,7 @@ Ref<Image> Image::imageWithPixels(std::uint32_t width, std::uint32_t height,
   return image;
 }
 
-Ref<Data> Image::unpackedPixels(std::string& reason) const {
+Ref<const Data> Image::unpackedPixels(std::string& reason) const {
   if (auto unpacked = unpacked_.lock()) return unpacked;
   if (!png_) {
     reason = "the picture is empty";
@@ -100,7 +100,7 @@ Ref<Data> Image::unpackedPixels(std::string& reason) const {
   return unpacked;
 }
 
-Ref<Data> Image::pixels(std::string* reason) const {
+Ref<const Data> Image::pixels(std::string* reason) const {
   if (pixels_) return pixels_;
   std::string why;
   try {
@@ -112,7 +112,7 @@ Ref<Data> Image::pixels(std::string* reason) const {
   return nullptr;
 }
 
-Ref<Data> Image::TIFFRepresentation(std::string* reason) const {
+Ref<const Data> Image::TIFFRepresentation(std::string* reason) const {
   const auto unpacked = pixels(reason);
   if (!unpacked) return nullptr;
   try {
@@ -123,7 +123,7 @@ Ref<Data> Image::TIFFRepresentation(std::string* reason) const {
   }
 }
 
-Ref<Data> Image::PNGRepresentation(std::string* reason) const {
+Ref<const Data> Image::PNGRepresentation(std::string* reason) const {
   if (png_) return png_;
   const auto unpacked = pixels(reason);
   if (!unpacked) return nullptr;

@@ -46,13 +46,13 @@ class Image final : public Object {
 
   /// The pixels, four bytes each, the top row first; not to be changed. Null, with the reason, when
   /// a picture out of an archive turns out to be damaged.
-  Ref<Data> pixels(std::string* reason = nullptr) const;
+  Ref<const Data> pixels(std::string* reason = nullptr) const;
   /// The picture as a TIFF file, the same bytes for the same pixels, now and after a save and an
   /// opening: what content keys are made of. Not kept. Null as for `pixels`.
-  Ref<Data> TIFFRepresentation(std::string* reason = nullptr) const;
+  Ref<const Data> TIFFRepresentation(std::string* reason = nullptr) const;
   /// The picture as a PNG file without metadata, made at most once; not to be changed. Null for the
   /// empty picture.
-  Ref<Data> PNGRepresentation(std::string* reason = nullptr) const;
+  Ref<const Data> PNGRepresentation(std::string* reason = nullptr) const;
 
   /// Equal when size and pixels are. A damaged picture equals only itself and copies of its file.
   bool isEqual(const Object& other) const override;
@@ -65,7 +65,7 @@ class Image final : public Object {
   void initWithCoder(Decoder& coder) override;
 
  private:
-  Ref<Data> unpackedPixels(std::string& reason) const;
+  Ref<const Data> unpackedPixels(std::string& reason) const;
 
   std::uint32_t width_ = 0;
   std::uint32_t height_ = 0;

@@ -13,8 +13,7 @@ namespace tarnkit::detail {
 bool isJPEG(ByteSpan file) noexcept;
 
 /// Baseline and progressive, grey, colour and CMYK. A file that is cut off or whose data does not
-/// decode is refused, although a part of the picture could be shown. Orientation marks are not
-/// applied.
+/// decode is refused, although a part of the picture could be shown. Turned as the file says.
 std::optional<Raster> readJPEG(ByteSpan file, const ImageLimits& limits, std::string& reason);
 
 }  // namespace tarnkit::detail

@@ -110,6 +110,11 @@ bool File::writeStream(int descriptor, ByteSpan bytes, std::string* error) {
 }
 
 bool File::write(const std::string& path, ByteSpan bytes, std::string* error) {
+  // What a link of the system's own leads to (an open pipe, say) has no name to follow.
+  struct stat direct {};
+  if (::stat(path.c_str(), &direct) == 0 && !S_ISREG(direct.st_mode) && !S_ISDIR(direct.st_mode)) {
+    return writeStraight(path, bytes, error);
+  }
   const std::string target = targetOf(path);
   struct stat old {};
   const bool isThere = ::stat(target.c_str(), &old) == 0;

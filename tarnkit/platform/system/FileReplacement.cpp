@@ -19,7 +19,8 @@ constexpr std::size_t kLargestTransfer = std::size_t{1} << 30;
 // Between two pieces a writer looks whether the process is to end.
 constexpr std::size_t kPiece = std::size_t{1} << 20;
 constexpr int kMaximumNames = 100;
-// How many names are always looked at for stale files; writers at the same time are few.
+// How many names are always looked at for stale files, and further while there are some; writers at
+// the same time are few.
 constexpr int kSweptNames = 3;
 constexpr mode_t kPermissions = 0777;
 constexpr mode_t kNewFile = 0666;
@@ -105,7 +106,10 @@ bool removeStale(const std::string& temporary) noexcept {
 }
 
 void sweep(const std::string& target) noexcept {
-  for (int i = 0; i < kSweptNames; ++i) removeStale(temporaryName(target, i));
+  bool wasStale = false;
+  for (int i = 0; i < kMaximumNames && (i < kSweptNames || wasStale); ++i) {
+    wasStale = removeStale(temporaryName(target, i));
+  }
 }
 
 // Where files cannot be locked, none is ever taken for stale.

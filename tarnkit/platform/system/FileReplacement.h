@@ -20,7 +20,8 @@ enum class Naming {
 /// one or the other stands there whole. They are flushed to disk first. False, with `errno`, on a
 /// failure, which leaves the old file and nothing else.
 ///
-/// A temporary file is removed when SIGINT, SIGTERM or SIGHUP ends the process meanwhile. One whose
+/// A temporary file is removed when SIGINT, SIGTERM or SIGHUP reaches the writing thread and ends
+/// the process meanwhile (where other threads take signals, it stays for the next write). One whose
 /// writer was killed goes with the next replacement of the same file: a writer holds a lock on its
 /// own, so that none in use is mistaken for a stale one.
 bool replaceFile(const std::string& target, ByteSpan bytes, const struct stat* old,
