@@ -27,7 +27,7 @@ Bytes randomPixels(std::uint32_t width, std::uint32_t height, bool opaque) {
   return pixels;
 }
 
-Bytes copyOf(const Ref<Data>& data) { return {data->bytes().begin(), data->bytes().end()}; }
+Bytes copyOf(const Ref<const Data>& data) { return {data->bytes().begin(), data->bytes().end()}; }
 
 TEST(Image, WritesFilesThatReadBackToTheSamePixels) {
   for (const bool opaque : {false, true}) {

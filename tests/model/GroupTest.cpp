@@ -71,6 +71,16 @@ TEST_F(GroupTest, ASwapRunsUpThroughAnyDepth) {
   EXPECT_EQ(order(*document), "none");
 }
 
+TEST_F(GroupTest, ViewsThatWereAskedForMayBeTakenOutOneByOne) {
+  const auto group = add("");
+  for (const char* name : {"A", "B", "C", "D", "E"}) addView(*group, name);
+  const auto views = as<HXSubviewGroup>(group->subnodeGroup().get())->subviewNodes();
+  for (const auto& view : *views) {
+    group->subnodeGroup()->removeNode(static_cast<HXNode*>(view.get()));
+  }
+  EXPECT_TRUE(group->subnodeGroup()->subnodesByUniqueKey().empty());
+}
+
 TEST_F(GroupTest, SwappingMakesAGroupForANodeThatHasNone) {
   const auto clamp = add("HXRClampNode");
   Recorder recorder;

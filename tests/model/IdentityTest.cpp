@@ -50,8 +50,8 @@ class IdentityTest : public ModelTest {
 TEST_F(IdentityTest, CountersMoveBeyondKeysThatAreReadAndNeverBack) {
   KeyCounter counter("node_");
   EXPECT_EQ(counter.next(), "node_0");
-  for (const char* other :
-       {"node_", "node_7x", "node_ 7", "nod_7", "group_9", "node_99999999999", "node_-1", ""}) {
+  for (const char* other : {"node_", "node_7x", "node_ 7", "nod_7", "group_9", "node_99999999999",
+                            "node_-1", "node_-2", ""}) {
     counter.moveBeyond(other);
   }
   EXPECT_EQ(counter.next(), "node_1");

@@ -362,6 +362,55 @@ TEST_F(SyncTest, PublishedPortsNamedLikeAGroupOfTheDefinitionStandBeforeIt) {
   EXPECT_THAT(faultsOf(*document), IsEmpty());
 }
 
+TEST_F(SyncTest, AGroupBehindPublishedPortsKeepsItsFlagsThroughARebuild) {
+  const auto node = add("HXRMathExpressionNode");
+  node->setForceAllowsSubnodes(true);
+  const auto clamp = add("HXRClampNode", node.get());
+  const Ref<HXPortGroup> own = node->inputPortGroups().front();
+  own->setCollapsedSidebarGroup(true);
+  const auto published =
+      node->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"));
+  published->setName(String(own->groupKey().toStdString() + ": x"));
+  for (const auto& entry : node->parameters()) {
+    if (auto* text = as<HXStringParameter>(entry.value.get())) text->setValue(String("$p+$q"));
+  }
+  node->setPatch(patchClassNamed("HXRMathExpressionNode")->makeDefinition());
+  published->setName("zz");
+  EXPECT_TRUE(node->inputPortGroupForKey(own->groupKey())->collapsedSidebarGroup());
+  EXPECT_THAT(faultsOf(*document), IsEmpty());
+}
+
+TEST_F(SyncTest, AnObserverThatThrowsLeavesANodeThatFollowsOn) {
+  const auto node = add("HXRMathNode");
+  const auto setCount = [&](std::int32_t count) {
+    for (const auto& entry : node->parameters()) {
+      if (auto* index = as<HXIndexParameter>(entry.value.get())) {
+        if (index->maximumValue() > 4) return index->setValue(count);
+      }
+    }
+  };
+  setCount(3);
+  for (const Symbol* name :
+       {&HXParameterValueDidChangeNotification, &HXNodeAddPortGroupNotification,
+        &HXNodeAddPortNotification, &HXNodeRemovePortNotification}) {
+    const auto token = NotificationCenter::defaultCenter().addObserver(
+        *name, [](const Notification&) { throw std::runtime_error("an observer's own"); });
+    const auto set = [&](const char* patch) {
+      try {
+        node->setPatch(patchClassNamed(patch)->makeDefinition());
+      } catch (const std::runtime_error&) {
+      }
+    };
+    set("HXRMathNode");
+    set("HXRClampNode");
+    NotificationCenter::defaultCenter().removeObserver(token);
+    node->setPatch(patchClassNamed("HXRMathNode")->makeDefinition());
+    setCount(5);
+    EXPECT_THAT(faultsOf(*document), IsEmpty()) << name->text();
+    setCount(3);
+  }
+}
+
 TEST_F(SyncTest, AGroupThatGoesIsAnnouncedWithWhatItShowed) {
   const auto node = add("");
   const auto clamp = add("HXRClampNode", node.get());
