@@ -150,11 +150,6 @@ void HXReplicatorNode::willSetPatch(const Ref<HXRNode>& patch) {
   // A definition that is in force already announces what it is given.
   const auto outputs = arrayOutputKeys_;
   for (const auto& entry : outputs) {
-    // A publication that went with its group is collected no more.
-    if (!entry.key->symbolicPort()) {
-      arrayOutputKeys_.take(entry.key.get());
-      continue;
-    }
     if (arrayOutputKeys_.get(entry.key.get()) == entry.value &&
         !patch->portLayout().ports().contains(entry.value)) {
       addArrayOutput(*patch, *entry.key, entry.value);

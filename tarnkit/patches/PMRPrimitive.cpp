@@ -167,7 +167,7 @@ bool PMRPrimitive::startChange(StorageType type) {
     return false;
   }
   string_ = nullptr;
-  type_ = type;
+  type_ = static_cast<std::int32_t>(type);
   return true;
 }
 
