@@ -18,7 +18,9 @@ TEST(WirePath, CurvesReachAsFarAsTheirWayIsLong) {
                         {{24, 40}, 20},      {{1000, 0}, 160},   {{23, 10}, 43.76},
                         {{-100, 200}, 72},   {{-100, -200}, 72}, {{0, 0}, 40},
                         {{-1000, -500}, 180}};
-  for (const auto& [to, reach] : cases) {
+  for (const Case& c : cases) {
+    const auto to = c.to;
+    const double reach = c.reach;
     SCOPED_TRACE(std::to_string(to.x) + " " + std::to_string(to.y));
     const LayoutPoint from{7, -11};
     const LayoutPoint end{from.x + to.x, from.y + to.y};
