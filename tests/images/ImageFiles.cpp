@@ -103,9 +103,10 @@ Bytes tiff(std::uint32_t width, std::uint32_t height, const TIFFKind& kind, cons
     TIFFSetField(writer, TIFFTAG_EXTRASAMPLES, 1, &extra);
   }
   if (kind.photometric == PHOTOMETRIC_PALETTE) {
-    std::vector<std::uint16_t> red(256);
-    std::vector<std::uint16_t> green(256);
-    std::vector<std::uint16_t> blue(256);
+    const std::size_t colors = std::size_t{1} << kind.depth;
+    std::vector<std::uint16_t> red(std::max<std::size_t>(colors, 256));
+    auto green = red;
+    auto blue = red;
     for (std::uint32_t i = 0; i < 256; ++i) {
       red[i] = static_cast<std::uint16_t>(i * 257);
       green[i] = static_cast<std::uint16_t>((255 - i) * 257);

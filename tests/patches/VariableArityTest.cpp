@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <limits>
 
 #include "FakeOwner.h"
@@ -321,8 +322,9 @@ TEST(VariableArity, DerivedClassesMayAddPortsAndParametersOfTheirOwn) {
         "HXRSpringNode", "HXRMathExpressionNode"}) {
     SCOPED_TRACE(base);
     registerPatchClasses();
-    const HXRNodeClass& derivedClass =
-        *new HXRNodeClass("Derived", patchClassNamed(base), {}, addOwn);  // lives for ever
+    static auto* const classes = new std::deque<HXRNodeClass>;  // lives for ever
+    const HXRNodeClass& derivedClass = classes->emplace_back("Derived", patchClassNamed(base),
+                                                             HXRNodeClass::Descriptors{}, addOwn);
     const auto plain = definitionOf(base);
     const auto derived = derivedClass.makeDefinition();
     const auto expectSame = [&] {

@@ -30,13 +30,16 @@ class FaultyPlugin final : public HXRPlugin {
     if (fault() == "derived") return {derivedFrom("WiggleNode")};
     if (fault() == "baseless") return {&goodNode, derivedFrom("NoSuchNode")};
     if (fault() == "known") return {&goodNode, patchClassNamed("HXRClampNode")};
-    return {&goodNode, new HXRNodeClass(fault().data(), &HXRNode::kClass, {})};
+    static const HXRNodeClass named(fault().data(), &HXRNode::kClass, {});
+    return {&goodNode, &named};
   }
 
  private:
   static const HXRNodeClass* derivedFrom(const char* name) {
-    return new HXRNodeClass("DerivedNode", patchClassNamed(name), {.defaultName = "Derived"},
-                            [](PatchDeclaration& patch) { patch.out("More", "Derived.more"); });
+    static const HXRNodeClass derived(
+        "DerivedNode", patchClassNamed(name), {.defaultName = "Derived"},
+        [](PatchDeclaration& patch) { patch.out("More", "Derived.more"); });
+    return &derived;
   }
 };
 
