@@ -200,10 +200,14 @@ TEST(IdentityMap, TellsEqualObjectsApartAndKeepsThemAlive) {
   EXPECT_EQ(weak.get(), nullptr);
   EXPECT_EQ(map.get(alsoOne.get()), "second");
   EXPECT_FALSE(map.contains(nullptr));
+  EXPECT_FALSE(map.set(nullptr, "none"));
+  EXPECT_EQ(map.size(), 1U);
+  EXPECT_EQ(map.take(alsoOne.get()), "second");
+  EXPECT_TRUE(map.begin() == map.end());
 }
 
 // What has no key is not kept, and so not counted: later removals find every entry in its place.
-TEST(OrderedCollections, RefuseWhatHasNoKey) {
+TEST(OrderedCollections, RefuseWhatIsNothingOrHasNoKey) {
   OrderedMap<int> map;
   EXPECT_FALSE(map.set(String(), 1));
   EXPECT_TRUE(map.empty());
@@ -214,24 +218,31 @@ TEST(OrderedCollections, RefuseWhatHasNoKey) {
   EXPECT_TRUE(map.empty());
   EXPECT_TRUE(map.begin() == map.end());
 
-  std::string log;
-  const auto sink = Log::setSink([&](std::string_view line) { log += line; });
+  std::vector<std::string> log;
+  const auto sink = Log::setSink([&](std::string_view line) { log.emplace_back(line); });
   const auto dictionary = make<Dictionary>();
   dictionary->setObject(make<Array>(), String());
+  dictionary->setObject(nullptr, "a");
   Log::setSink(sink);
   EXPECT_EQ(dictionary->count(), 0U);
-  EXPECT_EQ(log, "WARNING: [NSDictionary] Refusing an object under a key that is nil");
-  const auto array = make<Array>();
+  EXPECT_EQ(log, (std::vector<std::string>{
+                     "WARNING: [NSDictionary] Refusing an object under a key that is nil",
+                     "WARNING: [NSDictionary] Refusing an object that is nil"}));
+  const Ref<Object> one = Number::withInt(1);
+  const auto array = make<Array>(std::vector<Ref<Object>>{nullptr, one, nullptr});
   array->add(nullptr);
-  EXPECT_EQ(array->count(), 0U);
+  EXPECT_EQ(array->count(), 1U);
+  const auto set = make<Set>(std::vector<Ref<Object>>{nullptr, one});
+  set->add(nullptr);
+  EXPECT_EQ(set->count(), 1U);
 }
 
 TEST(Log, AWarningIsOneLineWithoutControlCharacters) {
   std::vector<std::string> lines;
   const auto sink = Log::setSink([&](std::string_view line) { lines.emplace_back(line); });
-  Log::warning("Thing", "a\nb\x1B[31m \xC2\x9B é\x7F");
+  Log::warning("Thing", "a\nb\x1B[31m \xC2\x9B é\x7F\u202E\xFF");
   Log::setSink(sink);
-  EXPECT_EQ(lines, std::vector<std::string>{"WARNING: [Thing] a b [31m   é "});
+  EXPECT_EQ(lines, std::vector<std::string>{"WARNING: [Thing] a b [31m   é  \xFF"});
 }
 
 }  // namespace

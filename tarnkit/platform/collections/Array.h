@@ -6,18 +6,20 @@
 
 namespace tarnkit {
 
-/// An ordered list of objects (none of them null). One thread at a time may change it.
+/// An ordered list of objects, none of them null: null is left out wherever it is given. One thread
+/// at a time may change it.
 class Array final : public Object {
   TARNKIT_CLASS
  public:
   Array() = default;
-  explicit Array(std::vector<Ref<Object>> objects) noexcept : objects_(std::move(objects)) {}
+  explicit Array(std::vector<Ref<Object>> objects) noexcept : objects_(std::move(objects)) {
+    std::erase(objects_, nullptr);
+  }
 
   std::size_t count() const noexcept { return objects_.size(); }
   const Ref<Object>& operator[](std::size_t index) const noexcept { return objects_[index]; }
   auto begin() const noexcept { return objects_.begin(); }
   auto end() const noexcept { return objects_.end(); }
-  /// Null is ignored.
   void add(Ref<Object> object) {
     if (object) objects_.push_back(std::move(object));
   }
@@ -35,16 +37,21 @@ class Array final : public Object {
 };
 
 /// An unordered set of objects by `isEqual`; kept in the order of insertion so that outputs repeat.
-/// Built by the platform's readers and by callers; the model itself keeps ordered sets.
+/// Null is left out wherever it is given. Built by the platform's readers and by callers; the model
+/// itself keeps ordered sets.
 class Set final : public Object {
   TARNKIT_CLASS
  public:
   Set() = default;
-  explicit Set(std::vector<Ref<Object>> objects) noexcept : objects_(std::move(objects)) {}
+  explicit Set(std::vector<Ref<Object>> objects) noexcept : objects_(std::move(objects)) {
+    std::erase(objects_, nullptr);
+  }
   std::size_t count() const noexcept { return objects_.size(); }
   auto begin() const noexcept { return objects_.begin(); }
   auto end() const noexcept { return objects_.end(); }
-  void add(Ref<Object> object) { objects_.push_back(std::move(object)); }
+  void add(Ref<Object> object) {
+    if (object) objects_.push_back(std::move(object));
+  }
   CodingKind codingKind() const noexcept override { return CodingKind::set; }
 
  private:

@@ -17,7 +17,7 @@ class Dictionary final : public Object {
   std::uint32_t count() const noexcept { return entries_.size(); }
   /// Null when the key is absent.
   Ref<Object> objectForKey(const String& key) const { return entries_.get(key); }
-  /// A nil key is refused, with one line logged.
+  /// A nil key and a null object are refused, with one line logged.
   void setObject(Ref<Object> object, const String& forKey);
 
   CodingKind codingKind() const noexcept override { return CodingKind::map; }

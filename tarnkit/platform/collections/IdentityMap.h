@@ -26,23 +26,26 @@ class IdentityMap {
   auto end() const noexcept { return table_.end(); }
 
   /// Null when the key is absent (or null). Valid until the map changes.
-  const Value* find(const T* key) const noexcept {
+  const Value* find(const T* key) const& noexcept {
     const auto* const entry = table_.find(key);
     return entry ? &entry->value : nullptr;
   }
+  const Value* find(const T* key) const&& = delete;  // it would not outlive the expression
   /// The value, or a default-made one when the key is absent.
   Value get(const T* key) const {
     const auto* const value = find(key);
     return value ? *value : Value{};
   }
   bool contains(const T* key) const noexcept { return find(key) != nullptr; }
-  /// `key` must not be null.
-  void set(Ref<T> key, Value value) {
+  /// False, and nothing kept, for a null key.
+  bool set(Ref<T> key, Value value) {
+    if (!key) return false;
     if (auto* const entry = table_.find(key.get())) {
       entry->value = std::move(value);
     } else {
       table_.append(Entry{std::move(key), std::move(value)});
     }
+    return true;
   }
   /// Removes the key and returns its value; a default-made one when it is absent.
   Value take(const T* key) { return table_.take(key).value; }

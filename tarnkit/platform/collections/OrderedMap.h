@@ -33,14 +33,15 @@ class OrderedMap {
   auto end() const noexcept { return table_.end(); }
 
   /// Null when the key is absent (or nil). Valid until the map changes.
-  Value* find(const String& key) noexcept {
+  Value* find(const String& key) & noexcept {
     auto* const entry = table_.find(key);
     return entry ? &entry->value : nullptr;
   }
-  const Value* find(const String& key) const noexcept {
+  const Value* find(const String& key) const& noexcept {
     const auto* const entry = table_.find(key);
     return entry ? &entry->value : nullptr;
   }
+  const Value* find(const String& key) const&& = delete;  // it would not outlive the expression
   /// The value, or a default-made one when the key is absent.
   Value get(const String& key) const {
     const auto* const value = find(key);
