@@ -59,6 +59,10 @@ Ref<Data> HXKeyedArchiver::archivedDataWithRootObject(const Object* rootObject) 
 
 bool HXKeyedArchiver::archiveRootObject(const Object* rootObject, const std::string& toFile,
                                         std::string* error) {
+  if (!rootObject) {
+    if (error) *error = toFile + ": there is no object to be written";
+    return false;
+  }
   const auto data = make<Data>();
   HXKeyedArchiver archiver(data);
   archiver.encodeRootObject(rootObject);

@@ -58,8 +58,9 @@ class HXKeyedArchiver final : public Encoder {
   static String versionKey();
   /// The archive of `rootObject` at coding type 0.
   static Ref<Data> archivedDataWithRootObject(const Object* rootObject);
-  /// Writes that archive to the file, whole or not at all; tells whether it did. When it did not,
-  /// an old file is still there, and `error`, if given, gets path and cause.
+  /// Writes that archive to the file, whole or not at all; tells whether it did. When it did not
+  /// (as for a null object, of which no reader could make anything), an old file is still there,
+  /// and `error`, if given, gets path and cause.
   static bool archiveRootObject(const Object* rootObject, const std::string& toFile,
                                 std::string* error = nullptr);
 

@@ -406,6 +406,8 @@ TEST(HXKeyedArchiver, ArchivesToAFile) {
   std::string reason;
   EXPECT_FALSE(HXKeyedArchiver::archiveRootObject(unserializable.get(), file, &reason));
   EXPECT_EQ(reason, file + ": a key of a map is not a string");
+  EXPECT_FALSE(HXKeyedArchiver::archiveRootObject(nullptr, file, &reason));
+  EXPECT_EQ(reason, file + ": there is no object to be written");
   std::vector<std::uint8_t> kept;
   ASSERT_TRUE(File::read(file, kept));
   EXPECT_EQ(HXArchiveReader::sniff(kept), HXArchiveKind::deviceGraph);
@@ -478,8 +480,8 @@ TEST(HXArchiveReader, TellsFilesApart) {
 
 // Whatever the file says, a terminal that shows it gets no command.
 TEST(HXArchiveText, EscapesEveryTextOfTheFile) {
-  const std::string evil = "\x1B]0;\x07\n\xC2\x9B\x7F";
-  const std::string escaped = "\\u001b]0;\\u0007\\n\\u009b\\u007f";
+  const std::string evil = "\x1B]0;\x07\n\xC2\x9B\x7F\u202E\u2029";
+  const std::string escaped = "\\u001b]0;\\u0007\\n\\u009b\\u007f\\u202e\\u2029";
   PropertyListWriter writer;
   const auto text = [&](const std::string& prefix) { return writer.addString(prefix + evil); };
   using Index = PropertyListWriter::Index;

@@ -22,8 +22,14 @@ TEST(JSONWriter, TextsAreEscapedByOneRuleAndMoreInScripts) {
       {"\"a\\b\"/", R"("\"a\\b\"/")", R"("\"a\\b\"/")"},
       {"\n\r\t\0\x1f\x7f~"sv, R"("\n\u000d\u0009\u0000\u001f\u007f~")",
        R"("\n\u000d\u0009\u0000\u001f\u007f~")"},
-      {"</script>&\u2028\u2029\u2027", "\"</script>&\u2028\u2029\u2027\"",
+      {"</script>&\u2028\u2029\u2027", "\"</script>&\\u2028\\u2029\u2027\"",
        "\"\\u003c/script\\u003e\\u0026\\u2028\\u2029\u2027\""},
+      // What turns the direction of the text around it, beside letters that bring their own.
+      {"\u061c\u200e\u200f\u202a\u202e\u2066\u2069",
+       R"("\u061c\u200e\u200f\u202a\u202e\u2066\u2069")",
+       R"("\u061c\u200e\u200f\u202a\u202e\u2066\u2069")"},
+      {"\u05d0\u061b\u200d\u202f\u2065\u206a", "\"\u05d0\u061b\u200d\u202f\u2065\u206a\"",
+       "\"\u05d0\u061b\u200d\u202f\u2065\u206a\""},
       {"é 画 👩 \uFFFD", "\"é 画 👩 \uFFFD\"", "\"é 画 👩 \uFFFD\""},
       // A stray byte, a sequence cut short, an overlong one, half of a surrogate pair.
       {"a\xffz\xe7\x94", "\"a\uFFFDz\uFFFD\uFFFD\"", "\"a\uFFFDz\uFFFD\uFFFD\""},

@@ -6,6 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "tarnkit/platform/text/UTF8.h"
+
 namespace tarnkit {
 
 namespace {
@@ -31,16 +33,16 @@ void Log::warning(std::string_view className, std::string_view message) {
 }
 
 std::string Log::oneLine(std::string_view text) {
-  // The second set of control characters is two bytes each.
-  constexpr unsigned char kHigh = 0xC2;
   std::string line;
   line.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
-    const bool isHigh = byte == kHigh && next >= 0x80 && next < 0xA0;
-    if (isHigh) ++i;
-    line += isHigh || byte < 0x20 || byte == 0x7F ? ' ' : static_cast<char>(byte);
+  for (std::size_t at = 0; at < text.size();) {
+    const auto [character, size] = detail::codePointAt(text, at);
+    if (detail::isControl(character)) {
+      line += ' ';
+    } else {
+      line += text.substr(at, size);
+    }
+    at += size;
   }
   return line;
 }

@@ -52,9 +52,7 @@ void JSONWriter::appendEscaped(std::string& out, std::string_view text, Escapes 
     }
     const auto [character, size] = detail::codePointAt(text, at);
     const bool isMalformed = !isASCII && size == 1;
-    const bool isControl = character >= 0x80 && character < 0xA0;
-    const bool isSeparator = inScript && (character == 0x2028 || character == 0x2029);
-    if (isASCII || isMalformed || isControl || isSeparator) {
+    if (isASCII || isMalformed || detail::isControl(character)) {
       out.append(text, plain, at - plain);
       plain = at + size;
       if (isMalformed) {

@@ -14,16 +14,16 @@ namespace tarnkit {
 /// caller's. Linear in what it writes, and depth costs nothing. Lives as long as one output; for
 /// one thread.
 ///
-/// Texts are escaped by one rule: `"`, `\` and the control characters of both sets (up to U+001F,
-/// U+007F to U+009F: files are shown on terminals) are, "\n" by its short form and the others as
-/// \u00xx; every byte that belongs to no well-formed UTF-8 is
-/// written as U+FFFD; all else stands for itself.
+/// Texts are escaped by one rule, since files are shown on terminals: `"`, `\`, the control
+/// characters of both sets (up to U+001F, U+007F to U+009F), what turns the direction of the text
+/// around it (U+061C, U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069) and the separators U+2028
+/// and U+2029 are, "\n" by its short form and the others as \uxxxx; every byte that belongs to no
+/// well-formed UTF-8 is written as U+FFFD; all else stands for itself.
 class JSONWriter {
  public:
   enum class Escapes : std::uint8_t {
     plain,
-    /// `<`, `>`, `&` and the line separators U+2028 and U+2029 too, so that the text may stand in a
-    /// <script> element whatever it holds.
+    /// `<`, `>` and `&` too, so that the text may stand in a <script> element whatever it holds.
     script,
   };
   using Sink = std::function<void(std::string_view)>;

@@ -43,6 +43,14 @@ inline CodePoint codePointAt(std::string_view text, std::size_t at) noexcept {
   return {static_cast<std::uint32_t>(value), static_cast<std::uint32_t>(next - at)};
 }
 
+/// Whether the code point stands for nothing to be seen and acts on a terminal, or on the text
+/// around it, instead: the control characters of both sets, the marks and controls of the direction
+/// of writing, the separators of lines and paragraphs.
+constexpr bool isControl(std::uint32_t c) noexcept {
+  return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x061C || c == 0x200E || c == 0x200F ||
+         (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
+}
+
 /// The whole code points at the text's beginning that take at most that many bytes.
 inline std::string_view beginningOf(std::string_view text, std::size_t bytes) noexcept {
   if (text.size() <= bytes) return text;
