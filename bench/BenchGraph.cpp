@@ -41,7 +41,7 @@ Ref<HXDocument> buildGraph(std::int64_t nodeCount) {
     if (previous) {
       document->connectPort(*previous->portForKey(output), *node->portForKey(input));
     }
-    for (const auto& entry : node->portsByUniqueKey()) {
+    for (const auto& entry : node->portsInForce()) {
       if (port++ % kPublishedPortStride == 0) {
         group->subnodeGroup()->addSymbolicPortForPort(*entry.value);
       }

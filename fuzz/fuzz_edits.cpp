@@ -25,7 +25,7 @@ std::size_t nodeCount(const HXDocument& document) {
   std::vector<const HXNode*> all{&document};
   for (std::size_t at = 0; at < all.size(); ++at) {
     if (!all[at]->subnodeGroup()) continue;
-    for (const auto& entry : all[at]->subnodeGroup()->subnodesByUniqueKey()) {
+    for (const auto& entry : all[at]->subnodeGroup()->subnodesInForce()) {
       all.push_back(entry.value.get());
     }
   }

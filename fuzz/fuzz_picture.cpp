@@ -73,7 +73,7 @@ class Graph {
 
  private:
   HXPatchPort* anyPort() {
-    const auto& ports = nodes_[input_.pick(nodes_.size())]->portsByUniqueKey();
+    const auto& ports = nodes_[input_.pick(nodes_.size())]->portsInForce();
     if (ports.size() == 0) return nullptr;
     auto at = ports.begin();
     std::advance(at, static_cast<std::ptrdiff_t>(input_.pick(ports.size())));

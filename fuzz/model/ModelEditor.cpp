@@ -102,7 +102,7 @@ std::vector<HXNode*> ModelEditor::nodes() const {
   std::vector<HXNode*> all{document_.get()};
   for (std::size_t at = 0; at < all.size(); ++at) {
     if (!all[at]->subnodeGroup()) continue;
-    for (const auto& entry : all[at]->subnodeGroup()->subnodesByUniqueKey()) {
+    for (const auto& entry : all[at]->subnodeGroup()->subnodesInForce()) {
       all.push_back(entry.value.get());
     }
   }
@@ -128,10 +128,11 @@ HXNode* ModelEditor::anyContainer() {
 HXPort* ModelEditor::anyPort(HXNode* node, bool published) {
   if (!node) return nullptr;
   std::vector<HXPort*> ports;
-  for (const auto& entry : node->portsByUniqueKey()) {
+  for (const auto& entry : node->portsInForce()) {
     if (!published || entry.value->symbolicPort()) ports.push_back(entry.value.get());
   }
-  for (const auto* symbolic : {&node->symbolicInputPorts(), &node->symbolicOutputPorts()}) {
+  for (const auto* symbolic :
+       {&node->symbolicInputPortsInForce(), &node->symbolicOutputPortsInForce()}) {
     for (const auto& member : *symbolic) {
       auto* port = static_cast<HXPort*>(member.get());
       if (!published || port->symbolicPort()) ports.push_back(port);

@@ -50,7 +50,7 @@ bool isInGroupOfNode(const HXNode& node) {
   const auto* group = node.parentGroup();
   const auto* owner = group ? group->node() : nullptr;
   return owner && owner->subnodeGroup() == group &&
-         group->subnodesByUniqueKey().get(node.uniqueKey()) == &node;
+         group->subnodesInForce().get(node.uniqueKey()) == &node;
 }
 
 }  // namespace
@@ -62,7 +62,7 @@ std::unordered_set<const HXNode*> nodesWithin(const std::vector<const HXNode*>& 
     const auto* node = pending.back();
     pending.pop_back();
     if (!node->subnodeGroup()) continue;
-    for (const auto& entry : node->subnodeGroup()->subnodesByUniqueKey()) {
+    for (const auto& entry : node->subnodeGroup()->subnodesInForce()) {
       if (held.insert(entry.value.get()).second) pending.push_back(entry.value.get());
     }
   }
@@ -88,10 +88,10 @@ void refuseNodesInCircles(Decoder& coder) {
 
 NodeContents contentsOf(const HXNode& node) {
   NodeContents contents;
-  for (const auto& entry : node.portsByUniqueKey()) {
+  for (const auto& entry : node.portsInForce()) {
     if (entry.value->staticValue() || !entry.value->connections().isEmpty()) ++contents.portsInUse;
   }
-  if (node.subnodeGroup()) contents.subnodes = node.subnodeGroup()->subnodesByUniqueKey().size();
+  if (node.subnodeGroup()) contents.subnodes = node.subnodeGroup()->subnodesInForce().size();
   return contents;
 }
 

@@ -104,7 +104,7 @@ bool HXDocumentFile::send(const HXDocument& document, const std::string& path, s
 bool HXDocumentFile::sendImages(const HXDocument& document, const std::string& directory,
                                 std::vector<String>& keys, std::string& error) {
   keys.clear();
-  for (const auto& entry : document.imageStore()->imageEntries()) {
+  for (const auto& entry : document.imageStore()->imageEntriesInForce()) {
     keys.push_back(entry.key);
     if (canNameFile(entry.key)) continue;
     error = fmt::format("{}: the image key \"{}\" cannot name a file", directory, entry.key.view());

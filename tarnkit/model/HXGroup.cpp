@@ -5,6 +5,8 @@
 #include <unordered_set>
 
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXModel.h"
+#include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
@@ -24,10 +26,38 @@ UserInfo groupInfo(const Ref<Object>& documentKey, HXGroup& group, const Symbol&
           {key, Ref<Object>(&object)}};
 }
 
+std::vector<Ref<HXSymbolicPort>> publishedPorts(const OrderedSet& members) {
+  std::vector<Ref<HXSymbolicPort>> ports;
+  ports.reserve(members.count());
+  for (const auto& member : members) ports.emplace_back(static_cast<HXSymbolicPort*>(member.get()));
+  return ports;
+}
+
+// The wires between what stands inside of the node and what does not.
+std::vector<Ref<HXConnection>> wiresAcross(HXNode& node) {
+  std::vector<const HXNode*> nodes;
+  for (HXNodeWalk walk(node); const HXNode* at = walk.next();) nodes.push_back(at);
+  const std::unordered_set<const HXNode*> inside(nodes.begin(), nodes.end());
+  std::vector<Ref<HXConnection>> wires;
+  for (const auto* at : nodes) {
+    for (const auto& entry : at->portsInForce()) {
+      entry.value->connections().forEach([&](HXConnection& connection) {
+        for (const HXPort* end : {connection.outputPort(), connection.inputPort()}) {
+          if (end && inside.contains(end->node())) continue;
+          wires.emplace_back(&connection);
+          break;
+        }
+      });
+    }
+  }
+  return wires;
+}
+
 // The ports of the node as it shows them, then the ports that it publishes.
 std::vector<Ref<HXPort>> shownAndPublishedPorts(const HXNode& node) {
   auto ports = node.ports();
-  for (const auto* published : {&node.symbolicInputPorts(), &node.symbolicOutputPorts()}) {
+  for (const auto* published :
+       {&node.symbolicInputPortsInForce(), &node.symbolicOutputPortsInForce()}) {
     for (const auto& port : *published) {
       ports.emplace_back(static_cast<HXPort*>(port.get()));
     }
@@ -37,7 +67,10 @@ std::vector<Ref<HXPort>> shownAndPublishedPorts(const HXNode& node) {
 
 }  // namespace
 
-HXGroup::HXGroup() : HXGroup(Decoding{}) { uniqueKey_ = hx_newUniqueKey(); }
+HXGroup::HXGroup() : HXGroup(Decoding{}) {
+  registerModelClasses();
+  uniqueKey_ = hx_newUniqueKey();
+}
 
 HXGroup::HXGroup(Decoding) noexcept
     : symbolicInputPorts_(make<OrderedSet>()), symbolicOutputPorts_(make<OrderedSet>()) {}
@@ -96,6 +129,13 @@ std::vector<Ref<HXNode>> HXGroup::subnodes() const {
   nodes.reserve(subnodes_.size());
   for (const auto& entry : subnodes_) nodes.push_back(entry.value);
   return nodes;
+}
+
+std::vector<Ref<HXSymbolicPort>> HXGroup::symbolicInputPorts() const {
+  return publishedPorts(*symbolicInputPorts_);
+}
+std::vector<Ref<HXSymbolicPort>> HXGroup::symbolicOutputPorts() const {
+  return publishedPorts(*symbolicOutputPorts_);
 }
 
 HXNode* HXGroup::subnodeForKey(const String& uniqueKey) const {
@@ -177,11 +217,11 @@ void HXGroup::addNode(HXNode& node) {
 void HXGroup::displace(HXNode& node) {
   const Ref<HXGroup> kept(this);
   forgetNode(node);
-  // Nothing of it may stay behind, so hidden ports are withdrawn as well, and what was joined to
-  // the ports that it publishes.
+  // Nothing of it may stay behind, so hidden ports are withdrawn as well, and every wire that leads
+  // into it: through the ports that it publishes, or straight to a port of a node below.
   std::vector<Ref<HXPort>> ports;
-  for (const auto& entry : node.portsByUniqueKey()) ports.emplace_back(entry.value.get());
-  std::vector<Ref<HXConnection>> joined;
+  for (const auto& entry : node.portsInForce()) ports.emplace_back(entry.value.get());
+  auto joined = wiresAcross(node);
   for (auto& port : shownAndPublishedPorts(node)) {
     if (const auto* published = as<HXSymbolicPort>(port.get())) {
       const auto* resolved = published->resolvedPort();

@@ -54,8 +54,12 @@ class HXGroup : public Object {
   /// The node's document key.
   String documentKey() const;
 
-  /// Live: for reading by who adds and removes nothing meanwhile. `subnodes` gives a copy.
-  const OrderedMap<Ref<HXNode>>& subnodesByUniqueKey() const noexcept { return subnodes_; }
+  /// Unique key to subnode, in the order of adding, as a copy of the caller's own: it stays as it
+  /// is whatever happens to the group.
+  OrderedMap<Ref<HXNode>> subnodesByUniqueKey() const { return subnodes_; }
+  /// The same, for reading by who adds and removes nothing meanwhile.
+  const OrderedMap<Ref<HXNode>>& subnodesInForce() const noexcept { return subnodes_; }
+  /// The subnodes, in that order, as they are now.
   std::vector<Ref<HXNode>> subnodes() const;
   /// Null for an unknown key.
   HXNode* subnodeForKey(const String& uniqueKey) const;
@@ -75,9 +79,12 @@ class HXGroup : public Object {
   /// Told by a subnode that may have become, or ceased to be, a view node.
   void subnodeViewTypeDidChange(HXNode& node);
 
-  /// The published inner ports (`HXSymbolicPort`), in the order of publishing. Live, as above.
-  const OrderedSet& symbolicInputPorts() const noexcept { return *symbolicInputPorts_; }
-  const OrderedSet& symbolicOutputPorts() const noexcept { return *symbolicOutputPorts_; }
+  /// The published inner ports, in the order of publishing, as they are now.
+  std::vector<Ref<HXSymbolicPort>> symbolicInputPorts() const;
+  std::vector<Ref<HXSymbolicPort>> symbolicOutputPorts() const;
+  /// The same (`HXSymbolicPort`), for reading by who publishes and unpublishes nothing meanwhile.
+  const OrderedSet& symbolicInputPortsInForce() const noexcept { return *symbolicInputPorts_; }
+  const OrderedSet& symbolicOutputPortsInForce() const noexcept { return *symbolicOutputPorts_; }
   /// Publishes the port under its own name; null when it is neither input nor output. It is not
   /// asked whether the port is published already.
   Ref<HXSymbolicPort> addSymbolicPortForPort(HXPort& port);

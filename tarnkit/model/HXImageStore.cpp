@@ -9,6 +9,7 @@
 #include "tarnkit/foundation/MD5.h"
 #include "tarnkit/foundation/MapAdditions.h"
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXModel.h"
 #include "tarnkit/platform/numbers/Number.h"
 #include "tarnkit/platform/system/Log.h"
 
@@ -23,6 +24,8 @@ constinit const Symbol kImageEntries{"HXImageStore.imageEntries"};
 constinit const Symbol kImageEntryCount{"HXImageStore.imageEntryCount"};
 
 }  // namespace
+
+HXImageStore::HXImageStore() { registerModelClasses(); }
 
 Ref<HXImageStoreEntry> HXImageStore::createImageEntry(const Ref<Image>& image) {
   const auto tiff = image ? image->TIFFRepresentation() : nullptr;

@@ -22,14 +22,18 @@ inline constinit const Symbol HXImageStoreRemoveImageNotification{
 class HXImageStore final : public Object {
   TARNKIT_CLASS
  public:
-  HXImageStore() = default;
+  HXImageStore();
 
   /// An entry with the image's content key, not in any store; null for a null or
   /// damaged image.
   static Ref<HXImageStoreEntry> createImageEntry(const Ref<Image>& image);
 
-  /// Key to entry: the first entry added under the key.
-  const OrderedMap<Ref<HXImageStoreEntry>>& imageEntries() const noexcept { return entries_; }
+  /// Key to entry (the first one added under the key), as a copy of the caller's own.
+  OrderedMap<Ref<HXImageStoreEntry>> imageEntries() const { return entries_; }
+  /// The same, for reading by who adds and removes nothing meanwhile.
+  const OrderedMap<Ref<HXImageStoreEntry>>& imageEntriesInForce() const noexcept {
+    return entries_;
+  }
   HXImageStoreEntry* imageEntryForKey(const String& key) const;
   /// How often the key was added and not yet removed; 0 for an unknown one.
   std::int32_t countForKey(const String& key) const;

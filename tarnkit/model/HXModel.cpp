@@ -12,6 +12,7 @@
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/patches/PatchRegistry.h"
+#include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
 
 namespace tarnkit {
 
@@ -62,5 +63,10 @@ bool registerOnce() {
 }  // namespace
 
 void registerModelClasses() { [[maybe_unused]] static const bool done = registerOnce(); }
+
+Ref<Object> unarchivedModelObject(ByteSpan bytes, std::int32_t codingType, std::string* error) {
+  registerModelClasses();
+  return StandardKeyedUnarchiver::unarchive(bytes, codingType, error);
+}
 
 }  // namespace tarnkit

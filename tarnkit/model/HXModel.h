@@ -1,11 +1,27 @@
 #pragma once
 
+#include <cstdint>
+#include <string>
+
+#include "tarnkit/platform/objects/Data.h"
+
 namespace tarnkit {
 
 /// Enters the classes of the model and the catalogue of patch definitions into the class registry,
-/// so that they can be made by name, and lets definitions make documents. Nodes call it when they
-/// are made, documents when they are opened; a program that starts from a name or from a definition
-/// calls it itself. Calling it again costs nothing.
+/// so that they can be made by name, and lets definitions make documents. Nodes, groups and image
+/// stores call it when they are made, documents when they are opened; a program that starts from a
+/// name or from a definition calls it itself. Calling it again costs nothing.
+///
+/// Readers of the platform know the model's classes only from then on. A program whose first step
+/// is to read a part of a document (a node that was copied in another process) with
+/// `StandardKeyedUnarchiver` calls this before, or reads it with `unarchivedModelObject`.
 void registerModelClasses();
+
+/// The root object of a standard keyed archive of a part of a document: a node, a group, whatever
+/// stands in one. As `StandardKeyedUnarchiver::unarchive`, with the model's classes entered: null,
+/// with one sentence in `error`, for anything that is not readable; the bytes need not be trusted.
+/// Whole documents are read by `HXDocumentFile`.
+Ref<Object> unarchivedModelObject(ByteSpan bytes, std::int32_t codingType,
+                                  std::string* error = nullptr);
 
 }  // namespace tarnkit

@@ -183,7 +183,11 @@ void HXNode::pruneInvalidConnections() {
 void HXNode::setForceAllowsSubnodes(bool force) {
   if (force == forceAllowsSubnodes_) return;
   forceAllowsSubnodes_ = force;
+  const Ref<HXNode> self(this);
+  // What was published shows until the groups that showed it are announced to go.
+  const Ref<HXGroup> earlierGroup = subnodeGroup_;
   hx_syncSubnodeGroupWithPatch();
+  if (earlierGroup && !subnodeGroup_) hx_syncPortGroupsWithPatch();
 }
 
 bool HXNode::shouldBeTreatedAsViewNode() const {
@@ -268,16 +272,17 @@ std::vector<Ref<HXPortGroup>> HXNode::outputPortGroups() const {
 HXPort* HXNode::portForKey(const String& key) const {
   if (const auto* port = portsByUniqueKey_.find(key)) return port->get();
   if (!subnodeGroup_ || key.isNil()) return nullptr;
-  if (auto* port = publishedPort(symbolicInputPorts(), key)) return port;
-  return publishedPort(symbolicOutputPorts(), key);
+  if (auto* port = publishedPort(symbolicInputPortsInForce(), key)) return port;
+  return publishedPort(symbolicOutputPortsInForce(), key);
 }
 
 std::vector<Ref<HXPort>> HXNode::shownPorts(std::int32_t orientation) const {
   OrderedMap<HXPort*> published;
   const bool manyPublished =
-      symbolicInputPorts().count() + symbolicOutputPorts().count() > kPublishedPortsSearchedInPlace;
+      symbolicInputPortsInForce().count() + symbolicOutputPortsInForce().count() >
+      kPublishedPortsSearchedInPlace;
   if (manyPublished) {
-    for (const auto* ports : {&symbolicInputPorts(), &symbolicOutputPorts()}) {
+    for (const auto* ports : {&symbolicInputPortsInForce(), &symbolicOutputPortsInForce()}) {
       for (const auto& member : *ports) {
         auto& port = static_cast<HXSymbolicPort&>(*member);
         const String key = port.uniqueKey();
@@ -309,11 +314,20 @@ std::vector<Ref<HXPort>> HXNode::ports() const {
   return ports;
 }
 
-const OrderedSet& HXNode::symbolicInputPorts() const noexcept {
-  return subnodeGroup_ ? subnodeGroup_->symbolicInputPorts() : noPorts();
+OrderedMap<Ref<HXPatchPort>> HXNode::portsByUniqueKey() const { return portsByUniqueKey_; }
+
+std::vector<Ref<HXSymbolicPort>> HXNode::symbolicInputPorts() const {
+  return subnodeGroup_ ? subnodeGroup_->symbolicInputPorts() : std::vector<Ref<HXSymbolicPort>>();
 }
-const OrderedSet& HXNode::symbolicOutputPorts() const noexcept {
-  return subnodeGroup_ ? subnodeGroup_->symbolicOutputPorts() : noPorts();
+std::vector<Ref<HXSymbolicPort>> HXNode::symbolicOutputPorts() const {
+  return subnodeGroup_ ? subnodeGroup_->symbolicOutputPorts() : std::vector<Ref<HXSymbolicPort>>();
+}
+
+const OrderedSet& HXNode::symbolicInputPortsInForce() const noexcept {
+  return subnodeGroup_ ? subnodeGroup_->symbolicInputPortsInForce() : noPorts();
+}
+const OrderedSet& HXNode::symbolicOutputPortsInForce() const noexcept {
+  return subnodeGroup_ ? subnodeGroup_->symbolicOutputPortsInForce() : noPorts();
 }
 
 OrderedMap<Ref<HXParameter>> HXNode::parameters() const { return parameters_; }

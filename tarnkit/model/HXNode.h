@@ -131,11 +131,10 @@ class HXNode : public HXRNodeOwner {
   /// The groups in the collection's order.
   std::vector<Ref<HXPortGroup>> inputPortGroups() const;
   std::vector<Ref<HXPortGroup>> outputPortGroups() const;
-  /// The node's own ports, hidden ones too, by unique key: the map in force, which the next change
-  /// of the definition replaces. Who changes the node while walking it walks a copy.
-  const OrderedMap<Ref<HXPatchPort>>& portsByUniqueKey() const noexcept {
-    return portsByUniqueKey_;
-  }
+  /// The node's own ports, hidden ones too, by unique key, as a copy of the caller's own.
+  OrderedMap<Ref<HXPatchPort>> portsByUniqueKey() const;
+  /// The same, for reading by who changes neither the node nor its definition meanwhile.
+  const OrderedMap<Ref<HXPatchPort>>& portsInForce() const noexcept { return portsByUniqueKey_; }
   /// The own port of the key, else the first published input, else the first published output of
   /// the key; null when there is none. An own port costs one look-up, a published one a walk over
   /// the node's published ports.
@@ -145,9 +144,12 @@ class HXNode : public HXRNodeOwner {
   std::vector<Ref<HXPort>> outputPorts() const;
   /// Inputs, then outputs.
   std::vector<Ref<HXPort>> ports() const;
-  /// The subnode group's published ports; empty without one.
-  const OrderedSet& symbolicInputPorts() const noexcept;
-  const OrderedSet& symbolicOutputPorts() const noexcept;
+  /// The subnode group's published ports, as they are now; empty without one.
+  std::vector<Ref<HXSymbolicPort>> symbolicInputPorts() const;
+  std::vector<Ref<HXSymbolicPort>> symbolicOutputPorts() const;
+  /// The same, for reading by who publishes and unpublishes nothing meanwhile.
+  const OrderedSet& symbolicInputPortsInForce() const noexcept;
+  const OrderedSet& symbolicOutputPortsInForce() const noexcept;
 
   // Parameters.
 
@@ -212,6 +214,9 @@ class HXNode : public HXRNodeOwner {
   /// The steps of `setPatch`, for kinds of nodes that add to them.
   virtual void willSetPatch(const Ref<HXRNode>& patch);
   virtual void didSetPatch();
+  /// Told when the subnode group has gone, and what it published with it, since neither the patch
+  /// nor `forceAllowsSubnodes` allows one any more.
+  virtual void didDropSubnodeGroup();
   /// The device-side class name of the kind of node.
   virtual const Symbol& deviceClassName() const;
 

@@ -23,8 +23,8 @@ bool HXNode::portGroupsSettled() const noexcept {
 }
 
 void HXNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
-  const bool isPublished =
-      symbolicInputPorts().contains(&symbolicPort) || symbolicOutputPorts().contains(&symbolicPort);
+  const bool isPublished = symbolicInputPortsInForce().contains(&symbolicPort) ||
+                           symbolicOutputPortsInForce().contains(&symbolicPort);
   if (isPublished || !portGroupsSettled()) hx_syncPortGroupsWithPatch();
 }
 

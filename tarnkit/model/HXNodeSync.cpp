@@ -47,14 +47,15 @@ void announceChanges(HXNode& node, const Symbol& removal, const std::vector<Ref<
 HXNode::PortSide HXNode::portSide(std::int32_t orientation) {
   if (orientation == HXOrientationInput) {
     return {orientation, *inputPortGroupCollection_, inputPortGroupsByKey_,
-            patch_ ? &patch_->portLayout().inputs() : nullptr, &symbolicInputPorts()};
+            patch_ ? &patch_->portLayout().inputs() : nullptr, &symbolicInputPortsInForce()};
   }
   return {orientation, *outputPortGroupCollection_, outputPortGroupsByKey_,
-          patch_ ? &patch_->portLayout().outputs() : nullptr, &symbolicOutputPorts()};
+          patch_ ? &patch_->portLayout().outputs() : nullptr, &symbolicOutputPortsInForce()};
 }
 
 void HXNode::willSetPatch(const Ref<HXRNode>&) {}
 void HXNode::didSetPatch() {}
+void HXNode::didDropSubnodeGroup() {}
 
 // Observers are told in the middle of what follows, and may let go of the node or change it again.
 // So whatever goes on after an announcement holds the node; ports, groups and parameters change as
@@ -93,6 +94,7 @@ void HXNode::hx_syncPatch() {
   hx_syncNameWithPatch();
   if (sync != lastSync_) return;
   hx_syncSubnodeGroupWithPatch();
+  if (sync != lastSync_) return;
   hx_syncParametersWithPatch();
   if (sync != lastSync_) return;
   hx_syncPortGroupsWithPatch();
@@ -109,8 +111,9 @@ void HXNode::hx_syncSubnodeGroupWithPatch() {
   if (!patchClass().allowsSubnodes() && !hx_forceAllowsSubnodes()) {
     // Of an unknown patch nobody can say that it holds no nodes.
     if (!subnodeGroup_ || !unknownPatchClass_.isNil()) return;
-    subnodeGroup_ = nullptr;
+    const Ref<HXGroup> dropped = std::exchange(subnodeGroup_, nullptr);
     portGroupsSettled_ = false;  // the published ports went with the group
+    didDropSubnodeGroup();
   } else if (!subnodeGroup_) {
     subnodeGroup_ = make<HXGroup>();
     subnodeGroup_->setNode(this);
@@ -171,6 +174,9 @@ void HXNode::hx_syncPortGroupsWithPatch() {
   portGroupsSettled_ = true;
   hx_syncPortGroups(portSide(HXOrientationInput), changes);
   hx_syncPortGroups(portSide(HXOrientationOutput), changes);
+  for (const auto& group : changes.gone) {
+    if (auto* defined = as<HXPatchPortGroup>(group.get())) defined->hasGone_ = true;
+  }
   for (const auto& group : changes.startHidden) {
     if (group->hidden()) group->announceHidden();
   }
@@ -255,7 +261,7 @@ void HXNode::patchRebuildDidEnd(HXRNode&) {
 void HXNode::syncDefinedGroups(const PortSide& side, OrderedMap<Ref<HXPortGroup>>& old,
                                PortGroupChanges& changes) {
   if (!side.definition) return;
-  const auto& definitions = side.definition->portGroups();
+  const auto& definitions = side.definition->portGroupsInForce();
   side.groups.reserve(definitions.size());
   for (const auto& entry : definitions) {
     Ref<HXPatchPortGroup> group;
@@ -437,7 +443,7 @@ void HXNode::patchLayoutWasCopied() {
   }
   for (const auto orientation : {HXOrientationInput, HXOrientationOutput}) {
     const PortSide side = portSide(orientation);
-    for (const auto& entry : side.definition->portGroups()) {
+    for (const auto& entry : side.definition->portGroupsInForce()) {
       Ref<HXPortGroup> group = side.groups.get(entry.key);
       if (auto* published = as<HXSymbolicPortGroup>(group.get())) group = published->standsBefore_;
       if (auto* own = as<HXPatchPortGroup>(group.get())) own->setPatchPortGroup(entry.value);

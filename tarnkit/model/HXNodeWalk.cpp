@@ -20,9 +20,9 @@ HXNodeWalk::~HXNodeWalk() = default;
 void HXNodeWalk::enter(const HXGroup& group, std::uint32_t level) {
   const auto first = static_cast<std::ptrdiff_t>(pending_.size());
   if (siblings_ == Siblings::inOrder) {
-    for (const auto& entry : group.subnodesByUniqueKey()) pending_.push_back({entry.value, level});
+    for (const auto& entry : group.subnodesInForce()) pending_.push_back({entry.value, level});
   } else {
-    for (auto& node : allValuesSortedByKey(group.subnodesByUniqueKey())) {
+    for (auto& node : allValuesSortedByKey(group.subnodesInForce())) {
       pending_.push_back({std::move(node), level});
     }
   }

@@ -76,11 +76,18 @@ class HXPatchPortGroup final : public HXPortGroup {
   HXPatchPortGroup(HXNode* node, String groupKey, std::int32_t orientation);
   /// The definition's group, maybe shared with other nodes; null until the node has synchronised.
   const HXRPortGroup* patchPortGroup() const noexcept { return patchPortGroup_.get(); }
-  void setPatchPortGroup(Ref<HXRPortGroup> group) { patchPortGroup_ = std::move(group); }
+  void setPatchPortGroup(Ref<HXRPortGroup> group) {
+    patchPortGroup_ = std::move(group);
+    hasGone_ = false;
+  }
+  /// Of a group that has gone because its definition lost the last of its ports: the keys that it
+  /// showed last.
   Ref<const OrderedSet> portKeys() const override;
 
  private:
+  friend class HXNode;
   Ref<HXRPortGroup> patchPortGroup_;
+  bool hasGone_ = false;  // from its node
 };
 
 /// A group that holds published ports.

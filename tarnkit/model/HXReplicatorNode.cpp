@@ -157,6 +157,13 @@ void HXReplicatorNode::willSetPatch(const Ref<HXRNode>& patch) {
   }
 }
 
+// Otherwise they would come back with the next patch and collect nodes that are in no document.
+void HXReplicatorNode::didDropSubnodeGroup() {
+  const Ref<HXNode> kept(this);
+  const auto outputs = arrayOutputKeys_;
+  for (const auto& entry : outputs) endArrayOutput(*entry.key);
+}
+
 void HXReplicatorNode::didSetPatch() { hx_hideSymbolicOutputPortGroups(); }
 
 void HXReplicatorNode::encodeWithCoder(Encoder& coder) const {
@@ -187,7 +194,7 @@ void HXReplicatorNode::initWithCoder(Decoder& coder) {
 void HXReplicatorNode::awakeAfterDecoding(Decoder& coder) {
   // Of a port that is published twice either publication will do.
   std::unordered_set<const HXPort*> published;
-  for (const auto* ports : {&symbolicInputPorts(), &symbolicOutputPorts()}) {
+  for (const auto* ports : {&symbolicInputPortsInForce(), &symbolicOutputPortsInForce()}) {
     for (const auto& member : *ports) {
       published.insert(static_cast<const HXSymbolicPort&>(*member).port());
     }

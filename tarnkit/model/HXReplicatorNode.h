@@ -18,14 +18,17 @@ inline constinit const Symbol HXReplicatorNodeRemoveOutputPortNotification{
 /// published inner port that takes many connections over all copies, in an array output of its own.
 ///
 /// The array outputs belong to the node's definition; the node keeps which inner port each stands
-/// for, so that their keys survive a change of patch, a save and an opening.
+/// for, so that their keys survive a change of patch, a save and an opening. They end with the
+/// publications that they stand for: one by one, or all with the subnode group, when a patch is set
+/// that holds no nodes.
 class HXReplicatorNode final : public HXNode {
   TARNKIT_CLASS
  public:
   HXReplicatorNode() = default;
 
-  /// From each published inner port to the unique key of its array output.
-  const IdentityMap<HXPort, String>& replicatorArrayOutputPortKeyForPort() const noexcept {
+  /// From each published inner port to the unique key of its array output, as a copy of the
+  /// caller's own.
+  IdentityMap<HXPort, String> replicatorArrayOutputPortKeyForPort() const {
     return arrayOutputKeys_;
   }
 
@@ -43,6 +46,7 @@ class HXReplicatorNode final : public HXNode {
   HXPort* collectingPort(const HXPort& port) const override;
   void willSetPatch(const Ref<HXRNode>& patch) override;
   void didSetPatch() override;
+  void didDropSubnodeGroup() override;
 
  private:
   explicit HXReplicatorNode(Decoding decoding) noexcept : HXNode(decoding) {}

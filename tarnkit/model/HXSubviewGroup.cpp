@@ -32,7 +32,7 @@ Ref<HXSubviewGroup> HXSubviewGroup::initWithGroup(HXGroup* group) {
   if (const auto* other = as<HXSubviewGroup>(group)) {
     copy->subviewNodes_ = make<OrderedSet>(*other->subviewNodes_);
   } else if (group) {
-    for (const auto& entry : group->subnodesByUniqueKey()) {
+    for (const auto& entry : group->subnodesInForce()) {
       if (entry.value->shouldBeTreatedAsViewNode()) copy->subviewNodes_->add(entry.value);
     }
   }
@@ -42,6 +42,13 @@ Ref<HXSubviewGroup> HXSubviewGroup::initWithGroup(HXGroup* group) {
 const Symbol& HXSubviewGroup::processClassName() const {
   static constinit const Symbol name{"PMSubviewGroup"};
   return name;
+}
+
+std::vector<Ref<HXNode>> HXSubviewGroup::subviewNodes() const {
+  std::vector<Ref<HXNode>> nodes;
+  nodes.reserve(subviewNodes_->count());
+  for (const auto& member : *subviewNodes_) nodes.emplace_back(static_cast<HXNode*>(member.get()));
+  return nodes;
 }
 
 std::int64_t HXSubviewGroup::indexOfSubviewNode(const HXNode* node) const {

@@ -17,9 +17,9 @@ class HXSubviewGroup final : public HXGroup {
   /// Also takes over the other group's view order, or collects its view nodes in their order.
   static Ref<HXSubviewGroup> initWithGroup(HXGroup* group);
 
-  /// The view nodes (`HXNode`) in screen order, as they are now: a copy, safe to edit along.
-  Ref<OrderedSet> subviewNodes() const { return make<OrderedSet>(*subviewNodes_); }
-  /// The same, for reading by who changes nothing meanwhile.
+  /// The view nodes in screen order, as they are now.
+  std::vector<Ref<HXNode>> subviewNodes() const;
+  /// The same (`HXNode`), for reading by who changes nothing meanwhile.
   const OrderedSet& subviewNodesInForce() const noexcept { return *subviewNodes_; }
   /// `kNotFoundIndex` when the node is none of the view nodes.
   std::int64_t indexOfSubviewNode(const HXNode* node) const;

@@ -39,12 +39,15 @@ void HXRPortGroup::addPort(HXRPort& port) {
   ports_->add(Ref<HXRPort>(&port));
   portsByKey_.set(port.uniqueKey(), Ref<HXRPort>(&port));
   portKeys_ = nullptr;
+  portKeysBeforeEmptied_ = nullptr;
 }
 
 void HXRPortGroup::removePort(HXRPort& port) {
   requireOwn();
   const Ref<HXRPort> kept(&port);
+  const Ref<const OrderedSet> keysBefore = ports_->count() == 1 ? portKeys() : nullptr;
   if (!ports_->remove(&port)) return;
+  if (ports_->isEmpty()) portKeysBeforeEmptied_ = keysBefore;
   if (portForKey(port.uniqueKey()) == &port) portsByKey_.take(port.uniqueKey());
   portKeys_ = nullptr;
 }

@@ -26,6 +26,11 @@ class HXRPortGroup final : public Object {
   /// The `uniqueKey` of each port (strings), in order. The set handed out never changes; it is
   /// built once until the group changes.
   Ref<const OrderedSet> portKeys() const;
+  /// The keys as they were when the last port was taken out of the group; null while it has ports,
+  /// or when it never had one.
+  const Ref<const OrderedSet>& portKeysBeforeEmptied() const noexcept {
+    return portKeysBeforeEmptied_;
+  }
   /// A port without a key is refused with one line logged. Throws std::logic_error for the group of
   /// a shared layout, as the next operation does.
   void addPort(HXRPort& port);
@@ -47,6 +52,7 @@ class HXRPortGroup final : public Object {
   OrderedMap<Ref<HXRPort>> portsByKey_;
   WeakRef<HXRPortGroupCollection> portGroupCollection_;
   mutable Ref<OrderedSet> portKeys_;  // null: to be built; handed out, never changed in place
+  Ref<const OrderedSet> portKeysBeforeEmptied_;
   bool shared_ = false;
 };
 

@@ -17,8 +17,10 @@ class HXRPortGroupCollection final : public Object {
   /// Null for a shared layout's collection.
   HXRNode* node() const noexcept;
   std::int32_t orientation() const noexcept { return orientation_; }
-  /// Group key to group, in order.
-  const OrderedMap<Ref<HXRPortGroup>>& portGroups() const noexcept { return portGroups_; }
+  /// Group key to group, in order, as a copy of the caller's own.
+  OrderedMap<Ref<HXRPortGroup>> portGroups() const { return portGroups_; }
+  /// The same, for reading by who changes nothing meanwhile.
+  const OrderedMap<Ref<HXRPortGroup>>& portGroupsInForce() const noexcept { return portGroups_; }
   /// The keys (strings) in order. The set handed out never changes; it is built once until the
   /// collection changes.
   Ref<const OrderedSet> portGroupKeys() const;

@@ -9,7 +9,7 @@ const Class HXRPortLayout::kClass{"HXRPortLayout", &Object::kClass};
 namespace {
 
 void copyGroups(const HXRPortGroupCollection& from, HXRPortGroupCollection& to, HXRNode& node) {
-  for (const auto& entry : from.portGroups()) {
+  for (const auto& entry : from.portGroupsInForce()) {
     const HXRPortGroup& group = *entry.value;
     const auto copy = make<HXRPortGroup>(group.groupKey(), group.orientation());
     for (const auto& original : group.ports()) {

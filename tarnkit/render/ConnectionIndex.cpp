@@ -29,7 +29,7 @@ ConnectionIndex::ConnectionIndex(const HXGroup& root) {
     if (to && to != from) byGroup_[to].push_back(&connection);
   };
   for (HXNodeWalk walk(root); const HXNode* node = walk.next();) {
-    for (const auto& port : node->portsByUniqueKey()) port.value->connections().forEach(enter);
+    for (const auto& port : node->portsInForce()) port.value->connections().forEach(enter);
   }
 }
 

@@ -53,7 +53,7 @@ void GroupScene::measureNodes() {
   const auto isConnected = [&](const HXPort& port) {
     return ends.count(&port) > 0 || !port.connections().isEmpty();
   };
-  const auto& nodes = group.subnodesByUniqueKey();
+  const auto& nodes = group.subnodesInForce();
   boxes.reserve(nodes.size());
   boxOf_.reserve(nodes.size());
   anchors_.reserve(std::size_t{nodes.size()} * 8);
@@ -206,7 +206,8 @@ void GroupScene::endWires() {
 
 void GroupScene::addEdgePorts(std::int32_t orientation) {
   const bool isInput = orientation == HXOrientationInput;
-  for (const auto& object : isInput ? group.symbolicInputPorts() : group.symbolicOutputPorts()) {
+  for (const auto& object :
+       isInput ? group.symbolicInputPortsInForce() : group.symbolicOutputPortsInForce()) {
     const auto& port = static_cast<const HXSymbolicPort&>(*object);
     EdgePort& edgePort = edgePorts.emplace_back();
     edgePort.port = &port;

@@ -28,7 +28,7 @@ struct PageGroup {
 std::vector<PageGroup> groupsOfPage(const HXGroup& root, bool& all) {
   std::vector<PageGroup> groups{{&root, 0}};
   for (std::size_t at = 0; at < groups.size(); ++at) {
-    for (const auto& entry : groups[at].group->subnodesByUniqueKey()) {
+    for (const auto& entry : groups[at].group->subnodesInForce()) {
       const auto& inner = entry.value->subnodeGroup();
       if (!inner) continue;
       if (groups.size() == kMostGroupsOfPage) {

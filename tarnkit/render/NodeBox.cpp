@@ -70,7 +70,7 @@ void eachPortOfGroup(const HXNode& node, const HXPortGroup& group,
   const Ref<const OrderedSet> keys = group.portKeys();
   if (!keys) return;
   for (const auto& key : *keys) {
-    if (const auto* port = node.portsByUniqueKey().find(String::from(key.get()))) visit(**port);
+    if (const auto* port = node.portsInForce().find(String::from(key.get()))) visit(**port);
   }
 }
 
@@ -78,8 +78,8 @@ NodeBox::NodeBox(const HXNode& drawn, IsConnected isConnected, PortIsAt portIsAt
   double room = kTitleRoom;
   // Every view patch may hold nodes; one that holds none is not marked.
   const auto& group = drawn.subnodeGroup();
-  if (group && (!drawn.patch() || !group->subnodesByUniqueKey().empty())) {
-    const std::string count = std::to_string(group->subnodesByUniqueKey().size());
+  if (group && (!drawn.patch() || !group->subnodesInForce().empty())) {
+    const std::string count = std::to_string(group->subnodesInForce().size());
     countText = Label(String(count), kCountFont, kTitleRoom);
     room -= badgeWidth() + kGap;
   }
@@ -142,7 +142,7 @@ void NodeBox::addLines(std::vector<PortLine>& lines, std::int32_t orientation,
   }
   // The ports of a patch that is not here stand in no group.
   if (node->patch()) return;
-  for (const auto& entry : node->portsByUniqueKey()) {
+  for (const auto& entry : node->portsInForce()) {
     if (entry.value->orientation() == orientation) {
       addPortLine(lines, *entry.value, isConnected, portIsAt);
     }

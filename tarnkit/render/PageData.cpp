@@ -61,7 +61,7 @@ void writePorts(JSONWriter& json, const HXNode& node, std::int32_t orientation) 
       if (written.insert(&port).second) writePort(json, port, group.get());
     });
   }
-  for (const auto& entry : node.portsByUniqueKey()) {
+  for (const auto& entry : node.portsInForce()) {
     const HXPatchPort& port = *entry.value;
     if (port.orientation() == orientation && written.insert(&port).second) {
       writePort(json, port, nullptr);
@@ -118,7 +118,7 @@ void writeNode(JSONWriter& json, const NodeBox& box) {
   }
   if (const auto& group = node.subnodeGroup()) {
     writeField(json, "group", group->uniqueKey());
-    json.key("count").value(std::uint64_t{group->subnodesByUniqueKey().size()});
+    json.key("count").value(std::uint64_t{group->subnodesInForce().size()});
   }
   writeUnlessNil(json, "complaint", box.complaint.full);
   writeColor(json, "color", node.defaultColor());

@@ -217,7 +217,7 @@ void SceneWriter::node(const NodeBox& box) {
     out_ += "\" data-group=\"";
     appendEscaped(out_, group->uniqueKey());
     out_ += "\" data-count=\"";
-    appendNumber(out_, std::size_t{group->subnodesByUniqueKey().size()});
+    appendNumber(out_, std::size_t{group->subnodesInForce().size()});
   }
   out_ += "\" transform=\"translate(";
   point(box.x, box.y);

@@ -27,7 +27,7 @@ class Inspection {
       checkNode(node);
       if (const HXGroup* group = node.subnodeGroup().get()) {
         checkGroup(*group, node);
-        for (const auto& entry : group->subnodesByUniqueKey()) pending.push_back(entry.value.get());
+        for (const auto& entry : group->subnodesInForce()) pending.push_back(entry.value.get());
       }
     }
     return std::move(faults_);
@@ -70,10 +70,10 @@ class Inspection {
     const Ref<HXRNode> patch = node.patch();
     if (node.unknownPatchClass().isNil()) {
       const std::uint32_t described = patch ? patch->portLayout().ports().size() : 0;
-      require(described == node.portsByUniqueKey().size(), "{} ports, where the patch has {}",
-              node.portsByUniqueKey().size(), described);
+      require(described == node.portsInForce().size(), "{} ports, where the patch has {}",
+              node.portsInForce().size(), described);
     }
-    for (const auto& entry : node.portsByUniqueKey()) {
+    for (const auto& entry : node.portsInForce()) {
       const HXPatchPort& port = *entry.value;
       const auto key = entry.key.view();
       require(port.node() == &node, "port {} has another node", key);
@@ -111,7 +111,8 @@ class Inspection {
     const bool isInput = orientation == HXOrientationInput;
     const auto keys = (isInput ? node.inputPortGroupCollection() : node.outputPortGroupCollection())
                           ->portGroupKeys();
-    const auto& published = isInput ? node.symbolicInputPorts() : node.symbolicOutputPorts();
+    const auto& published =
+        isInput ? node.symbolicInputPortsInForce() : node.symbolicOutputPortsInForce();
     const auto groups = isInput ? node.inputPortGroups() : node.outputPortGroups();
     require(groups.size() == keys->count() || leniency_.foreignGroupKeys, "{} groups for {} keys",
             groups.size(), keys->count());
@@ -136,7 +137,7 @@ class Inspection {
             "{} published ports, {} of them in groups", published.count(), shown);
     if (const Ref<HXRNode> patch = node.patch()) {
       const auto& layout = patch->portLayout();
-      for (const auto& entry : (isInput ? layout.inputs() : layout.outputs()).portGroups()) {
+      for (const auto& entry : (isInput ? layout.inputs() : layout.outputs()).portGroupsInForce()) {
         require(node.portGroupForKey(entry.key, orientation), "group {} is missing",
                 entry.key.view());
       }
@@ -156,7 +157,7 @@ class Inspection {
                 !owner.unknownPatchClass().isNil(),
             "it has a group that its patch does not allow");
     const auto* views = as<HXSubviewGroup>(&group);
-    for (const auto& entry : group.subnodesByUniqueKey()) {
+    for (const auto& entry : group.subnodesInForce()) {
       const HXNode& node = *entry.value;
       require(node.uniqueKey() == entry.key, "{} stands under {}", node.uniqueKey().view(),
               entry.key.view());
@@ -171,7 +172,8 @@ class Inspection {
                 node.uniqueKey().view());
       }
     }
-    for (const auto* ports : {&group.symbolicInputPorts(), &group.symbolicOutputPorts()}) {
+    for (const auto* ports :
+         {&group.symbolicInputPortsInForce(), &group.symbolicOutputPortsInForce()}) {
       for (const auto& member : *ports) {
         const auto& port = static_cast<const HXSymbolicPort&>(*member);
         require(port.node() == &owner, "published port {} has another node", port.name().view());

@@ -76,8 +76,8 @@ TEST_F(ContainerTest, AnArrayOutputIsWithdrawnThroughAnyDepth) {
   }
   innermost->subnodeGroup()->removeNode(clamp.get());
   for (const auto& replicator : replicators) {
-    EXPECT_TRUE(replicator->symbolicOutputPorts().isEmpty());
-    EXPECT_EQ(replicator->portsByUniqueKey().size(), 1U);
+    EXPECT_TRUE(replicator->symbolicOutputPortsInForce().isEmpty());
+    EXPECT_EQ(replicator->portsInForce().size(), 1U);
   }
 }
 
@@ -120,6 +120,43 @@ TEST_F(ContainerTest, PublishedInnerPortsGetArrayOutputsThatFollowThem) {
               ::testing::Contains("HXReplicatorNodeRemoveOutputPortNotification Replicator "
                                   "Node=Replicator ReplicatorOutputPortKey=" +
                                   outputs[0]));
+}
+
+TEST_F(ContainerTest, ArrayOutputsEndWithTheGroupWhosePortsTheyCollect) {
+  const auto group = add("");
+  const auto replicator = make<HXReplicatorNode>();
+  group->subnodeGroup()->addNode(*replicator);
+  for (const bool force : {false, true}) {
+    replicator->setForceAllowsSubnodes(force);
+    replicator->setPatch(HXRReplicatorNode.makeDefinition());
+    const auto clamp = add("HXRClampNode", replicator.get());
+    replicator->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.resultOutput"));
+    const auto outputs = arrayOutputs(*replicator);
+    ASSERT_EQ(outputs.size(), 1U);
+    const auto published =
+        group->subnodeGroup()->addSymbolicPortForPort(*replicator->portForKey(outputs[0].c_str()));
+    // A patch that holds nodes keeps what is published and what collects it.
+    replicator->setPatch(HXRLoopNode.makeDefinition());
+    EXPECT_EQ(arrayOutputs(*replicator), outputs);
+    Recorder recorder;
+    replicator->setPatch(HXRClampNode.makeDefinition());
+    if (force) {
+      EXPECT_EQ(arrayOutputs(*replicator), outputs);
+      recorder.take();
+      replicator->setForceAllowsSubnodes(false);
+    }
+    EXPECT_TRUE(arrayOutputs(*replicator).empty());
+    EXPECT_TRUE(group->symbolicOutputPorts().empty());
+    const auto lines = recorder.take();
+    EXPECT_THAT(lines,
+                ::testing::Contains("HXReplicatorNodeRemoveOutputPortNotification Replicator "
+                                    "Node=Replicator ReplicatorOutputPortKey=" +
+                                    outputs[0]));
+    EXPECT_THAT(lines, ::testing::Contains(StartsWith("HXNodeRemovePortNotification")));
+    replicator->setPatch(HXRReplicatorNode.makeDefinition());
+    EXPECT_EQ(replicator->portsByUniqueKey().size(),
+              HXRReplicatorNode.prototype().portLayout().ports().size());
+  }
 }
 
 TEST_F(ContainerTest, ArrayOutputsKeepTheirKeysThroughAFile) {

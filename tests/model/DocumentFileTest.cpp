@@ -72,7 +72,8 @@ TEST_F(DocumentFileTest, EverythingThatTheUserMadeComesBack) {
   EXPECT_TRUE(mux2->portGroupForKey("Sources", HXOrientationInput)->collapsedCanvasGroup());
   EXPECT_THAT(mux2->keyPath(),
               ElementsAre(mux2->uniqueKey(), group2->uniqueKey(), opened->uniqueKey()));
-  const auto& symbolic = static_cast<HXSymbolicPort&>(**group2->symbolicInputPorts().begin());
+  const auto& symbolic =
+      static_cast<HXSymbolicPort&>(**group2->symbolicInputPortsInForce().begin());
   EXPECT_EQ(symbolic.name(), "Box: In");
   EXPECT_EQ(symbolic.resolvedPort(), &port(*mux2, "Tarn.source2Input"));
   EXPECT_EQ(symbolic.node(), group2.get());
@@ -122,7 +123,7 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchLosesNothing) {
     const auto visiting = named(*opened, "Visitor");
     EXPECT_FALSE(visiting->patch());
     EXPECT_EQ(visiting->unknownPatchClass(), "HXRVisitorNode");
-    EXPECT_EQ(visiting->portsByUniqueKey().size(), 4U);
+    EXPECT_EQ(visiting->portsInForce().size(), 4U);
     EXPECT_EQ(port(*visiting, "Tarn.minimumInput").staticValue()->indexValue(), 5);
     EXPECT_EQ(port(*visiting, "Tarn.valueInput").connections().count(), 1U);
     const auto again = HXDocumentFile::dataWithDocument(*opened, 0, error);
@@ -171,7 +172,7 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchCanBeEditedAround) {
   const auto guesting = named(*opened, "Guest");
   const auto inner = named(*guesting, "Clamp");
   const auto groups = guesting->inputPortGroups().size();
-  EXPECT_EQ(guesting->inputPorts().size(), guesting->portsByUniqueKey().size() + 1);
+  EXPECT_EQ(guesting->inputPorts().size(), guesting->portsInForce().size() + 1);
   EXPECT_TRUE(guesting->shouldBeTreatedAsViewNode());
 
   guesting->setForceAllowsSubnodes(true);
@@ -179,7 +180,7 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchCanBeEditedAround) {
   ASSERT_TRUE(guesting->subnodeGroup()) << "nobody knows whether its patch holds nodes";
   guesting->subnodeGroup()->addSymbolicPortForPort(port(*inner, "Tarn.minimumInput"));
   EXPECT_EQ(guesting->inputPortGroups().size(), groups);
-  EXPECT_EQ(guesting->inputPorts().size(), guesting->portsByUniqueKey().size() + 2);
+  EXPECT_EQ(guesting->inputPorts().size(), guesting->portsInForce().size() + 2);
   EXPECT_EQ(guesting->unknownPatchClass(), "HXRGuestNode");
 
   auto& output = port(*named(*opened, "Transition"), "Tarn.output");
@@ -188,7 +189,7 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchCanBeEditedAround) {
   EXPECT_TRUE(output.connections().isEmpty());
   guesting->setPatch(nullptr);
   EXPECT_TRUE(guesting->unknownPatchClass().isNil());
-  EXPECT_TRUE(guesting->portsByUniqueKey().empty());
+  EXPECT_TRUE(guesting->portsInForce().empty());
 }
 
 TEST_F(DocumentFileTest, TheDeviceGraphHoldsWhatTheDeviceNeeds) {
@@ -275,8 +276,8 @@ TEST_F(DocumentFileTest, DeepDocumentsAreSavedOpenedSentAndTakenDown) {
   ASSERT_TRUE(opened);
   int depth = 0;
   for (const HXNode* node = opened.get();
-       node->subnodeGroup() && node->subnodeGroup()->subnodesByUniqueKey().size() == 1;
-       node = node->subnodeGroup()->subnodesByUniqueKey().begin()->value.get()) {
+       node->subnodeGroup() && node->subnodeGroup()->subnodesInForce().size() == 1;
+       node = node->subnodeGroup()->subnodesInForce().begin()->value.get()) {
     ++depth;
   }
   EXPECT_EQ(depth, kDepth);

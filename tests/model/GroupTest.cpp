@@ -74,11 +74,10 @@ TEST_F(GroupTest, ASwapRunsUpThroughAnyDepth) {
 TEST_F(GroupTest, ViewsThatWereAskedForMayBeTakenOutOneByOne) {
   const auto group = add("");
   for (const char* name : {"A", "B", "C", "D", "E"}) addView(*group, name);
-  const auto views = as<HXSubviewGroup>(group->subnodeGroup().get())->subviewNodes();
-  for (const auto& view : *views) {
-    group->subnodeGroup()->removeNode(static_cast<HXNode*>(view.get()));
+  for (const auto& view : as<HXSubviewGroup>(group->subnodeGroup().get())->subviewNodes()) {
+    group->subnodeGroup()->removeNode(view.get());
   }
-  EXPECT_TRUE(group->subnodeGroup()->subnodesByUniqueKey().empty());
+  EXPECT_TRUE(group->subnodeGroup()->subnodesInForce().empty());
 }
 
 TEST_F(GroupTest, SwappingMakesAGroupForANodeThatHasNone) {
@@ -247,8 +246,8 @@ TEST_F(GroupTest, RemovingANodeEndsItsPublicationsAtEveryLevel) {
   const auto second = outer->subnodeGroup()->addSymbolicPortForPort(*first);
   document->connectPort(*second, port(*target, "Tarn.valueInput"));
   inner->subnodeGroup()->removeNode(clamp.get());
-  EXPECT_TRUE(outer->symbolicOutputPorts().isEmpty());
-  EXPECT_TRUE(inner->symbolicOutputPorts().isEmpty());
+  EXPECT_TRUE(outer->symbolicOutputPortsInForce().isEmpty());
+  EXPECT_TRUE(inner->symbolicOutputPortsInForce().isEmpty());
   EXPECT_THAT(outer->outputPorts(), IsEmpty());
   EXPECT_TRUE(result.connections().isEmpty());
   EXPECT_TRUE(port(*target, "Tarn.valueInput").connections().isEmpty());

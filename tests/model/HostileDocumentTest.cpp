@@ -231,11 +231,11 @@ TEST_F(HostileDocumentTest, PublishedPortsThatPublishEachOtherInACircleComeApart
     const auto opened = HXDocumentFile::document(bytes, 0, error);
     ASSERT_TRUE(opened) << error;
     const auto group = opened->subnodeGroup()->subnodes()[0];
-    ASSERT_EQ(group->symbolicInputPorts().count(), 1U);
+    ASSERT_EQ(group->symbolicInputPortsInForce().count(), 1U);
     const auto subgroup = group->subnodeGroup()->subnodes()[0];
     subgroup->subnodeGroup()->removeNode(subgroup->subnodeGroup()->subnodes()[0].get());
-    EXPECT_TRUE(group->symbolicInputPorts().isEmpty());
-    EXPECT_TRUE(subgroup->symbolicInputPorts().isEmpty());
+    EXPECT_TRUE(group->symbolicInputPortsInForce().isEmpty());
+    EXPECT_TRUE(subgroup->symbolicInputPortsInForce().isEmpty());
   }
 }
 
@@ -391,7 +391,7 @@ TEST_F(HostileDocumentTest, AConnectionOfAStrangerIsDropped) {
                                      "is none of their ends"));
   std::size_t ends = 0;
   for (const auto& node : opened->subnodeGroup()->subnodes()) {
-    for (const auto& entry : node->portsByUniqueKey()) {
+    for (const auto& entry : node->portsInForce()) {
       ends += entry.value->connections().count();
       EXPECT_TRUE(node->name() != "Stranger" || entry.value->connections().isEmpty());
     }
@@ -408,7 +408,7 @@ TEST_F(HostileDocumentTest, AnEmptyImageDoesNotMakeADocumentUnreadable) {
       recorder.takeLog(),
       ::testing::ElementsAre("WARNING: [HXImageStore] Attempting to add an entry whose image "
                              "is empty."));
-  EXPECT_TRUE(document->imageStore()->imageEntries().empty());
+  EXPECT_TRUE(document->imageStore()->imageEntriesInForce().empty());
   const auto shown = add("HXRImageNode");
   for (const auto& entry : shown->parameters()) {
     if (auto* image = as<HXImageParameter>(entry.value.get())) image->setImageEntry(empty);
@@ -436,15 +436,15 @@ TEST_F(HostileDocumentTest, ALongNameThatManyPortsShareIsNotCopiedForEach) {
   ASSERT_TRUE(opened) << error;
   const Object* shared = nullptr;
   for (const auto& node : opened->subnodeGroup()->subnodes()) {
-    ASSERT_EQ(node->subnodeGroup()->symbolicInputPorts().count(), 2U);
-    for (const auto& member : node->subnodeGroup()->symbolicInputPorts()) {
+    ASSERT_EQ(node->subnodeGroup()->symbolicInputPortsInForce().count(), 2U);
+    for (const auto& member : node->subnodeGroup()->symbolicInputPortsInForce()) {
       const String& groupKey = static_cast<const HXSymbolicPort&>(*member).groupKey();
       EXPECT_TRUE(groupKey == key);
       if (!shared) shared = groupKey.object().get();
       EXPECT_EQ(groupKey.object().get(), shared);
     }
-    auto* const first =
-        as<HXSymbolicPort>(node->subnodeGroup()->symbolicInputPorts().objectAtIndex(0).get());
+    auto* const first = as<HXSymbolicPort>(
+        node->subnodeGroup()->symbolicInputPortsInForce().objectAtIndex(0).get());
     first->setName("Other: x");
     EXPECT_EQ(first->groupKey(), "Other");
     first->setName(String(key));

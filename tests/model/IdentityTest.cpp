@@ -101,6 +101,11 @@ TEST_F(IdentityTest, ANodeThatTakesAnothersPlaceLeavesNoHalfOfItBehind) {
   const auto copy = reopened(*document, HXCodingTypeEditorWithKeys);
   // The place is taken by nodes of the copy: of the view, and of the group with what is joined.
   const auto target = add("HXRClampNode");
+  // From outside straight to a port in the group that nobody published, and inside of the group.
+  const auto beside = add("HXRClampNode", group.get());
+  connect(*beside, "Tarn.resultOutput", *clamp, "Tarn.minimumInput");
+  connect(*clamp, "Tarn.resultOutput", *target, "Tarn.minimumInput");
+  connect(*target, "Tarn.resultOutput", *clamp, "Tarn.maximumInput");
   const auto published =
       group->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.resultOutput"));
   document->connectPort(*published, port(*target, "Tarn.valueInput"));
@@ -133,6 +138,9 @@ TEST_F(IdentityTest, ANodeThatTakesAnothersPlaceLeavesNoHalfOfItBehind) {
               1)
         << name;
   }
+  EXPECT_TRUE(port(*clamp, "Tarn.maximumInput").connections().isEmpty());
+  EXPECT_EQ(port(*clamp, "Tarn.minimumInput").connections().count(), 1U);
+  EXPECT_TRUE(port(*target, "Tarn.minimumInput").connections().isEmpty());
   EXPECT_TRUE(port(*target, "Tarn.valueInput").connections().isEmpty());
   EXPECT_TRUE(port(*target, "Tarn.resultOutput").connections().isEmpty());
   EXPECT_THAT(views(*document), ElementsAre("Color View"));
@@ -184,7 +192,7 @@ TEST_F(IdentityTest, WhatNoFileCouldHoldIsRefusedAtTheDoor) {
 
   const auto empty = make<HXImageStoreEntry>(make<Image>(), "key");
   document->imageStore()->addImageEntry(empty);
-  EXPECT_TRUE(document->imageStore()->imageEntries().empty());
+  EXPECT_TRUE(document->imageStore()->imageEntriesInForce().empty());
   EXPECT_THAT(recorder.takeLog(), ElementsAre("WARNING: [HXImageStore] Attempting to add an entry "
                                               "whose image is empty."));
   // A parameter shows whatever it is given.
@@ -215,8 +223,9 @@ TEST_F(IdentityTest, LinksThatACallerBentAreStraightenedByTheNextOpening) {
     EXPECT_EQ(again->subnodeGroup()->node(), again.get());
     const auto inner = named(*again, "Clamp");
     EXPECT_EQ(inner->parentGroup(), again->subnodeGroup().get());
-    ASSERT_EQ(again->symbolicInputPorts().count(), 1U);
-    EXPECT_EQ(static_cast<HXPort&>(**again->symbolicInputPorts().begin()).node(), again.get());
+    ASSERT_EQ(again->symbolicInputPortsInForce().count(), 1U);
+    EXPECT_EQ(static_cast<HXPort&>(**again->symbolicInputPortsInForce().begin()).node(),
+              again.get());
   }
   clamp->setParentGroup(group->subnodeGroup().get());
   group->subnodeGroup()->removeNode(clamp.get());
@@ -250,8 +259,8 @@ TEST_F(IdentityTest, APublishedPortOfAHiddenGroupThatMovedWithItsNodeSurvivesAFi
     EXPECT_THAT(recorder.takeLog(), IsEmpty());
     const auto* again = as<HXReplicatorNode>(named(*opened, "Replicator").get());
     auto& moved = port(*named(*named(*opened, "Elsewhere"), "Clamp"), "Tarn.resultOutput");
-    ASSERT_EQ(again->symbolicOutputPorts().count(), 1U);
-    auto& symbolic = static_cast<HXSymbolicPort&>(**again->symbolicOutputPorts().begin());
+    ASSERT_EQ(again->symbolicOutputPortsInForce().count(), 1U);
+    auto& symbolic = static_cast<HXSymbolicPort&>(**again->symbolicOutputPortsInForce().begin());
     EXPECT_EQ(symbolic.port(), &moved);
     EXPECT_EQ(moved.symbolicPort(), &symbolic);
     ASSERT_EQ(moved.connections().count(), 1U);
@@ -262,7 +271,7 @@ TEST_F(IdentityTest, APublishedPortOfAHiddenGroupThatMovedWithItsNodeSurvivesAFi
     EXPECT_EQ(array->connections().count(), 1U);
     // The publication ends as any other does.
     again->subnodeGroup()->removeSymbolicPortForPort(&moved);
-    EXPECT_TRUE(again->symbolicOutputPorts().isEmpty());
+    EXPECT_TRUE(again->symbolicOutputPortsInForce().isEmpty());
     EXPECT_FALSE(again->portForKey(key));
   }
 }
@@ -279,8 +288,8 @@ TEST_F(IdentityTest, APortThatIsNeitherInputNorOutputStandsOnNeitherSide) {
       make<HXSymbolicPort>(&value, group.get(), HXOrientationOutput, HXConnectionRelationshipOne);
   group->subnodeGroup()->restoreSymbolicPort(*symbolic);
   EXPECT_EQ(stray->symbolicPort(), symbolic.get());
-  EXPECT_TRUE(group->symbolicInputPorts().isEmpty());
-  EXPECT_TRUE(group->symbolicOutputPorts().isEmpty());
+  EXPECT_TRUE(group->symbolicInputPortsInForce().isEmpty());
+  EXPECT_TRUE(group->symbolicOutputPortsInForce().isEmpty());
   EXPECT_THAT(group->inputPortGroups(), IsEmpty());
   EXPECT_THAT(group->outputPortGroups(), IsEmpty());
   group->subnodeGroup()->restoreSymbolicPort(*crooked);

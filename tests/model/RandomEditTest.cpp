@@ -55,8 +55,9 @@ class Editor {
     for (int i = 0; i < 8; ++i) {
       const auto found = node();
       std::vector<Ref<HXPort>> ports;
-      for (const auto& entry : found->portsByUniqueKey()) ports.emplace_back(entry.value.get());
-      for (const auto* published : {&found->symbolicInputPorts(), &found->symbolicOutputPorts()}) {
+      for (const auto& entry : found->portsInForce()) ports.emplace_back(entry.value.get());
+      for (const auto* published :
+           {&found->symbolicInputPortsInForce(), &found->symbolicOutputPortsInForce()}) {
         for (const auto& member : *published) {
           ports.emplace_back(static_cast<HXPort*>(member.get()));
         }
@@ -212,11 +213,7 @@ class Editor {
     const auto held = node();
     switch (random_() % 9) {
       case 0:
-        // With its group a replicator loses what its array outputs stand for.
-        held->setPatch(as<HXReplicatorNode>(held.get())
-                           ? patchClassNamed("HXRReplicatorNode")->makeDefinition()
-                       : random_() % 4 == 0 ? nullptr
-                                            : definition());
+        held->setPatch(random_() % 4 == 0 ? nullptr : definition());
         break;
       case 1:
         held->setPatch(held->patch());
@@ -295,17 +292,17 @@ Contents contentsOf(HXDocument& document) {
     const auto* node = port ? port->node() : nullptr;
     if (!node || node->document() != &document) return false;
     if (as<HXSymbolicPort>(port)) {
-      return node->symbolicInputPorts().contains(port) ||
-             node->symbolicOutputPorts().contains(port);
+      return node->symbolicInputPortsInForce().contains(port) ||
+             node->symbolicOutputPortsInForce().contains(port);
     }
-    return node->portsByUniqueKey().get(port->uniqueKey()).get() == port;
+    return node->portsInForce().get(port->uniqueKey()).get() == port;
   };
   std::vector<HXNode*> pending{&document};
   while (!pending.empty()) {
     HXNode& node = *pending.back();
     pending.pop_back();
     ++contents.nodes;
-    for (const auto& entry : node.portsByUniqueKey()) {
+    for (const auto& entry : node.portsInForce()) {
       // An array output whose port is in the document no more goes with the next opening.
       contents.ports += !entry.key.view().starts_with("ReplicatorOutput.");
       contents.staticValues += entry.value->staticValue() != nullptr;
@@ -316,7 +313,8 @@ Contents contentsOf(HXDocument& document) {
         }
       });
     }
-    for (const auto* ports : {&node.symbolicInputPorts(), &node.symbolicOutputPorts()}) {
+    for (const auto* ports :
+         {&node.symbolicInputPortsInForce(), &node.symbolicOutputPortsInForce()}) {
       for (const auto& member : *ports) {
         contents.publications += isInside(static_cast<const HXSymbolicPort&>(*member).port());
       }
@@ -330,7 +328,7 @@ Contents contentsOf(HXDocument& document) {
     if (const auto* views = as<HXSubviewGroup>(node.subnodeGroup().get())) {
       contents.views += static_cast<int>(views->subviewNodesInForce().count());
     }
-    for (const auto& entry : node.subnodeGroup()->subnodesByUniqueKey()) {
+    for (const auto& entry : node.subnodeGroup()->subnodesInForce()) {
       EXPECT_EQ(entry.value->parentGroup(), node.subnodeGroup().get());
       pending.push_back(entry.value.get());
     }

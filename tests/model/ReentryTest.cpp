@@ -51,14 +51,14 @@ struct Scene {
     }
   }
   static HXPort* firstOf(HXNode& node, std::int32_t orientation) {
-    for (const auto& entry : node.portsByUniqueKey()) {
+    for (const auto& entry : node.portsInForce()) {
       if (entry.value->orientation() == orientation) return entry.value.get();
     }
     return nullptr;
   }
   static HXSymbolicPort* published(HXNode& node, std::int32_t orientation) {
-    const auto& ports =
-        orientation == HXOrientationInput ? node.symbolicInputPorts() : node.symbolicOutputPorts();
+    const auto& ports = orientation == HXOrientationInput ? node.symbolicInputPortsInForce()
+                                                          : node.symbolicOutputPortsInForce();
     return ports.isEmpty() ? nullptr : static_cast<HXSymbolicPort*>((*ports.begin()).get());
   }
   static HXIndexParameter* index(HXNode& node) {
@@ -109,7 +109,7 @@ const Step kOperations[] = {
      }},
     {"unpublish",
      [](Scene& s) {
-       for (const auto& entry : s.math->portsByUniqueKey()) {
+       for (const auto& entry : s.math->portsInForce()) {
          if (!entry.value->symbolicPort()) continue;
          return s.math->parentGroup()->removeSymbolicPortForPort(entry.value.get());
        }
@@ -142,7 +142,7 @@ HXNode* nodeOf(Scene& s, const char* patchClass) {
       return all[at];
     }
     if (!all[at]->subnodeGroup()) continue;
-    for (const auto& entry : all[at]->subnodeGroup()->subnodesByUniqueKey()) {
+    for (const auto& entry : all[at]->subnodeGroup()->subnodesInForce()) {
       all.push_back(entry.value.get());
     }
   }
@@ -257,7 +257,7 @@ TEST_F(ReentryModelTest, AParameterThatAnotherPatchTakesInTheMiddleFollowsThatPa
   node->setPatch(patchClassNamed("HXRMultiplexerNode")->makeDefinition());
   NotificationCenter::defaultCenter().removeObserver(token);
   EXPECT_FALSE(node->patch());
-  EXPECT_TRUE(node->portsByUniqueKey().empty());
+  EXPECT_TRUE(node->portsInForce().empty());
   EXPECT_EQ(count->value(), 3);
 }
 

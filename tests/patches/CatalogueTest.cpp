@@ -153,7 +153,7 @@ TEST(Catalogue, DescriptorsAreThoseOfTheContract) {
 /// The ports of one side, group by group, as the editor lists them.
 json listed(const HXRNode& definition, std::int32_t orientation) {
   json ports = json::array();
-  for (const auto& entry : definition.portLayout().collection(orientation)->portGroups()) {
+  for (const auto& entry : definition.portLayout().collection(orientation)->portGroupsInForce()) {
     for (const auto& port : entry.value->ports()) {
       ports.push_back(described(static_cast<const HXRPort&>(*port)));
     }

@@ -66,7 +66,7 @@ inline Texts keysOfGroup(const HXRNode& definition, std::int32_t orientation,
 /// The keys of the groups of one side, in order.
 inline Texts groupKeys(const HXRNode& definition, std::int32_t orientation) {
   Texts keys;
-  for (const auto& entry : definition.portLayout().collection(orientation)->portGroups()) {
+  for (const auto& entry : definition.portLayout().collection(orientation)->portGroupsInForce()) {
     keys.push_back(entry.key.toStdString());
   }
   return keys;

@@ -428,8 +428,8 @@ class PictureGeometry : public PictureTest {
   }
 
   static HXSymbolicPort& published(const Ref<HXNode>& group, bool input) {
-    const auto& ports = input ? group->subnodeGroup()->symbolicInputPorts()
-                              : group->subnodeGroup()->symbolicOutputPorts();
+    const auto& ports = input ? group->subnodeGroup()->symbolicInputPortsInForce()
+                              : group->subnodeGroup()->symbolicOutputPortsInForce();
     return static_cast<HXSymbolicPort&>(*(*ports.begin()));
   }
 
@@ -446,7 +446,7 @@ TEST_F(PictureGeometry, AllStandsWhereItBelongs) {
   ASSERT_EQ(picture.each("tk-collapsed").size(), 1U);
   ASSERT_FALSE(picture.root().has("data-laid-out"));
   check(picture);
-  for (const auto& entry : document->subnodeGroup()->subnodesByUniqueKey()) {
+  for (const auto& entry : document->subnodeGroup()->subnodesInForce()) {
     const LayoutPoint at = Picture::origin(picture.node(entry.value->uniqueKey().toStdString()));
     EXPECT_EQ(at.x, entry.value->position().x);
     EXPECT_EQ(at.y, entry.value->position().y);
@@ -466,7 +466,7 @@ TEST_F(PictureGeometry, AllStandsWhereItBelongs) {
 
 TEST_F(PictureGeometry, WhatIsLaidOutKeepsApartAndRunsToTheRight) {
   fill();
-  for (const auto& entry : document->subnodeGroup()->subnodesByUniqueKey()) {
+  for (const auto& entry : document->subnodeGroup()->subnodesInForce()) {
     entry.value->setPosition({3, 4});
   }
   const Picture picture(*document->subnodeGroup());

@@ -49,7 +49,7 @@ void writePortDescription(JSONWriter& json, const HXRPort& port) {
 
 void writeGroups(JSONWriter& json, const HXRPortGroupCollection& groups) {
   json.beginArray();
-  for (const auto& [key, group] : groups.portGroups()) {
+  for (const auto& [key, group] : groups.portGroupsInForce()) {
     json.beginObject().key("key").value(key.view()).key("ports").beginArray();
     for (const auto& port : group->ports()) {
       writePortDescription(json, static_cast<const HXRPort&>(*port));
@@ -112,7 +112,7 @@ std::vector<String> sortedKeys(const OrderedSet& keys) {
 }
 
 void appendGroups(std::string& text, const char* side, const HXRPortGroupCollection& groups) {
-  for (const auto& [key, group] : groups.portGroups()) {
+  for (const auto& [key, group] : groups.portGroupsInForce()) {
     for (const auto& member : group->ports()) {
       const auto& port = static_cast<const HXRPort&>(*member);
       const auto* const input = as<HXRPrimitiveInputPort>(&port);

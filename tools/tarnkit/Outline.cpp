@@ -66,7 +66,7 @@ class OutlineWriter {
     std::size_t nodes = 0;
     std::size_t connections = 0;
     const auto count = [&connections](const HXNode& node) {
-      for (const auto& port : node.portsByUniqueKey()) {
+      for (const auto& port : node.portsInForce()) {
         if (port.value->orientation() == HXOrientationInput) {
           connections += port.value->connections().count();
         }
@@ -78,7 +78,7 @@ class OutlineWriter {
     }
     line(0, fmt::format("{}: {}, {}, {}", document.documentKey().view(), counted(nodes, "node"),
                         counted(connections, "connection"),
-                        counted(document.imageStore()->imageEntries().size(), "image")));
+                        counted(document.imageStore()->imageEntriesInForce().size(), "image")));
   }
 
   void writeNode(const HXNode& node, std::size_t level) {
@@ -93,12 +93,13 @@ class OutlineWriter {
                    shortestText(node.position().y));
     if (as<HXSubviewGroup>(node.subnodeGroup().get())) text += ", views";
     line(level, text);
-    for (const auto* published : {&node.symbolicInputPorts(), &node.symbolicOutputPorts()}) {
+    for (const auto* published :
+         {&node.symbolicInputPortsInForce(), &node.symbolicOutputPortsInForce()}) {
       for (const auto& port : *published) {
         writePublishedPort(static_cast<const HXSymbolicPort&>(*port), level + 1);
       }
     }
-    for (const auto& entry : node.portsByUniqueKey()) writePort(*entry.value, level + 1);
+    for (const auto& entry : node.portsInForce()) writePort(*entry.value, level + 1);
   }
 
   void writePublishedPort(const HXSymbolicPort& port, std::size_t level) {
@@ -121,7 +122,7 @@ class OutlineWriter {
   }
 
   void writeImages(const HXImageStore& store) {
-    for (const auto& entry : allValuesSortedByKey(store.imageEntries())) {
+    for (const auto& entry : allValuesSortedByKey(store.imageEntriesInForce())) {
       const auto* image = entry->image().get();
       line(0, fmt::format("image {}, {} x {}", brief(entry->key()), image ? image->width() : 0,
                           image ? image->height() : 0));

@@ -142,8 +142,8 @@ void writePatchClass(JSONWriter& json, const HXNode& node) {
 
 void writeAllPortKeys(JSONWriter& json, const HXNode& node) {
   std::vector<String> keys;
-  keys.reserve(node.portsByUniqueKey().size());
-  for (const auto& entry : node.portsByUniqueKey()) keys.push_back(entry.key);
+  keys.reserve(node.portsInForce().size());
+  for (const auto& entry : node.portsInForce()) keys.push_back(entry.key);
   std::sort(keys.begin(), keys.end());
   json.key("allPortKeys");
   writeStrings(json, keys);
@@ -185,7 +185,7 @@ void endNode(JSONWriter& json, const HXNode& node) {
     writeString(json, document->documentKey());
     json.key("images").beginArray();
     const auto& store = *document->imageStore();
-    for (const auto& entry : allValuesSortedByKey(store.imageEntries())) {
+    for (const auto& entry : allValuesSortedByKey(store.imageEntriesInForce())) {
       json.beginObject().key("key");
       writeString(json, entry->key());
       json.key("width").value(entry->image() ? entry->image()->width() : 0U);
@@ -206,8 +206,8 @@ void beginGroup(JSONWriter& json, const HXGroup& group) {
   json.key("opaque").value(group.isOpaque());
   json.key("canvasCenter");
   writePoint(json, group.canvasCenter());
-  writePorts(json, "symbolicInputPorts", group.symbolicInputPorts());
-  writePorts(json, "symbolicOutputPorts", group.symbolicOutputPorts());
+  writePorts(json, "symbolicInputPorts", group.symbolicInputPortsInForce());
+  writePorts(json, "symbolicOutputPorts", group.symbolicOutputPortsInForce());
   json.key("subnodes").beginArray();
 }
 
@@ -246,7 +246,7 @@ void writeNode(JSONWriter& json, const HXNode& root) {
     beginNode(json, node);
     if (const auto* group = node.subnodeGroup().get()) {
       beginGroup(json, *group);
-      levels.push_back({&node, allValuesSortedByKey(group->subnodesByUniqueKey())});
+      levels.push_back({&node, allValuesSortedByKey(group->subnodesInForce())});
     } else {
       json.null();
       endNode(json, node);

@@ -11,7 +11,8 @@ class PropertyList;
 
 /// Reads a standard keyed archive, binary or XML, that need not be trusted.
 ///
-/// Only the platform's values and classes of the `ClassRegistry` are made. An object is made by its
+/// Only the platform's values and classes of the `ClassRegistry` are made: whoever owns other
+/// classes enters them before (the model's: `registerModelClasses`). An object is made by its
 /// class's factory when it is first referred to and handed out at once; its `initWithCoder` runs
 /// from an explicit stack, before those of the objects it refers to, which follow depth-first in
 /// the order of its decode calls. `awakeAfterDecoding` of an object runs after everything below it

@@ -32,7 +32,7 @@ std::string listed(const std::vector<std::string>& names) {
 
 std::vector<std::string> portNames(const HXRPortGroupCollection& groups) {
   std::vector<std::string> names;
-  for (const auto& entry : groups.portGroups()) {
+  for (const auto& entry : groups.portGroupsInForce()) {
     for (const auto& port : entry.value->ports()) {
       const String& name = static_cast<const HXRPort&>(*port).name();
       if (!isBlank(name)) names.push_back(name.toStdString());

@@ -48,7 +48,7 @@ bool isInherited(const HXRPort& port, const HXRNodeClass& patch) {
 template <class Belongs>
 PortGroups chosenPorts(const HXRPortGroupCollection& collection, Belongs belongs) {
   PortGroups chosen;
-  for (const auto& [key, group] : collection.portGroups()) {
+  for (const auto& [key, group] : collection.portGroupsInForce()) {
     PortGroup some{key, {}};
     for (const auto& member : group->ports()) {
       const auto& port = static_cast<const HXRPort&>(*member);
