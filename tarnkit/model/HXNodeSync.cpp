@@ -174,9 +174,7 @@ void HXNode::hx_syncPortGroupsWithPatch() {
   portGroupsSettled_ = true;
   hx_syncPortGroups(portSide(HXOrientationInput), changes);
   hx_syncPortGroups(portSide(HXOrientationOutput), changes);
-  for (const auto& group : changes.gone) {
-    if (auto* defined = as<HXPatchPortGroup>(group.get())) defined->hasGone_ = true;
-  }
+  for (const auto& group : changes.gone) group->setHasGone(true);
   for (const auto& group : changes.startHidden) {
     if (group->hidden()) group->announceHidden();
   }

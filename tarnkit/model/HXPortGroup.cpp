@@ -89,7 +89,7 @@ HXPatchPortGroup::HXPatchPortGroup(HXNode* node, String groupKey, std::int32_t o
 
 Ref<const OrderedSet> HXPatchPortGroup::portKeys() const {
   if (!patchPortGroup_) return make<OrderedSet>();
-  if (hasGone_ && patchPortGroup_->portKeysBeforeEmptied()) {
+  if (hasGone() && patchPortGroup_->portKeysBeforeEmptied()) {
     return patchPortGroup_->portKeysBeforeEmptied();
   }
   return patchPortGroup_->portKeys();

@@ -53,6 +53,9 @@ class HXPortGroup : public Object {
  protected:
   HXPortGroup() noexcept = default;
   HXPortGroup(HXNode* node, String groupKey, std::int32_t orientation);
+  /// Whether the node has let go of the group.
+  bool hasGone() const noexcept { return hasGone_; }
+  void setHasGone(bool gone) noexcept { hasGone_ = gone; }
 
  private:
   friend class HXNode;
@@ -66,6 +69,7 @@ class HXPortGroup : public Object {
   bool collapsedCanvasGroup_ = false;
   bool collapsedSidebarGroup_ = false;
   bool hidden_ = false;
+  bool hasGone_ = false;
 };
 
 /// A group backed by a port group of the patch definition.
@@ -78,16 +82,14 @@ class HXPatchPortGroup final : public HXPortGroup {
   const HXRPortGroup* patchPortGroup() const noexcept { return patchPortGroup_.get(); }
   void setPatchPortGroup(Ref<HXRPortGroup> group) {
     patchPortGroup_ = std::move(group);
-    hasGone_ = false;
+    setHasGone(false);
   }
   /// Of a group that has gone because its definition lost the last of its ports: the keys that it
   /// showed last.
   Ref<const OrderedSet> portKeys() const override;
 
  private:
-  friend class HXNode;
   Ref<HXRPortGroup> patchPortGroup_;
-  bool hasGone_ = false;  // from its node
 };
 
 /// A group that holds published ports.

@@ -224,7 +224,7 @@ void registerPatchClasses() {
   for (const auto* const patchClass : kCatalogue) enter(*patchClass);
 }
 
-const std::vector<const HXRNodeClass*>& catalogue() {
+std::vector<const HXRNodeClass*> catalogue() {
   registerPatchClasses();
   return classes();
 }

@@ -17,8 +17,8 @@ class Bundle;
 void registerPatchClasses();
 
 /// Every definition class that can be placed: the catalogue by category, then what plug-ins have
-/// added, in that order. Registers the catalogue when nobody has yet.
-const std::vector<const HXRNodeClass*>& catalogue();
+/// added, in that order, as they are now. Registers the catalogue when nobody has yet.
+std::vector<const HXRNodeClass*> catalogue();
 
 /// Adds a definition class at run time. The record and all it stands on must live as long as the
 /// process. Adding it again changes nothing. False, and one line logged, when the record is refused
