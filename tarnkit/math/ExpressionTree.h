@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string_view>
 #include <type_traits>
@@ -17,12 +18,14 @@ enum class NodeKind : std::uint8_t { number = 0, function = 1, variable = 2 };
 /// One node of a tree that is laid out in postorder: the arguments of a function stand right before
 /// it, the last one's root at the index before its own. Plain memory, copied in runs.
 struct ExpressionNode {
-  /// The number was written in a text; the slice holds its decimal digits.
+  /// The number was written in a text; the slice is that text.
   static constexpr std::uint16_t kLiteral = 1;
   /// The function's name is that of its row in the table of built-ins; there is no slice.
   static constexpr std::uint16_t kTableName = 2;
   /// A percentage that is the second argument of an addition or a subtraction.
   static constexpr std::uint16_t kPercentOfFirst = 4;
+  /// The number is a decimal; the slice holds the bytes of the `MXNumber`.
+  static constexpr std::uint16_t kDecimal = 8;
 
   NodeKind kind;
   Builtin builtin;  // of a function: resolved once, when the node is made
@@ -68,10 +71,15 @@ struct TreeView {
     return (node.flags & ExpressionNode::kTableName) != 0 ? builtinFunction(node.builtin).name
                                                           : slice(node);
   }
-  MXNumber number(const ExpressionNode& node) const {
-    return (node.flags & ExpressionNode::kLiteral) != 0
-               ? MXNumber::fromDigits(slice(node), node.number)
-               : MXNumber(node.number);
+  MXNumber number(const ExpressionNode& node) const noexcept {
+    if ((node.flags & ExpressionNode::kLiteral) != 0) {
+      return MXNumber::fromDigits(slice(node), node.number);
+    }
+    MXNumber number = node.number;
+    if ((node.flags & ExpressionNode::kDecimal) != 0) {
+      std::memcpy(&number, slice(node).data(), sizeof number);
+    }
+    return number;
   }
 };
 

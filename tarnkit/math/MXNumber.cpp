@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 
@@ -42,8 +43,11 @@ bool MXNumber::isNumberText(std::string_view text) noexcept {
   return isUnsignedNumber(!text.empty() && text.front() == '-' ? text.substr(1) : text);
 }
 
-bool MXNumber::isShortest() const {
-  return !isDecimal() || decimal_.view() == shortestText(value_);
+MXNumber::MXNumber(const Decimal& decimal) noexcept : value_(0) {
+  if (decimal.isNaN()) value_ = std::nan("");
+  if (decimal.isNaN() || decimal.isZero()) return;
+  digits_ = decimal;
+  form_ = Form::computed;
 }
 
 MXNumber MXNumber::fromText(std::string_view text) {
@@ -66,34 +70,53 @@ MXNumber MXNumber::fromNumber(const Number& number) {
   return fromText(std::to_string(whole));
 }
 
-MXNumber MXNumber::fromDigits(std::string_view digits, double value) {
+MXNumber MXNumber::fromDigits(std::string_view digits, double value) noexcept {
   MXNumber number(value);
-  const bool negative = !digits.empty() && digits.front() == '-';
-  std::string decimal = detail::decimalText(negative ? digits.substr(1) : digits);
-  if (decimal.empty()) return number;
-  if (negative) decimal.insert(decimal.begin(), '-');
-  number.decimal_ = String(decimal);
+  // Without a digit where a decimal has any.
+  if (value == 0 || std::isinf(value)) return number;
+  Decimal decimal = Decimal::fromText(digits).value_or(Decimal::notANumber());
+  if (decimal.isNaN()) return number;
+  if (decimal.isZero() || decimal.exponent() == Decimal::kMinimumExponent) {
+    // There may be digits behind the last place, which stand before it in a greater number.
+    constexpr int kPower = 64;
+    const Decimal greater = Decimal::fromText(digits, kPower).value_or(Decimal()).compact();
+    if (greater.isZero() || greater.magnitude() - kPower < Decimal::kMinimumExponent) return number;
+    const int behind = Decimal::kMinimumExponent - (greater.exponent() - kPower);
+    number.places_ = static_cast<std::uint8_t>(std::max(behind, 0));
+    decimal = greater.timesPowerOfTen(number.places_ - kPower);
+  }
+  number.digits_ = decimal;
+  number.form_ = Form::written;
   return number;
 }
 
-String MXNumber::description() const { return isDecimal() ? decimal_ : String(text()); }
+Decimal MXNumber::decimal() const noexcept {
+  if (!isDecimal()) return Decimal::fromDouble(value_);
+  return places_ == 0 ? digits_ : digits_.timesPowerOfTen(-places_);
+}
+
+bool MXNumber::isShortest() const { return !isDecimal() || text() == shortestText(doubleValue()); }
 
 std::string MXNumber::text() const {
-  return isDecimal() ? decimal_.toStdString() : shortestText(value_);
+  if (!isDecimal()) return shortestText(value_);
+  std::string text = digits_.text();
+  if (places_ > 0) text.insert(text.find('.') + 1, places_, '0');
+  return text;
 }
 
 bool operator==(const MXNumber& a, const MXNumber& b) noexcept {
-  if (std::isnan(a.value_) || std::isnan(b.value_)) {
-    return std::isnan(a.value_) && std::isnan(b.value_);
-  }
-  if (a.value_ != b.value_) return false;
-  return !a.isDecimal() || !b.isDecimal() || a.decimal_ == b.decimal_;
+  const double x = a.doubleValue();
+  const double y = b.doubleValue();
+  if (std::isnan(x) || std::isnan(y)) return std::isnan(x) && std::isnan(y);
+  if (x != y) return false;
+  return !a.isDecimal() || !b.isDecimal() || (a.places_ == b.places_ && a.digits_ == b.digits_);
 }
 
 std::uint64_t MXNumber::hash() const noexcept {
-  if (std::isnan(value_)) return 1;
+  const double value = doubleValue();
+  if (std::isnan(value)) return 1;
   constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15ULL;
-  return std::bit_cast<std::uint64_t>(value_ == 0 ? 0.0 : value_) * kMultiplier >> 16;
+  return std::bit_cast<std::uint64_t>(value == 0 ? 0.0 : value) * kMultiplier >> 16;
 }
 
 }  // namespace tarnkit

@@ -22,7 +22,7 @@ void MXNumberExpression::encodeWithCoder(Encoder& coder) const {
   if (number_.isShortest()) {
     coder.encodeObject(Number::withDouble(number_.doubleValue()), kNumberKey);
   } else {
-    coder.encodeString(number_.decimalText(), kNumberKey);
+    coder.encodeString(number_.description(), kNumberKey);
   }
 }
 
@@ -39,15 +39,14 @@ void MXNumberExpression::initWithCoder(Decoder& coder) {
 }
 
 TreeView MXNumberExpression::view(ExpressionNode& storage) const {
-  const auto digits = number_.decimalText().view();
   storage = {NodeKind::number,
              Builtin::none,
-             number_.isDecimal() ? ExpressionNode::kLiteral : std::uint16_t{0},
+             number_.isDecimal() ? ExpressionNode::kDecimal : std::uint16_t{0},
              1,
              {.number = number_.doubleValue()},
              0,
-             static_cast<std::uint32_t>(digits.size())};
-  return {&storage, 0, digits.data(), digits.size(), nullptr};
+             sizeof number_};
+  return {&storage, 0, reinterpret_cast<const char*>(&number_), sizeof number_, nullptr};
 }
 
 }  // namespace tarnkit::detail

@@ -1,10 +1,10 @@
 #include "tarnkit/math/MXPrecisionFunctionEvaluator.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "tarnkit/math/FunctionMath.h"
 #include "tarnkit/math/MXDecimal.h"
+#include "tarnkit/math/SmallStack.h"
 #include "tarnkit/math/precision/PrecisionFunctions.h"
 #include "tarnkit/math/precision/PrecisionTables.h"
 #include "tarnkit/math/precision/WideDecimal.h"
@@ -15,18 +15,6 @@ const Class MXPrecisionFunctionEvaluator::kClass{"_MXPrecisionFunctionEvaluator"
                                                  &MXFunctionEvaluator::kClass};
 
 MXPrecisionFunctionEvaluator::~MXPrecisionFunctionEvaluator() = default;
-
-Decimal decimalOfNumber(const MXNumber& number) noexcept {
-  if (!number.isDecimal()) return Decimal::fromDouble(number.doubleValue());
-  return Decimal::fromText(number.decimalText().view()).value_or(Decimal::notANumber());
-}
-
-MXNumber numberOfDecimal(const Decimal& decimal) {
-  if (decimal.isNaN()) return std::nan("");
-  char text[Decimal::kMaximumTextLength];
-  const auto length = static_cast<std::size_t>(decimal.write(text) - text);
-  return MXNumber::fromText({text, length});
-}
 
 namespace {
 
@@ -151,8 +139,8 @@ std::optional<Decimal> transcendental(const BuiltinCall& call, const Decimal& x)
 }
 
 Decimal sumOf(const Decimal* values, std::size_t count) noexcept {
-  Decimal sum = values[0];
-  for (std::size_t i = 1; i < count; ++i) sum = sum + values[i];
+  Decimal sum;
+  for (std::size_t i = 0; i < count; ++i) sum = sum + values[i];
   return sum;
 }
 
@@ -200,21 +188,20 @@ std::optional<Decimal> computeDecimal(const BuiltinCall& call,
     case BuiltinShape::constant:
       return constant(id);
     case BuiltinShape::binary:
-      return binary(id, decimalOfNumber(arguments[0]), decimalOfNumber(arguments[1]));
+      return binary(id, arguments[0].decimal(), arguments[1].decimal());
     case BuiltinShape::unary: {
-      const Decimal x = decimalOfNumber(arguments[0]);
+      const Decimal x = arguments[0].decimal();
       const auto value = plain(id, x);
       return value ? value : transcendental(call, x);
     }
     case BuiltinShape::list: {
-      std::vector<Decimal> values;
-      values.reserve(arguments.size());
-      for (const MXNumber& argument : arguments) values.push_back(decimalOfNumber(argument));
+      SmallStack<Decimal, 8> values;
+      for (const MXNumber& argument : arguments) values.push(argument.decimal());
       return ofList(id, values.data(), values.size());
     }
     case BuiltinShape::special:
       if (id != Builtin::percent) return std::nullopt;
-      return decimalOfNumber(arguments[0]).timesPowerOfTen(-2) * decimalOfNumber(call.percentBase);
+      return arguments[0].decimal().timesPowerOfTen(-2) * call.percentBase.decimal();
   }
   return std::nullopt;
 }
@@ -224,7 +211,7 @@ std::optional<Decimal> computeDecimal(const BuiltinCall& call,
 std::optional<MXNumber> MXPrecisionFunctionEvaluator::compute(const BuiltinCall& call,
                                                               std::span<const MXNumber> arguments,
                                                               MXError* error) const {
-  if (const auto value = computeDecimal(call, arguments)) return numberOfDecimal(*value);
+  if (const auto value = computeDecimal(call, arguments)) return MXNumber(*value);
   return MXFunctionEvaluator::compute(call, arguments, error);
 }
 

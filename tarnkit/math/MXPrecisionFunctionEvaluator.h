@@ -1,7 +1,6 @@
 #pragma once
 
 #include "tarnkit/math/MXFunctionEvaluator.h"
-#include "tarnkit/platform/numbers/Decimal.h"
 
 namespace tarnkit::detail {
 
@@ -20,10 +19,5 @@ class MXPrecisionFunctionEvaluator final : public MXFunctionEvaluator {
   std::optional<MXNumber> compute(const BuiltinCall& call, std::span<const MXNumber> arguments,
                                   MXError* error) const override;
 };
-
-/// The decimal of a number: its digits where it has them, otherwise the shortest for its double.
-Decimal decimalOfNumber(const MXNumber& number) noexcept;
-/// The number with all digits of a decimal; a NaN for what is not a number.
-MXNumber numberOfDecimal(const Decimal& decimal);
 
 }  // namespace tarnkit::detail

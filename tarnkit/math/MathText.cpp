@@ -15,9 +15,6 @@ namespace tarnkit::detail {
 
 namespace {
 
-constexpr std::size_t kDecimalDigits = 38;
-constexpr std::int64_t kMinimumDecimalExponent = -128;
-constexpr std::int64_t kMaximumDecimalExponent = 127;
 constexpr char32_t kReplacement = 0xFFFD;
 
 // The powers of ten that a double holds exactly.
@@ -51,25 +48,6 @@ double readNumberSlowly(std::string_view text) noexcept {
   if (first == mantissa.npos) return 0;
   exponent += static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first);
   return exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
-}
-
-void roundToDecimalDigits(std::string& digits, std::int64_t& exponent) {
-  if (digits.size() <= kDecimalDigits) return;
-  const char next = digits[kDecimalDigits];
-  const bool exactHalf =
-      next == '5' && digits.find_first_not_of('0', kDecimalDigits + 1) == digits.npos;
-  const bool odd = ((digits[kDecimalDigits - 1] - '0') & 1) != 0;
-  exponent += static_cast<std::int64_t>(digits.size() - kDecimalDigits);
-  digits.resize(kDecimalDigits);
-  if (next < '5' || (exactHalf && !odd)) return;
-  for (std::size_t i = digits.size(); i-- > 0;) {
-    if (digits[i] != '9') {
-      ++digits[i];
-      return;
-    }
-    digits[i] = '0';
-  }
-  digits.insert(digits.begin(), '1');
 }
 
 }  // namespace
@@ -212,38 +190,6 @@ double readNumber(std::string_view text) noexcept {
   }
   const auto exact = static_cast<double>(mantissa);
   return exponent < 0 ? exact / kExactPowers[-exponent] : exact * kExactPowers[exponent];
-}
-
-std::string decimalText(std::string_view number) {
-  const auto e = number.find_first_of("eE");
-  std::int64_t exponent = e == number.npos ? 0 : readExponent(number.substr(e + 1));
-  std::string digits;
-  bool inFraction = false;
-  for (const char c : number.substr(0, e)) {
-    if (c == '.') {
-      inFraction = true;
-      continue;
-    }
-    if (inFraction) --exponent;
-    if (c != '0' || !digits.empty()) digits.push_back(c);
-  }
-  roundToDecimalDigits(digits, exponent);
-  while (!digits.empty() && digits.back() == '0') {
-    digits.pop_back();
-    ++exponent;
-  }
-  if (digits.empty()) return "0";
-  const auto padding = static_cast<std::int64_t>(kDecimalDigits - digits.size());
-  const std::int64_t magnitude = exponent + static_cast<std::int64_t>(digits.size()) - 1;
-  if (magnitude < kMinimumDecimalExponent || exponent > kMaximumDecimalExponent + padding)
-    return {};
-  if (exponent >= 0) return digits.append(static_cast<std::size_t>(exponent), '0');
-  const auto fraction = static_cast<std::size_t>(-exponent);
-  if (fraction >= digits.size()) {
-    return "0." + std::string(fraction - digits.size(), '0') + digits;
-  }
-  digits.insert(digits.size() - fraction, 1, '.');
-  return digits;
 }
 
 }  // namespace tarnkit::detail

@@ -35,10 +35,5 @@ String lowerCase(const String& text);
 /// The value of "12", "1.5", ".5", "2e-3": digits, a point, digits, an exponent, at least one digit
 /// in all. Rounded to the nearest double; too large gives infinity.
 double readNumber(std::string_view text) noexcept;
-/// The digits of such a number, which has no sign, as a decimal value writes them: no exponent, no
-/// leading or trailing zeros ("0.5", "100000"), rounded to 38 significant digits, halves to even.
-/// Empty when the value is too large for a decimal or its first digit is behind the 128th place;
-/// digits of others that stand behind it are kept for whoever rounds them.
-std::string decimalText(std::string_view number);
 
 }  // namespace tarnkit::detail

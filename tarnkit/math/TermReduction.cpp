@@ -327,10 +327,7 @@ bool TermReduction::produce() {
 bool TermReduction::produceLeaf(Index index) {
   const MXMathStringToken& token = tokenOf(index);
   if (terms_[index].kind == Kind::number) {
-    const MXNumber& number = token.numberValue();
-    const auto digits = token.token().view();
-    tree_.addLiteral(number.doubleValue(), tree_.keep(digits),
-                     static_cast<std::uint32_t>(digits.size()));
+    tree_.addNumber(token.numberValue());
     return true;
   }
   auto name = token.token().view();

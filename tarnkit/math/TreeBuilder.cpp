@@ -31,8 +31,13 @@ void TreeBuilder::addNumber(const MXNumber& number) {
     addNumber(number.doubleValue());
     return;
   }
-  const auto text = number.decimalText().view();
-  addLiteral(number.doubleValue(), keep(text), static_cast<std::uint32_t>(text.size()));
+  const auto* const bytes = reinterpret_cast<const char*>(&number);
+  addNumber(number.doubleValue(), ExpressionNode::kDecimal, {bytes, sizeof number});
+}
+
+void TreeBuilder::addNumber(double value, std::uint16_t flags, std::string_view slice) {
+  const auto length = static_cast<std::uint32_t>(slice.size());
+  add(NodeKind::number, Builtin::none, flags, 1, keep(slice), length).number = value;
 }
 
 void TreeBuilder::addFunctionLike(const TreeView& other, const ExpressionNode& node,
@@ -61,11 +66,10 @@ void TreeBuilder::addCopy(const TreeView& other) {
     const ExpressionNode& node = other.nodes[i];
     switch (node.kind) {
       case NodeKind::number:
-        if ((node.flags & ExpressionNode::kLiteral) != 0) {
-          const auto digits = other.slice(node);
-          addLiteral(node.number, keep(digits), static_cast<std::uint32_t>(digits.size()));
-        } else {
+        if (node.flags == 0) {
           addNumber(node.number);
+        } else {
+          addNumber(node.number, node.flags, other.slice(node));
         }
         break;
       case NodeKind::variable: {

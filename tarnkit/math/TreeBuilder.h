@@ -100,6 +100,7 @@ class TreeBuilder {
   void drop(std::uint32_t nodes, std::uint32_t subtrees) noexcept;
 
  private:
+  void addNumber(double value, std::uint16_t flags, std::string_view slice);
   void addFunctionLike(const TreeView& other, const ExpressionNode& node, std::uint32_t nodes);
   ExpressionNode& add(NodeKind kind, Builtin builtin, std::uint16_t flags, std::uint32_t size,
                       std::uint32_t offset, std::uint32_t length) {

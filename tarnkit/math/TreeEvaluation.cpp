@@ -9,7 +9,6 @@
 #include "tarnkit/math/FunctionMath.h"
 #include "tarnkit/math/MXFunctionEvaluator.h"
 #include "tarnkit/math/MathText.h"
-#include "tarnkit/math/SmallStack.h"
 #include "tarnkit/math/TreeOperations.h"
 
 namespace tarnkit::detail {
@@ -130,7 +129,7 @@ std::optional<MXNumber> TreeEvaluation::evaluate(const MXExpression& expression)
       continue;
     }
     const std::uint32_t node = children_.back();
-    children_.pop_back();
+    children_.pop();
     const std::uint32_t place = tree_.nodes[frame.node].argumentCount - frame.waiting;
     --frame.waiting;
     if (!step(node, place)) return std::nullopt;
@@ -141,7 +140,10 @@ std::optional<MXNumber> TreeEvaluation::evaluate(const MXExpression& expression)
 bool TreeEvaluation::step(std::uint32_t node, std::uint32_t place) {
   switch (tree_.nodes[node].kind) {
     case NodeKind::number:
-      values_.push_back(tree_.number(tree_.nodes[node]));
+      // Digits beyond the double are for decimals, and for whoever asks for this number alone.
+      values_.push(evaluator_.computesInDoubles() && !frames_.empty()
+                       ? tree_.nodes[node].number
+                       : tree_.number(tree_.nodes[node]));
       return true;
     case NodeKind::variable:
       return pushVariable(node);
@@ -177,13 +179,13 @@ bool TreeEvaluation::enterBuiltin(std::uint32_t index, std::uint32_t place, Buil
                             wanted == 1 ? "" : "s"));
   }
   if (builtin == Builtin::count) {
-    values_.push_back(static_cast<double>(count));
+    values_.push(static_cast<double>(count));
     return true;
   }
-  frames_.push_back({index, count, place, values_.size(), builtin, nullptr});
+  frames_.push({index, count, place, values_.size(), builtin});
   std::uint32_t child = index - 1;
   for (std::uint32_t i = 0; i < count; ++i) {
-    children_.push_back(child);
+    children_.push(child);
     child -= tree_.nodes[child].size;
   }
   return true;
@@ -206,8 +208,9 @@ bool TreeEvaluation::leaveFunction() {
       call, std::span<const MXNumber>(values_.data() + frame.firstValue, count), error_);
   if (!value) return failReturning(call.function.name);
   values_.resize(frame.firstValue);
-  values_.push_back(std::move(*value));
-  frames_.pop_back();
+  values_.push(*value);
+  frames_.pop();
+  if (objects_.size() > frames_.size()) objects_.pop_back();
   return true;
 }
 
@@ -245,14 +248,14 @@ bool TreeEvaluation::callRegistered(const MXMathFunction& function, std::uint32_
   }
   auto value = reduce(result.get());
   if (!value) return failReturning(name.view());
-  values_.push_back(std::move(*value));
+  values_.push(*value);
   return true;
 }
 
 bool TreeEvaluation::resolveUnknown(const String& name, std::uint32_t place) {
   if (evaluator_.resolvesFunctionsAsVariables()) {
     if (auto value = variableValue(name)) {
-      values_.push_back(std::move(*value));
+      values_.push(*value);
       return true;
     }
   }
@@ -269,7 +272,7 @@ bool TreeEvaluation::resolveUnknown(const String& name, std::uint32_t place) {
 bool TreeEvaluation::pushVariable(std::uint32_t node) {
   const String name(tree_.slice(tree_.nodes[node]));
   if (auto value = variableValue(name)) {
-    values_.push_back(std::move(*value));
+    values_.push(*value);
     return true;
   }
   failResolving("unable to resolve variable: {}", MXUnknownVariableKey,
@@ -306,19 +309,13 @@ bool TreeEvaluation::charge(std::uint64_t work) {
 
 // The object of the function that is about to be called as an argument of the innermost frame.
 Ref<MXExpression> TreeEvaluation::objectOf(std::uint32_t place) {
-  std::size_t known = frames_.size();
-  while (known > 0 && !frames_[known - 1].object) --known;
-  Ref<MXExpression> object =
-      known > 0 ? frames_[known - 1].object : Ref<MXExpression>(const_cast<MXExpression*>(root_));
-  if (known == 0 && !frames_.empty()) {
-    frames_[0].object = object;
-    known = 1;
+  Ref<MXExpression> root(const_cast<MXExpression*>(root_));
+  if (frames_.empty()) return root;
+  if (objects_.empty()) objects_.push_back(std::move(root));
+  while (objects_.size() < frames_.size()) {
+    objects_.push_back(objects_.back()->arguments()[frames_[objects_.size()].place]);
   }
-  for (; known < frames_.size(); ++known) {
-    object = object->arguments()[frames_[known].place];
-    frames_[known].object = object;
-  }
-  return frames_.empty() ? object : object->arguments()[place];
+  return objects_.back()->arguments()[place];
 }
 
 bool TreeEvaluation::fail(MXErrorCode code, std::string message) {

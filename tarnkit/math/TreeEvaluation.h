@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tarnkit/math/MXMathEvaluator.h"
+#include "tarnkit/math/SmallStack.h"
 
 namespace tarnkit::detail {
 
@@ -45,8 +46,7 @@ class TreeEvaluation {
     std::uint32_t waiting;  // arguments still to come, on top of `children_`
     std::uint32_t place;    // which argument of its parent it is
     std::size_t firstValue;
-    Builtin builtin;           // what computes it, aliases followed
-    Ref<MXExpression> object;  // made when a registered function asks for it
+    Builtin builtin;  // what computes it, aliases followed
   };
 
   bool step(std::uint32_t node, std::uint32_t place);
@@ -71,9 +71,11 @@ class TreeEvaluation {
   MXError* error_;
   const MXExpression* root_ = nullptr;
   TreeView tree_;
-  std::vector<Frame> frames_;
-  std::vector<std::uint32_t> children_;
-  std::vector<MXNumber> values_;
+  SmallStack<Frame, 16> frames_;
+  /// The objects of the first frames, made when a registered function asks for its arguments.
+  std::vector<Ref<MXExpression>> objects_;
+  SmallStack<std::uint32_t, 16> children_;
+  SmallStack<MXNumber, 16> values_;
 };
 
 }  // namespace tarnkit::detail

@@ -115,12 +115,12 @@ TEST(PrecisionTest, FunctionsAgainstReferenceValues) {
     ASSERT_NE(builtin, detail::Builtin::none) << line;
     std::vector<MXNumber> arguments;
     for (std::size_t i = 1; i + 1 < parts.size(); ++i) {
-      arguments.push_back(detail::numberOfDecimal(Decimal::fromText(parts[i]).value()));
+      arguments.push_back(MXNumber(Decimal::fromText(parts[i]).value()));
     }
     MXError error;
     const auto value =
         evaluator->compute({detail::builtinFunction(builtin)}, arguments, &error).value();
-    const double off = errorOf(detail::decimalOfNumber(value), Reference(parts.back()));
+    const double off = errorOf(value.decimal(), Reference(parts.back()));
     Worst& worst = results[parts[0]];
     ++worst.count;
     if (off > worst.error || worst.line.empty()) worst = {off, worst.count, line};

@@ -57,9 +57,7 @@ Ref<Object> substitutionFromText(const std::string& text, bool keepsDigits) {
 
 std::string valueText(const MXNumber& value, bool precise) {
   if (!precise) return shortestText(value.doubleValue());
-  const auto decimal = value.isDecimal() ? Decimal::fromText(value.text())
-                                         : Decimal::fromDouble(value.doubleValue());
-  return decimal.value_or(Decimal::notANumber()).text();
+  return value.decimal().text();
 }
 
 }  // namespace tarnkit::tool

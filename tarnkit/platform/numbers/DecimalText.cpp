@@ -139,7 +139,7 @@ bool readExponent(const char* at, const char* end, std::int64_t& exponent) noexc
 
 }  // namespace
 
-std::optional<Decimal> Decimal::fromText(std::string_view text) noexcept {
+std::optional<Decimal> Decimal::fromText(std::string_view text, int power) noexcept {
   if (text == "NaN") return notANumber();
   const char* at = text.data();
   const char* const end = at + text.size();
@@ -158,7 +158,7 @@ std::optional<Decimal> Decimal::fromText(std::string_view text) noexcept {
   }
   if (!digits.sawDigit()) return std::nullopt;
   // Digits that the mantissa has no room for lift its exponent.
-  exponent += digits.excess();
+  exponent += digits.excess() + power;
   if (!readExponent(at, end, exponent)) return std::nullopt;
   return digits.value(negative, exponent);
 }
