@@ -17,7 +17,7 @@ CalledFunction calledFunction(const TreeView& function, const MXMathEvaluator& e
     const auto* const registered = evaluator.registeredFunction(called.name);
     if (!registered) return called;
     if (registered->aliasOf.isNil()) {
-      called.registered = &registered->function;
+      called.registered = registered;
       return called;
     }
     called.name = registered->aliasOf;

@@ -9,7 +9,7 @@ namespace tarnkit::detail {
 /// function, or a name that neither has.
 struct CalledFunction {
   Builtin builtin = Builtin::none;
-  const MXMathFunction* registered = nullptr;
+  const MXMathEvaluator::RegisteredFunction* registered = nullptr;
   /// Where the aliases lead, in lower case; nil where the node itself names a built-in.
   String name;
   /// The aliases go round in a circle; nothing is called.

@@ -1,10 +1,11 @@
 #include "tarnkit/math/MXCompiledExpression.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <unordered_set>
 
-#include "tarnkit/math/MXMathEvaluator.h"
+#include "tarnkit/math/HostFunction.h"
 #include "tarnkit/math/ProgramCompiler.h"
 #include "tarnkit/math/TreeOperations.h"
 
@@ -40,8 +41,8 @@ MXCompiledExpression::MXCompiledExpression(Ref<MXExpression> expression,
   isPrepared_ = evaluator_->computesInDoubles() && !asksItsParent &&
                 detail::ProgramCompiler(tree, *evaluator_, variables_, program_).compile();
   if (!isPrepared_) program_ = {};
-  isSimple_ =
-      isPrepared_ && program_.segments.size() == 1 && program_.temporaries <= kTemporariesInPlace;
+  isSimple_ = isPrepared_ && program_.segments.size() == 1 && program_.hosts.empty() &&
+              program_.temporaries <= kTemporariesInPlace;
   code_ = program_.instructions.data();
 }
 
@@ -77,16 +78,34 @@ std::optional<double> MXCompiledExpression::evaluateOtherwise(std::span<const do
                                                               MXError* error) const {
   if (!hasEnough(values.size(), error)) return std::nullopt;
   if (!isPrepared_) return evaluateTree(values, error);
-  double room[kTemporariesInPlace];
-  std::unique_ptr<double[]> moreRoom;
-  double* temporaries = room;
+  double inPlace[1 + kTemporariesInPlace];
+  std::unique_ptr<double[]> more;
+  double* room = inPlace;
   if (program_.temporaries > kTemporariesInPlace) {
-    moreRoom = std::make_unique<double[]>(program_.temporaries);
-    temporaries = moreRoom.get();
+    more = std::make_unique<double[]>(std::size_t{1} + program_.temporaries);
+    room = more.get();
   }
+  if (!program_.hosts.empty()) return evaluateCalling(values.data(), room, error);
+  double* const temporaries = room + 1;
   double accumulator = 0;
   for (const std::uint32_t segment : program_.segments) {
     accumulator = code_[segment].run(code_ + segment, values.data(), temporaries, accumulator);
+  }
+  return accumulator;
+}
+
+std::optional<double> MXCompiledExpression::evaluateCalling(const double* values, double* room,
+                                                            MXError* error) const {
+  MXError own;
+  detail::HostCalls calls{error ? *error : own};
+  const detail::EvaluationNesting nesting;
+  if (!nesting.enter(calls.error)) return std::nullopt;
+  const auto* const pointer = &calls;
+  std::memcpy(room, &pointer, sizeof pointer);
+  double accumulator = 0;
+  for (const std::uint32_t segment : program_.segments) {
+    accumulator = code_[segment].run(code_ + segment, values, room + 1, accumulator);
+    if (calls.failed) return std::nullopt;
   }
   return accumulator;
 }
@@ -105,7 +124,8 @@ std::optional<double> MXCompiledExpression::evaluateTree(std::span<const double>
 bool MXCompiledExpression::evaluate(std::span<const double* const> columns, std::size_t count,
                                     double* results, MXError* error) const {
   if (!hasEnough(columns.size(), error)) return false;
-  if (!isPrepared_ || count < kBlockRows) return evaluateRows(columns, 0, count, results, error);
+  if (!isPrepared_ || !program_.hosts.empty() || count < kBlockRows)
+    return evaluateRows(columns, 0, count, results, error);
   std::unique_ptr<double[]> temporaries;
   if (program_.temporaries > 0) {
     temporaries = std::make_unique<double[]>(program_.temporaries * kBlockRows);

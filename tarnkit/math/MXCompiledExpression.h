@@ -16,8 +16,9 @@ namespace tarnkit {
 /// the tree, bit for bit. Evaluating allocates nothing (with up to `kTemporariesInPlace` results
 /// waiting at once, which few expressions need) and may be done by several threads with one object.
 ///
-/// What cannot be prepared (random numbers, registered functions, unknown functions, wrong numbers
-/// of arguments, other arithmetics than doubles) is evaluated by the evaluator, with its errors.
+/// What cannot be prepared (random numbers, registered functions of expressions, unknown functions,
+/// wrong numbers of arguments, other arithmetics than doubles) is evaluated by the evaluator, with
+/// its errors. Registered functions of numbers are called as they were when it was prepared.
 class MXCompiledExpression final : public Object {
   TARNKIT_CLASS
  public:
@@ -61,6 +62,7 @@ class MXCompiledExpression final : public Object {
  private:
   void addVariables();
   std::optional<double> evaluateOtherwise(std::span<const double> values, MXError* error) const;
+  std::optional<double> evaluateCalling(const double* values, double* room, MXError* error) const;
   std::optional<double> evaluateTree(std::span<const double> values, MXError* error) const;
   bool evaluateRows(std::span<const double* const> columns, std::size_t from, std::size_t to,
                     double* results, MXError* error) const;
@@ -72,7 +74,7 @@ class MXCompiledExpression final : public Object {
   detail::Program program_;
   const detail::Instruction* code_ = nullptr;
   bool isPrepared_ = false;
-  bool isSimple_ = false;  // prepared, one segment, few temporaries
+  bool isSimple_ = false;  // prepared, one segment, few temporaries, no host functions
 };
 
 }  // namespace tarnkit

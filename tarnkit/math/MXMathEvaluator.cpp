@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "tarnkit/math/HostFunction.h"
 #include "tarnkit/math/MXExpressionRewriter.h"
 #include "tarnkit/math/MXFunctionEvaluator.h"
 #include "tarnkit/math/MXFunctionExpression.h"
@@ -52,11 +53,21 @@ MXMathEvaluator::MXMathEvaluator()
 MXMathEvaluator::~MXMathEvaluator() = default;
 
 bool MXMathEvaluator::registerFunction(MXMathFunction function, const String& forName) {
-  return function && enter(forName, {nullptr, std::move(function)});
+  return function && enter(forName, {nullptr, std::move(function), nullptr});
+}
+
+bool MXMathEvaluator::registerNumberFunction(MXNumberFunction function, const String& forName) {
+  if (!function) return false;
+  const String name = detail::lowerCase(forName);
+  return enter(name, {nullptr,
+                      {},
+                      std::make_shared<const detail::HostFunction>(
+                          detail::HostFunction{name, std::move(function)})});
 }
 
 bool MXMathEvaluator::addAlias(const String& alias, const String& forFunctionName) {
-  return !forFunctionName.isNil() && enter(alias, {detail::lowerCase(forFunctionName), {}});
+  return !forFunctionName.isNil() &&
+         enter(alias, {detail::lowerCase(forFunctionName), {}, nullptr});
 }
 
 bool MXMathEvaluator::enter(const String& name, RegisteredFunction function) {

@@ -2,10 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace tarnkit::detail {
 
+struct HostFunction;
 struct Instruction;
 
 /// Where an instruction finds an operand: in the accumulator, among the values of the variables, in
@@ -39,6 +41,7 @@ enum class Operation : std::uint8_t {
   callUnary,
   // Of a run of temporaries.
   callList,
+  callHost,
   /// Puts the accumulator aside and changes nothing else.
   store,
   /// The end of a segment.
@@ -71,6 +74,7 @@ struct Instruction {
     double (*unary)(double);
     double (*binary)(double, double);
     double (*list)(const double*, std::size_t);
+    const HostFunction* host;
   };
   double constant;
   std::uint32_t first;   // index of the first operand, or of the first of a run
@@ -82,18 +86,23 @@ struct Instruction {
   bool stores;
 };
 
-/// The handlers for an instruction's operation, sources and storing.
+/// The handlers for an instruction's operation, sources and storing. Host functions are called row
+/// by row, in the order of the rows, so their instructions do nothing to a block.
 ScalarHandler scalarHandler(const Instruction& instruction) noexcept;
 BlockHandler blockHandler(const Instruction& instruction) noexcept;
 
 /// A straight line of instructions in segments, each of which ends with `end`. Handlers call the
 /// next one; a compiler that does not make jumps of these calls needs stack for one segment only.
+///
+/// A program that calls host functions finds a pointer to `HostCalls` right before its temporaries,
+/// in the bytes of a double, and stops where a call fails.
 struct Program {
   static constexpr std::size_t kSegmentLength = 96;
 
   std::vector<Instruction> instructions;
   std::vector<std::uint32_t> segments;  // where each begins
   std::uint32_t temporaries = 0;
+  std::vector<std::shared_ptr<const HostFunction>> hosts;  // that it calls
 };
 
 }  // namespace tarnkit::detail

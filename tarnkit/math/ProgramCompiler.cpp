@@ -4,6 +4,7 @@
 
 #include "tarnkit/math/CalledFunction.h"
 #include "tarnkit/math/FunctionMath.h"
+#include "tarnkit/math/HostFunction.h"
 #include "tarnkit/math/MXFunctionEvaluator.h"
 #include "tarnkit/math/MXMathEvaluator.h"
 #include "tarnkit/math/TreeOperations.h"
@@ -103,10 +104,13 @@ std::optional<std::uint32_t> ProgramCompiler::slotOf(std::string_view name) cons
 
 bool ProgramCompiler::addFunction(std::uint32_t index) {
   const ExpressionNode& node = tree_.nodes[index];
-  const Builtin builtin = node.builtin != Builtin::none
-                              ? node.builtin
-                              : calledFunction(tree_.at(index), evaluator_).builtin;
+  const CalledFunction called = calledFunction(tree_.at(index), evaluator_);
+  const Builtin builtin = called.builtin;
   const std::uint32_t count = node.argumentCount;
+  if (called.registered && called.registered->ofNumbers) {
+    addHostCall(called.registered->ofNumbers, count);
+    return true;
+  }
   if (!isPlainCall(builtin, count)) {
     // The function stands for a variable where the evaluator says so and nothing else knows it.
     const std::string name = functionName(tree_.at(index));
@@ -201,7 +205,24 @@ bool ProgramCompiler::addList(const BuiltinFunction& function, std::uint32_t cou
     default:
       break;
   }
-  // The arguments go to a run of temporaries of their own.
+  Instruction call{};
+  call.operation = Operation::callList;
+  call.list = function.list;
+  addCall(call, count);
+  return true;
+}
+
+void ProgramCompiler::addHostCall(const std::shared_ptr<const HostFunction>& host,
+                                  std::uint32_t count) {
+  program_.hosts.push_back(host);
+  Instruction call{};
+  call.operation = Operation::callHost;
+  call.host = host.get();
+  addCall(call, count);
+}
+
+// The arguments go to a run of temporaries of their own.
+void ProgramCompiler::addCall(Instruction call, std::uint32_t count) {
   if (inAccumulator_) storeAccumulator();
   const std::uint32_t run = held();
   program_.temporaries = std::max(program_.temporaries, run + count);
@@ -216,16 +237,12 @@ bool ProgramCompiler::addList(const BuiltinFunction& function, std::uint32_t cou
     store.aside = run + i;
     emit(store);
   }
-  Instruction call{};
-  call.operation = Operation::callList;
-  call.list = function.list;
   call.first = run;
   call.second = count;
   emit(call);
   operands_.resize(operands_.size() - count);
   push(Source::accumulator);
   inAccumulator_ = operands_.size() - 1;
-  return true;
 }
 
 // Left to right, as the list functions do.

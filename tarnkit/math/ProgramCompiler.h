@@ -25,7 +25,7 @@ class ProgramCompiler {
                   const std::vector<String>& variables, Program& program);
 
   /// False when the tree has something that only the tree evaluator can do: random numbers,
-  /// registered functions, unknown names, wrong numbers of arguments.
+  /// registered functions of expressions, unknown names, wrong numbers of arguments.
   bool compile();
 
  private:
@@ -41,6 +41,8 @@ class ProgramCompiler {
   std::optional<std::uint32_t> slotOf(std::string_view name) const;
   bool foldConstants(const BuiltinFunction& function, std::uint32_t index, std::uint32_t count);
   bool addList(const BuiltinFunction& function, std::uint32_t count);
+  void addHostCall(const std::shared_ptr<const HostFunction>& host, std::uint32_t count);
+  void addCall(Instruction call, std::uint32_t count);
   void addChain(Operation operation, std::uint32_t count);
   void addUnary(const BuiltinFunction& function, bool argumentIsRadians);
   void addBinary(const BuiltinFunction& function);

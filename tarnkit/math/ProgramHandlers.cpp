@@ -1,6 +1,8 @@
 #include <cmath>
+#include <cstring>
 
 #include "tarnkit/math/FunctionMath.h"
+#include "tarnkit/math/HostFunction.h"
 #include "tarnkit/math/Program.h"
 
 namespace tarnkit::detail {
@@ -130,6 +132,21 @@ struct Step {
   }
 };
 
+template <bool Stores>
+double callHost(const Instruction* at, const double* values, double* temporaries,
+                double accumulator) {
+  if constexpr (Stores) temporaries[at->aside] = accumulator;
+  HostCalls* calls;
+  static_assert(sizeof calls <= sizeof(double));
+  std::memcpy(&calls, temporaries - 1, sizeof calls);
+  const auto value = at->host->call({temporaries + at->first, at->second}, calls->error);
+  if (!value) {
+    calls->failed = true;
+    return accumulator;
+  }
+  return at[1].run(at + 1, values, temporaries, *value);
+}
+
 double endSegment(const Instruction*, const double*, double*, double accumulator) {
   return accumulator;
 }
@@ -231,6 +248,8 @@ Handlers handlersFor(const Instruction& at) {
       return withFirst<Operation::callUnary>(at);
     case Operation::callList:
       return withStoring<Operation::callList, Source::accumulator, Source::accumulator>(at.stores);
+    case Operation::callHost:
+      return {at.stores ? &callHost<true> : &callHost<false>, &endBlock};
     case Operation::store:
       return withStoring<Operation::store, Source::accumulator, Source::accumulator>(true);
     case Operation::end:

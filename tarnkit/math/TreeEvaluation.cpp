@@ -20,13 +20,6 @@ constexpr std::uint32_t kInlineDepth = 64;
 // read.
 constexpr std::uint64_t kDecimalFunctionWork = 64;
 
-/// What the evaluations on this thread's stack have used so far.
-struct Nesting {
-  int depth = 0;
-  std::uint64_t work = 0;
-};
-thread_local Nesting nesting;
-
 const Number* numberNamed(const MXSubstitutions& substitutions, std::string_view name) {
   const Ref<Object>* found = nullptr;
   if (substitutions.size() <= kSearchedInPlace) {
@@ -107,17 +100,10 @@ bool evaluatePlainTree(const TreeView& tree, std::uint32_t stackDepth,
 
 TreeEvaluation::TreeEvaluation(const MXMathEvaluator& evaluator,
                                const MXSubstitutions& substitutions, MXError* error)
-    : evaluator_(evaluator), substitutions_(substitutions), error_(error ? error : &own_) {
-  if (nesting.depth++ == 0) nesting.work = 0;
-}
-
-TreeEvaluation::~TreeEvaluation() { --nesting.depth; }
+    : evaluator_(evaluator), substitutions_(substitutions), error_(error ? error : &own_) {}
 
 std::optional<MXNumber> TreeEvaluation::evaluate(const MXExpression& expression) {
-  if (nesting.depth > MXMathEvaluator::kMaximumNesting) {
-    fail(MXErrorCode::invalidFormat, "the expression refers to itself or is nested too deeply");
-    return std::nullopt;
-  }
+  if (!nesting_.enter(*error_)) return std::nullopt;
   root_ = &expression;
   ExpressionNode storage;
   tree_ = expression.view(storage);
@@ -158,7 +144,12 @@ bool TreeEvaluation::enterFunction(std::uint32_t node, std::uint32_t place) {
   if (builtin != Builtin::none) return enterBuiltin(node, place, builtin);
   const CalledFunction called = calledFunction(tree_.at(node), evaluator_);
   if (called.builtin != Builtin::none) return enterBuiltin(node, place, called.builtin);
-  if (called.registered) return callRegistered(*called.registered, place, called.name);
+  if (called.registered && called.registered->ofNumbers) {
+    hosts_.push_back(called.registered->ofNumbers);
+    enterFrame(node, place, Builtin::none, hosts_.back().get());
+    return true;
+  }
+  if (called.registered) return callRegistered(called.registered->function, place, called.name);
   if (!called.leadsToItself) return resolveUnknown(called.name, place);
   return fail(MXErrorCode::invalidFormat,
               fmt::format("the alias {} leads to itself", called.name.view()));
@@ -182,36 +173,55 @@ bool TreeEvaluation::enterBuiltin(std::uint32_t index, std::uint32_t place, Buil
     values_.push(static_cast<double>(count));
     return true;
   }
-  frames_.push({index, count, place, values_.size(), builtin});
-  std::uint32_t child = index - 1;
+  enterFrame(index, place, builtin, nullptr);
+  return true;
+}
+
+void TreeEvaluation::enterFrame(std::uint32_t node, std::uint32_t place, Builtin builtin,
+                                const HostFunction* host) {
+  const std::uint32_t count = tree_.nodes[node].argumentCount;
+  frames_.push({node, count, place, values_.size(), builtin, host});
+  std::uint32_t child = node - 1;
   for (std::uint32_t i = 0; i < count; ++i) {
     children_.push(child);
     child -= tree_.nodes[child].size;
   }
-  return true;
 }
 
 bool TreeEvaluation::leaveFunction() {
   const Frame& frame = frames_.back();
-  BuiltinCall call{builtinFunction(frame.builtin)};
-  call.degrees = evaluator_.angleMeasurementMode() == MXAngleMeasurementMode::degrees;
-  const std::size_t count = values_.size() - frame.firstValue;
-  call.argumentIsRadians = count == 1 && tree_.nodes[frame.node - 1].isFunction(Builtin::dtor);
-  // An alias makes a node of its own, which stands in no sum.
-  const bool isPercent = tree_.nodes[frame.node].builtin == Builtin::percent;
-  if (isPercent && !findPercentBase(frame, call.percentBase)) return false;
-  // Outside of substitutions the work is that of the text that was given.
-  if (nesting.depth > 1 && !evaluator_.computesInDoubles() && !charge(kDecimalFunctionWork)) {
-    return false;
-  }
-  auto value = evaluator_.functionEvaluator().compute(
-      call, std::span<const MXNumber>(values_.data() + frame.firstValue, count), error_);
-  if (!value) return failReturning(call.function.name);
+  const auto value =
+      compute(frame, {values_.data() + frame.firstValue, values_.size() - frame.firstValue});
+  if (!value) return false;
   values_.resize(frame.firstValue);
   values_.push(*value);
   frames_.pop();
   if (objects_.size() > frames_.size()) objects_.pop_back();
   return true;
+}
+
+std::optional<MXNumber> TreeEvaluation::compute(const Frame& frame,
+                                                std::span<const MXNumber> arguments) {
+  if (frame.host) {
+    SmallStack<double, 16> numbers;
+    for (const MXNumber& argument : arguments) numbers.push(argument.doubleValue());
+    return frame.host->call({numbers.data(), numbers.size()}, *error_);
+  }
+  BuiltinCall call{builtinFunction(frame.builtin)};
+  call.degrees = evaluator_.angleMeasurementMode() == MXAngleMeasurementMode::degrees;
+  call.argumentIsRadians =
+      arguments.size() == 1 && tree_.nodes[frame.node - 1].isFunction(Builtin::dtor);
+  // An alias makes a node of its own, which stands in no sum.
+  const bool isPercent = tree_.nodes[frame.node].builtin == Builtin::percent;
+  if (isPercent && !findPercentBase(frame, call.percentBase)) return std::nullopt;
+  // Outside of substitutions the work is that of the text that was given.
+  if (!nesting_.isOutermost() && !evaluator_.computesInDoubles() &&
+      !nesting_.charge(kDecimalFunctionWork, *error_)) {
+    return std::nullopt;
+  }
+  const auto value = evaluator_.functionEvaluator().compute(call, arguments, error_);
+  if (!value) failReturning(call.function.name);
+  return value;
 }
 
 // The second argument of an addition or a subtraction is a part of the first one's value, which
@@ -242,8 +252,7 @@ bool TreeEvaluation::callRegistered(const MXMathFunction& function, std::uint32_
   const MXMathFunction called = function;  // it may unregister itself
   const auto result = called(object->arguments(), substitutions_, evaluator_, error_);
   if (!result) {
-    failResolving("unable to resolve function: {}", MXUnknownFunctionKey,
-                  MXErrorCode::invalidIdentifier, name);
+    failResolving(*error_, "function", MXUnknownFunctionKey, MXErrorCode::invalidIdentifier, name);
     return false;
   }
   auto value = reduce(result.get());
@@ -264,8 +273,7 @@ bool TreeEvaluation::resolveUnknown(const String& name, std::uint32_t place) {
       return callRegistered(function, place, name);
     }
   }
-  failResolving("unable to resolve function: {}", MXUnknownFunctionKey,
-                MXErrorCode::invalidIdentifier, name);
+  failResolving(*error_, "function", MXUnknownFunctionKey, MXErrorCode::invalidIdentifier, name);
   return false;
 }
 
@@ -275,8 +283,7 @@ bool TreeEvaluation::pushVariable(std::uint32_t node) {
     values_.push(*value);
     return true;
   }
-  failResolving("unable to resolve variable: {}", MXUnknownVariableKey,
-                MXErrorCode::invalidVariable, name);
+  failResolving(*error_, "variable", MXUnknownVariableKey, MXErrorCode::invalidVariable, name);
   return false;
 }
 
@@ -294,17 +301,10 @@ std::optional<MXNumber> TreeEvaluation::reduce(const Object* value) {
   const auto* expression = as<MXExpression>(value);
   if (!string && !expression) return std::nullopt;
   ExpressionNode storage;
-  if (!charge(1 + (string ? string->view().size() : expression->view(storage).top().size))) {
-    return std::nullopt;
-  }
+  const std::size_t work = string ? string->view().size() : expression->view(storage).top().size;
+  if (!nesting_.charge(1 + work, *error_)) return std::nullopt;
   return string ? evaluator_.evaluateString(string->view(), substitutions_, error_)
                 : evaluator_.evaluateExpression(*expression, substitutions_, error_);
-}
-
-bool TreeEvaluation::charge(std::uint64_t work) {
-  nesting.work += work;
-  if (nesting.work <= MXMathEvaluator::kMaximumSubstitutedWork) return true;
-  return fail(MXErrorCode::invalidFormat, "the substitutions refer to each other too often");
 }
 
 // The object of the function that is about to be called as an argument of the innermost frame.
@@ -328,13 +328,6 @@ bool TreeEvaluation::failReturning(std::string_view name) {
   return *error_ ? false
                  : fail(MXErrorCode::invalidArgument,
                         fmt::format("invalid return type from {} function", name));
-}
-
-void TreeEvaluation::failResolving(const char* what, const char* key, MXErrorCode code,
-                                   const String& name) {
-  if (*error_) return;
-  *error_ = MXError(code, fmt::format(fmt::runtime(what), name.view()));
-  error_->setUserInfo(name, String(key));
 }
 
 }  // namespace tarnkit::detail

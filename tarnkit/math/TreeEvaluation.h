@@ -2,10 +2,12 @@
 
 #include <cstring>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
-#include "tarnkit/math/MXMathEvaluator.h"
+#include "tarnkit/math/EvaluationNesting.h"
+#include "tarnkit/math/HostFunction.h"
 #include "tarnkit/math/SmallStack.h"
 
 namespace tarnkit::detail {
@@ -33,9 +35,6 @@ class TreeEvaluation {
  public:
   TreeEvaluation(const MXMathEvaluator& evaluator, const MXSubstitutions& substitutions,
                  MXError* error);
-  ~TreeEvaluation();
-  TreeEvaluation(const TreeEvaluation&) = delete;
-  TreeEvaluation& operator=(const TreeEvaluation&) = delete;
 
   std::optional<MXNumber> evaluate(const MXExpression& expression);
 
@@ -46,13 +45,17 @@ class TreeEvaluation {
     std::uint32_t waiting;  // arguments still to come, on top of `children_`
     std::uint32_t place;    // which argument of its parent it is
     std::size_t firstValue;
-    Builtin builtin;  // what computes it, aliases followed
+    Builtin builtin;  // what computes it, aliases followed: this, or a host function
+    const HostFunction* host;
   };
 
   bool step(std::uint32_t node, std::uint32_t place);
   bool enterFunction(std::uint32_t node, std::uint32_t place);
   bool enterBuiltin(std::uint32_t node, std::uint32_t place, Builtin builtin);
+  void enterFrame(std::uint32_t node, std::uint32_t place, Builtin builtin,
+                  const HostFunction* host);
   bool leaveFunction();
+  std::optional<MXNumber> compute(const Frame& frame, std::span<const MXNumber> arguments);
   bool callRegistered(const MXMathFunction& function, std::uint32_t place, const String& name);
   bool resolveUnknown(const String& name, std::uint32_t place);
   bool pushVariable(std::uint32_t node);
@@ -60,11 +63,10 @@ class TreeEvaluation {
   std::optional<MXNumber> variableValue(const String& name);
   std::optional<MXNumber> reduce(const Object* value);
   Ref<MXExpression> objectOf(std::uint32_t place);
-  bool charge(std::uint64_t work);
   bool fail(MXErrorCode code, std::string message);
   bool failReturning(std::string_view name);
-  void failResolving(const char* what, const char* key, MXErrorCode code, const String& name);
 
+  EvaluationNesting nesting_;
   const MXMathEvaluator& evaluator_;
   const MXSubstitutions& substitutions_;
   MXError own_;  // takes the error when the caller gave no slot
@@ -74,6 +76,8 @@ class TreeEvaluation {
   SmallStack<Frame, 16> frames_;
   /// The objects of the first frames, made when a registered function asks for its arguments.
   std::vector<Ref<MXExpression>> objects_;
+  /// The host functions that are called.
+  std::vector<std::shared_ptr<const HostFunction>> hosts_;
   SmallStack<std::uint32_t, 16> children_;
   SmallStack<MXNumber, 16> values_;
 };

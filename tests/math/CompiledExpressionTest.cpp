@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "tarnkit/math/MXCompiledExpression.h"
+#include "tarnkit/platform/numbers/NumberText.h"
 #include "tests/math/MathTesting.h"
 
 namespace tarnkit::testing {
@@ -112,6 +113,145 @@ TEST(CompiledExpression, FallsBackToTheEvaluator) {
     double result = 0;
     EXPECT_EQ(expression->evaluate(columns, 1, &result), value.has_value());
   }
+}
+
+/// Host functions of numbers that write down how they are called, and the same as functions of
+/// expressions, which evaluate their arguments themselves.
+class HostFunctions {
+ public:
+  explicit HostFunctions(bool ofNumbers) {
+    add(ofNumbers, "f", [this](auto values, MXError*) { return called("f", values); });
+    add(ofNumbers, "G", [this](auto values, MXError*) { return called("g", values); });
+    add(ofNumbers, "silent", [this](auto values, MXError*) {
+      called("silent", values);
+      return std::optional<double>();
+    });
+    add(ofNumbers, "positive", [this](auto values, MXError* error) -> std::optional<double> {
+      called("positive", values);
+      if (values[0] > 0) return values[0];
+      MXError::set(error, MXErrorCode::invalidArgument, "not positive");
+      return std::nullopt;
+    });
+    evaluator_->addAlias(String("alias"), String("f"));
+  }
+
+  /// The calls, then the value or the error, of an expression prepared or not.
+  std::string run(const char* text, bool prepared, std::span<const double> values) {
+    calls_.clear();
+    MXError error;
+    std::optional<double> value;
+    const auto tree = MXExpression::expressionFromString(text, nullptr);
+    if (prepared) {
+      value = compiled(text, evaluator_, {String("x"), String("y")})->evaluate(values, &error);
+    } else {
+      const MXSubstitutions substitutions{{"x", Number::withDouble(values[0])},
+                                          {"y", Number::withDouble(values[1])}};
+      const auto number = evaluator_->evaluateExpression(*tree, substitutions, &error);
+      if (number) value = number->doubleValue();
+    }
+    return calls_ + "= " + (value ? shortestText(*value) : textOf(error)) +
+           error.userInfo().get(MXUnknownFunctionKey).toStdString();
+  }
+
+  const Ref<MXMathEvaluator>& evaluator() const { return evaluator_; }
+  std::string takeCalls() { return std::exchange(calls_, {}); }
+
+ private:
+  std::optional<double> called(const char* name, std::span<const double> values) {
+    double sum = 1;
+    calls_ += name;
+    for (const double value : values) {
+      calls_ += " " + shortestText(value);
+      sum += value;
+    }
+    calls_ += "; ";
+    return sum;
+  }
+
+  void add(bool ofNumbers, const char* name, const MXNumberFunction& function) {
+    if (ofNumbers) {
+      EXPECT_TRUE(evaluator_->registerNumberFunction(function, String(name)));
+      return;
+    }
+    evaluator_->registerFunction(
+        [function](const auto& arguments, const auto& variables, const auto& evaluator,
+                   MXError* error) -> Ref<MXExpression> {
+          std::vector<double> values;
+          for (const auto& argument : arguments) {
+            const auto value = evaluator.evaluateExpression(*argument, variables, error);
+            if (!value) return nullptr;
+            values.push_back(value->doubleValue());
+          }
+          const auto value = function(values, error);
+          return value ? MXExpression::numberExpressionWithNumber(*value) : nullptr;
+        },
+        String(name));
+  }
+
+  Ref<MXMathEvaluator> evaluator_ = make<MXMathEvaluator>();
+  std::string calls_;
+};
+
+TEST(CompiledExpression, CallsHostFunctionsOfNumbersAsTheEvaluatorDoes) {
+  HostFunctions ofExpressions(false);
+  HostFunctions ofNumbers(true);
+  const double values[] = {2, -3};
+  for (const char* text :
+       {"f()", "f($x)", "F($x, $y, 1)", "f(1) + g(2) * f(3)", "alias(g($x), f($y) + 1, 4)",
+        "sin(f($x)) ** 2 + max(g($y), f(), $x)", "median(f($x), 3, g($y))", "f(silent($x), g(1))",
+        "g(1) + positive($x) - positive($y) + f(2)", "positive(positive($y))",
+        "50 - percent(f($x))", "f($x * 2 - 1, ($x + 1) * ($y - f($y)), abs($y)) / g(f(g($x)))",
+        "silent()"}) {
+    const std::string expected = ofExpressions.run(text, false, values);
+    EXPECT_EQ(ofExpressions.run(text, true, values), expected);
+    EXPECT_EQ(ofNumbers.run(text, false, values), expected) << text;
+    EXPECT_EQ(ofNumbers.run(text, true, values), expected) << text;
+    EXPECT_TRUE(compiled(text, ofNumbers.evaluator())->isPrepared()) << text;
+  }
+  EXPECT_EQ(ofNumbers.run("silent()", true, values),
+            "silent; = 3 unable to resolve function: silentsilent");
+  EXPECT_FALSE(ofNumbers.evaluator()->registerNumberFunction({}, String("empty")));
+  EXPECT_FALSE(
+      ofNumbers.evaluator()->registerNumberFunction([](auto, auto) { return 1.0; }, String("Sin")));
+}
+
+TEST(CompiledExpression, CallsHostFunctionsRowByRow) {
+  HostFunctions functions(true);
+  const auto expression = compiled("positive($x) + g($x)", functions.evaluator(), {String("x")});
+  std::vector<double> column(300, 1.0);
+  column[200] = -1;
+  const double* const columns[] = {column.data()};
+  std::vector<double> results(300, -7.0);
+  MXError error;
+  EXPECT_FALSE(expression->evaluate(columns, 300, results.data(), &error));
+  EXPECT_EQ(textOf(error), "18 not positive");
+  std::string expected;
+  for (int row = 0; row < 200; ++row) expected += "positive 1; g 1; ";
+  EXPECT_EQ(functions.takeCalls(), expected + "positive -1; ");
+  EXPECT_EQ(results[199], 3);
+  EXPECT_EQ(results[200], -7);
+}
+
+TEST(CompiledExpression, KeepsWhatItCallsAndEndsCirclesOfCalls) {
+  const auto evaluator = make<MXMathEvaluator>();
+  const auto unregistering = [&evaluator](std::span<const double> values, MXError*) {
+    evaluator->unregisterFunctionWithName(String("once"));
+    return std::optional(values[0]);
+  };
+  evaluator->registerNumberFunction(unregistering, String("once"));
+  const auto tree = MXExpression::expressionFromString("once(once(3)) + once(4)", nullptr);
+  const auto prepared = MXCompiledExpression::compile(tree, evaluator);
+  EXPECT_FALSE(evaluator->evaluateExpression(*tree, {}, nullptr));
+  EXPECT_EQ(prepared->evaluate({}), 7);
+
+  Ref<MXCompiledExpression> circle;
+  evaluator->registerNumberFunction(
+      [&circle](std::span<const double>, MXError* error) { return circle->evaluate({}, error); },
+      String("again"));
+  circle = compiled("1 + again()", evaluator);
+  MXError error;
+  EXPECT_FALSE(circle->evaluate({}, &error));
+  EXPECT_EQ(textOf(error), "1 the expression refers to itself or is nested too deeply");
 }
 
 }  // namespace
