@@ -7,6 +7,7 @@
 
 #include "tarnkit/platform/numbers/NumberText.h"
 #include "tarnkit/platform/system/Bundle.h"
+#include "tarnkit/platform/text/ASCII.h"
 #include "tarnkit/platform/text/String.h"
 #include "tarnkit/platform/text/Symbol.h"
 
@@ -16,12 +17,10 @@ namespace {
 
 constinit const Symbol kShortVersionKey{"CFBundleShortVersionString"};
 
-bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
-
 /// Takes the next run of digits off the text; 0 when there is none left.
 std::int32_t scanInteger(std::string_view& text) noexcept {
-  const auto first = std::find_if(text.begin(), text.end(), isDigit);
-  const auto last = std::find_if_not(first, text.end(), isDigit);
+  const auto first = std::find_if(text.begin(), text.end(), detail::isDigit);
+  const auto last = std::find_if_not(first, text.end(), detail::isDigit);
   const std::string_view digits(first, last);
   text = std::string_view(last, text.end());
   return readInt32(digits);

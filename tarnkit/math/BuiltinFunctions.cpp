@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "tarnkit/math/FunctionMath.h"
+#include "tarnkit/platform/text/ASCII.h"
 
 namespace tarnkit::detail {
 
@@ -193,8 +194,7 @@ struct PackedName {
 constexpr PackedName pack(std::string_view name) {
   PackedName packed;
   for (std::size_t i = 0; i < name.size(); ++i) {
-    auto c = static_cast<unsigned char>(name[i]);
-    if (c >= 'A' && c <= 'Z') c = static_cast<unsigned char>(c + ('a' - 'A'));
+    const auto c = static_cast<unsigned char>(lowerCaseOf(name[i]));
     auto& word = i < 8 ? packed.low : packed.high;
     word |= std::uint64_t{c} << (8 * (i % 8));
   }

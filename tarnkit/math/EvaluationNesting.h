@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 
 #include "tarnkit/math/MXError.h"
@@ -20,7 +21,10 @@ class EvaluationNesting {
   EvaluationNesting() noexcept {
     if (used.depth++ == 0) used.work = 0;
   }
-  ~EvaluationNesting() { --used.depth; }
+  ~EvaluationNesting() {
+    assert(used.depth > 0);
+    --used.depth;
+  }
   EvaluationNesting(const EvaluationNesting&) = delete;
   EvaluationNesting& operator=(const EvaluationNesting&) = delete;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -55,13 +56,23 @@ struct TreeView {
   const char* moreText = nullptr;
 
   const ExpressionNode& top() const noexcept { return nodes[root]; }
-  std::uint32_t begin() const noexcept { return root + 1 - nodes[root].size; }
+  std::uint32_t begin() const noexcept { return beginOf(root); }
+  /// Where the subtree of a node begins.
+  std::uint32_t beginOf(std::uint32_t index) const noexcept {
+    return index + 1 - nodes[index].size;
+  }
+  /// The argument that stands before another one of the same function; the last argument stands
+  /// right before the function itself.
+  std::uint32_t argumentBefore(std::uint32_t argument) const noexcept {
+    return argument - nodes[argument].size;
+  }
   TreeView at(std::uint32_t index) const noexcept {
     TreeView other = *this;
     other.root = index;
     return other;
   }
   std::string_view slice(const ExpressionNode& node) const noexcept {
+    assert(moreText || node.textOffset + std::size_t{node.textLength} <= textSize);
     const char* const from = node.textOffset < textSize ? text + node.textOffset
                                                         : moreText + (node.textOffset - textSize);
     return {from, node.textLength};

@@ -12,7 +12,7 @@ std::optional<MXNumber> KnownValues::of(std::uint32_t root, EvaluateObject evalu
     values_.resize(tree_.root + std::size_t{1} - begin);
     ends_.resize(values_.size());
   }
-  const std::uint32_t first = root + 1 - tree_.nodes[root].size;
+  const std::uint32_t first = tree_.beginOf(root);
   for (std::uint32_t i = first; i <= root;) {
     if (ends_[i - begin] != 0) {
       i = ends_[i - begin];
@@ -60,7 +60,7 @@ std::optional<MXNumber> KnownValues::computeBuiltin(std::uint32_t index, Builtin
   for (std::uint32_t i = node.argumentCount; i-- > 0;) {
     if (!at(child)) return std::nullopt;
     arguments[i] = *at(child);
-    child -= tree_.nodes[child].size;
+    child = tree_.argumentBefore(child);
   }
   if (isPercentOfFirst(tree_, index, evaluator_)) {
     const auto& first = at(index - node.size);

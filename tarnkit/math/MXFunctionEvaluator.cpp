@@ -1,6 +1,7 @@
 #include "tarnkit/math/MXFunctionEvaluator.h"
 
 #include <algorithm>
+#include <cassert>
 #include <limits>
 
 #include "tarnkit/math/FunctionMath.h"
@@ -11,14 +12,14 @@ namespace tarnkit::detail {
 
 const Class MXFunctionEvaluator::kClass{"_MXFunctionEvaluator", &Object::kClass};
 
-MXFunctionEvaluator::MXFunctionEvaluator(const MXMathEvaluator* evaluator)
-    : evaluator_(const_cast<MXMathEvaluator*>(evaluator)) {}
+MXFunctionEvaluator::MXFunctionEvaluator(MXMathEvaluator* evaluator) : evaluator_(evaluator) {}
 
 MXFunctionEvaluator::~MXFunctionEvaluator() = default;
 
 double computeBuiltin(const BuiltinFunction& function, const double* arguments, std::size_t count,
                       bool degrees, bool argumentIsRadians, double percentBase) {
   constexpr double kHundred = 100;
+  assert(function.takes(static_cast<std::uint32_t>(count)));
   switch (function.shape) {
     case BuiltinShape::constant:
       return function.value;

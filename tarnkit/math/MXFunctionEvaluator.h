@@ -28,7 +28,7 @@ double computeBuiltin(const BuiltinFunction& function, const double* arguments, 
 class MXFunctionEvaluator : public Object {
   TARNKIT_CLASS
  public:
-  explicit MXFunctionEvaluator(const MXMathEvaluator* evaluator);
+  explicit MXFunctionEvaluator(MXMathEvaluator* evaluator);
   ~MXFunctionEvaluator() override;
 
   /// The names of all built-ins, sorted.

@@ -88,15 +88,15 @@ String MXFunctionExpression::function() const {
 const std::vector<Ref<MXExpression>>& MXFunctionExpression::arguments() const {
   const auto* made = madeArguments_.load(std::memory_order_acquire);
   if (made) return *made;
-  const ExpressionNode* const nodes = tree().nodes();
+  const TreeView view = tree().view(root_);
   Ref<VariableNames> names = names_;
   if (!names && tree().summary.variableCount > 0) names = make<VariableNames>(tree());
-  auto fresh = std::make_unique<Arguments>(nodes[root_].argumentCount);
+  auto fresh = std::make_unique<Arguments>(view.top().argumentCount);
   std::uint32_t child = root_ - 1;
   for (std::size_t i = fresh->size(); i-- > 0;) {
     (*fresh)[i] = expressionAt(child, names);
     setParent(*(*fresh)[i], const_cast<MXFunctionExpression*>(this));
-    child -= nodes[child].size;
+    child = view.argumentBefore(child);
   }
   if (madeArguments_.compare_exchange_strong(made, fresh.get(), std::memory_order_acq_rel)) {
     return *fresh.release();

@@ -176,7 +176,7 @@ void MXMathEvaluator::addRewriteRule(const String& replacement,
 
 void MXMathEvaluator::seedRandomNumbers(std::uint64_t seed) { randomNumbers_->seed(seed); }
 
-double MXMathEvaluator::randomNumber(std::uint32_t lower, std::uint32_t upper) const {
+double MXMathEvaluator::randomNumber(std::uint32_t lower, std::uint32_t upper) {
   return static_cast<double>(randomNumbers_->between(lower, upper));
 }
 

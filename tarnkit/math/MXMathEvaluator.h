@@ -36,7 +36,8 @@ using MXNumberFunction =
 /// Computes expressions, given values for their variables; owns the functions, aliases and settings
 /// that bear on that.
 ///
-/// Evaluation changes nothing in the evaluator, so several threads may evaluate with one that none
+/// Evaluation changes nothing in the evaluator but the sequence of `random()`, which a lock guards,
+/// so several threads may evaluate with one that none
 /// of them configures. It costs time linear in the tree and allocates nothing for trees of built-in
 /// functions and number values. Substituted strings and expressions, and registered functions, may
 /// lead back into the evaluator at most `kMaximumNesting` deep; beyond, as when two variables name
@@ -118,8 +119,8 @@ class MXMathEvaluator final : public Object {
 
   /// Makes `random()` give the same sequence from here on; it is seeded from the system otherwise.
   void seedRandomNumbers(std::uint64_t seed);
-  /// A whole number in [lower, upper).
-  double randomNumber(std::uint32_t lower, std::uint32_t upper) const;
+  /// The next whole number of the sequence, in [lower, upper).
+  double randomNumber(std::uint32_t lower, std::uint32_t upper);
 
   /// A registered function of either kind, or an alias of another name.
   struct RegisteredFunction {

@@ -11,7 +11,7 @@ namespace tarnkit::detail {
 class MXPrecisionFunctionEvaluator final : public MXFunctionEvaluator {
   TARNKIT_CLASS
  public:
-  explicit MXPrecisionFunctionEvaluator(const MXMathEvaluator* evaluator)
+  explicit MXPrecisionFunctionEvaluator(MXMathEvaluator* evaluator)
       : MXFunctionEvaluator(evaluator) {}
   ~MXPrecisionFunctionEvaluator() override;
 

@@ -139,8 +139,8 @@ bool MXRewriteRule::match(const TreeView& tree, Bindings& bindings) const {
     Pair child{pair.inTemplate - 1, pair.inTree - 1};
     for (std::uint32_t i = 0; i < wanted.argumentCount; ++i) {
       pairs.push(child);
-      child.inTemplate -= predicate_.view.nodes[child.inTemplate].size;
-      child.inTree -= tree.nodes[child.inTree].size;
+      child.inTemplate = predicate_.view.argumentBefore(child.inTemplate);
+      child.inTree = tree.argumentBefore(child.inTree);
     }
   }
   return true;

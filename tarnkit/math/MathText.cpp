@@ -24,8 +24,6 @@ constexpr double kExactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7
 constexpr int kLargestExactPower = 22;
 constexpr int kExactDigits = 15;
 
-bool isUpper(char c) noexcept { return c >= 'A' && c <= 'Z'; }
-
 // Overflowing exponents saturate far outside every range that matters.
 std::int64_t readExponent(std::string_view text) noexcept {
   constexpr std::int64_t kFar = 1'000'000'000;
@@ -51,22 +49,6 @@ double readNumberSlowly(std::string_view text) noexcept {
 }
 
 }  // namespace
-
-bool isAscii(std::string_view text) noexcept {
-  const char* at = text.data();
-  std::size_t left = text.size();
-  std::uint64_t seen = 0;
-  while (left >= sizeof seen) {
-    std::uint64_t word;
-    std::memcpy(&word, at, sizeof word);
-    seen |= word;
-    at += sizeof word;
-    left -= sizeof word;
-  }
-  std::uint64_t last = 0;
-  if (left != 0) std::memcpy(&last, at, left);
-  return ((seen | last) & 0x8080808080808080ULL) == 0;
-}
 
 bool isPlainText(std::string_view text) noexcept {
   constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
@@ -123,19 +105,14 @@ std::string_view wellFormed(std::string_view text, std::string& storage) {
 }
 
 char32_t nextCodePoint(std::string_view text, std::size_t& at) noexcept {
-  const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-  const std::size_t size = text.size();
-  UChar32 c;
-  U8_NEXT(bytes, at, size, c);
-  return c < 0 ? kReplacement : static_cast<char32_t>(c);
+  const CodePoint next = codePointAt(text, at);
+  at += next.size;
+  return next.value;
 }
 
 void appendCodePoint(std::string& text, char32_t codePoint) {
-  std::uint8_t bytes[U8_MAX_LENGTH];
-  std::int32_t length = 0;
-  const auto c = static_cast<UChar32>(codePoint);
-  U8_APPEND_UNSAFE(bytes, length, c);
-  text.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
+  char bytes[U8_MAX_LENGTH];
+  text.append(bytes, writeUTF8(codePoint, bytes));
 }
 
 bool isBlank(char32_t codePoint) noexcept {
@@ -148,10 +125,8 @@ char32_t lowerCasePoint(char32_t codePoint) noexcept {
 
 std::string lowerCase(std::string_view text) {
   std::string lower(text);
-  if (isAscii(text)) {
-    for (char& c : lower) {
-      if (isUpper(c)) c = static_cast<char>(c + ('a' - 'A'));
-    }
+  if (isASCII(text)) {
+    for (char& c : lower) c = lowerCaseOf(c);
     return lower;
   }
   auto unicode = icu::UnicodeString::fromUTF8(
@@ -164,7 +139,7 @@ std::string lowerCase(std::string_view text) {
 
 String lowerCase(const String& text) {
   const auto view = text.view();
-  if (isAscii(view) && std::none_of(view.begin(), view.end(), isUpper)) return text;
+  if (isASCII(view) && std::none_of(view.begin(), view.end(), isUpperCase)) return text;
   const std::string lower = lowerCase(view);
   return lower == view ? text : String(lower);
 }

@@ -4,7 +4,9 @@
 #include <string>
 #include <string_view>
 
+#include "tarnkit/platform/text/ASCII.h"
 #include "tarnkit/platform/text/String.h"
+#include "tarnkit/platform/text/UTF8.h"
 
 namespace tarnkit::detail {
 
@@ -12,9 +14,6 @@ namespace tarnkit::detail {
 /// expressions. All free functions, none locale-dependent, all linear in their text; safe on any
 /// thread.
 
-constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
-/// Whether every byte is below 0x80.
-bool isAscii(std::string_view text) noexcept;
 /// Whether every byte is below 0x80 and none is 0.
 bool isPlainText(std::string_view text) noexcept;
 /// The text with every byte sequence that is not UTF-8 read as U+FFFD; `text` itself, and nothing

@@ -50,9 +50,6 @@ bool isOrdinary(const OperatorRow& row) {
   }
 }
 
-char lowerAscii(char c) noexcept {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
 bool isAsciiByte(char c) noexcept { return static_cast<unsigned char>(c) < 0x80; }
 
 // Whether the text begins with the token (in lower case), and how many bytes that takes.
@@ -62,7 +59,7 @@ bool beginsWith(std::string_view text, std::string_view token, std::size_t& leng
   while (inToken < token.size()) {
     if (at == text.size()) return false;
     if (isAsciiByte(text[at]) && isAsciiByte(token[inToken])) {
-      if (lowerAscii(text[at++]) != token[inToken++]) return false;
+      if (lowerCaseOf(text[at++]) != token[inToken++]) return false;
     } else if (lowerCasePoint(nextCodePoint(text, at)) != nextCodePoint(token, inToken)) {
       return false;
     }
@@ -248,7 +245,7 @@ bool OperatorTable::isOperatorCharacter(char32_t codePoint) const noexcept {
 
 const OperatorToken* OperatorTable::match(std::string_view text,
                                           std::size_t& length) const noexcept {
-  char first = lowerAscii(text.front());
+  char first = lowerCaseOf(text.front());
   if (!isAsciiByte(first)) {
     std::size_t at = 0;
     std::string lower;

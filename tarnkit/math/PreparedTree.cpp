@@ -1,6 +1,7 @@
 #include "tarnkit/math/PreparedTree.h"
 
 #include <algorithm>
+#include <cassert>
 #include <typeinfo>
 
 #include "tarnkit/math/ProgramCompiler.h"
@@ -29,6 +30,7 @@ std::unique_ptr<const PreparedTree> PreparedTree::prepare(const ExpressionTree& 
       program.segments.size() != 1 || program.temporaries > kMaximumTemporaries) {
     return nullptr;
   }
+  assert(program.hosts.empty());
   prepared->code_ = program.instructions.data();
   return prepared;
 }

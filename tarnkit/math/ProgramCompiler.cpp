@@ -1,6 +1,7 @@
 #include "tarnkit/math/ProgramCompiler.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "tarnkit/math/CalledFunction.h"
 #include "tarnkit/math/FunctionMath.h"
@@ -82,7 +83,9 @@ bool ProgramCompiler::compile() {
         break;
     }
   }
+  assert(operands_.size() == 1);
   if (operands_.back().source != Source::accumulator) applyUnary(Operation::load);
+  assert(inAccumulator_ == std::size_t{0});
   endSegment();
   for (Instruction& instruction : program_.instructions) {
     instruction.run = scalarHandler(instruction);
@@ -334,6 +337,7 @@ void ProgramCompiler::push(Source source, std::uint32_t index, double constant) 
 // the latest result, so what stands above it are leaves.
 std::uint32_t ProgramCompiler::putAside() {
   const std::size_t place = *inAccumulator_;
+  assert(place < operands_.size() && operands_[place].source == Source::accumulator);
   inAccumulator_.reset();
   const std::uint32_t index = place == 0 ? 0 : operands_[place - 1].held;
   operands_[place].source = Source::temporary;

@@ -1,5 +1,6 @@
 #include "tarnkit/math/RandomNumbers.h"
 
+#include <cassert>
 #include <limits>
 
 namespace tarnkit::detail {
@@ -16,6 +17,7 @@ void RandomNumbers::seed(std::uint64_t seed) {
 }
 
 std::uint32_t RandomNumbers::between(std::uint32_t lower, std::uint32_t upper) {
+  assert(lower < upper);
   const std::lock_guard lock(mutex_);
   const std::uint64_t range = upper - lower;
   // Draws beyond the last whole multiple of the range would favour its first numbers.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
@@ -9,8 +10,11 @@
 
 namespace tarnkit::detail {
 
-/// A growing run of plain records whose first `N` need no memory from the heap. One owner, no
-/// copies; appending is amortised constant time.
+/// A growing run of plain records whose first `N` need no memory from the heap, or which fills what
+/// somebody else has. One owner, no copies; appending is amortised constant time.
+///
+/// For stacks of a moment that mostly stay small; `RawBuffer` of the property lists is for the
+/// bytes of a whole file: it moves, hands out room that is filled later, and grows by a quarter.
 template <class T, std::size_t N>
 class SmallStack {
   static_assert(std::is_trivially_copyable_v<T>);
@@ -24,10 +28,16 @@ class SmallStack {
   const T* data() const noexcept { return data_; }
   std::size_t size() const noexcept { return size_; }
   bool empty() const noexcept { return size_ == 0; }
-  T& operator[](std::size_t index) noexcept { return data_[index]; }
-  const T& operator[](std::size_t index) const noexcept { return data_[index]; }
-  T& back() noexcept { return data_[size_ - 1]; }
-  const T& back() const noexcept { return data_[size_ - 1]; }
+  T& operator[](std::size_t index) noexcept {
+    assert(index < size_);
+    return data_[index];
+  }
+  const T& operator[](std::size_t index) const noexcept {
+    assert(index < size_);
+    return data_[index];
+  }
+  T& back() noexcept { return (*this)[size_ - 1]; }
+  const T& back() const noexcept { return (*this)[size_ - 1]; }
   void push(const T& value) {
     if (size_ == capacity_) grow(size_ + 1);
     data_[size_++] = value;
@@ -45,10 +55,14 @@ class SmallStack {
   }
   /// Fills memory of somebody else's, which outlives this, as long as it suffices. While empty.
   void use(T* memory, std::size_t capacity) noexcept {
+    assert(empty() && !heap_);
     data_ = memory;
     capacity_ = capacity;
   }
-  void pop() noexcept { --size_; }
+  void pop() noexcept {
+    assert(size_ > 0);
+    --size_;
+  }
   void resize(std::size_t size) {
     if (size > capacity_) grow(size);
     size_ = size;

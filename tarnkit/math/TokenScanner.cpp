@@ -11,7 +11,7 @@ namespace tarnkit::detail {
 bool prepareText(std::string_view& text, std::string& storage) {
   if (text.size() > kMaximumTextLength / 3) {
     // Replacing bytes may triple the text.
-    if (text.size() > kMaximumTextLength || !isAscii(text)) return false;
+    if (text.size() > kMaximumTextLength || !isASCII(text)) return false;
   }
   if (isPlainText(text)) return true;
   if (const auto nul = text.find('\0'); nul != text.npos) text = text.substr(0, nul);

@@ -243,9 +243,7 @@ bool TokenScanner<Sink>::readOperator(ScannedToken& token) noexcept {
 template <class Sink>
 bool TokenScanner<Sink>::beginsOperator() const noexcept {
   if ((classAt(at_) & OperatorTable::kPartial) == 0) {
-    const bool isUpper = *at_ >= 'A' && *at_ <= 'Z';
-    const char lower = isUpper ? static_cast<char>(*at_ + ('a' - 'A')) : *at_;
-    return (table_.classOf(lower) & OperatorTable::kOperator) != 0;
+    return (table_.classOf(lowerCaseOf(*at_)) & OperatorTable::kOperator) != 0;
   }
   std::size_t width = 0;
   return table_.isOperatorCharacter(lowerCasePoint(nextCodePoint(rest(at_), width)));

@@ -1,5 +1,6 @@
 #include "tarnkit/math/TreeBuilder.h"
 
+#include <cassert>
 #include <limits>
 #include <stdexcept>
 
@@ -85,6 +86,7 @@ void TreeBuilder::addCopy(const TreeView& other) {
 }
 
 void TreeBuilder::drop(std::uint32_t nodes, std::uint32_t subtrees) noexcept {
+  assert(nodes <= nodes_.size() && subtrees <= depth_ && nodes == nodesOfLast(subtrees));
   nodes_.resize(nodes_.size() - nodes);
   depth_ -= subtrees;
 }

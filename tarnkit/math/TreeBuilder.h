@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <string>
 #include <string_view>
 
@@ -23,6 +24,7 @@ class TreeBuilder {
   ExpressionNode& node(std::uint32_t index) noexcept { return nodes_[index]; }
   /// The tree whose root was added last.
   TreeView view() const noexcept {
+    assert(count() > 0);
     return {nodes_.data(), count() - 1, text_.data(), text_.size(), moreText_.data()};
   }
   const TreeSummary& summary() const noexcept { return summary_; }
@@ -116,6 +118,7 @@ class TreeBuilder {
   }
   void addFunction(Builtin builtin, std::uint16_t flags, std::uint32_t arguments,
                    std::uint32_t nodes, std::uint32_t offset, std::uint32_t length) {
+    assert(arguments <= depth_ && nodes == nodesOfLast(arguments));
     if (!isPlainCall(builtin, arguments)) summary_.isPlain = false;
     if (builtin <= Builtin::subtract && builtin != Builtin::none && arguments == 2 &&
         nodes_.back().isFunction(Builtin::percent)) {

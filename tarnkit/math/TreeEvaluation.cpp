@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cassert>
 #include <cstring>
 #include <span>
 
@@ -120,6 +121,7 @@ std::optional<MXNumber> TreeEvaluation::evaluate(const MXExpression& expression)
     --frame.waiting;
     if (!step(node, place)) return std::nullopt;
   }
+  assert(values_.size() == 1 && children_.empty() && objects_.empty());
   return values_.back();
 }
 
@@ -184,12 +186,13 @@ void TreeEvaluation::enterFrame(std::uint32_t node, std::uint32_t place, Builtin
   std::uint32_t child = node - 1;
   for (std::uint32_t i = 0; i < count; ++i) {
     children_.push(child);
-    child -= tree_.nodes[child].size;
+    child = tree_.argumentBefore(child);
   }
 }
 
 bool TreeEvaluation::leaveFunction() {
   const Frame& frame = frames_.back();
+  assert(frame.waiting == 0 && values_.size() >= frame.firstValue);
   const auto value =
       compute(frame, {values_.data() + frame.firstValue, values_.size() - frame.firstValue});
   if (!value) return false;

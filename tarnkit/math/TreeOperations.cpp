@@ -89,7 +89,7 @@ std::string treeDescription(const TreeView& tree) {
       for (std::uint32_t i = node.argumentCount; i-- > 0;) {
         steps.push_back({child, 0});
         if (i > 0) steps.push_back({kText, ','});
-        child -= tree.nodes[child].size;
+        child = tree.argumentBefore(child);
       }
     }
   }

@@ -110,8 +110,8 @@ std::optional<MXNumber> TreeSimplification::evaluateObject(std::uint32_t index) 
   while (root != index) {
     std::uint32_t child = root - 1;
     std::uint32_t place = tree_.nodes[root].argumentCount - 1;
-    while (child + 1 - tree_.nodes[child].size > index) {
-      child -= tree_.nodes[child].size;
+    while (tree_.beginOf(child) > index) {
+      child = tree_.argumentBefore(child);
       --place;
     }
     at = at->arguments()[place].get();

@@ -12,6 +12,7 @@
 #include "tarnkit/platform/numbers/NumberText.h"
 #include "tarnkit/platform/objects/Color.h"
 #include "tarnkit/platform/system/Log.h"
+#include "tarnkit/platform/text/ASCII.h"
 
 namespace tarnkit {
 
@@ -57,10 +58,8 @@ std::int32_t lowHalf(std::int64_t value) noexcept {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::uint64_t>(value)));
 }
 
-bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
-
 std::size_t afterDigits(std::string_view text, std::size_t at) noexcept {
-  while (at < text.size() && isDigit(text[at])) ++at;
+  while (at < text.size() && detail::isDigit(text[at])) ++at;
   return at;
 }
 
@@ -68,7 +67,7 @@ std::size_t afterDigits(std::string_view text, std::size_t at) noexcept {
 /// sign or a leading point is lost; 0 when there is none.
 float scanComponent(std::string_view& text) noexcept {
   std::size_t start = 0;
-  while (start < text.size() && !isDigit(text[start])) ++start;
+  while (start < text.size() && !detail::isDigit(text[start])) ++start;
   text.remove_prefix(start);
   std::size_t end = afterDigits(text, 0);
   if (end < text.size() && text[end] == '.') end = afterDigits(text, end + 1);

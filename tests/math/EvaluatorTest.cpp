@@ -69,6 +69,8 @@ TEST(Evaluator, EvaluatesTexts) {
       {"-1/0", "-inf"},
       {"max(1, 0/0)", "nan"},
       {"median(1, 0/0, 2)", "nan"},
+      {"median(0/0, 1, 2, 3)", "nan"},
+      {"median(3, 2, 1, 4, 0/0)", "nan"},
       {"1e400 - 1e400", "nan"},
       {"lshift(1, 64)", "0"},
       {"lshift(1, -1)", "0"},
@@ -136,6 +138,12 @@ TEST(Evaluator, EndsWhereSubstitutionsMultiply) {
   }
   substitutions.set(String("v60"), String("1 + random(0, 1)").object());
   EXPECT_EQ(evaluated("$v0", substitutions), "1 the substitutions refer to each other too often");
+  // A text counts for its characters and one more.
+  std::string text(MXMathEvaluator::kMaximumSubstitutedWork - 2, ' ');
+  substitutions.set("long", String(text += '7').object());
+  EXPECT_EQ(evaluated("$long", substitutions), "7");
+  substitutions.set("long", String(text += ' ').object());
+  EXPECT_EQ(evaluated("$long", substitutions), "1 the substitutions refer to each other too often");
 }
 
 TEST(Evaluator, ResolvesVariables) {

@@ -81,8 +81,10 @@ TEST_F(PrecisionEvaluatorTest, EndsEarlierWhereSubstitutionsMultiply) {
 }
 
 TEST_F(PrecisionEvaluatorTest, WhatHasNoValueIsNotANumber) {
-  for (const char* text : {"1/0", "ln(0)", "asin(2)", "sqrt(-1)", "csc(0)", "acosh(0.5)",
-                           "10 ** 127 * 10 ** 127", "exp(1000)", "(0 - 1) ** 0.5"}) {
+  for (const char* text :
+       {"1/0", "ln(0)", "asin(2)", "sqrt(-1)", "csc(0)", "acosh(0.5)", "10 ** 127 * 10 ** 127",
+        "exp(1000)", "(0 - 1) ** 0.5", "median(1, 2, 3, 1/0)", "median(1/0, 2, 1)",
+        "stddev(1, 1/0)", "sum(1/0, 1)"}) {
     MXError error;
     const auto result = evaluator_->evaluateString(text, {}, &error);
     ASSERT_TRUE(result) << text;

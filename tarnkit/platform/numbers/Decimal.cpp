@@ -27,11 +27,12 @@ struct Cut {
   bool isExact;  // nothing was cut off
 };
 
-Cut cutDigits(const UInt256& value, int count, bool isMore) noexcept {
+[[gnu::always_inline]] inline Cut cutDigits(const UInt256& value, int count, bool isMore) noexcept {
   if (count == 0) return {value.low, -1, !isMore};
+  const detail::PowerOfTen& power = detail::kPowersOfTen[static_cast<std::size_t>(count)];
   UInt128 rest;
-  const UInt128 quotient = divideByPowerOfTen(value, count, rest);
-  const UInt128 half = powerOfTen(count) >> 1;
+  const UInt128 quotient = detail::divideByPower(value, power, rest);
+  const UInt128 half = power.divisor >> 1;
   const int against = rest > half || (rest == half && isMore) ? 1 : rest == half ? 0 : -1;
   return {quotient, against, rest == 0 && !isMore};
 }
@@ -129,6 +130,14 @@ Decimal operator*(const Decimal& a, const Decimal& b) noexcept {
   if (product.high == 0 && product.low < Decimal::kMantissaLimit &&
       exponent >= Decimal::kMinimumExponent && exponent <= Decimal::kMaximumExponent) {
     return Decimal(negative, product.low, exponent);
+  }
+  if (product != UInt256{}) {
+    const int excess = digitCount(product) - Decimal::kDigits;
+    if (excess > 0 && exponent + excess >= Decimal::kMinimumExponent &&
+        exponent + excess <= Decimal::kMaximumExponent) {
+      const UInt128 rounded = roundedToEven(cutDigits(product, excess, false));
+      if (rounded < Decimal::kMantissaLimit) return Decimal(negative, rounded, exponent + excess);
+    }
   }
   return Decimal::rounding(negative, product, exponent);
 }

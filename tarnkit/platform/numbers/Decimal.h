@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -116,7 +117,9 @@ class Decimal {
   constexpr Decimal(bool negative, detail::UInt128 mantissa, int exponent) noexcept
       : mantissa_(mantissa),
         exponent_(static_cast<std::int8_t>(mantissa == 0 ? 0 : exponent)),
-        negative_(negative && mantissa != 0) {}
+        negative_(negative && mantissa != 0) {
+    assert(mantissa < kMantissaLimit);
+  }
 
   // The sum of numbers of one exponent. Without a branch for the signs, which may be anything.
   static Decimal aligned(const Decimal& a, const Decimal& b, bool bIsNegative) noexcept {

@@ -5,9 +5,11 @@
 
 #include "tarnkit/platform/numbers/Decimal.h"
 #include "tarnkit/platform/numbers/PowersOfTen.h"
+#include "tarnkit/platform/text/ASCII.h"
 
 namespace tarnkit {
 
+using detail::isDigit;
 using detail::UInt128;
 using detail::UInt256;
 
@@ -23,8 +25,6 @@ constexpr char kPairs[] =
     "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
     "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
     "8081828384858687888990919293949596979899";
-
-bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 void writePair(char* to, std::uint32_t value) noexcept { std::memcpy(to, kPairs + 2 * value, 2); }
 

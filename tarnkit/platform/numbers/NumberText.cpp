@@ -7,7 +7,11 @@
 #include <cmath>
 #include <limits>
 
+#include "tarnkit/platform/text/ASCII.h"
+
 namespace tarnkit {
+
+using detail::isDigit;
 
 namespace {
 
@@ -27,15 +31,13 @@ std::string shortest(Real value) {
   const char* digits = text.data() + e + (text[e + 1] == '+' ? 2 : 1);
   std::from_chars(digits, written.ptr, exponent);
   const auto mantissa = text.substr(0, e);
-  const auto count = static_cast<int>(
-      std::count_if(mantissa.begin(), mantissa.end(), [](char c) { return c >= '0' && c <= '9'; }));
+  const auto count = static_cast<int>(std::count_if(mantissa.begin(), mantissa.end(), isDigit));
   if (exponent < -4 || exponent >= std::max(kDefaultPrecision, count)) return std::string(text);
   const auto fixed = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
   return std::string(buffer, fixed.ptr);
 }
 
 bool isSpace(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
-bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 std::string_view withoutLeadingSpace(std::string_view text) noexcept {
   while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);

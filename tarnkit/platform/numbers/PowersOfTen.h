@@ -14,8 +14,9 @@ inline constexpr int kLargestPowerOfTenInWord = 19;
 
 struct PowerOfTen {
   UInt128 value;
-  UInt128 inverse;  // as `divideByInverse` wants it
-  int shift;        // that brings the value's top bit to the top
+  UInt128 divisor;  // the value with its top bit at the top
+  UInt128 inverse;  // of the divisor, as `divideByInverse` wants it
+  int shift;        // from the value to the divisor
 };
 
 consteval std::array<PowerOfTen, kLargestPowerOfTen + 1> makePowersOfTen() {
@@ -24,14 +25,14 @@ consteval std::array<PowerOfTen, kLargestPowerOfTen + 1> makePowersOfTen() {
   for (PowerOfTen& power : powers) {
     power.value = value;
     power.shift = 128 - bitWidth(value);
-    const UInt128 divisor = value << power.shift;
-    UInt128 rest = ~divisor;
+    power.divisor = value << power.shift;
+    UInt128 rest = ~power.divisor;
     for (int bit = 0; bit < 128; ++bit) {
       const bool carries = (rest >> 127) != 0;
       rest = (rest << 1) | 1;
       power.inverse <<= 1;
-      if (carries || rest >= divisor) {
-        rest -= divisor;
+      if (carries || rest >= power.divisor) {
+        rest -= power.divisor;
         power.inverse |= 1;
       }
     }
@@ -47,12 +48,18 @@ constexpr UInt128 powerOfTen(int exponent) noexcept {
   return kPowersOfTen[static_cast<std::size_t>(exponent)].value;
 }
 
+/// The quotient by a power of ten, which must fit 128 bits, and the remainder times 2^shift, which
+/// compares with the power's divisor as the remainder does with its value.
+constexpr UInt128 divideByPower(const UInt256& dividend, const PowerOfTen& power,
+                                UInt128& shiftedRemainder) noexcept {
+  return divideByInverse(dividend << power.shift, power.divisor, power.inverse, shiftedRemainder);
+}
+
 /// The quotient by 10^exponent, which must fit 128 bits, and the remainder.
 constexpr UInt128 divideByPowerOfTen(const UInt256& dividend, int exponent,
                                      UInt128& remainder) noexcept {
   const PowerOfTen& power = kPowersOfTen[static_cast<std::size_t>(exponent)];
-  const UInt128 quotient = divideByInverse(dividend << power.shift, power.value << power.shift,
-                                           power.inverse, remainder);
+  const UInt128 quotient = divideByPower(dividend, power, remainder);
   remainder >>= power.shift;
   return quotient;
 }

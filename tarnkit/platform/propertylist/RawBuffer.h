@@ -9,7 +9,8 @@
 namespace tarnkit::detail {
 
 /// A growing run of plain values that never initialises what it hands out and grows in place where
-/// the system allows: large buffers grow by a quarter, so little more is held than is used.
+/// the system allows: large buffers grow by a quarter, so little more is held than is used. For
+/// what may be as large as a file; short-lived stacks that mostly stay small are `SmallStack`s.
 template <class T>
 class RawBuffer {
   static_assert(std::is_trivially_copyable_v<T>);
