@@ -230,7 +230,44 @@ std::string parenthesesOf(std::size_t depth) {
   return text + "1" + std::string(depth, ')');
 }
 
+/// Evaluates a prepared expression that calls a function of the host.
+void runHostFunction(benchmark::State& state, bool ofNumbers) {
+  const auto evaluator = make<MXMathEvaluator>();
+  if (ofNumbers) {
+    evaluator->registerNumberFunction(
+        [](std::span<const double> values, MXError*) { return std::optional(values[0] + 1); },
+        String("next"));
+  } else {
+    evaluator->registerFunction(
+        [](const auto& arguments, const auto& variables, const auto& calledBy,
+           MXError* error) -> Ref<MXExpression> {
+          const auto value = calledBy.evaluateExpression(*arguments[0], variables, error);
+          return value ? MXExpression::numberExpressionWithNumber(value->doubleValue() + 1)
+                       : nullptr;
+        },
+        String("next"));
+  }
+  const auto prepared = MXCompiledExpression::compile(
+      MXExpression::expressionFromString("next($x)*2+$y", nullptr), evaluator);
+  for (auto _ : state) benchmark::DoNotOptimize(prepared->evaluate({kValues, 2}));
+}
+
+/// Evaluates a tree in decimals of 38 digits.
+void runPrecise(benchmark::State& state, const char* text) {
+  const auto evaluator = make<MXMathEvaluator>();
+  evaluator->setUsesHighPrecisionEvaluation(true);
+  const auto tree = MXExpression::expressionFromString(text, nullptr);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(evaluator->evaluateExpression(*tree, {}, nullptr));
+  }
+}
+
 void registerAll() {
+  benchmark::RegisterBenchmark("host function/of numbers", runHostFunction, true);
+  benchmark::RegisterBenchmark("host function/of expressions", runHostFunction, false);
+  for (const char* text : {"1/3+2/7", "((1/3+1/7)*(1/9-1/11)+1/13)*(1/17+1/19)"}) {
+    benchmark::RegisterBenchmark(fmt::format("precise/{}", text).c_str(), runPrecise, text);
+  }
   for (std::size_t job = 0; job < jobs().size(); ++job) {
     for (std::size_t index = 0; index < corpus().size(); ++index) {
       const auto name = fmt::format("{}/{}", jobs()[job].name, corpus()[index].name);
