@@ -70,6 +70,7 @@ TEST(Evaluator, EvaluatesTexts) {
       {"max(1, 0/0)", "nan"},
       {"median(1, 0/0, 2)", "nan"},
       {"median(0/0, 1, 2, 3)", "nan"},
+      {"0xafAF09", "11513609"},
       {"median(3, 2, 1, 4, 0/0)", "nan"},
       {"1e400 - 1e400", "nan"},
       {"lshift(1, 64)", "0"},

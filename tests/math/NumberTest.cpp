@@ -2,6 +2,7 @@
 #include <limits>
 
 #include "tarnkit/math/MXNumber.h"
+#include "tarnkit/math/MathText.h"
 #include "tests/math/MathTesting.h"
 
 namespace tarnkit::testing {
@@ -43,6 +44,28 @@ TEST(MathNumber, TakesTheDigitsOfATextAsADecimal) {
   }
   for (const char* text : {"0", "-0.00", "0e999", "9.9e-129", "1e165", "1e999", "4e-320"}) {
     EXPECT_FALSE(MXNumber::fromText(text).isDecimal()) << text;
+  }
+}
+
+TEST(MathNumber, KeepsTheDigitsOfWholeNumbersThatNoDoubleHolds) {
+  constexpr std::int64_t kTwoTo53 = std::int64_t{1} << 53;
+  EXPECT_FALSE(MXNumber::fromNumber(*Number::withInt64(kTwoTo53)).isDecimal());
+  EXPECT_FALSE(MXNumber::fromNumber(*Number::withInt64(-kTwoTo53)).isDecimal());
+  EXPECT_EQ(MXNumber::fromNumber(*Number::withInt64(kTwoTo53 + 1)).text(), "9007199254740993");
+  EXPECT_EQ(MXNumber::fromNumber(*Number::withInt64(-kTwoTo53 - 1)).text(), "-9007199254740993");
+}
+
+TEST(MathText, SeesEveryByteThatIsNotPlain) {
+  for (std::size_t size = 1; size <= 20; ++size) {
+    std::string text(size, '~');
+    EXPECT_TRUE(detail::isPlainText(text)) << size;
+    for (char& c : text) {
+      for (const char bad : {'\0', '\x80', '\xFF'}) {
+        c = bad;
+        EXPECT_FALSE(detail::isPlainText(text)) << size << " " << &c - text.data();
+      }
+      c = '~';
+    }
   }
 }
 
