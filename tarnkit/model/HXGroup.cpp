@@ -19,13 +19,6 @@ const Class HXGroup::kClass{"HXGroup", &Object::kClass, &HXGroup::makeForDecodin
 
 namespace {
 
-UserInfo groupInfo(const Ref<Object>& documentKey, HXGroup& group, const Symbol& key,
-                   Object& object) {
-  return {{HXDocumentKeyInfo, documentKey},
-          {HXGroupInfo, Ref<Object>(&group)},
-          {key, Ref<Object>(&object)}};
-}
-
 std::vector<Ref<HXSymbolicPort>> publishedPorts(const OrderedSet& members) {
   std::vector<Ref<HXSymbolicPort>> ports;
   ports.reserve(members.count());
@@ -56,9 +49,8 @@ std::vector<Ref<HXConnection>> wiresAcross(HXNode& node) {
 // The ports of the node as it shows them, then the ports that it publishes.
 std::vector<Ref<HXPort>> shownAndPublishedPorts(const HXNode& node) {
   auto ports = node.ports();
-  for (const auto* published :
-       {&node.symbolicInputPortsInForce(), &node.symbolicOutputPortsInForce()}) {
-    for (const auto& port : *published) {
+  for (const auto orientation : kBothSides) {
+    for (const auto& port : node.symbolicPortsInForce(orientation)) {
       ports.emplace_back(static_cast<HXPort*>(port.get()));
     }
   }
@@ -72,8 +64,7 @@ HXGroup::HXGroup() : HXGroup(Decoding{}) {
   uniqueKey_ = hx_newUniqueKey();
 }
 
-HXGroup::HXGroup(Decoding) noexcept
-    : symbolicInputPorts_(make<OrderedSet>()), symbolicOutputPorts_(make<OrderedSet>()) {}
+HXGroup::HXGroup(Decoding) noexcept : symbolicPorts_{{make<OrderedSet>(), make<OrderedSet>()}} {}
 
 Ref<Object> HXGroup::makeForDecoding(const Class&) { return make<HXGroup>(Decoding{}); }
 
@@ -86,15 +77,16 @@ Ref<HXGroup> HXGroup::initWithGroup(HXGroup* group) {
 void HXGroup::takeOver(HXGroup* group) {
   uniqueKey_ = group && !group->uniqueKey_.isNil() ? group->uniqueKey_ : hx_newUniqueKey();
   if (!group) return;
-  subnodes_ = group->subnodes_;
+  storeSubnodes(group->subnodes_);
   // What is below the subnodes stays where it is.
   for (const auto& entry : subnodes_) {
     entry.value->tellParametersHierarchyWillChange();
     entry.value->parentGroup_ = this;
     entry.value->tellParametersHierarchyDidChange();
   }
-  symbolicInputPorts_ = make<OrderedSet>(*group->symbolicInputPorts_);
-  symbolicOutputPorts_ = make<OrderedSet>(*group->symbolicOutputPorts_);
+  for (const auto orientation : kBothSides) {
+    storePublications(orientation, group->symbolicPortsInForce(orientation));
+  }
 }
 
 String HXGroup::hx_newUniqueKey() {
@@ -132,10 +124,10 @@ std::vector<Ref<HXNode>> HXGroup::subnodes() const {
 }
 
 std::vector<Ref<HXSymbolicPort>> HXGroup::symbolicInputPorts() const {
-  return publishedPorts(*symbolicInputPorts_);
+  return publishedPorts(symbolicInputPortsInForce());
 }
 std::vector<Ref<HXSymbolicPort>> HXGroup::symbolicOutputPorts() const {
-  return publishedPorts(*symbolicOutputPorts_);
+  return publishedPorts(symbolicOutputPortsInForce());
 }
 
 HXNode* HXGroup::subnodeForKey(const String& uniqueKey) const {
@@ -198,11 +190,9 @@ void HXGroup::addNode(HXNode& node) {
   const Ref<HXGroup> target(&here->inForce());
   const bool wasSubviewGroup = target->isSubviewGroup();
   node.setParentGroup(target.get());
-  target->subnodes_.set(node.uniqueKey(), kept);
+  target->insertSubnode(kept);
   detail::announce(HXGroupAddNodeNotification, *target, *target,
-                   [&](const Ref<Object>& documentKey) {
-                     return groupInfo(documentKey, *target, HXNodeInfo, node);
-                   });
+                   {{HXGroupInfo, target.get()}, {HXNodeInfo, &node}});
   const Ref<HXGroup> now(&target->inForce());
   const Ref<HXNode> owner(now->owner());
   if (owner && !now->isSubviewGroup() && node.parentGroup() == now.get() &&
@@ -249,7 +239,7 @@ void HXGroup::release(HXNode& node) {
   if (subnodeForKey(node.uniqueKey()) != &node) return;
   const Ref<HXGroup> kept(this);
   if (node.parentGroup() == this) node.setParentGroup(nullptr);
-  subnodes_.take(node.uniqueKey());
+  takeSubnode(node.uniqueKey());
   forgetNode(node);  // again: an observer may have made it a view meanwhile
 }
 
@@ -269,9 +259,8 @@ void HXGroup::removeNode(HXNode* node) {
   const Ref<HXGroup> now(&here.inForce());
   if (now->subnodeForKey(node->uniqueKey()) != node) return;  // an observer took it out already
   now->release(*node);
-  detail::announce(HXGroupRemoveNodeNotification, *now, *now, [&](const Ref<Object>& documentKey) {
-    return groupInfo(documentKey, *now, HXNodeInfo, *node);
-  });
+  detail::announce(HXGroupRemoveNodeNotification, *now, *now,
+                   {{HXGroupInfo, now.get()}, {HXNodeInfo, node}});
   endViewGroupWithoutViews(*now);
 }
 
@@ -320,15 +309,9 @@ void HXGroup::didAddNode(HXNode&) {}
 void HXGroup::forgetNode(HXNode&) {}
 void HXGroup::viewTypeDidChange(HXNode&) {}
 
-OrderedSet* HXGroup::symbolicPorts(std::int32_t orientation) const noexcept {
-  if (orientation == HXOrientationInput) return symbolicInputPorts_.get();
-  if (orientation == HXOrientationOutput) return symbolicOutputPorts_.get();
-  return nullptr;
-}
-
 Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
   HXGroup& here = inForce();
-  if (!here.symbolicPorts(port.orientation())) return nullptr;
+  if (!symbolicPorts_.isSide(port.orientation())) return nullptr;
   const Ref<HXGroup> kept(&here);
   const Ref<HXPort> keptPort(&port);
   const bool isInside = port.node() && port.node()->parentGroup() == &here;
@@ -347,16 +330,14 @@ void HXGroup::hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort) {
   const Ref<HXPort> keptPort(&toPort);
   toPort.setSymbolicPort(&symbolicPort);
   if (toPort.symbolicPort() != &symbolicPort) return;  // an observer ended it, or published anew
-  if (auto* ports = inForce().symbolicPorts(toPort.orientation())) {
-    ports->add(Ref<Object>(&symbolicPort));
+  if (symbolicPorts_.isSide(toPort.orientation())) {
+    inForce().insertPublication(toPort.orientation(), symbolicPort);
   }
   if (const Ref<HXNode> owner{inForce().node()}) owner->symbolicPortNameWasAdded(toPort);
   if (toPort.symbolicPort() != &symbolicPort) return;
   HXGroup& now = inForce();
   detail::announce(HXGroupAddSymbolicPortForPortNotification, now, now,
-                   [&](const Ref<Object>& documentKey) {
-                     return groupInfo(documentKey, now, HXPortInfo, toPort);
-                   });
+                   {{HXGroupInfo, &now}, {HXPortInfo, &toPort}});
 }
 
 void HXGroup::restoreSymbolicPort(HXSymbolicPort& symbolicPort) {
@@ -432,20 +413,29 @@ void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
     }
     if (port.symbolicPort() != &symbolicPort) return;  // an observer ended it already
   }
-  const auto forget = [&](const HXGroup& group) {
-    group.symbolicInputPorts_->remove(&symbolicPort);
-    group.symbolicOutputPorts_->remove(&symbolicPort);
-  };
-  forget(inForce());
+  inForce().removePublication(symbolicPort);
   port.setSymbolicPort(nullptr);
-  forget(inForce());  // again: an observer may have restored it meanwhile
-  if (const Ref<HXNode> owner{inForce().node()})
+  inForce().removePublication(symbolicPort);  // again: an observer may have restored it meanwhile
+  if (const Ref<HXNode> owner{inForce().node()}) {
     owner->symbolicPortNameWasRemoved(port, symbolicPort);
+  }
   HXGroup& now = inForce();
   detail::announce(HXGroupRemoveSymbolicPortForPortNotification, now, now,
-                   [&](const Ref<Object>& documentKey) {
-                     return groupInfo(documentKey, now, HXPortInfo, port);
-                   });
+                   {{HXGroupInfo, &now}, {HXPortInfo, &port}});
+}
+
+void HXGroup::insertSubnode(const Ref<HXNode>& node) { subnodes_.set(node->uniqueKey(), node); }
+void HXGroup::takeSubnode(const String& uniqueKey) { subnodes_.take(uniqueKey); }
+void HXGroup::storeSubnodes(OrderedMap<Ref<HXNode>> subnodes) { std::swap(subnodes_, subnodes); }
+
+void HXGroup::insertPublication(std::int32_t orientation, HXSymbolicPort& symbolicPort) {
+  symbolicPorts_[orientation]->add(Ref<Object>(&symbolicPort));
+}
+void HXGroup::removePublication(const HXSymbolicPort& symbolicPort) {
+  for (const auto& ports : symbolicPorts_) ports->remove(&symbolicPort);
+}
+void HXGroup::storePublications(std::int32_t orientation, const OrderedSet& symbolicPorts) {
+  symbolicPorts_[orientation] = make<OrderedSet>(symbolicPorts);
 }
 
 void HXGroup::hierarchyWillChange() {

@@ -17,8 +17,8 @@ constinit const Symbol kSubnodesByUniqueKey{"HXGroup.subnodesByUniqueKey"};
 constinit const Symbol kCanvasCenterX{"HXGroup.canvasCenter.x"};
 constinit const Symbol kCanvasCenterY{"HXGroup.canvasCenter.y"};
 constinit const Symbol kOpaque{"HXGroup.opaque"};
-constinit const Symbol kSymbolicInputPorts{"HXGroup.symbolicInputPorts"};
-constinit const Symbol kSymbolicOutputPorts{"HXGroup.symbolicOutputPorts"};
+constinit const BySide<Symbol> kSymbolicPorts{
+    {Symbol{"HXGroup.symbolicInputPorts"}, Symbol{"HXGroup.symbolicOutputPorts"}}};
 
 constinit const Symbol kDeviceUniqueKey{"PMGroup.uniqueKey"};
 constinit const Symbol kDeviceNode{"PMGroup.node"};
@@ -38,8 +38,9 @@ void HXGroup::encodeWithCoder(Encoder& coder) const {
     coder.encodeFloat(canvasCenter_.x, kCanvasCenterX);
     coder.encodeFloat(canvasCenter_.y, kCanvasCenterY);
     coder.encodeBool(opaque_, kOpaque);
-    coder.encodeMembers(*symbolicInputPorts_, kSymbolicInputPorts);
-    coder.encodeMembers(*symbolicOutputPorts_, kSymbolicOutputPorts);
+    for (const auto orientation : kBothSides) {
+      coder.encodeMembers(symbolicPortsInForce(orientation), kSymbolicPorts[orientation]);
+    }
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(processClassName(), isa());
     coder.encodeString(uniqueKey_, kDeviceUniqueKey);
@@ -52,12 +53,11 @@ void HXGroup::initWithCoder(Decoder& coder) {
   uniqueKey_ = hx_newUniqueKey();
   canvasCenter_ = {coder.decodeFloat(kCanvasCenterX), coder.decodeFloat(kCanvasCenterY)};
   opaque_ = coder.decodeBool(kOpaque);
-  coder.decodeEach<HXSymbolicPort>(kSymbolicInputPorts, [&](const Ref<HXSymbolicPort>& port) {
-    symbolicInputPorts_->add(port);
-  });
-  coder.decodeEach<HXSymbolicPort>(kSymbolicOutputPorts, [&](const Ref<HXSymbolicPort>& port) {
-    symbolicOutputPorts_->add(port);
-  });
+  for (const auto orientation : kBothSides) {
+    coder.decodeEach<HXSymbolicPort>(
+        kSymbolicPorts[orientation],
+        [&](const Ref<HXSymbolicPort>& port) { symbolicPorts_[orientation]->add(port); });
+  }
   node_ = coder.decode<HXNode>(kNode);
   if (coder.codingType() == HXCodingTypeEditorWithKeys) {
     coder.decodeEachEntry<HXNode>(
@@ -83,8 +83,7 @@ void HXGroup::awakeAfterDecoding(Decoder& coder) {
     node->parentGroup_ = this;
     subnodes_.set(node->uniqueKey(), node);
   }
-  settlePublications(*symbolicInputPorts_);
-  settlePublications(*symbolicOutputPorts_);
+  for (const auto& ports : symbolicPorts_) settlePublications(*ports);
 }
 
 // A port may be published here whose node was moved elsewhere. Only such publications can stand for
@@ -114,7 +113,7 @@ void HXGroup::settlePublications(OrderedSet& ports) {
 
 void HXGroup::adoptedBy(HXNode& node) {
   setNode(&node);
-  for (const auto* ports : {symbolicInputPorts_.get(), symbolicOutputPorts_.get()}) {
+  for (const auto& ports : symbolicPorts_) {
     for (const auto& member : *ports) static_cast<HXSymbolicPort&>(*member).setNode(&node);
   }
 }

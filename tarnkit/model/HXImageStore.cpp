@@ -71,18 +71,12 @@ void HXImageStore::removeImageEntry(const HXImageStoreEntry* entry) {
 }
 
 void HXImageStore::imageStoreEntryWasAdded(HXImageStoreEntry& entry) {
-  detail::announce(
-      HXImageStoreAddImageNotification, *this, *this, [&](const Ref<Object>& documentKey) {
-        return UserInfo{{HXDocumentKeyInfo, documentKey}, {HXImageEntryInfo, Ref<Object>(&entry)}};
-      });
+  detail::announce(HXImageStoreAddImageNotification, *this, *this, {{HXImageEntryInfo, &entry}});
 }
 
 void HXImageStore::imageStoreEntryIsNoLongerReferenced(const HXImageStoreEntry& entry) {
   detail::announce(HXImageStoreRemoveImageNotification, *this, *this,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXImageEntryKeyInfo, entry.key().object()}};
-                   });
+                   {{HXImageEntryKeyInfo, entry.key().object().get()}});
 }
 
 std::vector<Ref<Data>> HXImageStore::dataRepresentationsOfAllEntries() const {

@@ -99,20 +99,12 @@ void HXPatchPort::setStaticValue(Ref<PMRPrimitive> value) {
   const Ref<PMRPrimitive> earlier = effectiveValue();
   staticValue_ = std::move(value);
   detail::announce(HXPatchPortStaticValueDidChangeNotification, *this, *this,
-                   [this](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXPortInfo, Ref<Object>(this)},
-                                     {HXStaticValueInfo, staticValue_}};
-                   });
+                   {{HXPortInfo, this}, {HXStaticValueInfo, staticValue_.get()}});
   const Ref<PMRPrimitive> now = effectiveValue();
   // A missing earlier value never counts as equal, not even to a missing new one.
   if (earlier && now && earlier->isEqual(*now)) return;
   detail::announce(HXPatchPortEffectiveValueDidChangeNotification, *this, *this,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXPortInfo, Ref<Object>(this)},
-                                     {HXEffectiveValueInfo, now}};
-                   });
+                   {{HXPortInfo, this}, {HXEffectiveValueInfo, now.get()}});
 }
 
 Ref<PMRPrimitive> HXPatchPort::effectiveValue() const {
@@ -120,20 +112,13 @@ Ref<PMRPrimitive> HXPatchPort::effectiveValue() const {
 }
 
 void HXPatchPort::hx_fireDidConnectNotification(HXConnection& connection) {
-  detail::announce(HXPortDidConnectNotification, *this, *this, [&](const Ref<Object>& documentKey) {
-    return UserInfo{{HXDocumentKeyInfo, documentKey},
-                    {HXPortInfo, Ref<Object>(this)},
-                    {HXConnectionInfo, Ref<Object>(&connection)}};
-  });
+  detail::announce(HXPortDidConnectNotification, *this, *this,
+                   {{HXPortInfo, this}, {HXConnectionInfo, &connection}});
 }
 
 void HXPatchPort::hx_fireDidDisconnectNotification(HXConnection& connection) {
   detail::announce(HXPortDidDisconnectNotification, *this, *this,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXPortInfo, Ref<Object>(this)},
-                                     {HXConnectionInfo, Ref<Object>(&connection)}};
-                   });
+                   {{HXPortInfo, this}, {HXConnectionInfo, &connection}});
 }
 
 void HXPatchPort::encodeWithCoder(Encoder& coder) const {

@@ -32,18 +32,16 @@ HXSymbolicPort* HXPort::symbolicPort() const noexcept { return symbolicPort_.get
 
 void HXPort::setSymbolicPort(HXSymbolicPort* symbolicPort) {
   if (symbolicPort == symbolicPort_.get()) return;
-  const auto info = [this](const Ref<Object>& documentKey) {
-    return UserInfo{{HXDocumentKeyInfo, documentKey}, {HXPortInfo, Ref<Object>(this)}};
-  };
   const Ref<HXPort> self(this);
   if (!symbolicPort) {
     const Ref<HXSymbolicPort> earlier(symbolicPort_.get());
-    detail::announce(HXPortDidRemoveSymbolicReferenceNotification, *this, *this, info);
+    detail::announce(HXPortDidRemoveSymbolicReferenceNotification, *this, *this,
+                     {{HXPortInfo, this}});
     if (symbolicPort_.get() != earlier.get()) return;  // an observer published the port anew
   }
   symbolicPort_ = symbolicPort;
   if (symbolicPort) {
-    detail::announce(HXPortDidAddSymbolicReferenceNotification, *this, *this, info);
+    detail::announce(HXPortDidAddSymbolicReferenceNotification, *this, *this, {{HXPortInfo, this}});
   }
 }
 

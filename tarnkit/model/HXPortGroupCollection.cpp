@@ -36,17 +36,13 @@ void HXPortGroupCollection::updateWithPortGroupKeys(const Ref<OrderedSet>& keys)
 
 void HXPortGroupCollection::update(const Ref<const OrderedSet>& keys) {
   if (portGroupKeys_ == keys) return;
-  if (portGroupKeys_->isEmpty()) {
-    portGroupKeys_ = keys;
-    return;
-  }
+  if (portGroupKeys_->isEmpty()) return storeKeys(keys);
   auto updated = make<OrderedSet>();
   for (const auto& key : *portGroupKeys_) {
     if (keys->contains(key.get())) updated->add(key);
   }
   for (const auto& key : *keys) updated->add(key);
-  portGroupKeys_ = keys;
-  if (!updated->isEqual(*keys)) portGroupKeys_ = updated;
+  storeKeys(updated->isEqual(*keys) ? keys : Ref<const OrderedSet>(updated));
 }
 
 void HXPortGroupCollection::encodeWithCoder(Encoder& coder) const {

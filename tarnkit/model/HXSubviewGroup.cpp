@@ -66,11 +66,7 @@ void HXSubviewGroup::moveSubviewNode(HXNode& node, std::uint64_t toIndex) {
 
 void HXSubviewGroup::announceOrder() {
   detail::announce(HXSubviewGroupSubviewOrderDidChangeNotification, *this, *this,
-                   [this](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXNodeInfo, Ref<Object>(this)},
-                                     {HXSubviewNodesInfo, subviewNodes_}};
-                   });
+                   {{HXNodeInfo, this}, {HXSubviewNodesInfo, subviewNodes_.get()}});
 }
 
 bool HXSubviewGroup::hasViewNode() const {

@@ -103,11 +103,7 @@ void HXSymbolicPort::setName(String name) {
   groupKey_ = nullptr;
   if (const Ref<HXNode> node{this->node()}) node->symbolicPortNameDidChange(*this);
   detail::announce(HXPortNameDidChangeNotification, *this, *this,
-                   [this](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXPortInfo, Ref<Object>(this)},
-                                     {HXNameInfo, name_.object()}};
-                   });
+                   {{HXPortInfo, this}, {HXNameInfo, name_.object().get()}});
 }
 
 const String& HXSymbolicPort::groupKey() const {

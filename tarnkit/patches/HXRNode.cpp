@@ -52,13 +52,14 @@ HXRPort* HXRNode::portForKey(const String& uniqueKey) {
 }
 
 OrderedMap<Ref<HXRPort>> HXRNode::ports() { return ownLayout().ports(); }
-HXRPortGroupCollection& HXRNode::inputPortGroupCollection() { return ownLayout().inputs(); }
-HXRPortGroupCollection& HXRNode::outputPortGroupCollection() { return ownLayout().outputs(); }
+HXRPortGroupCollection& HXRNode::portGroupCollection(std::int32_t orientation) {
+  return *ownLayout().collection(orientation);
+}
 HXRPortGroup* HXRNode::hx_inputPortGroupForKey(const String& groupKey) {
-  return ownLayout().inputs().portGroupForKey(groupKey);
+  return inputPortGroupCollection().portGroupForKey(groupKey);
 }
 HXRPortGroup* HXRNode::hx_outputPortGroupForKey(const String& groupKey) {
-  return ownLayout().outputs().portGroupForKey(groupKey);
+  return outputPortGroupCollection().portGroupForKey(groupKey);
 }
 
 void HXRNode::addPort(HXRPort& port, const String& portGroup) {

@@ -35,8 +35,14 @@ class HXRNode : public Object {
   HXRPort* portForKey(const String& uniqueKey);
   /// This definition's own ports as they are now, unique key to port, in the order of addition.
   OrderedMap<Ref<HXRPort>> ports();
-  HXRPortGroupCollection& inputPortGroupCollection();
-  HXRPortGroupCollection& outputPortGroupCollection();
+  HXRPortGroupCollection& inputPortGroupCollection() {
+    return portGroupCollection(HXOrientationInput);
+  }
+  HXRPortGroupCollection& outputPortGroupCollection() {
+    return portGroupCollection(HXOrientationOutput);
+  }
+  /// Of a side.
+  HXRPortGroupCollection& portGroupCollection(std::int32_t orientation);
   HXRPortGroup* hx_inputPortGroupForKey(const String& groupKey);
   HXRPortGroup* hx_outputPortGroupForKey(const String& groupKey);
 

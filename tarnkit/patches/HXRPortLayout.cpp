@@ -25,19 +25,19 @@ void copyGroups(const HXRPortGroupCollection& from, HXRPortGroupCollection& to, 
 }  // namespace
 
 HXRPortLayout::HXRPortLayout(HXRNode* node)
-    : inputs_(make<HXRPortGroupCollection>(node, HXOrientationInput)),
-      outputs_(make<HXRPortGroupCollection>(node, HXOrientationOutput)) {}
+    : collections_{{make<HXRPortGroupCollection>(node, HXOrientationInput),
+                    make<HXRPortGroupCollection>(node, HXOrientationOutput)}} {}
 
 void HXRPortLayout::share() {
   shared_ = true;
-  inputs_->share();
-  outputs_->share();
+  for (const auto& collection : collections_) collection->share();
 }
 
 Ref<HXRPortLayout> HXRPortLayout::copyForNode(HXRNode& node) const {
   auto copy = make<HXRPortLayout>(&node);
-  copyGroups(*inputs_, *copy->inputs_, node);
-  copyGroups(*outputs_, *copy->outputs_, node);
+  for (const auto side : kBothSides) {
+    copyGroups(*collections_[side], *copy->collections_[side], node);
+  }
   copy->ports_.reserve(ports_.size());
   for (const auto& [key, port] : ports_) {
     // A group finds the port last added under a key, which is the one that stands in the map.
@@ -49,9 +49,8 @@ Ref<HXRPortLayout> HXRPortLayout::copyForNode(HXRNode& node) const {
 }
 
 HXRPortGroupCollection* HXRPortLayout::collection(std::int32_t orientation) const noexcept {
-  if (orientation == HXOrientationInput) return inputs_.get();
-  if (orientation == HXOrientationOutput) return outputs_.get();
-  return nullptr;
+  const auto* collection = collections_.find(orientation);
+  return collection ? collection->get() : nullptr;
 }
 
 bool HXRPortLayout::addPort(HXRPort& port, const String& portGroupKey) {
