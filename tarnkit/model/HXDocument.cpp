@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <cassert>
+
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXDecodedNodes.h"
 #include "tarnkit/model/HXPort.h"
@@ -76,6 +78,7 @@ void HXDocument::breakConnection(HXConnection& connection) {
   const Ref<HXPort> input(connection.inputPort());
   const bool outputHad = output && output->dropConnection(connection);
   const bool inputHad = input && input->dropConnection(connection);
+  assert(!connection.isHeld());
   if (outputHad) output->hx_fireDidDisconnectNotification(connection);
   if (inputHad) input->hx_fireDidDisconnectNotification(connection);
   detail::announce(HXDocumentRemoveConnectionNotification, *this, *this,

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cassert>
 #include <unordered_set>
 
 #include "tarnkit/model/HXDocument.h"
@@ -80,9 +81,7 @@ void HXGroup::takeOver(HXGroup* group) {
   storeSubnodes(group->subnodes_);
   // What is below the subnodes stays where it is.
   for (const auto& entry : subnodes_) {
-    entry.value->tellParametersHierarchyWillChange();
-    entry.value->parentGroup_ = this;
-    entry.value->tellParametersHierarchyDidChange();
+    entry.value->linkParentGroup(this, HXNode::Told::itself, {});
   }
   for (const auto orientation : kBothSides) {
     storePublications(orientation, group->symbolicPortsInForce(orientation));
@@ -94,7 +93,21 @@ String HXGroup::hx_newUniqueKey() {
   return counter.next();
 }
 
-void HXGroup::setNode(HXNode* node) { node_ = node; }
+void HXGroup::setNode(HXNode* node) {
+  if (node == this->node()) return;
+  if (owner()) {
+    Log::warning("HXGroup", "Attempting to take a group from the node that holds it.");
+    return;
+  }
+  node_ = node;
+}
+
+void HXGroup::linkNode(HXNode* node, PassKey<HXNode>) noexcept { node_ = node; }
+
+void HXGroup::linkReplacedIn(HXNode& node, PassKey<HXNode>) noexcept {
+  node_ = nullptr;
+  formerNode_ = &node;
+}
 
 String HXGroup::documentKey() const {
   const auto* node = this->node();
@@ -189,7 +202,7 @@ void HXGroup::addNode(HXNode& node) {
   }
   const Ref<HXGroup> target(&here->inForce());
   const bool wasSubviewGroup = target->isSubviewGroup();
-  node.setParentGroup(target.get());
+  node.linkParentGroup(target.get(), HXNode::Told::everythingBelow, {});
   target->insertSubnode(kept);
   detail::announce(HXGroupAddNodeNotification, *target, *target,
                    {{HXGroupInfo, target.get()}, {HXNodeInfo, &node}});
@@ -238,7 +251,9 @@ void HXGroup::displace(HXNode& node) {
 void HXGroup::release(HXNode& node) {
   if (subnodeForKey(node.uniqueKey()) != &node) return;
   const Ref<HXGroup> kept(this);
-  if (node.parentGroup() == this) node.setParentGroup(nullptr);
+  if (node.parentGroup() == this) {
+    node.linkParentGroup(nullptr, HXNode::Told::everythingBelow, {});
+  }
   takeSubnode(node.uniqueKey());
   forgetNode(node);  // again: an observer may have made it a view meanwhile
 }
@@ -294,7 +309,7 @@ void HXGroup::subnodeViewTypeDidChange(HXNode& node) {
     const bool wasSubviewGroup = here->isSubviewGroup();
     const Ref<HXNode> owner(here->owner());
     const bool swaps = owner && here->hasViewNode() != wasSubviewGroup;
-    if (swaps) owner->exchangeSubnodeGroup(owner->makeSubnodeGroup(!wasSubviewGroup));
+    if (swaps) owner->convertSubnodeGroup(!wasSubviewGroup, {});
     const Ref<HXGroup> now(&here->inForce());
     if (wasSubviewGroup && now->subnodeForKey(subject->uniqueKey()) == subject.get()) {
       now->viewTypeDidChange(*subject);
@@ -326,9 +341,10 @@ Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
 }
 
 void HXGroup::hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort) {
+  if (symbolicPort.port() != &toPort) return;  // an observer gave it another port
   const Ref<HXGroup> kept(this);
   const Ref<HXPort> keptPort(&toPort);
-  toPort.setSymbolicPort(&symbolicPort);
+  toPort.linkSymbolicPort(&symbolicPort, PassKey<HXGroup>());
   if (toPort.symbolicPort() != &symbolicPort) return;  // an observer ended it, or published anew
   if (symbolicPorts_.isSide(toPort.orientation())) {
     inForce().insertPublication(toPort.orientation(), symbolicPort);
@@ -345,8 +361,8 @@ void HXGroup::restoreSymbolicPort(HXSymbolicPort& symbolicPort) {
   if (!port) return;
   const Ref<HXSymbolicPort> kept(&symbolicPort);
   const Ref<HXGroup> keptGroup(this);
-  port->setSymbolicPort(nullptr);
-  symbolicPort.setNode(inForce().node());
+  port->linkSymbolicPort(nullptr, PassKey<HXGroup>());
+  symbolicPort.linkNode(inForce().node(), PassKey<HXGroup>());
   inForce().hx_addSymbolicPort(symbolicPort, *port);
 }
 
@@ -414,7 +430,7 @@ void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
     if (port.symbolicPort() != &symbolicPort) return;  // an observer ended it already
   }
   inForce().removePublication(symbolicPort);
-  port.setSymbolicPort(nullptr);
+  port.linkSymbolicPort(nullptr, PassKey<HXGroup>());
   inForce().removePublication(symbolicPort);  // again: an observer may have restored it meanwhile
   if (const Ref<HXNode> owner{inForce().node()}) {
     owner->symbolicPortNameWasRemoved(port, symbolicPort);
@@ -424,8 +440,14 @@ void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
                    {{HXGroupInfo, &now}, {HXPortInfo, &port}});
 }
 
-void HXGroup::insertSubnode(const Ref<HXNode>& node) { subnodes_.set(node->uniqueKey(), node); }
-void HXGroup::takeSubnode(const String& uniqueKey) { subnodes_.take(uniqueKey); }
+void HXGroup::insertSubnode(const Ref<HXNode>& node) {
+  assert(node->parentGroup() == this && !subnodes_.contains(node->uniqueKey()));
+  subnodes_.set(node->uniqueKey(), node);
+}
+void HXGroup::takeSubnode(const String& uniqueKey) {
+  assert(subnodes_.contains(uniqueKey) && subnodes_.get(uniqueKey)->parentGroup() != this);
+  subnodes_.take(uniqueKey);
+}
 void HXGroup::storeSubnodes(OrderedMap<Ref<HXNode>> subnodes) { std::swap(subnodes_, subnodes); }
 
 void HXGroup::insertPublication(std::int32_t orientation, HXSymbolicPort& symbolicPort) {

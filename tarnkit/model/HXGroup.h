@@ -8,6 +8,7 @@
 #include "tarnkit/platform/coding/Coder.h"
 #include "tarnkit/platform/collections/OrderedMap.h"
 #include "tarnkit/platform/collections/OrderedSet.h"
+#include "tarnkit/platform/objects/PassKey.h"
 
 namespace tarnkit {
 
@@ -51,7 +52,14 @@ class HXGroup : public Object {
   const String& uniqueKey() const noexcept { return uniqueKey_; }
   /// The node whose subnode group this is; null while none is.
   HXNode* node() const noexcept { return node_.get(); }
+  /// Leaves alone, with one line logged, a group that its node holds: the node drops or replaces
+  /// it.
   void setNode(HXNode* node);
+  void linkNode(HXNode* node, PassKey<HXNode>) noexcept;
+  /// Its node has another group in its place, to which it hands everything on.
+  void linkReplacedIn(HXNode& node, PassKey<HXNode>) noexcept;
+  /// Becomes the node's, with its published ports.
+  void linkAdoptedBy(HXNode& node, PassKey<HXNode>);
   /// The node's document key.
   String documentKey() const;
 
@@ -148,7 +156,6 @@ class HXGroup : public Object {
   virtual void viewTypeDidChange(HXNode& node);
 
  private:
-  friend class HXNode;
   void hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort);
   void unpublish(HXPort& port, HXSymbolicPort& symbolicPort);
   void endDeepPublications(HXPort& port);
@@ -166,8 +173,6 @@ class HXGroup : public Object {
   bool isInside(const HXNode& node) const;
   void settlePublications(OrderedSet& ports);
   static void breakCircle(HXSymbolicPort& symbolicPort);
-  /// Becomes the node's, with its published ports.
-  void adoptedBy(HXNode& node);
 
   // All changes of the fields, but for what is read from an archive before the group is awake. They
   // announce nothing.

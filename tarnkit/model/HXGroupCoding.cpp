@@ -73,15 +73,15 @@ void HXGroup::awakeAfterDecoding(Decoder& coder) {
   subnodes_.reserve(static_cast<std::uint32_t>(decodedSubnodes_.size()));
   for (const auto& node : std::exchange(decodedSubnodes_, {})) {
     // The group that lists a node holds it, whatever group the node says that it is in.
-    const auto* other = node->parentGroup_.get();
+    const auto* other = node->parentGroup();
     const bool isHeld =
         other && other != this && other->subnodeForKey(node->uniqueKey()) == node.get();
     if (isHeld || subnodes_.contains(node->uniqueKey())) {
       coder.fail("HXGroup.subnodes: a node that belongs to two groups, or twice to one");
       return;
     }
-    node->parentGroup_ = this;
-    subnodes_.set(node->uniqueKey(), node);
+    node->linkParentGroup(this, HXNode::Told::nobody, {});
+    insertSubnode(node);
   }
   for (const auto& ports : symbolicPorts_) settlePublications(*ports);
 }
@@ -101,7 +101,7 @@ void HXGroup::settlePublications(OrderedSet& ports) {
     const auto* port = symbolicPort.port();
     const auto* inner = port ? port->node() : nullptr;
     if (port && (!inner || subnodeForKey(inner->uniqueKey()) != inner)) breakCircle(symbolicPort);
-    symbolicPort.setNode(node());
+    symbolicPort.linkNode(node(), PassKey<HXGroup>());
   }
   for (const auto& member : taken) {
     Log::warning("HXGroup",
@@ -111,10 +111,11 @@ void HXGroup::settlePublications(OrderedSet& ports) {
   }
 }
 
-void HXGroup::adoptedBy(HXNode& node) {
-  setNode(&node);
+void HXGroup::linkAdoptedBy(HXNode& node, PassKey<HXNode>) {
+  node_ = &node;
   for (const auto& ports : symbolicPorts_) {
-    for (const auto& member : *ports) static_cast<HXSymbolicPort&>(*member).setNode(&node);
+    for (const auto& member : *ports)
+      static_cast<HXSymbolicPort&>(*member).linkNode(&node, PassKey<HXGroup>());
   }
 }
 
@@ -130,7 +131,6 @@ void HXGroup::breakCircle(HXSymbolicPort& symbolicPort) {
       Log::warning("HXGroup", fmt::format("Dropping the publication \"{}\" that stands for itself",
                                           closing.name().view()));
       closing.setPort(nullptr);
-      if (at->symbolicPort() == &closing) at->setSymbolicPort(nullptr);
       break;
     }
     at->chain_ = Chain::walked;

@@ -2,6 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cassert>
+
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/model/HXNodeWalk.h"
@@ -109,9 +112,21 @@ const HXRNodeClass& HXNode::patchClass() const noexcept {
 
 void HXNode::setParentGroup(HXGroup* group) {
   if (group == parentGroup_.get()) return;
-  hierarchyWillChange();
+  const Ref<HXNode> self(this);
+  if (group) return group->addNode(*this);
+  const Ref<HXGroup> present(parentGroup());
+  present->removeNode(this);
+  // One that says that it is in a group which does not hold it.
+  if (parentGroup() == present.get()) enterGroup(nullptr, Told::everythingBelow);
+}
+
+void HXNode::enterGroup(HXGroup* group, Told told) {
+  if (group == parentGroup_.get()) return;
+  if (told == Told::everythingBelow) hierarchyWillChange();
+  if (told == Told::itself) tellParametersHierarchyWillChange();
   storeParentGroup(group);
-  hierarchyDidChange();
+  if (told == Told::everythingBelow) hierarchyDidChange();
+  if (told == Told::itself) tellParametersHierarchyDidChange();
 }
 
 HXNode* HXNode::enclosingNode() const noexcept {
@@ -210,11 +225,9 @@ void HXNode::hx_swapSubnodeGroupToGroup(const Ref<HXGroup>& group) {
 }
 
 void HXNode::exchangeSubnodeGroup(const Ref<HXGroup>& group) {
+  assert(group && group != subnodeGroup_);
   const Ref<HXGroup> old = storeSubnodeGroup(group);
-  if (old) {
-    old->setNode(nullptr);
-    old->formerNode_ = this;
-  }
+  if (old) old->linkReplacedIn(*this, {});
   detail::announce(
       HXNodeSubnodeGroupDidChangeNotification, *this, *this,
       {{HXNodeInfo, this}, {HXOldGroupInfo, old.get()}, {HXNewGroupInfo, group.get()}});
@@ -316,8 +329,8 @@ void HXNode::setPatch(const Ref<HXRNode>& patch) {
   const Ref<HXRNode> fresh = patch;
   willSetPatch(fresh);
   if (fresh != patch_) {
-    if (fresh) fresh->setNode(this);
-    if (patch_) patch_->setNode(nullptr);
+    if (fresh) takeUp(*fresh);
+    if (patch_) letGo(*patch_);
   }
   storePatch(fresh, nullptr);
   sync_.hx_syncPatch();
@@ -350,7 +363,7 @@ void HXNode::symbolicPortNameWasRemoved(HXPort&, HXSymbolicPort& symbolicPort) {
 }
 
 Ref<HXGroup> HXNode::storeSubnodeGroup(Ref<HXGroup> group) {
-  if (group) group->setNode(this);
+  if (group) group->linkNode(this, {});
   return std::exchange(subnodeGroup_, std::move(group));
 }
 
@@ -360,17 +373,31 @@ void HXNode::storePatch(Ref<HXRNode> patch, String unknownPatchClass) noexcept {
 }
 
 void HXNode::insertParameter(const String& key, const Ref<HXParameter>& parameter) {
+  assert(parameter->node() == this && !parameters_.contains(key));
   parameters_.set(key, parameter);
 }
-Ref<HXParameter> HXNode::takeParameter(const String& key) { return parameters_.take(key); }
+Ref<HXParameter> HXNode::takeParameter(const String& key) {
+  assert(parameters_.contains(key));
+  return parameters_.take(key);
+}
 
 void HXNode::insertPort(const String& key, const Ref<HXPatchPort>& port) {
+  assert(port->node() == this && port->uniqueKey() == key && !portsByUniqueKey_.contains(key));
   portsByUniqueKey_.set(key, port);
 }
-Ref<HXPatchPort> HXNode::takePort(const String& key) { return portsByUniqueKey_.take(key); }
-void HXNode::storePorts(OrderedMap<Ref<HXPatchPort>> ports) { std::swap(portsByUniqueKey_, ports); }
+Ref<HXPatchPort> HXNode::takePort(const String& key) {
+  assert(portsByUniqueKey_.contains(key));
+  return portsByUniqueKey_.take(key);
+}
+void HXNode::storePorts(OrderedMap<Ref<HXPatchPort>> ports) {
+  assert(std::all_of(ports.begin(), ports.end(), [this](const auto& entry) {
+    return entry.value->node() == this && entry.value->uniqueKey() == entry.key;
+  }));
+  std::swap(portsByUniqueKey_, ports);
+}
 
 void HXNode::insertPortGroup(std::int32_t orientation, const Ref<HXPortGroup>& group) {
+  assert(group->node() == this && group->orientation() == orientation);
   sides_[orientation].groups.set(group->groupKey(), group);
 }
 Ref<HXPortGroup> HXNode::takePortGroup(std::int32_t orientation, const String& key) {

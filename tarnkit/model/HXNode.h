@@ -10,6 +10,7 @@
 #include "tarnkit/patches/BySide.h"
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/objects/PassKey.h"
 
 namespace tarnkit {
 
@@ -84,11 +85,18 @@ class HXNode : public HXRNodeOwner {
   // Place in the document.
 
   HXGroup* parentGroup() const noexcept { return parentGroup_.get(); }
+  /// Adds the node to the group, as `HXGroup::addNode` does; null: takes it out of its own.
   void setParentGroup(HXGroup* group);
+  /// Who is told of a new parent group: the parameters of the node and of everything below, or of
+  /// the node alone when what is below stays where it is; nobody while a document is opened.
+  enum class Told : std::uint8_t { everythingBelow, itself, nobody };
+  void linkParentGroup(HXGroup* group, Told told, PassKey<HXGroup>) { enterGroup(group, told); }
   /// The node whose subnode group holds this one; null at the top.
   HXNode* enclosingNode() const noexcept;
   /// Null while the node is in no document. Costs the depth.
   HXDocument* document() const noexcept;
+  /// The document that the node is; null for every other node.
+  virtual HXDocument* asDocument() noexcept { return nullptr; }
   /// Nil while the node is in no document.
   virtual String documentKey() const;
   /// This node's key, then those of the nodes that enclose it, the document's last; empty before
@@ -115,6 +123,10 @@ class HXNode : public HXRNodeOwner {
   /// node one when it has none; nothing when it is of that class already.
   void swapSubnodeGroupToGroup();
   void swapSubnodeGroupToViewGroup();
+  /// The same without telling the parent group, which tells itself.
+  void convertSubnodeGroup(bool toViewGroup, PassKey<HXGroup>) {
+    exchangeSubnodeGroup(makeSubnodeGroup(toViewGroup));
+  }
 
   // Ports.
 
@@ -163,6 +175,8 @@ class HXNode : public HXRNodeOwner {
   }
   /// Of a side.
   const OrderedSet& symbolicPortsInForce(std::int32_t orientation) const noexcept;
+  /// The port of this node that collects the published inner port; null when none does.
+  virtual HXPort* collectingPort(const HXPort& port) const;
 
   // Parameters.
 
@@ -189,6 +203,9 @@ class HXNode : public HXRNodeOwner {
   const HXRNodeClass& patchClass() const noexcept;
 
   // Told by the definition.
+  bool holdsPatch(const HXRNode& definition) const noexcept override {
+    return patch_ == &definition;
+  }
   void addPatchPort(HXRPort& port) override;
   void removePatchPort(HXRPort& port) override;
   void addPatchParameter(HXRParameter& parameter) override;
@@ -220,10 +237,6 @@ class HXNode : public HXRNodeOwner {
   template <class T, class... Args>
   friend Ref<T> make(Args&&... args);
 
-  /// The document that the node is; null for every other node.
-  virtual HXDocument* asDocument() noexcept { return nullptr; }
-  /// The port of this node that collects the published inner port; null when none does.
-  virtual HXPort* collectingPort(const HXPort& port) const;
   /// The steps of `setPatch`, for kinds of nodes that add to them.
   virtual void willSetPatch(const Ref<HXRNode>& patch);
   virtual void didSetPatch();
@@ -234,7 +247,6 @@ class HXNode : public HXRNodeOwner {
   virtual const Symbol& deviceClassName() const;
 
  private:
-  friend class HXGroup;
   // The parts of a node that follow for it.
   friend class HXNodeSync;
   friend class HXPortGroupSync;
@@ -251,6 +263,7 @@ class HXNode : public HXRNodeOwner {
   Ref<HXGroup> makeSubnodeGroup(bool ofViews) const;
   /// The swap without telling the parent group.
   void exchangeSubnodeGroup(const Ref<HXGroup>& group);
+  void enterGroup(HXGroup* group, Told told);
   /// Tells the parameters of this node only.
   void tellParametersHierarchyWillChange();
   void tellParametersHierarchyDidChange();

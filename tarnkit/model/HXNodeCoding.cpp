@@ -170,14 +170,14 @@ void HXNode::awakeAfterDecoding(Decoder& coder) {
       coder.fail("HXNode.subnodeGroup: a group that belongs to two nodes");
       return;
     }
-    if (other != this) subnodeGroup_->adoptedBy(*this);
+    if (other != this) subnodeGroup_->linkAdoptedBy(*this, {});
   }
   for (const auto& entry : portsByUniqueKey_) {
     if (!entry.value || (entry.value->node() && entry.value->node() != this)) {
       coder.fail("HXNode.portsByUniqueKey: a port that belongs to two nodes");
       return;
     }
-    entry.value->setNode(this);
+    entry.value->linkNode(this, PassKey<HXNode>());
   }
   for (const auto& entry : parameters_) {
     if (!entry.value || entry.value->node() != this) {
@@ -197,7 +197,7 @@ void HXNode::awakeAfterDecoding(Decoder& coder) {
     return;
   }
   patch_ = makeStandIn();
-  patch_->setNode(this);
+  takeUp(*patch_);
   sync_.hx_syncPatch();
   didSetPatch();
 }

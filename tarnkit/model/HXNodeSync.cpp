@@ -64,7 +64,6 @@ void HXNodeSync::hx_syncSubnodeGroupWithPatch() {
     node_.didDropSubnodeGroup();
   } else if (!node_.subnodeGroup()) {
     node_.storeSubnodeGroup(make<HXGroup>());
-    node_.subnodeGroup()->setNode(&node_);
   }
 }
 
@@ -124,6 +123,7 @@ void HXNodeSync::hx_syncPortsWithPatch() {
   if (syncingPorts_ || resting_) return;
   OrderedMap<Ref<HXPatchPort>> ports;
   std::vector<Ref<HXPatchPort>> added;
+  std::uint32_t keysThatStay = 0;
   if (const auto* patch = node_.patch_.get()) {
     const auto& descriptions = patch->portLayout().ports();
     ports.reserve(descriptions.size());
@@ -132,19 +132,22 @@ void HXNodeSync::hx_syncPortsWithPatch() {
       // A port whose orientation or relationship changed counts as replaced, deliberately without
       // being withdrawn: the editor shows only the new one.
       Ref<HXPatchPort> port = node_.portsByUniqueKey_.get(entry.key);
+      if (port) ++keysThatStay;
       if (!port || port->orientation() != description.orientation() ||
           port->connectionRelationship() != description.connectionRelationship()) {
         port = make<HXPatchPort>(&node_, description.orientation(),
                                  description.connectionRelationship());
         added.push_back(port);
       }
-      port->setPatchPort(entry.value);
+      port->linkPatchPort(entry.value, {});
       ports.set(entry.key, port);
     }
   }
   std::vector<Ref<HXPatchPort>> gone;
-  for (const auto& entry : node_.portsByUniqueKey_) {
-    if (!ports.contains(entry.key)) gone.push_back(entry.value);
+  if (keysThatStay != node_.portsByUniqueKey_.size()) {
+    for (const auto& entry : node_.portsByUniqueKey_) {
+      if (!ports.contains(entry.key)) gone.push_back(entry.value);
+    }
   }
   node_.storePorts(std::move(ports));
   withdrawPorts(gone);
@@ -187,7 +190,7 @@ void HXNodeSync::addPatchPort(HXRPort& port) {
     return;
   }
   const auto added = make<HXPatchPort>(&node_, port.orientation(), port.connectionRelationship());
-  added->setPatchPort(description);
+  added->linkPatchPort(description, {});
   node_.insertPort(port.uniqueKey(), added);
   detail::announceOfNode(HXNodeAddPortNotification, node_, HXPortInfo, *added);
 }
@@ -212,7 +215,7 @@ void HXNodeSync::removePatchPort(HXRPort& port) {
 void HXNodeSync::patchLayoutWasCopied() {
   for (const auto& entry : node_.patch_->portLayout().ports()) {
     if (const auto* port = node_.portsByUniqueKey_.find(entry.key)) {
-      (*port)->setPatchPort(entry.value);
+      (*port)->linkPatchPort(entry.value, {});
     }
   }
   portGroups_.takeUpDefinedGroups();

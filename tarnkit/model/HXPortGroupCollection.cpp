@@ -1,5 +1,7 @@
 #include "tarnkit/model/HXPortGroupCollection.h"
 
+#include <cassert>
+
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
 
@@ -43,6 +45,7 @@ void HXPortGroupCollection::update(const Ref<const OrderedSet>& keys) {
   }
   for (const auto& key : *keys) updated->add(key);
   storeKeys(updated->isEqual(*keys) ? keys : Ref<const OrderedSet>(updated));
+  assert(portGroupKeys_->count() == keys->count());
 }
 
 void HXPortGroupCollection::encodeWithCoder(Encoder& coder) const {

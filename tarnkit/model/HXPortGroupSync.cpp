@@ -1,6 +1,7 @@
 #include "tarnkit/model/HXPortGroupSync.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
@@ -63,6 +64,7 @@ bool HXPortGroupSync::isSettled() const noexcept {
 }
 
 void HXPortGroupSync::rebuildDidEnd() noexcept {
+  assert(rebuilds_ != 0);
   if (--rebuilds_ == 0) memory_ = nullptr;
 }
 
@@ -106,16 +108,18 @@ void HXPortGroupSync::syncSide(const Side& side, Changes& changes) {
   const Ref<const OrderedSet> orderBefore = side.collection.portGroupKeys();
   side.collection.followNode(keys);
   OrderedMap<Ref<HXPortGroup>> fresh;
-  syncDefinedGroups(side, fresh, changes);
+  const std::uint32_t staying = syncDefinedGroups(side, fresh, changes);
   if (!side.symbolicPorts->isEmpty()) syncPublishedGroups(side, fresh, changes);
   // Deliberately, a group of the definition that goes while published ports come under its key is
   // replaced in silence, as ports are.
   std::vector<Ref<HXPortGroup>> gone;
-  for (const auto& entry : side.groups) {
-    const auto* present = fresh.find(entry.key);
-    if (!present ||
-        (as<HXSymbolicPortGroup>(entry.value.get()) && !as<HXSymbolicPortGroup>(present->get()))) {
-      gone.push_back(entry.value);
+  if (staying != side.groups.size()) {
+    for (const auto& entry : side.groups) {
+      const auto* present = fresh.find(entry.key);
+      if (!present || (as<HXSymbolicPortGroup>(entry.value.get()) &&
+                       !as<HXSymbolicPortGroup>(present->get()))) {
+        gone.push_back(entry.value);
+      }
     }
   }
   node_.storePortGroups(side.orientation, std::move(fresh));
@@ -154,16 +158,20 @@ Ref<Group> HXPortGroupSync::groupBeforeRebuild(const Side& side, const String& k
 
 // The groups of the definition. One that a group of published ports of its name stands before is
 // found there.
-void HXPortGroupSync::syncDefinedGroups(const Side& side, OrderedMap<Ref<HXPortGroup>>& fresh,
-                                        Changes& changes) {
-  if (!side.definition) return;
+std::uint32_t HXPortGroupSync::syncDefinedGroups(const Side& side,
+                                                 OrderedMap<Ref<HXPortGroup>>& fresh,
+                                                 Changes& changes) {
+  std::uint32_t staying = 0;
+  if (!side.definition) return staying;
   const auto& definitions = side.definition->portGroupsInForce();
   fresh.reserve(definitions.size());
   for (const auto& entry : definitions) {
     Ref<HXPatchPortGroup> group;
     if (const auto* present = side.groups.find(entry.key)) {
       group = as<HXPatchPortGroup>(*present);
-      if (!group) {
+      if (group) {
+        ++staying;
+      } else {
         auto& published = static_cast<HXSymbolicPortGroup&>(**present);
         group = as<HXPatchPortGroup>(published.storeStandsBefore(nullptr));
       }
@@ -183,6 +191,7 @@ void HXPortGroupSync::syncDefinedGroups(const Side& side, OrderedMap<Ref<HXPortG
     group->setPatchPortGroup(entry.value);
     fresh.set(entry.key, group);
   }
+  return staying;
 }
 
 void HXPortGroupSync::syncPublishedGroups(const Side& side, OrderedMap<Ref<HXPortGroup>>& fresh,

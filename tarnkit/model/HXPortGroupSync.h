@@ -55,7 +55,9 @@ class HXPortGroupSync {
   Side side(std::int32_t orientation) const;
   /// One side; announces nothing.
   void syncSide(const Side& side, Changes& changes);
-  void syncDefinedGroups(const Side& side, OrderedMap<Ref<HXPortGroup>>& fresh, Changes& changes);
+  /// Returns how many of the groups stay in their places.
+  std::uint32_t syncDefinedGroups(const Side& side, OrderedMap<Ref<HXPortGroup>>& fresh,
+                                  Changes& changes);
   void syncPublishedGroups(const Side& side, OrderedMap<Ref<HXPortGroup>>& fresh, Changes& changes);
   bool isHeld(const HXPortGroup& group) const;
   /// Lets go of the definition's group that the group of published ports stands before.

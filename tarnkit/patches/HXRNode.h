@@ -8,6 +8,7 @@
 #include "tarnkit/patches/HXRParameter.h"
 #include "tarnkit/patches/HXRPortLayout.h"
 #include "tarnkit/platform/objects/FunctionRef.h"
+#include "tarnkit/platform/objects/PassKey.h"
 
 namespace tarnkit {
 
@@ -71,7 +72,9 @@ class HXRNode : public Object {
 
   /// The editor node that owns the definition, or null.
   HXRNodeOwner* node() const noexcept { return node_.get(); }
+  /// Leaves alone, with one line logged, a definition that its node holds.
   void setNode(HXRNodeOwner* node);
+  void linkNode(HXRNodeOwner* node, PassKey<HXRNodeOwner>) noexcept { node_ = node; }
   /// Whether the class comes from a plug-in; set by whoever makes the definition for a document.
   bool external() const noexcept { return external_; }
   void setExternal(bool external) noexcept { external_ = external; }

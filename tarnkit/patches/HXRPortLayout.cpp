@@ -6,23 +6,18 @@ namespace tarnkit {
 
 const Class HXRPortLayout::kClass{"HXRPortLayout", &Object::kClass};
 
-namespace {
-
-void copyGroups(const HXRPortGroupCollection& from, HXRPortGroupCollection& to, HXRNode& node) {
+void HXRPortLayout::copyGroups(const HXRPortGroupCollection& from, HXRPortGroupCollection& to) {
   for (const auto& entry : from.portGroupsInForce()) {
     const HXRPortGroup& group = *entry.value;
     const auto copy = make<HXRPortGroup>(group.groupKey(), group.orientation());
     for (const auto& original : group.ports()) {
       const Ref<HXRPort> port = original->copy();
-      port->setNode(&node);
-      port->setPortGroupKey(original->portGroupKey());
+      port->link(to.node(), original->portGroupKey(), {});
       copy->addPort(*port);
     }
     to.addPortGroup(*copy);
   }
 }
-
-}  // namespace
 
 HXRPortLayout::HXRPortLayout(HXRNode* node)
     : collections_{{make<HXRPortGroupCollection>(node, HXOrientationInput),
@@ -36,7 +31,7 @@ void HXRPortLayout::share() {
 Ref<HXRPortLayout> HXRPortLayout::copyForNode(HXRNode& node) const {
   auto copy = make<HXRPortLayout>(&node);
   for (const auto side : kBothSides) {
-    copyGroups(*collections_[side], *copy->collections_[side], node);
+    copyGroups(*collections_[side], *copy->collections_[side]);
   }
   copy->ports_.reserve(ports_.size());
   for (const auto& [key, port] : ports_) {
@@ -63,7 +58,7 @@ bool HXRPortLayout::addPort(HXRPort& port, const String& portGroupKey) {
   }
   ports_.set(port.uniqueKey(), Ref<HXRPort>(&port));
   group->addPort(port);
-  port.setPortGroupKey(group->groupKey());
+  port.link(groups->node(), group->groupKey(), {});
   return true;
 }
 
@@ -76,7 +71,7 @@ bool HXRPortLayout::removePort(HXRPort& port) {
     if (group->isEmpty()) groups->removePortGroup(*group);
   }
   if (ports_.get(port.uniqueKey()) == &port) ports_.take(port.uniqueKey());
-  port.setPortGroupKey(nullptr);
+  port.link(nullptr, nullptr, {});
   return true;
 }
 

@@ -39,6 +39,8 @@ class HXRPortLayout final : public Object {
   bool removePort(HXRPort& port);
 
  private:
+  static void copyGroups(const HXRPortGroupCollection& from, HXRPortGroupCollection& to);
+
   bool shared_ = false;
   OrderedMap<Ref<HXRPort>> ports_;
   BySide<Ref<HXRPortGroupCollection>> collections_;
