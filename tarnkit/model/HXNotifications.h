@@ -64,7 +64,11 @@ template <class Node, class T, class IsHeld>
 void announceChanges(Node& node, const Symbol& removal, const std::vector<Ref<T>>& gone,
                      const Symbol& addition, const std::vector<Ref<T>>& added,
                      const Symbol& infoKey, IsHeld isHeld) {
-  for (const auto& object : gone) announceOfNode(removal, node, infoKey, *object);
+  const auto& center = NotificationCenter::defaultCenter();
+  if (center.observes(removal)) {
+    for (const auto& object : gone) announceOfNode(removal, node, infoKey, *object);
+  }
+  if (!center.observes(addition)) return;
   for (const auto& object : added) {
     if (isHeld(*object)) announceOfNode(addition, node, infoKey, *object);
   }
