@@ -1,5 +1,7 @@
 #include "tarnkit/model/HXConnectionSet.h"
 
+#include <cassert>
+
 namespace tarnkit {
 
 std::uint32_t HXConnectionSet::count() const noexcept {
@@ -16,6 +18,7 @@ bool HXConnectionSet::contains(const HXConnection* connection) const noexcept {
 }
 
 OrderedSet& HXConnectionSet::mutableSet() {
+  assert(members_);
   if (auto* set = as<OrderedSet>(members_.get())) {
     if (!set->isShared()) return *set;
     members_ = make<OrderedSet>(*set);
@@ -44,6 +47,7 @@ bool HXConnectionSet::remove(const HXConnection& connection) {
     return true;
   }
   auto& set = mutableSet();
+  assert(set.count() > 1);
   set.remove(&connection);
   if (set.count() == 1) members_ = Ref<Object>(*set.begin());
   return true;

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <cassert>
+
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXDecodedNodes.h"
 #include "tarnkit/model/HXPort.h"
@@ -43,12 +45,12 @@ const Symbol& HXDocument::deviceClassName() const {
 }
 
 Ref<HXConnection> HXDocument::connectPort(HXPort& first, HXPort& toPort) {
-  HXPort* input = nullptr;
-  HXPort* output = nullptr;
+  BySide<HXPort*> ends{{nullptr, nullptr}};
   for (HXPort* port : {&first, &toPort}) {
-    if (port->orientation() == HXOrientationInput) input = port;
-    if (port->orientation() == HXOrientationOutput) output = port;
+    if (auto* end = ends.find(port->orientation())) *end = port;
   }
+  HXPort* const input = ends[HXOrientationInput];
+  HXPort* const output = ends[HXOrientationOutput];
   if (!input || !output) {
     warnOfPorts("Attempting to connect two ports that are not an input port and an output port.",
                 first, toPort);
@@ -76,14 +78,11 @@ void HXDocument::breakConnection(HXConnection& connection) {
   const Ref<HXPort> input(connection.inputPort());
   const bool outputHad = output && output->dropConnection(connection);
   const bool inputHad = input && input->dropConnection(connection);
+  assert(!connection.isHeld());
   if (outputHad) output->hx_fireDidDisconnectNotification(connection);
   if (inputHad) input->hx_fireDidDisconnectNotification(connection);
   detail::announce(HXDocumentRemoveConnectionNotification, *this, *this,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXGraphInfo, Ref<Object>(this)},
-                                     {HXConnectionInfo, kept}};
-                   });
+                   {{HXGraphInfo, this}, {HXConnectionInfo, kept.get()}});
 }
 
 void HXDocument::breakAllConnectionsToPort(HXPort& port) {
@@ -111,11 +110,7 @@ void HXDocument::hx_addConnection(HXConnection& connection) {
   if (inputTook && isHeldBy(input)) input->hx_fireDidConnectNotification(connection);
   if ((outputTook || inputTook) && !isHeldBy(output) && !isHeldBy(input)) return;
   detail::announce(HXDocumentAddConnectionNotification, *this, *this,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXGraphInfo, Ref<Object>(this)},
-                                     {HXConnectionInfo, kept}};
-                   });
+                   {{HXGraphInfo, this}, {HXConnectionInfo, kept.get()}});
 }
 
 void HXDocument::encodeWithCoder(Encoder& coder) const {

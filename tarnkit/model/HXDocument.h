@@ -25,6 +25,7 @@ class HXDocument final : public HXNode {
   /// "document_%i".
   String documentKey() const override { return documentKey_; }
   const Ref<HXImageStore>& imageStore() const noexcept { return imageStore_; }
+  HXDocument* asDocument() noexcept override { return this; }
   bool hx_forceAllowsSubnodes() const override { return true; }
 
   /// Joins an output port and an input port, given in any order; published ports stand for what
@@ -49,7 +50,6 @@ class HXDocument final : public HXNode {
   static String hx_newDocumentKey();
 
  protected:
-  HXDocument* asDocument() noexcept override { return this; }
   const Symbol& deviceClassName() const override;
 
  private:

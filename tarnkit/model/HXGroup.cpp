@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cassert>
 #include <unordered_set>
 
 #include "tarnkit/model/HXDocument.h"
@@ -18,13 +19,6 @@ namespace tarnkit {
 const Class HXGroup::kClass{"HXGroup", &Object::kClass, &HXGroup::makeForDecoding};
 
 namespace {
-
-UserInfo groupInfo(const Ref<Object>& documentKey, HXGroup& group, const Symbol& key,
-                   Object& object) {
-  return {{HXDocumentKeyInfo, documentKey},
-          {HXGroupInfo, Ref<Object>(&group)},
-          {key, Ref<Object>(&object)}};
-}
 
 std::vector<Ref<HXSymbolicPort>> publishedPorts(const OrderedSet& members) {
   std::vector<Ref<HXSymbolicPort>> ports;
@@ -56,9 +50,8 @@ std::vector<Ref<HXConnection>> wiresAcross(HXNode& node) {
 // The ports of the node as it shows them, then the ports that it publishes.
 std::vector<Ref<HXPort>> shownAndPublishedPorts(const HXNode& node) {
   auto ports = node.ports();
-  for (const auto* published :
-       {&node.symbolicInputPortsInForce(), &node.symbolicOutputPortsInForce()}) {
-    for (const auto& port : *published) {
+  for (const auto orientation : kBothSides) {
+    for (const auto& port : node.symbolicPortsInForce(orientation)) {
       ports.emplace_back(static_cast<HXPort*>(port.get()));
     }
   }
@@ -72,8 +65,7 @@ HXGroup::HXGroup() : HXGroup(Decoding{}) {
   uniqueKey_ = hx_newUniqueKey();
 }
 
-HXGroup::HXGroup(Decoding) noexcept
-    : symbolicInputPorts_(make<OrderedSet>()), symbolicOutputPorts_(make<OrderedSet>()) {}
+HXGroup::HXGroup(Decoding) noexcept : symbolicPorts_{{make<OrderedSet>(), make<OrderedSet>()}} {}
 
 Ref<Object> HXGroup::makeForDecoding(const Class&) { return make<HXGroup>(Decoding{}); }
 
@@ -86,15 +78,14 @@ Ref<HXGroup> HXGroup::initWithGroup(HXGroup* group) {
 void HXGroup::takeOver(HXGroup* group) {
   uniqueKey_ = group && !group->uniqueKey_.isNil() ? group->uniqueKey_ : hx_newUniqueKey();
   if (!group) return;
-  subnodes_ = group->subnodes_;
+  storeSubnodes(group->subnodes_);
   // What is below the subnodes stays where it is.
   for (const auto& entry : subnodes_) {
-    entry.value->tellParametersHierarchyWillChange();
-    entry.value->parentGroup_ = this;
-    entry.value->tellParametersHierarchyDidChange();
+    entry.value->linkParentGroup(this, HXNode::Told::itself, {});
   }
-  symbolicInputPorts_ = make<OrderedSet>(*group->symbolicInputPorts_);
-  symbolicOutputPorts_ = make<OrderedSet>(*group->symbolicOutputPorts_);
+  for (const auto orientation : kBothSides) {
+    storePublications(orientation, group->symbolicPortsInForce(orientation));
+  }
 }
 
 String HXGroup::hx_newUniqueKey() {
@@ -102,7 +93,21 @@ String HXGroup::hx_newUniqueKey() {
   return counter.next();
 }
 
-void HXGroup::setNode(HXNode* node) { node_ = node; }
+void HXGroup::setNode(HXNode* node) {
+  if (node == this->node()) return;
+  if (owner()) {
+    Log::warning("HXGroup", "Attempting to take a group from the node that holds it.");
+    return;
+  }
+  node_ = node;
+}
+
+void HXGroup::linkNode(HXNode* node, PassKey<HXNode>) noexcept { node_ = node; }
+
+void HXGroup::linkReplacedIn(HXNode& node, PassKey<HXNode>) noexcept {
+  node_ = nullptr;
+  formerNode_ = &node;
+}
 
 String HXGroup::documentKey() const {
   const auto* node = this->node();
@@ -132,10 +137,10 @@ std::vector<Ref<HXNode>> HXGroup::subnodes() const {
 }
 
 std::vector<Ref<HXSymbolicPort>> HXGroup::symbolicInputPorts() const {
-  return publishedPorts(*symbolicInputPorts_);
+  return publishedPorts(symbolicInputPortsInForce());
 }
 std::vector<Ref<HXSymbolicPort>> HXGroup::symbolicOutputPorts() const {
-  return publishedPorts(*symbolicOutputPorts_);
+  return publishedPorts(symbolicOutputPortsInForce());
 }
 
 HXNode* HXGroup::subnodeForKey(const String& uniqueKey) const {
@@ -197,12 +202,10 @@ void HXGroup::addNode(HXNode& node) {
   }
   const Ref<HXGroup> target(&here->inForce());
   const bool wasSubviewGroup = target->isSubviewGroup();
-  node.setParentGroup(target.get());
-  target->subnodes_.set(node.uniqueKey(), kept);
+  node.linkParentGroup(target.get(), HXNode::Told::everythingBelow, {});
+  target->insertSubnode(kept);
   detail::announce(HXGroupAddNodeNotification, *target, *target,
-                   [&](const Ref<Object>& documentKey) {
-                     return groupInfo(documentKey, *target, HXNodeInfo, node);
-                   });
+                   {{HXGroupInfo, target.get()}, {HXNodeInfo, &node}});
   const Ref<HXGroup> now(&target->inForce());
   const Ref<HXNode> owner(now->owner());
   if (owner && !now->isSubviewGroup() && node.parentGroup() == now.get() &&
@@ -248,8 +251,10 @@ void HXGroup::displace(HXNode& node) {
 void HXGroup::release(HXNode& node) {
   if (subnodeForKey(node.uniqueKey()) != &node) return;
   const Ref<HXGroup> kept(this);
-  if (node.parentGroup() == this) node.setParentGroup(nullptr);
-  subnodes_.take(node.uniqueKey());
+  if (node.parentGroup() == this) {
+    node.linkParentGroup(nullptr, HXNode::Told::everythingBelow, {});
+  }
+  takeSubnode(node.uniqueKey());
   forgetNode(node);  // again: an observer may have made it a view meanwhile
 }
 
@@ -269,9 +274,8 @@ void HXGroup::removeNode(HXNode* node) {
   const Ref<HXGroup> now(&here.inForce());
   if (now->subnodeForKey(node->uniqueKey()) != node) return;  // an observer took it out already
   now->release(*node);
-  detail::announce(HXGroupRemoveNodeNotification, *now, *now, [&](const Ref<Object>& documentKey) {
-    return groupInfo(documentKey, *now, HXNodeInfo, *node);
-  });
+  detail::announce(HXGroupRemoveNodeNotification, *now, *now,
+                   {{HXGroupInfo, now.get()}, {HXNodeInfo, node}});
   endViewGroupWithoutViews(*now);
 }
 
@@ -305,7 +309,7 @@ void HXGroup::subnodeViewTypeDidChange(HXNode& node) {
     const bool wasSubviewGroup = here->isSubviewGroup();
     const Ref<HXNode> owner(here->owner());
     const bool swaps = owner && here->hasViewNode() != wasSubviewGroup;
-    if (swaps) owner->exchangeSubnodeGroup(owner->makeSubnodeGroup(!wasSubviewGroup));
+    if (swaps) owner->convertSubnodeGroup(!wasSubviewGroup, {});
     const Ref<HXGroup> now(&here->inForce());
     if (wasSubviewGroup && now->subnodeForKey(subject->uniqueKey()) == subject.get()) {
       now->viewTypeDidChange(*subject);
@@ -320,15 +324,9 @@ void HXGroup::didAddNode(HXNode&) {}
 void HXGroup::forgetNode(HXNode&) {}
 void HXGroup::viewTypeDidChange(HXNode&) {}
 
-OrderedSet* HXGroup::symbolicPorts(std::int32_t orientation) const noexcept {
-  if (orientation == HXOrientationInput) return symbolicInputPorts_.get();
-  if (orientation == HXOrientationOutput) return symbolicOutputPorts_.get();
-  return nullptr;
-}
-
 Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
   HXGroup& here = inForce();
-  if (!here.symbolicPorts(port.orientation())) return nullptr;
+  if (!symbolicPorts_.isSide(port.orientation())) return nullptr;
   const Ref<HXGroup> kept(&here);
   const Ref<HXPort> keptPort(&port);
   const bool isInside = port.node() && port.node()->parentGroup() == &here;
@@ -343,20 +341,19 @@ Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
 }
 
 void HXGroup::hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort) {
+  if (symbolicPort.port() != &toPort) return;  // an observer gave it another port
   const Ref<HXGroup> kept(this);
   const Ref<HXPort> keptPort(&toPort);
-  toPort.setSymbolicPort(&symbolicPort);
+  toPort.linkSymbolicPort(&symbolicPort, PassKey<HXGroup>());
   if (toPort.symbolicPort() != &symbolicPort) return;  // an observer ended it, or published anew
-  if (auto* ports = inForce().symbolicPorts(toPort.orientation())) {
-    ports->add(Ref<Object>(&symbolicPort));
+  if (symbolicPorts_.isSide(toPort.orientation())) {
+    inForce().insertPublication(toPort.orientation(), symbolicPort);
   }
   if (const Ref<HXNode> owner{inForce().node()}) owner->symbolicPortNameWasAdded(toPort);
   if (toPort.symbolicPort() != &symbolicPort) return;
   HXGroup& now = inForce();
   detail::announce(HXGroupAddSymbolicPortForPortNotification, now, now,
-                   [&](const Ref<Object>& documentKey) {
-                     return groupInfo(documentKey, now, HXPortInfo, toPort);
-                   });
+                   {{HXGroupInfo, &now}, {HXPortInfo, &toPort}});
 }
 
 void HXGroup::restoreSymbolicPort(HXSymbolicPort& symbolicPort) {
@@ -364,8 +361,8 @@ void HXGroup::restoreSymbolicPort(HXSymbolicPort& symbolicPort) {
   if (!port) return;
   const Ref<HXSymbolicPort> kept(&symbolicPort);
   const Ref<HXGroup> keptGroup(this);
-  port->setSymbolicPort(nullptr);
-  symbolicPort.setNode(inForce().node());
+  port->linkSymbolicPort(nullptr, PassKey<HXGroup>());
+  symbolicPort.linkNode(inForce().node(), PassKey<HXGroup>());
   inForce().hx_addSymbolicPort(symbolicPort, *port);
 }
 
@@ -432,20 +429,35 @@ void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
     }
     if (port.symbolicPort() != &symbolicPort) return;  // an observer ended it already
   }
-  const auto forget = [&](const HXGroup& group) {
-    group.symbolicInputPorts_->remove(&symbolicPort);
-    group.symbolicOutputPorts_->remove(&symbolicPort);
-  };
-  forget(inForce());
-  port.setSymbolicPort(nullptr);
-  forget(inForce());  // again: an observer may have restored it meanwhile
-  if (const Ref<HXNode> owner{inForce().node()})
+  inForce().removePublication(symbolicPort);
+  port.linkSymbolicPort(nullptr, PassKey<HXGroup>());
+  inForce().removePublication(symbolicPort);  // again: an observer may have restored it meanwhile
+  if (const Ref<HXNode> owner{inForce().node()}) {
     owner->symbolicPortNameWasRemoved(port, symbolicPort);
+  }
   HXGroup& now = inForce();
   detail::announce(HXGroupRemoveSymbolicPortForPortNotification, now, now,
-                   [&](const Ref<Object>& documentKey) {
-                     return groupInfo(documentKey, now, HXPortInfo, port);
-                   });
+                   {{HXGroupInfo, &now}, {HXPortInfo, &port}});
+}
+
+void HXGroup::insertSubnode(const Ref<HXNode>& node) {
+  assert(node->parentGroup() == this && !subnodes_.contains(node->uniqueKey()));
+  subnodes_.set(node->uniqueKey(), node);
+}
+void HXGroup::takeSubnode(const String& uniqueKey) {
+  assert(subnodes_.contains(uniqueKey) && subnodes_.get(uniqueKey)->parentGroup() != this);
+  subnodes_.take(uniqueKey);
+}
+void HXGroup::storeSubnodes(OrderedMap<Ref<HXNode>> subnodes) { std::swap(subnodes_, subnodes); }
+
+void HXGroup::insertPublication(std::int32_t orientation, HXSymbolicPort& symbolicPort) {
+  symbolicPorts_[orientation]->add(Ref<Object>(&symbolicPort));
+}
+void HXGroup::removePublication(const HXSymbolicPort& symbolicPort) {
+  for (const auto& ports : symbolicPorts_) ports->remove(&symbolicPort);
+}
+void HXGroup::storePublications(std::int32_t orientation, const OrderedSet& symbolicPorts) {
+  symbolicPorts_[orientation] = make<OrderedSet>(symbolicPorts);
 }
 
 void HXGroup::hierarchyWillChange() {

@@ -4,9 +4,11 @@
 #include <vector>
 
 #include "tarnkit/model/HXNotifications.h"
+#include "tarnkit/patches/BySide.h"
 #include "tarnkit/platform/coding/Coder.h"
 #include "tarnkit/platform/collections/OrderedMap.h"
 #include "tarnkit/platform/collections/OrderedSet.h"
+#include "tarnkit/platform/objects/PassKey.h"
 
 namespace tarnkit {
 
@@ -50,7 +52,14 @@ class HXGroup : public Object {
   const String& uniqueKey() const noexcept { return uniqueKey_; }
   /// The node whose subnode group this is; null while none is.
   HXNode* node() const noexcept { return node_.get(); }
+  /// Leaves alone, with one line logged, a group that its node holds: the node drops or replaces
+  /// it.
   void setNode(HXNode* node);
+  void linkNode(HXNode* node, PassKey<HXNode>) noexcept;
+  /// Its node has another group in its place, to which it hands everything on.
+  void linkReplacedIn(HXNode& node, PassKey<HXNode>) noexcept;
+  /// Becomes the node's, with its published ports.
+  void linkAdoptedBy(HXNode& node, PassKey<HXNode>);
   /// The node's document key.
   String documentKey() const;
 
@@ -83,8 +92,16 @@ class HXGroup : public Object {
   std::vector<Ref<HXSymbolicPort>> symbolicInputPorts() const;
   std::vector<Ref<HXSymbolicPort>> symbolicOutputPorts() const;
   /// The same (`HXSymbolicPort`), for reading by who publishes and unpublishes nothing meanwhile.
-  const OrderedSet& symbolicInputPortsInForce() const noexcept { return *symbolicInputPorts_; }
-  const OrderedSet& symbolicOutputPortsInForce() const noexcept { return *symbolicOutputPorts_; }
+  const OrderedSet& symbolicInputPortsInForce() const noexcept {
+    return symbolicPortsInForce(HXOrientationInput);
+  }
+  const OrderedSet& symbolicOutputPortsInForce() const noexcept {
+    return symbolicPortsInForce(HXOrientationOutput);
+  }
+  /// Of a side.
+  const OrderedSet& symbolicPortsInForce(std::int32_t orientation) const noexcept {
+    return *symbolicPorts_[orientation];
+  }
   /// Publishes the port under its own name; null when it is neither input nor output. It is not
   /// asked whether the port is published already.
   Ref<HXSymbolicPort> addSymbolicPortForPort(HXPort& port);
@@ -97,9 +114,9 @@ class HXGroup : public Object {
   void restoreSymbolicPort(HXSymbolicPort& symbolicPort);
 
   bool isOpaque() const noexcept { return opaque_; }
-  void setOpaque(bool opaque) noexcept { opaque_ = opaque; }
+  void setOpaque(bool opaque) noexcept { storeOpaque(opaque); }
   HXPoint canvasCenter() const noexcept { return canvasCenter_; }
-  void setCanvasCenter(HXPoint center) noexcept { canvasCenter_ = center; }
+  void setCanvasCenter(HXPoint center) noexcept { storeCanvasCenter(center); }
 
   /// Class-level: the device-side class.
   virtual const Symbol& processClassName() const;
@@ -139,7 +156,6 @@ class HXGroup : public Object {
   virtual void viewTypeDidChange(HXNode& node);
 
  private:
-  friend class HXNode;
   void hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort);
   void unpublish(HXPort& port, HXSymbolicPort& symbolicPort);
   void endDeepPublications(HXPort& port);
@@ -155,15 +171,23 @@ class HXGroup : public Object {
   bool mayHold(HXNode& node) const;
   /// Whether the node holds this group, or a node that does.
   bool isInside(const HXNode& node) const;
-  OrderedSet* symbolicPorts(std::int32_t orientation) const noexcept;
   void settlePublications(OrderedSet& ports);
   static void breakCircle(HXSymbolicPort& symbolicPort);
-  /// Becomes the node's, with its published ports.
-  void adoptedBy(HXNode& node);
+
+  // All changes of the fields, but for what is read from an archive before the group is awake. They
+  // announce nothing.
+  void insertSubnode(const Ref<HXNode>& node);
+  void takeSubnode(const String& uniqueKey);
+  void storeSubnodes(OrderedMap<Ref<HXNode>> subnodes);
+  void insertPublication(std::int32_t orientation, HXSymbolicPort& symbolicPort);
+  /// From whichever side it stands on.
+  void removePublication(const HXSymbolicPort& symbolicPort);
+  void storePublications(std::int32_t orientation, const OrderedSet& symbolicPorts);
+  void storeOpaque(bool opaque) noexcept { opaque_ = opaque; }
+  void storeCanvasCenter(HXPoint center) noexcept { canvasCenter_ = center; }
 
   OrderedMap<Ref<HXNode>> subnodes_;
-  Ref<OrderedSet> symbolicInputPorts_;
-  Ref<OrderedSet> symbolicOutputPorts_;
+  BySide<Ref<OrderedSet>> symbolicPorts_;
   String uniqueKey_;
   WeakRef<HXNode> node_;
   WeakRef<HXNode> formerNode_;  // set once the node has replaced this group

@@ -17,8 +17,8 @@ constinit const Symbol kSubnodesByUniqueKey{"HXGroup.subnodesByUniqueKey"};
 constinit const Symbol kCanvasCenterX{"HXGroup.canvasCenter.x"};
 constinit const Symbol kCanvasCenterY{"HXGroup.canvasCenter.y"};
 constinit const Symbol kOpaque{"HXGroup.opaque"};
-constinit const Symbol kSymbolicInputPorts{"HXGroup.symbolicInputPorts"};
-constinit const Symbol kSymbolicOutputPorts{"HXGroup.symbolicOutputPorts"};
+constinit const BySide<Symbol> kSymbolicPorts{
+    {Symbol{"HXGroup.symbolicInputPorts"}, Symbol{"HXGroup.symbolicOutputPorts"}}};
 
 constinit const Symbol kDeviceUniqueKey{"PMGroup.uniqueKey"};
 constinit const Symbol kDeviceNode{"PMGroup.node"};
@@ -38,8 +38,9 @@ void HXGroup::encodeWithCoder(Encoder& coder) const {
     coder.encodeFloat(canvasCenter_.x, kCanvasCenterX);
     coder.encodeFloat(canvasCenter_.y, kCanvasCenterY);
     coder.encodeBool(opaque_, kOpaque);
-    coder.encodeMembers(*symbolicInputPorts_, kSymbolicInputPorts);
-    coder.encodeMembers(*symbolicOutputPorts_, kSymbolicOutputPorts);
+    for (const auto orientation : kBothSides) {
+      coder.encodeMembers(symbolicPortsInForce(orientation), kSymbolicPorts[orientation]);
+    }
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(processClassName(), isa());
     coder.encodeString(uniqueKey_, kDeviceUniqueKey);
@@ -52,12 +53,11 @@ void HXGroup::initWithCoder(Decoder& coder) {
   uniqueKey_ = hx_newUniqueKey();
   canvasCenter_ = {coder.decodeFloat(kCanvasCenterX), coder.decodeFloat(kCanvasCenterY)};
   opaque_ = coder.decodeBool(kOpaque);
-  coder.decodeEach<HXSymbolicPort>(kSymbolicInputPorts, [&](const Ref<HXSymbolicPort>& port) {
-    symbolicInputPorts_->add(port);
-  });
-  coder.decodeEach<HXSymbolicPort>(kSymbolicOutputPorts, [&](const Ref<HXSymbolicPort>& port) {
-    symbolicOutputPorts_->add(port);
-  });
+  for (const auto orientation : kBothSides) {
+    coder.decodeEach<HXSymbolicPort>(
+        kSymbolicPorts[orientation],
+        [&](const Ref<HXSymbolicPort>& port) { symbolicPorts_[orientation]->add(port); });
+  }
   node_ = coder.decode<HXNode>(kNode);
   if (coder.codingType() == HXCodingTypeEditorWithKeys) {
     coder.decodeEachEntry<HXNode>(
@@ -73,18 +73,17 @@ void HXGroup::awakeAfterDecoding(Decoder& coder) {
   subnodes_.reserve(static_cast<std::uint32_t>(decodedSubnodes_.size()));
   for (const auto& node : std::exchange(decodedSubnodes_, {})) {
     // The group that lists a node holds it, whatever group the node says that it is in.
-    const auto* other = node->parentGroup_.get();
+    const auto* other = node->parentGroup();
     const bool isHeld =
         other && other != this && other->subnodeForKey(node->uniqueKey()) == node.get();
     if (isHeld || subnodes_.contains(node->uniqueKey())) {
       coder.fail("HXGroup.subnodes: a node that belongs to two groups, or twice to one");
       return;
     }
-    node->parentGroup_ = this;
-    subnodes_.set(node->uniqueKey(), node);
+    node->linkParentGroup(this, HXNode::Told::nobody, {});
+    insertSubnode(node);
   }
-  settlePublications(*symbolicInputPorts_);
-  settlePublications(*symbolicOutputPorts_);
+  for (const auto& ports : symbolicPorts_) settlePublications(*ports);
 }
 
 // A port may be published here whose node was moved elsewhere. Only such publications can stand for
@@ -102,7 +101,7 @@ void HXGroup::settlePublications(OrderedSet& ports) {
     const auto* port = symbolicPort.port();
     const auto* inner = port ? port->node() : nullptr;
     if (port && (!inner || subnodeForKey(inner->uniqueKey()) != inner)) breakCircle(symbolicPort);
-    symbolicPort.setNode(node());
+    symbolicPort.linkNode(node(), PassKey<HXGroup>());
   }
   for (const auto& member : taken) {
     Log::warning("HXGroup",
@@ -112,10 +111,11 @@ void HXGroup::settlePublications(OrderedSet& ports) {
   }
 }
 
-void HXGroup::adoptedBy(HXNode& node) {
-  setNode(&node);
-  for (const auto* ports : {symbolicInputPorts_.get(), symbolicOutputPorts_.get()}) {
-    for (const auto& member : *ports) static_cast<HXSymbolicPort&>(*member).setNode(&node);
+void HXGroup::linkAdoptedBy(HXNode& node, PassKey<HXNode>) {
+  node_ = &node;
+  for (const auto& ports : symbolicPorts_) {
+    for (const auto& member : *ports)
+      static_cast<HXSymbolicPort&>(*member).linkNode(&node, PassKey<HXGroup>());
   }
 }
 
@@ -131,7 +131,6 @@ void HXGroup::breakCircle(HXSymbolicPort& symbolicPort) {
       Log::warning("HXGroup", fmt::format("Dropping the publication \"{}\" that stands for itself",
                                           closing.name().view()));
       closing.setPort(nullptr);
-      if (at->symbolicPort() == &closing) at->setSymbolicPort(nullptr);
       break;
     }
     at->chain_ = Chain::walked;

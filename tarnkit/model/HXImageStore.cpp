@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cassert>
 #include <exception>
 
 #include "tarnkit/archive/HXCoding.h"
@@ -48,41 +49,47 @@ void HXImageStore::addImageEntry(const Ref<HXImageStoreEntry>& entry) {
     Log::warning("HXImageStore", "Attempting to add an entry whose image is empty.");
     return;
   }
-  if (auto* count = counts_.find(entry->key())) {
-    ++*count;
-    return;
-  }
-  counts_.set(entry->key(), 1);
-  entries_.set(entry->key(), entry);
+  const std::int32_t count = counts_.get(entry->key());
+  storeCount(entry->key(), count + 1);
+  if (count != 0) return;
+  insertEntry(entry);
   imageStoreEntryWasAdded(*entry);
 }
 
 void HXImageStore::removeImageEntry(const HXImageStoreEntry* entry) {
   if (!entry || entry->key().isNil()) return;
   const Ref<const HXImageStoreEntry> kept(entry);
-  auto* count = counts_.find(entry->key());
-  if (count && *count > 1) {
-    --*count;
-    return;
-  }
-  counts_.take(entry->key());
-  entries_.take(entry->key());
+  const std::int32_t count = counts_.get(entry->key());
+  storeCount(entry->key(), count - 1);
+  if (count > 1) return;
+  takeEntry(entry->key());
   imageStoreEntryIsNoLongerReferenced(*entry);
 }
 
+// An entry without a count has none.
+void HXImageStore::storeCount(const String& key, std::int32_t count) {
+  if (count > 0) {
+    counts_.set(key, count);
+  } else {
+    counts_.take(key);
+  }
+}
+void HXImageStore::insertEntry(const Ref<HXImageStoreEntry>& entry) {
+  entries_.set(entry->key(), entry);
+  assert(entries_.size() == counts_.size());
+}
+void HXImageStore::takeEntry(const String& key) {
+  entries_.take(key);
+  assert(entries_.size() == counts_.size());
+}
+
 void HXImageStore::imageStoreEntryWasAdded(HXImageStoreEntry& entry) {
-  detail::announce(
-      HXImageStoreAddImageNotification, *this, *this, [&](const Ref<Object>& documentKey) {
-        return UserInfo{{HXDocumentKeyInfo, documentKey}, {HXImageEntryInfo, Ref<Object>(&entry)}};
-      });
+  detail::announce(HXImageStoreAddImageNotification, *this, *this, {{HXImageEntryInfo, &entry}});
 }
 
 void HXImageStore::imageStoreEntryIsNoLongerReferenced(const HXImageStoreEntry& entry) {
   detail::announce(HXImageStoreRemoveImageNotification, *this, *this,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXImageEntryKeyInfo, entry.key().object()}};
-                   });
+                   {{HXImageEntryKeyInfo, entry.key().object().get()}});
 }
 
 std::vector<Ref<Data>> HXImageStore::dataRepresentationsOfAllEntries() const {
@@ -107,7 +114,15 @@ std::vector<Ref<Data>> HXImageStore::dataRepresentationsOfAllEntries() const {
   return representations;
 }
 
-void HXImageStore::setDocument(HXDocument* document) { document_ = document; }
+void HXImageStore::setDocument(HXDocument* document) {
+  const auto* present = this->document();
+  if (document == present) return;
+  if (present && present->imageStore() == this) {
+    Log::warning("HXImageStore", "Attempting to take a store from the document that holds it.");
+    return;
+  }
+  document_ = document;
+}
 
 String HXImageStore::documentKey() const {
   const auto* document = this->document();

@@ -52,6 +52,7 @@ class HXImageStore final : public Object {
   std::vector<Ref<Data>> dataRepresentationsOfAllEntries() const;
 
   HXDocument* document() const noexcept { return document_.get(); }
+  /// Leaves alone, with one line logged, a store that its document holds.
   void setDocument(HXDocument* document);
   String documentKey() const;
 
@@ -61,6 +62,11 @@ class HXImageStore final : public Object {
   void awakeAfterDecoding(Decoder& coder) override;
 
  private:
+  // All changes of the entries and their counts.
+  void storeCount(const String& key, std::int32_t count);
+  void insertEntry(const Ref<HXImageStoreEntry>& entry);
+  void takeEntry(const String& key);
+
   OrderedMap<Ref<HXImageStoreEntry>> entries_;
   OrderedMap<std::int32_t> counts_;
   WeakRef<HXDocument> document_;

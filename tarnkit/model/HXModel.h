@@ -7,6 +7,17 @@
 
 namespace tarnkit {
 
+// How to read the names of the editor's side.
+//
+// `HX` begins the classes of the editor's model, `HXR` those of the patch definitions that it
+// follows, `PM` and `PMR` the names of the device's classes, which stand in device graphs.
+//
+// An operation that begins with `hx_` (in the model), `hxr_` or `trn_` (in definitions) is not the
+// public interface: it is a step of the class that declares it, public or virtual at most because
+// another class of the library takes part. These names are kept because the editor's own sources
+// and its error reports speak of the steps by them. Editors call the operation without a prefix
+// whose comment says when the step is taken.
+
 /// Enters the classes of the model and the catalogue of patch definitions into the class registry,
 /// so that they can be made by name, and lets definitions make documents. Nodes, groups and image
 /// stores call it when they are made, documents when they are opened; a program that starts from a

@@ -2,9 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cassert>
+
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXModel.h"
-#include "tarnkit/model/HXNodePortSide.h"
 #include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPatchPort.h"
@@ -61,8 +63,9 @@ Ref<HXNode> HXNode::makeOfClass(std::string_view className) {
 
 void HXNode::init() {
   uniqueKey_ = hx_newUniqueKey();
-  inputPortGroupCollection_ = make<HXPortGroupCollection>(this, HXOrientationInput);
-  outputPortGroupCollection_ = make<HXPortGroupCollection>(this, HXOrientationOutput);
+  for (const auto orientation : kBothSides) {
+    sides_[orientation].collection = make<HXPortGroupCollection>(this, orientation);
+  }
 }
 
 KeyCounter& HXNode::keyCounter() noexcept {
@@ -81,31 +84,21 @@ String HXNode::description() const {
 
 void HXNode::setName(String name) {
   if (name == name_) return;
-  name_ = std::move(name);
+  storeName(std::move(name));
   detail::announce(HXNodeNameDidChangeNotification, *this, *this,
-                   [this](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXNodeInfo, Ref<Object>(this)},
-                                     {HXNameInfo, name_.object()}};
-                   });
+                   {{HXNodeInfo, this}, {HXNameInfo, name_.object().get()}});
 }
 
 void HXNode::setPosition(HXPoint position) {
   if (position == position_) return;
-  position_ = position;
-  detail::announce(
-      HXNodePositionDidChangeNotification, *this, *this, [this](const Ref<Object>& documentKey) {
-        return UserInfo{{HXDocumentKeyInfo, documentKey}, {HXNodeInfo, Ref<Object>(this)}};
-      });
+  storePosition(position);
+  detail::announce(HXNodePositionDidChangeNotification, *this, *this, {{HXNodeInfo, this}});
 }
 
 void HXNode::setSelected(bool selected) {
   if (selected == selected_) return;
-  selected_ = selected;
-  detail::announce(
-      HXNodeSelectionDidChangeNotification, *this, *this, [this](const Ref<Object>& documentKey) {
-        return UserInfo{{HXDocumentKeyInfo, documentKey}, {HXNodeInfo, Ref<Object>(this)}};
-      });
+  storeSelected(selected);
+  detail::announce(HXNodeSelectionDidChangeNotification, *this, *this, {{HXNodeInfo, this}});
 }
 
 RGBA HXNode::defaultColor() const {
@@ -119,9 +112,21 @@ const HXRNodeClass& HXNode::patchClass() const noexcept {
 
 void HXNode::setParentGroup(HXGroup* group) {
   if (group == parentGroup_.get()) return;
-  hierarchyWillChange();
-  parentGroup_ = group;
-  hierarchyDidChange();
+  const Ref<HXNode> self(this);
+  if (group) return group->addNode(*this);
+  const Ref<HXGroup> present(parentGroup());
+  present->removeNode(this);
+  // One that says that it is in a group which does not hold it.
+  if (parentGroup() == present.get()) enterGroup(nullptr, Told::everythingBelow);
+}
+
+void HXNode::enterGroup(HXGroup* group, Told told) {
+  if (group == parentGroup_.get()) return;
+  if (told == Told::everythingBelow) hierarchyWillChange();
+  if (told == Told::itself) tellParametersHierarchyWillChange();
+  storeParentGroup(group);
+  if (told == Told::everythingBelow) hierarchyDidChange();
+  if (told == Told::itself) tellParametersHierarchyDidChange();
 }
 
 HXNode* HXNode::enclosingNode() const noexcept {
@@ -182,12 +187,12 @@ void HXNode::pruneInvalidConnections() {
 
 void HXNode::setForceAllowsSubnodes(bool force) {
   if (force == forceAllowsSubnodes_) return;
-  forceAllowsSubnodes_ = force;
+  storeForceAllowsSubnodes(force);
   const Ref<HXNode> self(this);
   // What was published shows until the groups that showed it are announced to go.
   const Ref<HXGroup> earlierGroup = subnodeGroup_;
-  hx_syncSubnodeGroupWithPatch();
-  if (earlierGroup && !subnodeGroup_) hx_syncPortGroupsWithPatch();
+  sync_.hx_syncSubnodeGroupWithPatch();
+  if (earlierGroup && !subnodeGroup_) sync_.hx_syncPortGroupsWithPatch();
 }
 
 bool HXNode::shouldBeTreatedAsViewNode() const {
@@ -213,67 +218,45 @@ Ref<HXGroup> HXNode::makeSubnodeGroup(bool ofViews) const {
   return HXGroup::initWithGroup(subnodeGroup_.get());
 }
 
-void HXNode::hx_swapSubnodeGroupToGroup(Ref<HXGroup> group) {
+void HXNode::hx_swapSubnodeGroupToGroup(const Ref<HXGroup>& group) {
   const Ref<HXNode> self(this);
   exchangeSubnodeGroup(group);
   if (const Ref<HXGroup> parent{parentGroup()}) parent->subnodeViewTypeDidChange(*this);
 }
 
 void HXNode::exchangeSubnodeGroup(const Ref<HXGroup>& group) {
-  const Ref<HXGroup> old = std::exchange(subnodeGroup_, group);
-  if (old) {
-    old->setNode(nullptr);
-    old->formerNode_ = this;
-  }
-  group->setNode(this);
-  detail::announce(HXNodeSubnodeGroupDidChangeNotification, *this, *this,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXNodeInfo, Ref<Object>(this)},
-                                     {HXOldGroupInfo, old},
-                                     {HXNewGroupInfo, group}};
-                   });
-}
-
-HXPortGroup* HXNode::inputPortGroupForKey(const String& key) const {
-  return inputPortGroupsByKey_.get(key).get();
-}
-
-HXPortGroup* HXNode::outputPortGroupForKey(const String& key) const {
-  return outputPortGroupsByKey_.get(key).get();
+  assert(group && group != subnodeGroup_);
+  const Ref<HXGroup> old = storeSubnodeGroup(group);
+  if (old) old->linkReplacedIn(*this, {});
+  detail::announce(
+      HXNodeSubnodeGroupDidChangeNotification, *this, *this,
+      {{HXNodeInfo, this}, {HXOldGroupInfo, old.get()}, {HXNewGroupInfo, group.get()}});
 }
 
 HXPortGroup* HXNode::portGroupForKey(const String& key, std::int32_t orientation) const {
-  if (orientation == HXOrientationInput) return inputPortGroupForKey(key);
-  if (orientation == HXOrientationOutput) return outputPortGroupForKey(key);
-  return nullptr;
+  const auto* side = sides_.find(orientation);
+  const auto* group = side ? side->groups.find(key) : nullptr;
+  return group ? group->get() : nullptr;
 }
 
 std::vector<Ref<HXPortGroup>> HXNode::portGroups(std::int32_t orientation) const {
-  const auto& collection =
-      orientation == HXOrientationInput ? inputPortGroupCollection_ : outputPortGroupCollection_;
-  const Ref<const OrderedSet> keys = collection->portGroupKeys();
   std::vector<Ref<HXPortGroup>> groups;
+  const auto* side = sides_.find(orientation);
+  if (!side) return groups;
+  const Ref<const OrderedSet> keys = side->collection->portGroupKeys();
   for (const auto& key : *keys) {
-    if (auto* group = portGroupForKey(String::from(key.get()), orientation)) {
-      groups.emplace_back(group);
-    }
+    if (const auto* group = side->groups.find(String::from(key.get()))) groups.push_back(*group);
   }
   return groups;
-}
-
-std::vector<Ref<HXPortGroup>> HXNode::inputPortGroups() const {
-  return portGroups(HXOrientationInput);
-}
-std::vector<Ref<HXPortGroup>> HXNode::outputPortGroups() const {
-  return portGroups(HXOrientationOutput);
 }
 
 HXPort* HXNode::portForKey(const String& key) const {
   if (const auto* port = portsByUniqueKey_.find(key)) return port->get();
   if (!subnodeGroup_ || key.isNil()) return nullptr;
-  if (auto* port = publishedPort(symbolicInputPortsInForce(), key)) return port;
-  return publishedPort(symbolicOutputPortsInForce(), key);
+  for (const auto orientation : kBothSides) {
+    if (auto* port = publishedPort(symbolicPortsInForce(orientation), key)) return port;
+  }
+  return nullptr;
 }
 
 std::vector<Ref<HXPort>> HXNode::shownPorts(std::int32_t orientation) const {
@@ -282,8 +265,8 @@ std::vector<Ref<HXPort>> HXNode::shownPorts(std::int32_t orientation) const {
       symbolicInputPortsInForce().count() + symbolicOutputPortsInForce().count() >
       kPublishedPortsSearchedInPlace;
   if (manyPublished) {
-    for (const auto* ports : {&symbolicInputPortsInForce(), &symbolicOutputPortsInForce()}) {
-      for (const auto& member : *ports) {
+    for (const auto side : kBothSides) {
+      for (const auto& member : symbolicPortsInForce(side)) {
         auto& port = static_cast<HXSymbolicPort&>(*member);
         const String key = port.uniqueKey();
         if (!published.contains(key)) published.set(key, &port);
@@ -304,9 +287,6 @@ std::vector<Ref<HXPort>> HXNode::shownPorts(std::int32_t orientation) const {
   return ports;
 }
 
-std::vector<Ref<HXPort>> HXNode::inputPorts() const { return shownPorts(HXOrientationInput); }
-std::vector<Ref<HXPort>> HXNode::outputPorts() const { return shownPorts(HXOrientationOutput); }
-
 std::vector<Ref<HXPort>> HXNode::ports() const {
   auto ports = inputPorts();
   const auto outputs = outputPorts();
@@ -323,11 +303,8 @@ std::vector<Ref<HXSymbolicPort>> HXNode::symbolicOutputPorts() const {
   return subnodeGroup_ ? subnodeGroup_->symbolicOutputPorts() : std::vector<Ref<HXSymbolicPort>>();
 }
 
-const OrderedSet& HXNode::symbolicInputPortsInForce() const noexcept {
-  return subnodeGroup_ ? subnodeGroup_->symbolicInputPortsInForce() : noPorts();
-}
-const OrderedSet& HXNode::symbolicOutputPortsInForce() const noexcept {
-  return subnodeGroup_ ? subnodeGroup_->symbolicOutputPortsInForce() : noPorts();
+const OrderedSet& HXNode::symbolicPortsInForce(std::int32_t orientation) const noexcept {
+  return subnodeGroup_ ? subnodeGroup_->symbolicPortsInForce(orientation) : noPorts();
 }
 
 OrderedMap<Ref<HXParameter>> HXNode::parameters() const { return parameters_; }
@@ -340,6 +317,94 @@ HXParameter* HXNode::parameterForKey(const String& key) const {
 void HXNode::parameterDidChange(HXParameter& parameter) {
   const Ref<HXRParameter> patchParameter = parameter.patchParameter();
   if (patch_ && patchParameter) Ref<HXRNode>(patch_)->parameterValueDidChange(*patchParameter);
+}
+
+void HXNode::willSetPatch(const Ref<HXRNode>&) {}
+void HXNode::didSetPatch() {}
+void HXNode::didDropSubnodeGroup() {}
+HXPort* HXNode::collectingPort(const HXPort&) const { return nullptr; }
+
+void HXNode::setPatch(const Ref<HXRNode>& patch) {
+  const Ref<HXNode> self(this);
+  const Ref<HXRNode> fresh = patch;
+  willSetPatch(fresh);
+  if (fresh != patch_) {
+    if (fresh) takeUp(*fresh);
+    if (patch_) letGo(*patch_);
+  }
+  storePatch(fresh, nullptr);
+  sync_.hx_syncPatch();
+  didSetPatch();
+}
+
+void HXNode::addPatchPort(HXRPort& port) { sync_.addPatchPort(port); }
+void HXNode::removePatchPort(HXRPort& port) { sync_.removePatchPort(port); }
+void HXNode::addPatchParameter(HXRParameter&) { sync_.hx_syncParametersWithPatch(); }
+void HXNode::removePatchParameter(HXRParameter&) { sync_.hx_syncParametersWithPatch(); }
+void HXNode::patchLayoutWasCopied() { sync_.patchLayoutWasCopied(); }
+void HXNode::patchRebuildWillBegin(HXRNode&) { sync_.patchRebuildWillBegin(); }
+void HXNode::patchRebuildDidEnd(HXRNode&) { sync_.patchRebuildDidEnd(); }
+
+void HXNode::patchPortNameDidChange(HXRPort& patchPort) {
+  auto* port = portForKey(patchPort.uniqueKey());
+  if (!port) return;
+  detail::announce(HXPortNameDidChangeNotification, *port, *this,
+                   {{HXPortInfo, port}, {HXNameInfo, port->name().object().get()}});
+}
+
+void HXNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
+  sync_.symbolicPortWasRenamed(symbolicPort);
+}
+void HXNode::symbolicPortNameWasAdded(HXPort& port) {
+  sync_.symbolicPortWasShown(port.symbolicPort());
+}
+void HXNode::symbolicPortNameWasRemoved(HXPort&, HXSymbolicPort& symbolicPort) {
+  sync_.symbolicPortWasHidden(symbolicPort);
+}
+
+Ref<HXGroup> HXNode::storeSubnodeGroup(Ref<HXGroup> group) {
+  if (group) group->linkNode(this, {});
+  return std::exchange(subnodeGroup_, std::move(group));
+}
+
+void HXNode::storePatch(Ref<HXRNode> patch, String unknownPatchClass) noexcept {
+  patch_ = std::move(patch);
+  unknownPatchClass_ = std::move(unknownPatchClass);
+}
+
+void HXNode::insertParameter(const String& key, const Ref<HXParameter>& parameter) {
+  assert(parameter->node() == this && !parameters_.contains(key));
+  parameters_.set(key, parameter);
+}
+Ref<HXParameter> HXNode::takeParameter(const String& key) {
+  assert(parameters_.contains(key));
+  return parameters_.take(key);
+}
+
+void HXNode::insertPort(const String& key, const Ref<HXPatchPort>& port) {
+  assert(port->node() == this && port->uniqueKey() == key && !portsByUniqueKey_.contains(key));
+  portsByUniqueKey_.set(key, port);
+}
+Ref<HXPatchPort> HXNode::takePort(const String& key) {
+  assert(portsByUniqueKey_.contains(key));
+  return portsByUniqueKey_.take(key);
+}
+void HXNode::storePorts(OrderedMap<Ref<HXPatchPort>> ports) {
+  assert(std::all_of(ports.begin(), ports.end(), [this](const auto& entry) {
+    return entry.value->node() == this && entry.value->uniqueKey() == entry.key;
+  }));
+  std::swap(portsByUniqueKey_, ports);
+}
+
+void HXNode::insertPortGroup(std::int32_t orientation, const Ref<HXPortGroup>& group) {
+  assert(group->node() == this && group->orientation() == orientation);
+  sides_[orientation].groups.set(group->groupKey(), group);
+}
+Ref<HXPortGroup> HXNode::takePortGroup(std::int32_t orientation, const String& key) {
+  return sides_[orientation].groups.take(key);
+}
+void HXNode::storePortGroups(std::int32_t orientation, OrderedMap<Ref<HXPortGroup>> groups) {
+  std::swap(sides_[orientation].groups, groups);
 }
 
 }  // namespace tarnkit

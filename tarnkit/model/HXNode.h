@@ -1,14 +1,16 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string_view>
 #include <vector>
 
 #include "tarnkit/model/HXGroup.h"
+#include "tarnkit/model/HXNodeSync.h"
 #include "tarnkit/model/HXNotifications.h"
+#include "tarnkit/patches/BySide.h"
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/objects/PassKey.h"
 
 namespace tarnkit {
 
@@ -19,7 +21,6 @@ class HXPort;
 class HXPortGroup;
 class HXPortGroupCollection;
 class HXSymbolicPort;
-class HXSymbolicPortGroup;
 class KeyCounter;
 
 /// Posted by a node with "Node" and "Name", the new name.
@@ -48,13 +49,14 @@ inline constinit const Symbol HXNodeRemoveParameterNotification{
 /// in port groups, parameters and, for containers, a subnode group.
 ///
 /// The node owns all of these and its definition; it is owned by its parent group, which it refers
-/// to weakly. It keeps itself in step with its definition (`setPatch`), keeping what the user made
-/// wherever a key survives. While it is in no document it announces nothing. For one thread.
-/// Setters and look-ups take constant time; in a document, an observed change also climbs to the
-/// document.
+/// to weakly. It keeps itself in step with its definition from `setPatch` on, keeping what the user
+/// made wherever a key survives: what that means, and what holds while observers edit, is the
+/// manual of `HXNodeSync`, the part of the node that does it. While it is in no document it
+/// announces nothing. For one thread. Setters and look-ups take constant time; in a document, an
+/// observed change also climbs to the document.
 ///
-/// Four sources: HXNode.cpp edits, HXNodeCoding.cpp archives, HXNodeSync.cpp follows the
-/// definition, HXNodePublishing.cpp the published ports.
+/// Two sources: HXNode.cpp edits, HXNodeCoding.cpp archives. Operations with the prefix `hx_` are
+/// private (see HXModel.h).
 class HXNode : public HXRNodeOwner {
   TARNKIT_CLASS
  public:
@@ -76,18 +78,25 @@ class HXNode : public HXRNodeOwner {
   void setSelected(bool selected);
   /// The index of the inspector panel that the editor showed last; setting it announces nothing.
   std::uint64_t inspectorPanel() const noexcept { return inspectorPanel_; }
-  void setInspectorPanel(std::uint64_t panel) noexcept { inspectorPanel_ = panel; }
+  void setInspectorPanel(std::uint64_t panel) noexcept { storeInspectorPanel(panel); }
   /// The view colour for a node with a subview group, otherwise the patch class's colour.
   RGBA defaultColor() const;
 
   // Place in the document.
 
   HXGroup* parentGroup() const noexcept { return parentGroup_.get(); }
+  /// Adds the node to the group, as `HXGroup::addNode` does; null: takes it out of its own.
   void setParentGroup(HXGroup* group);
+  /// Who is told of a new parent group: the parameters of the node and of everything below, or of
+  /// the node alone when what is below stays where it is; nobody while a document is opened.
+  enum class Told : std::uint8_t { everythingBelow, itself, nobody };
+  void linkParentGroup(HXGroup* group, Told told, PassKey<HXGroup>) { enterGroup(group, told); }
   /// The node whose subnode group holds this one; null at the top.
   HXNode* enclosingNode() const noexcept;
   /// Null while the node is in no document. Costs the depth.
   HXDocument* document() const noexcept;
+  /// The document that the node is; null for every other node.
+  virtual HXDocument* asDocument() noexcept { return nullptr; }
   /// Nil while the node is in no document.
   virtual String documentKey() const;
   /// This node's key, then those of the nodes that enclose it, the document's last; empty before
@@ -114,23 +123,33 @@ class HXNode : public HXRNodeOwner {
   /// node one when it has none; nothing when it is of that class already.
   void swapSubnodeGroupToGroup();
   void swapSubnodeGroupToViewGroup();
+  /// The same without telling the parent group, which tells itself.
+  void convertSubnodeGroup(bool toViewGroup, PassKey<HXGroup>) {
+    exchangeSubnodeGroup(makeSubnodeGroup(toViewGroup));
+  }
 
   // Ports.
 
   const Ref<HXPortGroupCollection>& inputPortGroupCollection() const noexcept {
-    return inputPortGroupCollection_;
+    return sides_[HXOrientationInput].collection;
   }
   const Ref<HXPortGroupCollection>& outputPortGroupCollection() const noexcept {
-    return outputPortGroupCollection_;
+    return sides_[HXOrientationOutput].collection;
   }
   /// Null for an unknown key.
-  HXPortGroup* inputPortGroupForKey(const String& key) const;
-  HXPortGroup* outputPortGroupForKey(const String& key) const;
+  HXPortGroup* inputPortGroupForKey(const String& key) const {
+    return portGroupForKey(key, HXOrientationInput);
+  }
+  HXPortGroup* outputPortGroupForKey(const String& key) const {
+    return portGroupForKey(key, HXOrientationOutput);
+  }
   /// Null for another orientation than input and output, too.
   HXPortGroup* portGroupForKey(const String& key, std::int32_t orientation) const;
   /// The groups in the collection's order.
-  std::vector<Ref<HXPortGroup>> inputPortGroups() const;
-  std::vector<Ref<HXPortGroup>> outputPortGroups() const;
+  std::vector<Ref<HXPortGroup>> inputPortGroups() const { return portGroups(HXOrientationInput); }
+  std::vector<Ref<HXPortGroup>> outputPortGroups() const { return portGroups(HXOrientationOutput); }
+  /// None for another orientation than input and output.
+  std::vector<Ref<HXPortGroup>> portGroups(std::int32_t orientation) const;
   /// The node's own ports, hidden ones too, by unique key, as a copy of the caller's own.
   OrderedMap<Ref<HXPatchPort>> portsByUniqueKey() const;
   /// The same, for reading by who changes neither the node nor its definition meanwhile.
@@ -140,16 +159,24 @@ class HXNode : public HXRNodeOwner {
   /// the node's published ports.
   HXPort* portForKey(const String& key) const;
   /// The shown ports: in the order of the groups, hidden groups left out.
-  std::vector<Ref<HXPort>> inputPorts() const;
-  std::vector<Ref<HXPort>> outputPorts() const;
+  std::vector<Ref<HXPort>> inputPorts() const { return shownPorts(HXOrientationInput); }
+  std::vector<Ref<HXPort>> outputPorts() const { return shownPorts(HXOrientationOutput); }
   /// Inputs, then outputs.
   std::vector<Ref<HXPort>> ports() const;
   /// The subnode group's published ports, as they are now; empty without one.
   std::vector<Ref<HXSymbolicPort>> symbolicInputPorts() const;
   std::vector<Ref<HXSymbolicPort>> symbolicOutputPorts() const;
   /// The same, for reading by who publishes and unpublishes nothing meanwhile.
-  const OrderedSet& symbolicInputPortsInForce() const noexcept;
-  const OrderedSet& symbolicOutputPortsInForce() const noexcept;
+  const OrderedSet& symbolicInputPortsInForce() const noexcept {
+    return symbolicPortsInForce(HXOrientationInput);
+  }
+  const OrderedSet& symbolicOutputPortsInForce() const noexcept {
+    return symbolicPortsInForce(HXOrientationOutput);
+  }
+  /// Of a side.
+  const OrderedSet& symbolicPortsInForce(std::int32_t orientation) const noexcept;
+  /// The port of this node that collects the published inner port; null when none does.
+  virtual HXPort* collectingPort(const HXPort& port) const;
 
   // Parameters.
 
@@ -176,6 +203,9 @@ class HXNode : public HXRNodeOwner {
   const HXRNodeClass& patchClass() const noexcept;
 
   // Told by the definition.
+  bool holdsPatch(const HXRNode& definition) const noexcept override {
+    return patch_ == &definition;
+  }
   void addPatchPort(HXRPort& port) override;
   void removePatchPort(HXRPort& port) override;
   void addPatchParameter(HXRParameter& parameter) override;
@@ -207,10 +237,6 @@ class HXNode : public HXRNodeOwner {
   template <class T, class... Args>
   friend Ref<T> make(Args&&... args);
 
-  /// The document that the node is; null for every other node.
-  virtual HXDocument* asDocument() noexcept { return nullptr; }
-  /// The port of this node that collects the published inner port; null when none does.
-  virtual HXPort* collectingPort(const HXPort& port) const;
   /// The steps of `setPatch`, for kinds of nodes that add to them.
   virtual void willSetPatch(const Ref<HXRNode>& patch);
   virtual void didSetPatch();
@@ -221,66 +247,56 @@ class HXNode : public HXRNodeOwner {
   virtual const Symbol& deviceClassName() const;
 
  private:
-  friend class HXGroup;
-  struct PortSide;
-  struct PortGroupChanges;
-  struct GroupMemory;
-  class Rebuild;
+  // The parts of a node that follow for it.
+  friend class HXNodeSync;
+  friend class HXPortGroupSync;
+
+  struct Side {
+    Ref<HXPortGroupCollection> collection;
+    OrderedMap<Ref<HXPortGroup>> groups;  // by key
+  };
 
   void init();
   static KeyCounter& keyCounter() noexcept;
-  void hx_swapSubnodeGroupToGroup(Ref<HXGroup> group);
+  void hx_swapSubnodeGroupToGroup(const Ref<HXGroup>& group);
   /// A group of the other class that takes over the present one.
   Ref<HXGroup> makeSubnodeGroup(bool ofViews) const;
   /// The swap without telling the parent group.
   void exchangeSubnodeGroup(const Ref<HXGroup>& group);
+  void enterGroup(HXGroup* group, Told told);
   /// Tells the parameters of this node only.
   void tellParametersHierarchyWillChange();
   void tellParametersHierarchyDidChange();
-  std::vector<Ref<HXPortGroup>> portGroups(std::int32_t orientation) const;
   std::vector<Ref<HXPort>> shownPorts(std::int32_t orientation) const;
-
-  void hx_syncPatch();
-  void hx_syncNameWithPatch();
-  void hx_syncSubnodeGroupWithPatch();
-  void hx_syncParametersWithPatch();
-  void hx_syncPortGroupsWithPatch();
-  void hx_syncPortsWithPatch();
-  /// Announces nothing.
-  void hx_syncPortGroups(const PortSide& side, PortGroupChanges& changes);
-  void syncDefinedGroups(const PortSide& side, OrderedMap<Ref<HXPortGroup>>& old,
-                         PortGroupChanges& changes);
-  void syncPublishedGroups(const PortSide& side, OrderedMap<Ref<HXPortGroup>>& old,
-                           PortGroupChanges& changes);
-  bool hasPortGroup(const HXPortGroup& group) const;
-  /// A group that the rebuild under way took away; null when it took none of that kind and key.
-  template <class Group>
-  Ref<Group> groupBeforeRebuild(const PortSide& side, const String& key);
-  void rememberGroups(const PortSide& side, const Ref<const OrderedSet>& order,
-                      const OrderedMap<Ref<HXPortGroup>>& gone);
-  void rememberGroup(const PortSide& side, const Ref<HXPortGroup>& group);
-  /// Lets go of the definition's group that the group of published ports stands before.
-  void dropGroupBehind(const PortSide& side, HXSymbolicPortGroup& group, PortGroupChanges& changes);
-  /// Ends the publications and connections of ports that have gone.
-  void withdrawPorts(const std::vector<Ref<HXPatchPort>>& ports);
-  PortSide portSide(std::int32_t orientation);
-  /// Whether synchronising the port groups once more would change nothing.
-  bool portGroupsSettled() const noexcept;
-  /// One published port more or less in the groups; false, and nothing done, when the groups must
-  /// be synchronised as a whole.
-  bool hx_showSymbolicPort(const HXSymbolicPort& symbolicPort);
-  bool hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort);
   void hx_decodePatchWithCoder(Decoder& coder);
   /// A definition with the ports and port groups that the node was read with.
   Ref<HXRNode> makeStandIn() const;
   void decodeParameters(Decoder& coder);
 
+  // All changes of the fields, but for what is read from an archive before the node is awake. They
+  // announce nothing; `take` and `storeSubnodeGroup` return what stood there.
+  void storeName(String name) noexcept { name_ = std::move(name); }
+  void storePosition(HXPoint position) noexcept { position_ = position; }
+  void storeSelected(bool selected) noexcept { selected_ = selected; }
+  void storeInspectorPanel(std::uint64_t panel) noexcept { inspectorPanel_ = panel; }
+  void storeForceAllowsSubnodes(bool force) noexcept { forceAllowsSubnodes_ = force; }
+  void storeParentGroup(HXGroup* group) noexcept { parentGroup_ = group; }
+  /// Becomes the group's node.
+  Ref<HXGroup> storeSubnodeGroup(Ref<HXGroup> group);
+  /// Known, or the stand-in of an unknown one.
+  void storePatch(Ref<HXRNode> patch, String unknownPatchClass) noexcept;
+  void insertParameter(const String& key, const Ref<HXParameter>& parameter);
+  Ref<HXParameter> takeParameter(const String& key);
+  void insertPort(const String& key, const Ref<HXPatchPort>& port);
+  Ref<HXPatchPort> takePort(const String& key);
+  void storePorts(OrderedMap<Ref<HXPatchPort>> ports);
+  void insertPortGroup(std::int32_t orientation, const Ref<HXPortGroup>& group);
+  Ref<HXPortGroup> takePortGroup(std::int32_t orientation, const String& key);
+  void storePortGroups(std::int32_t orientation, OrderedMap<Ref<HXPortGroup>> groups);
+
   String uniqueKey_;
   String name_;
-  Ref<HXPortGroupCollection> inputPortGroupCollection_;
-  Ref<HXPortGroupCollection> outputPortGroupCollection_;
-  OrderedMap<Ref<HXPortGroup>> inputPortGroupsByKey_;
-  OrderedMap<Ref<HXPortGroup>> outputPortGroupsByKey_;
+  BySide<Side> sides_;
   OrderedMap<Ref<HXPatchPort>> portsByUniqueKey_;
   OrderedMap<Ref<HXParameter>> parameters_;
   WeakRef<HXGroup> parentGroup_;
@@ -289,16 +305,10 @@ class HXNode : public HXRNodeOwner {
   String unknownPatchClass_;
   std::uint64_t inspectorPanel_ = 0;
   HXPoint position_;
-  std::unique_ptr<GroupMemory> groupMemory_;  // null unless a rebuild has taken a group away
-  std::uint32_t lastSync_ = 0;  // tells a synchronisation that another one has overtaken it
-  std::uint16_t rebuilds_ = 0;  // those that are under way, one inside the other
+  HXNodeSync sync_{*this};
   bool forceAllowsSubnodes_ : 1 = false;
   bool selected_ : 1 = false;
   bool hasKeyPath_ : 1 = false;
-  bool syncingPorts_ : 1 = false;
-  bool syncingParameters_ : 1 = false;
-  bool decoding_ : 1 = false;
-  bool portGroupsSettled_ : 1 = false;  // as far as the node's own changes go
 };
 
 }  // namespace tarnkit

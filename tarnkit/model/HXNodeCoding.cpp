@@ -24,10 +24,10 @@ constinit const Symbol kPositionX{"HXNode.position.x"};
 constinit const Symbol kPositionY{"HXNode.position.y"};
 constinit const Symbol kInspectorPanel{"HXNode.inspectorPanel"};
 constinit const Symbol kSelected{"HXNode.selected"};
-constinit const Symbol kInputPortGroupCollection{"HXNode.inputPortGroupCollection"};
-constinit const Symbol kOutputPortGroupCollection{"HXNode.outputPortGroupCollection"};
-constinit const Symbol kInputPortGroupsByKey{"HXNode.inputPortGroupsByKey"};
-constinit const Symbol kOutputPortGroupsByKey{"HXNode.outputPortGroupsByKey"};
+constinit const BySide<Symbol> kPortGroupCollection{
+    {Symbol{"HXNode.inputPortGroupCollection"}, Symbol{"HXNode.outputPortGroupCollection"}}};
+constinit const BySide<Symbol> kPortGroupsByKey{
+    {Symbol{"HXNode.inputPortGroupsByKey"}, Symbol{"HXNode.outputPortGroupsByKey"}}};
 constinit const Symbol kPortsByUniqueKey{"HXNode.portsByUniqueKey"};
 constinit const Symbol kParameters{"HXNode.parameters"};
 constinit const Symbol kParametersByUniqueKey{"HXNode.parametersByUniqueKey"};
@@ -71,10 +71,10 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
     // Deliberately narrowed to 32 bits: that is the width which documents have always had.
     coder.encodeInt(static_cast<std::int32_t>(inspectorPanel_), kInspectorPanel);
     coder.encodeBool(selected_, kSelected);
-    coder.encodeObject(inputPortGroupCollection_, kInputPortGroupCollection);
-    coder.encodeObject(outputPortGroupCollection_, kOutputPortGroupCollection);
-    coder.encodeMap(inputPortGroupsByKey_, kInputPortGroupsByKey);
-    coder.encodeMap(outputPortGroupsByKey_, kOutputPortGroupsByKey);
+    for (const auto side : kBothSides) {
+      coder.encodeObject(sides_[side].collection, kPortGroupCollection[side]);
+    }
+    for (const auto side : kBothSides) coder.encodeMap(sides_[side].groups, kPortGroupsByKey[side]);
     coder.encodeMap(portsByUniqueKey_, kPortsByUniqueKey);
     encodeParameters(parameters_, coder, kParameters);
     coder.encodeMap(parameters_, kParametersByUniqueKey);
@@ -91,7 +91,7 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
 }
 
 void HXNode::initWithCoder(Decoder& coder) {
-  decoding_ = true;
+  sync_.rest();
   hasKeyPath_ = true;
   coder.checkAtEnd(&detail::refuseNodesInCircles);
   if (coder.codingType() == HXCodingTypeEditorWithKeys) {
@@ -107,20 +107,14 @@ void HXNode::initWithCoder(Decoder& coder) {
   position_ = {coder.decodeFloat(kPositionX), coder.decodeFloat(kPositionY)};
   inspectorPanel_ = static_cast<std::uint64_t>(std::int64_t{coder.decodeInt(kInspectorPanel)});
   selected_ = coder.decodeBool(kSelected);
-  inputPortGroupCollection_ = coder.decode<HXPortGroupCollection>(kInputPortGroupCollection);
-  if (!inputPortGroupCollection_) {
-    inputPortGroupCollection_ = make<HXPortGroupCollection>(this, HXOrientationInput);
+  for (const auto orientation : kBothSides) {
+    Side& side = sides_[orientation];
+    side.collection = coder.decode<HXPortGroupCollection>(kPortGroupCollection[orientation]);
+    if (!side.collection) side.collection = make<HXPortGroupCollection>(this, orientation);
+    coder.decodeEachEntry<HXPortGroup>(
+        kPortGroupsByKey[orientation],
+        [&](const String& key, auto& group) { side.groups.set(key, group); });
   }
-  outputPortGroupCollection_ = coder.decode<HXPortGroupCollection>(kOutputPortGroupCollection);
-  if (!outputPortGroupCollection_) {
-    outputPortGroupCollection_ = make<HXPortGroupCollection>(this, HXOrientationOutput);
-  }
-  coder.decodeEachEntry<HXPortGroup>(kInputPortGroupsByKey, [&](const String& key, auto& group) {
-    inputPortGroupsByKey_.set(key, group);
-  });
-  coder.decodeEachEntry<HXPortGroup>(kOutputPortGroupsByKey, [&](const String& key, auto& group) {
-    outputPortGroupsByKey_.set(key, group);
-  });
   decodeParameters(coder);
   coder.decodeEachEntry<HXPatchPort>(
       kPortsByUniqueKey, [&](const String& key, auto& port) { portsByUniqueKey_.set(key, port); });
@@ -166,10 +160,9 @@ void HXNode::decodeParameters(Decoder& coder) {
 }
 
 void HXNode::awakeAfterDecoding(Decoder& coder) {
-  decoding_ = false;
+  sync_.wake();
   detail::dropRepeated(*this, portsByUniqueKey_);
-  detail::dropRepeated(*this, inputPortGroupsByKey_);
-  detail::dropRepeated(*this, outputPortGroupsByKey_);
+  for (auto& side : sides_) detail::dropRepeated(*this, side.groups);
   if (subnodeGroup_) {
     // The node that has the group holds it, whatever node the group says that it is of.
     const auto* other = subnodeGroup_->node();
@@ -177,14 +170,14 @@ void HXNode::awakeAfterDecoding(Decoder& coder) {
       coder.fail("HXNode.subnodeGroup: a group that belongs to two nodes");
       return;
     }
-    if (other != this) subnodeGroup_->adoptedBy(*this);
+    if (other != this) subnodeGroup_->linkAdoptedBy(*this, {});
   }
   for (const auto& entry : portsByUniqueKey_) {
     if (!entry.value || (entry.value->node() && entry.value->node() != this)) {
       coder.fail("HXNode.portsByUniqueKey: a port that belongs to two nodes");
       return;
     }
-    entry.value->setNode(this);
+    entry.value->linkNode(this, PassKey<HXNode>());
   }
   for (const auto& entry : parameters_) {
     if (!entry.value || entry.value->node() != this) {
@@ -204,23 +197,19 @@ void HXNode::awakeAfterDecoding(Decoder& coder) {
     return;
   }
   patch_ = makeStandIn();
-  patch_->setNode(this);
-  hx_syncPatch();
+  takeUp(*patch_);
+  sync_.hx_syncPatch();
   didSetPatch();
 }
 
 Ref<HXRNode> HXNode::makeStandIn() const {
   auto standIn = HXRNode::kClass.makeDefinition();
-  String shownGroups[2];
-  for (const auto orientation : {HXOrientationInput, HXOrientationOutput}) {
-    const bool isInput = orientation == HXOrientationInput;
-    HXRPortGroupCollection& groups =
-        isInput ? standIn->inputPortGroupCollection() : standIn->outputPortGroupCollection();
+  BySide<String> shownGroups;
+  for (const auto orientation : kBothSides) {
+    HXRPortGroupCollection& groups = standIn->portGroupCollection(orientation);
     auto known = portGroups(orientation);
-    for (const auto& entry : isInput ? inputPortGroupsByKey_ : outputPortGroupsByKey_) {
-      known.push_back(entry.value);
-    }
-    String& shown = shownGroups[isInput ? 0 : 1];
+    for (const auto& entry : sides_[orientation].groups) known.push_back(entry.value);
+    String& shown = shownGroups[orientation];
     for (const auto& group : known) {
       const String& key = group->groupKey();
       if (key.isNil() || !as<HXPatchPortGroup>(group) || groups.portGroupForKey(key)) continue;
@@ -230,9 +219,10 @@ Ref<HXRNode> HXNode::makeStandIn() const {
   }
   for (const auto& entry : portsByUniqueKey_) {
     const HXPatchPort& port = *entry.value;
+    const String* shown = shownGroups.find(port.orientation());
     standIn->addPort(
         *make<HXRPort>(entry.key, entry.key, port.orientation(), port.connectionRelationship()),
-        shownGroups[port.orientation() == HXOrientationInput ? 0 : 1]);
+        shown ? *shown : String());
   }
   return standIn;
 }

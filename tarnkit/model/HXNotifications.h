@@ -1,5 +1,8 @@
 #pragma once
 
+#include <initializer_list>
+#include <vector>
+
 #include "tarnkit/platform/system/NotificationCenter.h"
 #include "tarnkit/platform/text/String.h"
 
@@ -28,17 +31,47 @@ inline constinit const Symbol HXSubviewNodesInfo{"SubviewNodes"};
 
 namespace detail {
 
-/// The one place through which the model announces: posts with `object` when somebody observes the
-/// name and `source` (a node, port, group, …) is in a document. Nothing is built, and the document
-/// is not even looked for, when nobody observes. `makeInfo` receives the document key.
-template <class Source, class MakeInfo>
-void announce(const Symbol& name, Object& object, const Source& source, MakeInfo makeInfo) {
+/// One value that goes with a notification; null is the null object.
+struct InfoItem {
+  const Symbol& key;
+  Object* value;
+};
+
+/// The one place through which the model announces: posts with `object`, the document's key and the
+/// items when somebody observes the name and `source` (a node, port, group, …) is in a document.
+/// Nothing is built, and the document is not even looked for, when nobody observes.
+template <class Source>
+void announce(const Symbol& name, Object& object, const Source& source,
+              std::initializer_list<InfoItem> items) {
   auto& center = NotificationCenter::defaultCenter();
   if (!center.observes(name)) return;
   const String documentKey = source.documentKey();
   if (documentKey.isNil()) return;
-  const UserInfo info = makeInfo(Ref<Object>(documentKey.object()));
+  UserInfo info{{HXDocumentKeyInfo, Ref<Object>(documentKey.object())}};
+  for (const InfoItem& item : items) info.add(item.key, Ref<Object>(item.value));
   center.post(name, object, info);
+}
+
+/// Announces, on behalf of a node, what came to it or went from it.
+template <class Node>
+void announceOfNode(const Symbol& name, Node& node, const Symbol& infoKey, Object& object) {
+  announce(name, node, node, {{HXNodeInfo, &node}, {infoKey, &object}});
+}
+
+/// Announces what went, then what came: of the latter only what an observer has not let go again
+/// meanwhile.
+template <class Node, class T, class IsHeld>
+void announceChanges(Node& node, const Symbol& removal, const std::vector<Ref<T>>& gone,
+                     const Symbol& addition, const std::vector<Ref<T>>& added,
+                     const Symbol& infoKey, IsHeld isHeld) {
+  const auto& center = NotificationCenter::defaultCenter();
+  if (center.observes(removal)) {
+    for (const auto& object : gone) announceOfNode(removal, node, infoKey, *object);
+  }
+  if (!center.observes(addition)) return;
+  for (const auto& object : added) {
+    if (isHeld(*object)) announceOfNode(addition, node, infoKey, *object);
+  }
 }
 
 }  // namespace detail

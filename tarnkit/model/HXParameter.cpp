@@ -59,11 +59,7 @@ void HXParameter::valueDidChange() {
   const Ref<HXParameter> kept(this);
   if (!node) return;
   detail::announce(HXParameterValueDidChangeNotification, *this, *node,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXNodeInfo, node},
-                                     {HXParameterInfo, Ref<Object>(this)}};
-                   });
+                   {{HXNodeInfo, node.get()}, {HXParameterInfo, this}});
   node->parameterDidChange(*this);
 }
 

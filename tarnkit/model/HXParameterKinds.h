@@ -19,14 +19,14 @@ class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
   /// Stores the value unless it equals the present one, and tells the document and the node.
   void setValue(Value value) override {
     if (equals(value_, value)) return;
-    value_ = std::move(value);
+    storeValue(std::move(value));
     setValueInitialized();
     valueDidChange();
   }
   void setPatchParameter(Ref<HXRParameter> patchParameter) override {
     const bool changed = exchangePatchParameter(std::move(patchParameter));
     if (!valueInitialized()) {
-      if (const auto* definition = this->definition()) value_ = definition->defaultValue();
+      if (const auto* definition = this->definition()) storeValue(definition->defaultValue());
     } else if (changed) {
       valueDidChange();
     }
@@ -47,6 +47,9 @@ class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
   // Deliberately by identity: the editor's text fields count an equal string that is another object
   // as a change.
   static bool equals(const String& a, const String& b) { return a.isSameObject(b); }
+
+  /// All changes of the field, but for what is read from an archive.
+  void storeValue(Value value) { value_ = std::move(value); }
 
   Value value_{};
 };

@@ -40,6 +40,20 @@ HXRPort* HXPatchPort::patchPort() {
   return patchPort_.get();
 }
 
+void HXPatchPort::setPatchPort(Ref<HXRPort> patchPort) {
+  if (isHeld() && (!patchPort || patchPort->uniqueKey() != uniqueKey())) {
+    Log::warning("HXPatchPort", "Attempting to give a port the description of another.");
+    return;
+  }
+  patchPort_ = std::move(patchPort);
+}
+
+bool HXPatchPort::isHeld() const {
+  const auto* node = this->node();
+  const auto* held = node ? node->portsInForce().find(uniqueKey()) : nullptr;
+  return held && *held == this;
+}
+
 String HXPatchPort::uniqueKey() const { return patchPort_ ? patchPort_->uniqueKey() : String(); }
 
 String HXPatchPort::name() const { return patchPort_ ? patchPort_->name() : String(); }
@@ -63,20 +77,18 @@ bool HXPatchPort::takeConnection(HXConnection& connection) {
     default:
       return false;
   }
-  connections_.add(connection);
+  insertConnection(connection);
   return true;
 }
 
-bool HXPatchPort::dropConnection(HXConnection& connection) {
-  return connections_.remove(connection);
-}
+bool HXPatchPort::dropConnection(HXConnection& connection) { return removeConnection(connection); }
 
 void HXPatchPort::pruneInvalidConnections() {
   HXConnectionSet valid;
   connections_.forEach([&](HXConnection& connection) {
     if (connection.displayInputPort() && connection.displayOutputPort()) valid.add(connection);
   });
-  connections_ = std::move(valid);
+  storeConnections(std::move(valid));
 }
 
 RGBA HXPatchPort::defaultColor() const {
@@ -97,22 +109,14 @@ void HXPatchPort::setStaticValue(Ref<PMRPrimitive> value) {
   if (value == staticValue_) return;
   const Ref<HXPatchPort> self(this);
   const Ref<PMRPrimitive> earlier = effectiveValue();
-  staticValue_ = std::move(value);
+  storeStaticValue(std::move(value));
   detail::announce(HXPatchPortStaticValueDidChangeNotification, *this, *this,
-                   [this](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXPortInfo, Ref<Object>(this)},
-                                     {HXStaticValueInfo, staticValue_}};
-                   });
+                   {{HXPortInfo, this}, {HXStaticValueInfo, staticValue_.get()}});
   const Ref<PMRPrimitive> now = effectiveValue();
   // A missing earlier value never counts as equal, not even to a missing new one.
   if (earlier && now && earlier->isEqual(*now)) return;
   detail::announce(HXPatchPortEffectiveValueDidChangeNotification, *this, *this,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXPortInfo, Ref<Object>(this)},
-                                     {HXEffectiveValueInfo, now}};
-                   });
+                   {{HXPortInfo, this}, {HXEffectiveValueInfo, now.get()}});
 }
 
 Ref<PMRPrimitive> HXPatchPort::effectiveValue() const {
@@ -120,20 +124,13 @@ Ref<PMRPrimitive> HXPatchPort::effectiveValue() const {
 }
 
 void HXPatchPort::hx_fireDidConnectNotification(HXConnection& connection) {
-  detail::announce(HXPortDidConnectNotification, *this, *this, [&](const Ref<Object>& documentKey) {
-    return UserInfo{{HXDocumentKeyInfo, documentKey},
-                    {HXPortInfo, Ref<Object>(this)},
-                    {HXConnectionInfo, Ref<Object>(&connection)}};
-  });
+  detail::announce(HXPortDidConnectNotification, *this, *this,
+                   {{HXPortInfo, this}, {HXConnectionInfo, &connection}});
 }
 
 void HXPatchPort::hx_fireDidDisconnectNotification(HXConnection& connection) {
   detail::announce(HXPortDidDisconnectNotification, *this, *this,
-                   [&](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXPortInfo, Ref<Object>(this)},
-                                     {HXConnectionInfo, Ref<Object>(&connection)}};
-                   });
+                   {{HXPortInfo, this}, {HXConnectionInfo, &connection}});
 }
 
 void HXPatchPort::encodeWithCoder(Encoder& coder) const {

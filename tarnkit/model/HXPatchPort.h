@@ -6,6 +6,8 @@
 
 namespace tarnkit {
 
+class HXNodeSync;
+
 /// Posted with "Connection" after a connection was added.
 inline constinit const Symbol HXPortDidConnectNotification{"HXPortDidConnectNotification"};
 /// Posted with "Connection" after a connection was removed.
@@ -31,7 +33,12 @@ class HXPatchPort final : public HXPort {
   HXRPort* patchPort();
   /// The description in force, maybe shared with other nodes; for reading.
   const HXRPort* definition() const noexcept { return patchPort_.get(); }
-  void setPatchPort(Ref<HXRPort> patchPort) { patchPort_ = std::move(patchPort); }
+  /// A port that its node holds takes no description of another key: such a one, and null, is
+  /// refused with one line logged.
+  void setPatchPort(Ref<HXRPort> patchPort);
+  void linkPatchPort(const Ref<HXRPort>& patchPort, PassKey<HXNodeSync>) noexcept {
+    patchPort_ = patchPort;
+  }
 
   String uniqueKey() const override;
   String name() const override;
@@ -64,10 +71,17 @@ class HXPatchPort final : public HXPort {
   static Ref<Object> makeForDecoding(const Class&);
   template <class T, class... Args>
   friend Ref<T> make(Args&&... args);
+  bool isHeld() const override;
   bool takeConnection(HXConnection& connection) override;
   bool dropConnection(HXConnection& connection) override;
   void hx_fireDidConnectNotification(HXConnection& connection) override;
   void hx_fireDidDisconnectNotification(HXConnection& connection) override;
+
+  // All changes of the fields, but for what is read from an archive.
+  void insertConnection(HXConnection& connection) { connections_.add(connection); }
+  bool removeConnection(HXConnection& connection) { return connections_.remove(connection); }
+  void storeConnections(HXConnectionSet connections) { connections_ = std::move(connections); }
+  void storeStaticValue(Ref<PMRPrimitive> value) noexcept { staticValue_ = std::move(value); }
 
   Ref<HXRPort> patchPort_;
   HXConnectionSet connections_;

@@ -1,8 +1,11 @@
 #include "tarnkit/model/HXPort.h"
 
+#include <cassert>
+
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 
@@ -25,25 +28,49 @@ HXPort::HXPort(HXNode* node, std::int32_t orientation, std::int32_t connectionRe
     : node_(node), orientation_(orientation), connectionRelationship_(connectionRelationship) {}
 
 void HXPort::setNode(HXNode* node) {
-  if (node != node_.get()) node_ = node;
+  if (node == node_.get()) return;
+  if (isHeld()) {
+    Log::warning("HXPort", "Attempting to take a port from the node that holds it.");
+    return;
+  }
+  node_ = node;
 }
+
+void HXPort::linkNode(HXNode* node, PassKey<HXNode>) noexcept { node_ = node; }
+void HXPort::linkNode(HXNode* node, PassKey<HXGroup>) noexcept { node_ = node; }
 
 HXSymbolicPort* HXPort::symbolicPort() const noexcept { return symbolicPort_.get(); }
 
 void HXPort::setSymbolicPort(HXSymbolicPort* symbolicPort) {
+  if (symbolicPort && symbolicPort->port() != this) {
+    Log::warning("HXPort", "Attempting to publish a port by one that stands for another.");
+    return;
+  }
+  const auto* present = this->symbolicPort();
+  if (!symbolicPort && present && present->isHeld()) {
+    const Ref<HXGroup> group = present->node()->subnodeGroup();
+    return group->removeSymbolicPortForPort(this);
+  }
+  exchangeSymbolicPort(symbolicPort);
+}
+
+void HXPort::storeSymbolicPort(HXSymbolicPort* symbolicPort) noexcept {
+  symbolicPort_ = symbolicPort;
+}
+
+void HXPort::exchangeSymbolicPort(HXSymbolicPort* symbolicPort) {
+  assert(!symbolicPort || symbolicPort->port() == this);
   if (symbolicPort == symbolicPort_.get()) return;
-  const auto info = [this](const Ref<Object>& documentKey) {
-    return UserInfo{{HXDocumentKeyInfo, documentKey}, {HXPortInfo, Ref<Object>(this)}};
-  };
   const Ref<HXPort> self(this);
   if (!symbolicPort) {
     const Ref<HXSymbolicPort> earlier(symbolicPort_.get());
-    detail::announce(HXPortDidRemoveSymbolicReferenceNotification, *this, *this, info);
+    detail::announce(HXPortDidRemoveSymbolicReferenceNotification, *this, *this,
+                     {{HXPortInfo, this}});
     if (symbolicPort_.get() != earlier.get()) return;  // an observer published the port anew
   }
-  symbolicPort_ = symbolicPort;
+  storeSymbolicPort(symbolicPort);
   if (symbolicPort) {
-    detail::announce(HXPortDidAddSymbolicReferenceNotification, *this, *this, info);
+    detail::announce(HXPortDidAddSymbolicReferenceNotification, *this, *this, {{HXPortInfo, this}});
   }
 }
 

@@ -8,9 +8,11 @@
 #include "tarnkit/patches/Orientation.h"
 #include "tarnkit/patches/RGBA.h"
 #include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/objects/PassKey.h"
 
 namespace tarnkit {
 
+class HXGroup;
 class HXNode;
 class HXSymbolicPort;
 
@@ -35,14 +37,27 @@ class HXPort : public HXRCollectedPort {
 
   /// The owning node; null once gone.
   HXNode* node() const noexcept { return node_.get(); }
+  /// Leaves alone, with one line logged, a port that its node, or the group that publishes, holds.
   void setNode(HXNode* node);
+  void linkNode(HXNode* node, PassKey<HXNode>) noexcept;
+  void linkNode(HXNode* node, PassKey<HXGroup>) noexcept;
   std::int32_t orientation() const noexcept { return orientation_; }
   std::int32_t connectionRelationship() const noexcept { return connectionRelationship_; }
   /// The port that publishes this one; null when none does.
   HXSymbolicPort* symbolicPort() const noexcept;
   /// Announces an addition, or a removal (before it happens); replacing one symbolic port by
-  /// another announces the addition only.
+  /// another announces the addition only. Of null, a publication by a group ends as
+  /// `HXGroup::removeSymbolicPortForPort` ends it. A symbolic port that stands for another port is
+  /// refused with one line logged.
   void setSymbolicPort(HXSymbolicPort* symbolicPort);
+  /// Announces the same.
+  void linkSymbolicPort(HXSymbolicPort* symbolicPort, PassKey<HXGroup>) {
+    exchangeSymbolicPort(symbolicPort);
+  }
+  /// Announces nothing.
+  void linkSymbolicPort(HXSymbolicPort* symbolicPort, PassKey<HXSymbolicPort>) noexcept {
+    storeSymbolicPort(symbolicPort);
+  }
 
   /// The port that carries the value: this one, or the one at the end of the chain of ports that a
   /// published port stands for; null when a link is missing. Costs the length of the chain.
@@ -84,6 +99,8 @@ class HXPort : public HXRCollectedPort {
   HXPort() noexcept = default;
   HXPort(HXNode* node, std::int32_t orientation, std::int32_t connectionRelationship);
 
+  /// Whether the node holds the port, or the node's group publishes by it.
+  virtual bool isHeld() const = 0;
   /// The two halves of connecting and disconnecting: what changes, and what is announced of it.
   virtual bool takeConnection(HXConnection& connection);
   virtual bool dropConnection(HXConnection& connection);
@@ -93,6 +110,9 @@ class HXPort : public HXRCollectedPort {
  private:
   friend class HXDocument;
   const HXPort* endOfChain() const noexcept;
+  void exchangeSymbolicPort(HXSymbolicPort* symbolicPort);
+  /// All changes of the field, but for what is read from an archive.
+  void storeSymbolicPort(HXSymbolicPort* symbolicPort) noexcept;
 
   WeakRef<HXNode> node_;
   WeakRef<HXSymbolicPort> symbolicPort_;

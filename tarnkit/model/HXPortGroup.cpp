@@ -32,37 +32,33 @@ String HXPortGroup::documentKey() const {
   return node ? node->documentKey() : String();
 }
 
-void HXPortGroup::change(bool& flag, bool value, const Symbol& notification,
-                         const Symbol& infoKey) {
-  if (flag == value) return;
-  flag = value;
-  announceChange(value, notification, infoKey);
+void HXPortGroup::change(Flag flag, bool value, const Symbol& notification, const Symbol& infoKey) {
+  if (this->*flag == value) return;
+  storeFlag(flag, value);
+  announceChange(flag, notification, infoKey);
 }
 
-void HXPortGroup::announceChange(bool value, const Symbol& notification, const Symbol& infoKey) {
-  detail::announce(notification, *this, *this, [&](const Ref<Object>& documentKey) {
-    return UserInfo{{HXDocumentKeyInfo, documentKey},
-                    {HXPortGroupInfo, Ref<Object>(this)},
-                    {infoKey, Number::withBool(value)}};
-  });
+void HXPortGroup::announceChange(Flag flag, const Symbol& notification, const Symbol& infoKey) {
+  detail::announce(notification, *this, *this,
+                   {{HXPortGroupInfo, this}, {infoKey, Number::withBool(this->*flag).get()}});
 }
 
 void HXPortGroup::setCollapsedSidebarGroup(bool collapsed) {
-  change(collapsedSidebarGroup_, collapsed, HXPortGroupCollapsedSidebarGroupDidChangeNotification,
-         HXCollapsedInfo);
+  change(&HXPortGroup::collapsedSidebarGroup_, collapsed,
+         HXPortGroupCollapsedSidebarGroupDidChangeNotification, HXCollapsedInfo);
 }
 
 void HXPortGroup::setCollapsedCanvasGroup(bool collapsed) {
-  change(collapsedCanvasGroup_, collapsed, HXPortGroupCollapsedCanvasGroupDidChangeNotification,
-         HXCollapsedInfo);
+  change(&HXPortGroup::collapsedCanvasGroup_, collapsed,
+         HXPortGroupCollapsedCanvasGroupDidChangeNotification, HXCollapsedInfo);
 }
 
 void HXPortGroup::setHidden(bool hidden) {
-  change(hidden_, hidden, HXPortGroupHiddenDidChangeNotification, HXHiddenInfo);
+  change(&HXPortGroup::hidden_, hidden, HXPortGroupHiddenDidChangeNotification, HXHiddenInfo);
 }
 
 void HXPortGroup::announceHidden() {
-  announceChange(hidden_, HXPortGroupHiddenDidChangeNotification, HXHiddenInfo);
+  announceChange(&HXPortGroup::hidden_, HXPortGroupHiddenDidChangeNotification, HXHiddenInfo);
 }
 
 void HXPortGroup::encodeWithCoder(Encoder& coder) const {

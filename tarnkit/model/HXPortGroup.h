@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "tarnkit/model/HXNotifications.h"
 #include "tarnkit/patches/HXRPortGroup.h"
@@ -58,10 +59,14 @@ class HXPortGroup : public Object {
   void setHasGone(bool gone) noexcept { hasGone_ = gone; }
 
  private:
-  friend class HXNode;
-  void change(bool& flag, bool value, const Symbol& notification, const Symbol& infoKey);
-  void announceChange(bool value, const Symbol& notification, const Symbol& infoKey);
+  friend class HXPortGroupSync;
+  using Flag = bool HXPortGroup::*;
+  void change(Flag flag, bool value, const Symbol& notification, const Symbol& infoKey);
+  void announceChange(Flag flag, const Symbol& notification, const Symbol& infoKey);
   void announceHidden();
+
+  // All changes of the fields.
+  void storeFlag(Flag flag, bool value) noexcept { this->*flag = value; }
 
   WeakRef<HXNode> node_;
   String groupKey_;
@@ -102,12 +107,20 @@ class HXSymbolicPortGroup final : public HXPortGroup {
   Ref<const OrderedSet> symbolicPorts() const noexcept { return symbolicPorts_; }
   /// Announces nothing.
   void setSymbolicPorts(const Ref<const OrderedSet>& ports) {
-    symbolicPorts_ = ports ? make<OrderedSet>(*ports) : nullptr;
+    storeSymbolicPorts(ports ? make<OrderedSet>(*ports) : nullptr);
   }
   Ref<const OrderedSet> portKeys() const override;
 
  private:
-  friend class HXNode;
+  friend class HXPortGroupSync;
+
+  // All changes of the fields.
+  void storeSymbolicPorts(Ref<OrderedSet> ports) noexcept { symbolicPorts_ = std::move(ports); }
+  /// Returns the earlier one.
+  Ref<HXPortGroup> storeStandsBefore(Ref<HXPortGroup> group) noexcept {
+    return std::exchange(standsBefore_, std::move(group));
+  }
+
   Ref<OrderedSet> symbolicPorts_;
   Ref<HXPortGroup> standsBefore_;  // the definition's group of the same key, kept for its flags
 };

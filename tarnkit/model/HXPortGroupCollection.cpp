@@ -1,5 +1,7 @@
 #include "tarnkit/model/HXPortGroupCollection.h"
 
+#include <cassert>
+
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
 
@@ -36,17 +38,14 @@ void HXPortGroupCollection::updateWithPortGroupKeys(const Ref<OrderedSet>& keys)
 
 void HXPortGroupCollection::update(const Ref<const OrderedSet>& keys) {
   if (portGroupKeys_ == keys) return;
-  if (portGroupKeys_->isEmpty()) {
-    portGroupKeys_ = keys;
-    return;
-  }
+  if (portGroupKeys_->isEmpty()) return storeKeys(keys);
   auto updated = make<OrderedSet>();
   for (const auto& key : *portGroupKeys_) {
     if (keys->contains(key.get())) updated->add(key);
   }
   for (const auto& key : *keys) updated->add(key);
-  portGroupKeys_ = keys;
-  if (!updated->isEqual(*keys)) portGroupKeys_ = updated;
+  storeKeys(updated->isEqual(*keys) ? keys : Ref<const OrderedSet>(updated));
+  assert(portGroupKeys_->count() == keys->count());
 }
 
 void HXPortGroupCollection::encodeWithCoder(Encoder& coder) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "tarnkit/platform/coding/Coder.h"
 #include "tarnkit/platform/collections/OrderedSet.h"
@@ -31,10 +32,12 @@ class HXPortGroupCollection final : public Object {
   void initWithCoder(Decoder& coder) override;
 
  private:
-  friend class HXNode;
+  friend class HXPortGroupSync;
   /// The same with a set that nobody changes any more.
   void followNode(const Ref<const OrderedSet>& keys);
   void update(const Ref<const OrderedSet>& keys);
+  /// All changes of the keys.
+  void storeKeys(Ref<const OrderedSet> keys) noexcept { portGroupKeys_ = std::move(keys); }
 
   WeakRef<HXNode> node_;
   Ref<const OrderedSet>

@@ -194,8 +194,8 @@ void HXReplicatorNode::initWithCoder(Decoder& coder) {
 void HXReplicatorNode::awakeAfterDecoding(Decoder& coder) {
   // Of a port that is published twice either publication will do.
   std::unordered_set<const HXPort*> published;
-  for (const auto* ports : {&symbolicInputPortsInForce(), &symbolicOutputPortsInForce()}) {
-    for (const auto& member : *ports) {
+  for (const auto orientation : kBothSides) {
+    for (const auto& member : symbolicPortsInForce(orientation)) {
       published.insert(static_cast<const HXSymbolicPort&>(*member).port());
     }
   }

@@ -32,6 +32,7 @@ class HXReplicatorNode final : public HXNode {
     return arrayOutputKeys_;
   }
 
+  HXPort* collectingPort(const HXPort& port) const override;
   void symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) override;
   void symbolicPortNameWasAdded(HXPort& port) override;
   void symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& symbolicPort) override;
@@ -43,7 +44,6 @@ class HXReplicatorNode final : public HXNode {
 
  protected:
   const Symbol& deviceClassName() const override;
-  HXPort* collectingPort(const HXPort& port) const override;
   void willSetPatch(const Ref<HXRNode>& patch) override;
   void didSetPatch() override;
   void didDropSubnodeGroup() override;

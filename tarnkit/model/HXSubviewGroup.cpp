@@ -1,6 +1,7 @@
 #include "tarnkit/model/HXSubviewGroup.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
@@ -30,10 +31,10 @@ Ref<HXSubviewGroup> HXSubviewGroup::initWithGroup(HXGroup* group) {
   auto copy = make<HXSubviewGroup>();
   copy->takeOver(group);
   if (const auto* other = as<HXSubviewGroup>(group)) {
-    copy->subviewNodes_ = make<OrderedSet>(*other->subviewNodes_);
+    copy->storeViews(*other->subviewNodes_);
   } else if (group) {
     for (const auto& entry : group->subnodesInForce()) {
-      if (entry.value->shouldBeTreatedAsViewNode()) copy->subviewNodes_->add(entry.value);
+      if (entry.value->shouldBeTreatedAsViewNode()) copy->insertView(*entry.value);
     }
   }
   return copy;
@@ -59,19 +60,20 @@ void HXSubviewGroup::moveSubviewNode(HXNode& node, std::uint64_t toIndex) {
   const auto index = subviewNodes_->indexOf(&node);
   if (index == kNotFoundIndex) return;
   const auto last = std::uint64_t{subviewNodes_->count()} - 1;
-  subviewNodes_->move(static_cast<std::uint32_t>(index),
-                      static_cast<std::uint32_t>(std::min(toIndex, last)));
+  moveView(static_cast<std::uint32_t>(index), static_cast<std::uint32_t>(std::min(toIndex, last)));
   announceOrder();
 }
 
 void HXSubviewGroup::announceOrder() {
   detail::announce(HXSubviewGroupSubviewOrderDidChangeNotification, *this, *this,
-                   [this](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXNodeInfo, Ref<Object>(this)},
-                                     {HXSubviewNodesInfo, subviewNodes_}};
-                   });
+                   {{HXNodeInfo, this}, {HXSubviewNodesInfo, subviewNodes_.get()}});
 }
+
+bool HXSubviewGroup::insertView(HXNode& node) {
+  assert(subnodeForKey(node.uniqueKey()) == &node);
+  return subviewNodes_->add(Ref<Object>(&node));
+}
+bool HXSubviewGroup::removeView(const HXNode& node) { return subviewNodes_->remove(&node); }
 
 bool HXSubviewGroup::hasViewNode() const {
   for (const auto& member : *subviewNodes_) {
@@ -83,19 +85,19 @@ bool HXSubviewGroup::hasViewNode() const {
 
 void HXSubviewGroup::didAddNode(HXNode& node) {
   if (!node.shouldBeTreatedAsViewNode()) return;
-  subviewNodes_->add(Ref<Object>(&node));
+  insertView(node);
   announceOrder();
 }
 
 void HXSubviewGroup::forgetNode(HXNode& node) {
-  if (subviewNodes_->remove(&node)) announceOrder();
+  if (removeView(node)) announceOrder();
 }
 
 void HXSubviewGroup::viewTypeDidChange(HXNode& node) {
   if (node.shouldBeTreatedAsViewNode()) {
-    subviewNodes_->add(Ref<Object>(&node));
+    insertView(node);
     announceOrder();
-  } else if (subviewNodes_->remove(&node)) {
+  } else if (removeView(node)) {
     announceOrder();
   }
 }

@@ -46,6 +46,12 @@ class HXSubviewGroup final : public HXGroup {
   friend Ref<T> make(Args&&... args);
   void announceOrder();
 
+  // All changes of the order, but for what is read from an archive; false when nothing changed.
+  bool insertView(HXNode& node);
+  bool removeView(const HXNode& node);
+  void moveView(std::uint32_t from, std::uint32_t to) { subviewNodes_->move(from, to); }
+  void storeViews(const OrderedSet& views) { subviewNodes_ = make<OrderedSet>(views); }
+
   Ref<OrderedSet> subviewNodes_;
 };
 

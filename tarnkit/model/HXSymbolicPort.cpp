@@ -68,7 +68,26 @@ void HXSymbolicPort::setPort(HXPort* port) {
     Log::warning("HXSymbolicPort", "Attempting to publish a port through itself.");
     return;
   }
-  port_ = port;
+  HXPort* const earlier = this->port();
+  if (port == earlier) return;
+  if (earlier && earlier->symbolicPort() == this) {
+    earlier->linkSymbolicPort(nullptr, PassKey<HXSymbolicPort>());
+  }
+  storePort(port);
+  if (port && !port->symbolicPort() && isHeld()) {
+    port->linkSymbolicPort(this, PassKey<HXSymbolicPort>());
+  }
+}
+
+bool HXSymbolicPort::isHeld() const {
+  const auto* node = this->node();
+  return node && (node->symbolicInputPortsInForce().contains(this) ||
+                  node->symbolicOutputPortsInForce().contains(this));
+}
+
+void HXSymbolicPort::storeName(String name) noexcept {
+  name_ = std::move(name);
+  groupKey_ = nullptr;
 }
 
 // Two keys that never change make this one, so the text is made again only when either is another.
@@ -99,15 +118,10 @@ String HXSymbolicPort::uniqueKey() const {
 
 void HXSymbolicPort::setName(String name) {
   const Ref<HXSymbolicPort> self(this);
-  name_ = std::move(name);
-  groupKey_ = nullptr;
+  storeName(std::move(name));
   if (const Ref<HXNode> node{this->node()}) node->symbolicPortNameDidChange(*this);
   detail::announce(HXPortNameDidChangeNotification, *this, *this,
-                   [this](const Ref<Object>& documentKey) {
-                     return UserInfo{{HXDocumentKeyInfo, documentKey},
-                                     {HXPortInfo, Ref<Object>(this)},
-                                     {HXNameInfo, name_.object()}};
-                   });
+                   {{HXPortInfo, this}, {HXNameInfo, name_.object().get()}});
 }
 
 const String& HXSymbolicPort::groupKey() const {

@@ -19,7 +19,8 @@ class HXSymbolicPort final : public HXPort {
   /// The inner port that this one publishes; null once gone.
   HXPort* port() const noexcept { return port_.get(); }
   /// Announces nothing. A port that stands for this one, by way of others or itself, is refused
-  /// with one line logged.
+  /// with one line logged. The earlier one is published by this port no more; the new one is, as
+  /// long as a group publishes by this port and the new one is published by no other.
   void setPort(HXPort* port);
 
   /// "Symbolic.%@.%@" with the keys of the inner port's node and of the inner port.
@@ -32,6 +33,7 @@ class HXSymbolicPort final : public HXPort {
   /// "Published" when it has none.
   const String& groupKey() const;
 
+  bool isHeld() const override;
   bool canConnectToPort(const HXPort* other) const override;
   RGBA defaultColor() const override;
 
@@ -47,6 +49,10 @@ class HXSymbolicPort final : public HXPort {
 
   /// Whether the chain below is known to end; of use while a document is opened.
   enum class Chain : std::uint8_t { unknown, walked, ends };
+
+  // All changes of the fields, but for what is read from an archive.
+  void storePort(HXPort* port) noexcept { port_ = port; }
+  void storeName(String name) noexcept;
 
   WeakRef<HXPort> port_;
   String name_;

@@ -30,7 +30,7 @@ HXRNode::HXRNode(const HXRNodeClass& patchClass) : class_(&patchClass) {
   parameters_.reserve(model->parameters_.size());
   for (const auto& parameter : model->parameters_) {
     parameters_.push_back(parameter->copy());
-    parameters_.back()->setNode(this);
+    parameters_.back()->linkNode(this, {});
   }
 }
 
@@ -52,13 +52,14 @@ HXRPort* HXRNode::portForKey(const String& uniqueKey) {
 }
 
 OrderedMap<Ref<HXRPort>> HXRNode::ports() { return ownLayout().ports(); }
-HXRPortGroupCollection& HXRNode::inputPortGroupCollection() { return ownLayout().inputs(); }
-HXRPortGroupCollection& HXRNode::outputPortGroupCollection() { return ownLayout().outputs(); }
+HXRPortGroupCollection& HXRNode::portGroupCollection(std::int32_t orientation) {
+  return *ownLayout().collection(orientation);
+}
 HXRPortGroup* HXRNode::hx_inputPortGroupForKey(const String& groupKey) {
-  return ownLayout().inputs().portGroupForKey(groupKey);
+  return inputPortGroupCollection().portGroupForKey(groupKey);
 }
 HXRPortGroup* HXRNode::hx_outputPortGroupForKey(const String& groupKey) {
-  return ownLayout().outputs().portGroupForKey(groupKey);
+  return outputPortGroupCollection().portGroupForKey(groupKey);
 }
 
 void HXRNode::addPort(HXRPort& port, const String& portGroup) {
@@ -71,7 +72,6 @@ void HXRNode::addPort(HXRPort& port, const String& portGroup) {
   const Ref<HXRPort> kept(&port);
   ownLayout().addPort(port,
                       portGroup.isNil() ? String::interned(HXRDefaultPortGroupKey) : portGroup);
-  port.setNode(this);
   if (const Ref<HXRNodeOwner> owner = node()) owner->addPatchPort(port);
 }
 
@@ -79,7 +79,6 @@ void HXRNode::removePort(HXRPort& port) {
   if (port.node() != this) return;
   const Ref<HXRPort> kept(&port);
   if (!ownLayout().removePort(port)) return;
-  port.setNode(nullptr);
   if (const Ref<HXRNodeOwner> owner = node()) owner->removePatchPort(port);
 }
 
@@ -96,7 +95,7 @@ void HXRNode::addParameter(HXRParameter& parameter) {
     return;
   }
   parameters_.push_back(Ref<HXRParameter>(&parameter));
-  parameter.setNode(this);
+  parameter.linkNode(this, {});
   if (const Ref<HXRNodeOwner> owner = node()) owner->addPatchParameter(parameter);
 }
 
@@ -105,7 +104,7 @@ void HXRNode::removeParameter(HXRParameter& parameter) {
   if (found == parameters_.end()) return;
   const Ref<HXRParameter> kept = *found;
   parameters_.erase(found);
-  kept->setNode(nullptr);
+  kept->linkNode(nullptr, {});
   if (const Ref<HXRNodeOwner> owner = node()) owner->removePatchParameter(*kept);
 }
 
@@ -134,7 +133,15 @@ void HXRNode::rebuild(FunctionRef<void()> steps) {
   end();
 }
 
-void HXRNode::setNode(HXRNodeOwner* node) { node_ = node; }
+void HXRNode::setNode(HXRNodeOwner* node) {
+  const auto* present = this->node();
+  if (node == present) return;
+  if (present && present->holdsPatch(*this)) {
+    Log::warning("HXRNode", "Attempting to take a definition from the node that holds it.");
+    return;
+  }
+  node_ = node;
+}
 
 bool HXRNode::hx_isExternalClass(const Class& patchClass) {
   const Bundle& bundle = Bundle::forClass(patchClass);

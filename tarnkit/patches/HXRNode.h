@@ -8,6 +8,7 @@
 #include "tarnkit/patches/HXRParameter.h"
 #include "tarnkit/patches/HXRPortLayout.h"
 #include "tarnkit/platform/objects/FunctionRef.h"
+#include "tarnkit/platform/objects/PassKey.h"
 
 namespace tarnkit {
 
@@ -35,8 +36,14 @@ class HXRNode : public Object {
   HXRPort* portForKey(const String& uniqueKey);
   /// This definition's own ports as they are now, unique key to port, in the order of addition.
   OrderedMap<Ref<HXRPort>> ports();
-  HXRPortGroupCollection& inputPortGroupCollection();
-  HXRPortGroupCollection& outputPortGroupCollection();
+  HXRPortGroupCollection& inputPortGroupCollection() {
+    return portGroupCollection(HXOrientationInput);
+  }
+  HXRPortGroupCollection& outputPortGroupCollection() {
+    return portGroupCollection(HXOrientationOutput);
+  }
+  /// Of a side.
+  HXRPortGroupCollection& portGroupCollection(std::int32_t orientation);
   HXRPortGroup* hx_inputPortGroupForKey(const String& groupKey);
   HXRPortGroup* hx_outputPortGroupForKey(const String& groupKey);
 
@@ -65,7 +72,9 @@ class HXRNode : public Object {
 
   /// The editor node that owns the definition, or null.
   HXRNodeOwner* node() const noexcept { return node_.get(); }
+  /// Leaves alone, with one line logged, a definition that its node holds.
   void setNode(HXRNodeOwner* node);
+  void linkNode(HXRNodeOwner* node, PassKey<HXRNodeOwner>) noexcept { node_ = node; }
   /// Whether the class comes from a plug-in; set by whoever makes the definition for a document.
   bool external() const noexcept { return external_; }
   void setExternal(bool external) noexcept { external_ = external; }

@@ -1,8 +1,14 @@
 #include "tarnkit/patches/HXRNodeOwner.h"
 
+#include "tarnkit/patches/HXRNode.h"
+
 namespace tarnkit {
 
 void HXRNodeOwner::patchRebuildWillBegin(HXRNode&) {}
 void HXRNodeOwner::patchRebuildDidEnd(HXRNode&) {}
+bool HXRNodeOwner::holdsPatch(const HXRNode&) const noexcept { return false; }
+
+void HXRNodeOwner::takeUp(HXRNode& definition) { definition.linkNode(this, {}); }
+void HXRNodeOwner::letGo(HXRNode& definition) { definition.linkNode(nullptr, {}); }
 
 }  // namespace tarnkit

@@ -27,6 +27,13 @@ class HXRNodeOwner : public Object {
   /// node's by then, or nobody's. Do nothing here.
   virtual void patchRebuildWillBegin(HXRNode& definition);
   virtual void patchRebuildDidEnd(HXRNode& definition);
+  /// Whether the definition is the owner's own, whose link only the owner changes. No here.
+  virtual bool holdsPatch(const HXRNode& definition) const noexcept;
+
+ protected:
+  /// The owner becomes the definition's node, or ceases to be.
+  void takeUp(HXRNode& definition);
+  static void letGo(HXRNode& definition);
 };
 
 }  // namespace tarnkit

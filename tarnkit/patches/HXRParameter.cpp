@@ -1,6 +1,9 @@
 #include "tarnkit/patches/HXRParameter.h"
 
+#include <algorithm>
+
 #include "tarnkit/patches/HXRNode.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 
@@ -23,7 +26,20 @@ HXRParameter::HXRParameter(const HXRParameter& other)
     : Object(), name_(other.name_), uniqueKey_(other.uniqueKey_), hidden_(other.hidden_) {}
 
 HXRNode* HXRParameter::node() const noexcept { return node_.get(); }
-void HXRParameter::setNode(HXRNode* node) { node_ = node; }
+void HXRParameter::setNode(HXRNode* node) {
+  const auto* present = this->node();
+  if (node == present) return;
+  if (present) {
+    const auto& held = present->parametersInForce();
+    if (std::find(held.begin(), held.end(), this) != held.end()) {
+      Log::warning("HXRParameter",
+                   "Attempting to take a parameter from the definition that holds it.");
+      return;
+    }
+  }
+  node_ = node;
+}
+void HXRParameter::linkNode(HXRNode* node, PassKey<HXRNode>) noexcept { node_ = node; }
 void HXRParameter::setParameter(Object* parameter) { parameter_ = parameter; }
 
 Ref<HXRParameter> HXRParameter::copy() const { return make<HXRParameter>(*this); }

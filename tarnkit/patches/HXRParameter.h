@@ -5,6 +5,7 @@
 
 #include "tarnkit/platform/objects/Class.h"
 #include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/objects/PassKey.h"
 #include "tarnkit/platform/text/String.h"
 #include "tarnkit/platform/text/Symbol.h"
 
@@ -70,7 +71,9 @@ class HXRParameter : public Object {
   bool hidden() const noexcept { return hidden_; }
   /// The definition; null while none holds the parameter.
   HXRNode* node() const noexcept;
+  /// Leaves alone, with one line logged, a parameter that its definition holds.
   void setNode(HXRNode* node);
+  void linkNode(HXRNode* node, PassKey<HXRNode>) noexcept;
   /// The editor's twin, or null.
   Object* parameter() const noexcept { return parameter_.get(); }
   /// Set by the editor's twin, which must be a value holder of the parameter's kind (otherwise, and

@@ -34,7 +34,10 @@ void HXRPort::setName(String name) {
 }
 
 HXRNode* HXRPort::node() const noexcept { return node_.get(); }
-void HXRPort::setNode(HXRNode* node) { node_ = node; }
+void HXRPort::link(HXRNode* node, String portGroupKey, PassKey<HXRPortLayout>) noexcept {
+  node_ = node;
+  portGroupKey_ = std::move(portGroupKey);
+}
 
 void HXRPort::share() noexcept {
   node_ = nullptr;

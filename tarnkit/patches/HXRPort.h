@@ -5,11 +5,13 @@
 #include "tarnkit/patches/HXRPortClass.h"
 #include "tarnkit/patches/Orientation.h"
 #include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/objects/PassKey.h"
 #include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
 
 class HXRNode;
+class HXRPortLayout;
 
 /// The description of one port of a patch definition: its name, its key within the patch (under
 /// which the device addresses it), its orientation and how many connections it takes.
@@ -39,10 +41,10 @@ class HXRPort : public Object {
 
   /// The definition that holds the port; null while none does, and for a shared description.
   HXRNode* node() const noexcept;
-  void setNode(HXRNode* node);
   /// The key of the group that holds the port; nil while none does.
   const String& portGroupKey() const noexcept { return portGroupKey_; }
-  void setPortGroupKey(String portGroupKey) { portGroupKey_ = std::move(portGroupKey); }
+  /// The definition whose layout has entered the port in that group; null and nil: none has.
+  void link(HXRNode* node, String portGroupKey, PassKey<HXRPortLayout>) noexcept;
   /// Whether several definitions share the description.
   bool isShared() const noexcept { return shared_; }
   /// Freezes the description: it forgets its node, and from now on changing it throws.

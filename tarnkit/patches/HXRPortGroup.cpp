@@ -71,6 +71,16 @@ HXRPortGroupCollection* HXRPortGroup::portGroupCollection() const noexcept {
   return portGroupCollection_.get();
 }
 void HXRPortGroup::setPortGroupCollection(HXRPortGroupCollection* collection) {
+  const auto* present = portGroupCollection();
+  if (collection == present) return;
+  if (present && present->portGroupForKey(groupKey_) == this) {
+    Log::warning("HXRPortGroup", "Attempting to take a group from the collection that holds it.");
+    return;
+  }
+  portGroupCollection_ = collection;
+}
+void HXRPortGroup::linkPortGroupCollection(HXRPortGroupCollection* collection,
+                                           PassKey<HXRPortGroupCollection>) noexcept {
   portGroupCollection_ = collection;
 }
 

@@ -39,7 +39,10 @@ class HXRPortGroup final : public Object {
   HXRPort* portForKey(const String& uniqueKey) const;
 
   HXRPortGroupCollection* portGroupCollection() const noexcept;
+  /// Leaves alone, with one line logged, a group that its collection holds.
   void setPortGroupCollection(HXRPortGroupCollection* collection);
+  void linkPortGroupCollection(HXRPortGroupCollection* collection,
+                               PassKey<HXRPortGroupCollection>) noexcept;
   /// Freezes the group and its ports, which several definitions share from now on.
   void share();
 

@@ -43,7 +43,7 @@ void HXRPortGroupCollection::addPortGroup(HXRPortGroup& group) {
     Log::warning("HXRPortGroupCollection", "A group without a key is not added");
     return;
   }
-  group.setPortGroupCollection(this);
+  group.linkPortGroupCollection(this, {});
   portGroups_.set(group.groupKey(), Ref<HXRPortGroup>(&group));
   portGroupKeys_ = nullptr;
 }
@@ -51,7 +51,7 @@ void HXRPortGroupCollection::addPortGroup(HXRPortGroup& group) {
 void HXRPortGroupCollection::removePortGroup(HXRPortGroup& group) {
   requireOwn();
   if (portGroupForKey(group.groupKey()) != &group) return;
-  group.setPortGroupCollection(nullptr);
+  group.linkPortGroupCollection(nullptr, {});
   portGroups_.take(String(group.groupKey()));
   portGroupKeys_ = nullptr;
 }

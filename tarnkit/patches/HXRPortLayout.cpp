@@ -6,38 +6,33 @@ namespace tarnkit {
 
 const Class HXRPortLayout::kClass{"HXRPortLayout", &Object::kClass};
 
-namespace {
-
-void copyGroups(const HXRPortGroupCollection& from, HXRPortGroupCollection& to, HXRNode& node) {
+void HXRPortLayout::copyGroups(const HXRPortGroupCollection& from, HXRPortGroupCollection& to) {
   for (const auto& entry : from.portGroupsInForce()) {
     const HXRPortGroup& group = *entry.value;
     const auto copy = make<HXRPortGroup>(group.groupKey(), group.orientation());
     for (const auto& original : group.ports()) {
       const Ref<HXRPort> port = original->copy();
-      port->setNode(&node);
-      port->setPortGroupKey(original->portGroupKey());
+      port->link(to.node(), original->portGroupKey(), {});
       copy->addPort(*port);
     }
     to.addPortGroup(*copy);
   }
 }
 
-}  // namespace
-
 HXRPortLayout::HXRPortLayout(HXRNode* node)
-    : inputs_(make<HXRPortGroupCollection>(node, HXOrientationInput)),
-      outputs_(make<HXRPortGroupCollection>(node, HXOrientationOutput)) {}
+    : collections_{{make<HXRPortGroupCollection>(node, HXOrientationInput),
+                    make<HXRPortGroupCollection>(node, HXOrientationOutput)}} {}
 
 void HXRPortLayout::share() {
   shared_ = true;
-  inputs_->share();
-  outputs_->share();
+  for (const auto& collection : collections_) collection->share();
 }
 
 Ref<HXRPortLayout> HXRPortLayout::copyForNode(HXRNode& node) const {
   auto copy = make<HXRPortLayout>(&node);
-  copyGroups(*inputs_, *copy->inputs_, node);
-  copyGroups(*outputs_, *copy->outputs_, node);
+  for (const auto side : kBothSides) {
+    copyGroups(*collections_[side], *copy->collections_[side]);
+  }
   copy->ports_.reserve(ports_.size());
   for (const auto& [key, port] : ports_) {
     // A group finds the port last added under a key, which is the one that stands in the map.
@@ -49,9 +44,8 @@ Ref<HXRPortLayout> HXRPortLayout::copyForNode(HXRNode& node) const {
 }
 
 HXRPortGroupCollection* HXRPortLayout::collection(std::int32_t orientation) const noexcept {
-  if (orientation == HXOrientationInput) return inputs_.get();
-  if (orientation == HXOrientationOutput) return outputs_.get();
-  return nullptr;
+  const auto* collection = collections_.find(orientation);
+  return collection ? collection->get() : nullptr;
 }
 
 bool HXRPortLayout::addPort(HXRPort& port, const String& portGroupKey) {
@@ -64,7 +58,7 @@ bool HXRPortLayout::addPort(HXRPort& port, const String& portGroupKey) {
   }
   ports_.set(port.uniqueKey(), Ref<HXRPort>(&port));
   group->addPort(port);
-  port.setPortGroupKey(group->groupKey());
+  port.link(groups->node(), group->groupKey(), {});
   return true;
 }
 
@@ -77,7 +71,7 @@ bool HXRPortLayout::removePort(HXRPort& port) {
     if (group->isEmpty()) groups->removePortGroup(*group);
   }
   if (ports_.get(port.uniqueKey()) == &port) ports_.take(port.uniqueKey());
-  port.setPortGroupKey(nullptr);
+  port.link(nullptr, nullptr, {});
   return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tarnkit/patches/BySide.h"
 #include "tarnkit/patches/HXRPortGroupCollection.h"
 #include "tarnkit/platform/collections/OrderedMap.h"
 
@@ -26,8 +27,8 @@ class HXRPortLayout final : public Object {
 
   /// Unique key to port, in the order of addition.
   const OrderedMap<Ref<HXRPort>>& ports() const noexcept { return ports_; }
-  HXRPortGroupCollection& inputs() const noexcept { return *inputs_; }
-  HXRPortGroupCollection& outputs() const noexcept { return *outputs_; }
+  HXRPortGroupCollection& inputs() const noexcept { return *collections_[HXOrientationInput]; }
+  HXRPortGroupCollection& outputs() const noexcept { return *collections_[HXOrientationOutput]; }
   /// By orientation; null for any but input and output.
   HXRPortGroupCollection* collection(std::int32_t orientation) const noexcept;
 
@@ -38,10 +39,11 @@ class HXRPortLayout final : public Object {
   bool removePort(HXRPort& port);
 
  private:
+  static void copyGroups(const HXRPortGroupCollection& from, HXRPortGroupCollection& to);
+
   bool shared_ = false;
   OrderedMap<Ref<HXRPort>> ports_;
-  Ref<HXRPortGroupCollection> inputs_;
-  Ref<HXRPortGroupCollection> outputs_;
+  BySide<Ref<HXRPortGroupCollection>> collections_;
 };
 
 }  // namespace tarnkit

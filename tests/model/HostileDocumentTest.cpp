@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <functional>
 #include <random>
 
+#include "Consistency.h"
 #include "ModelFixture.h"
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/model/HXParameterKinds.h"
@@ -223,12 +225,41 @@ TEST_F(HostileDocumentTest, PublishedPortsThatPublishEachOtherInACircleComeApart
   auto& value = port(*add("HXRClampNode", inner.get()), "Tarn.valueInput");
   const auto first = inner->subnodeGroup()->addSymbolicPortForPort(value);
   const auto second = outer->subnodeGroup()->addSymbolicPortForPort(*first);
-  for (HXSymbolicPort* next : {first.get(), second.get()}) {
-    second->setSymbolicPort(next);
-    std::string error;
-    const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
-    second->setSymbolicPort(nullptr);
-    const auto opened = HXDocumentFile::document(bytes, 0, error);
+  document->subnodeGroup()->addSymbolicPortForPort(*second);
+  std::string error;
+  const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
+  PropertyList list;
+  ASSERT_TRUE(PropertyListReader::read(bytes, list));
+  const auto objects = list.elements(list.valueForKey(list.root(), "$objects"));
+  // Of the two published ports in the file that are published again, and say by which, the second
+  // is the one that the first names.
+  struct Published {
+    std::uint32_t object;
+    Index map;
+    std::uint32_t entry;
+  };
+  std::vector<Published> published;
+  for (std::uint32_t object = 0; object < objects.size(); ++object) {
+    const Index map = objects[object];
+    if (list.kind(map) != PropertyList::Kind::map || list.count(map) == 0) continue;
+    const std::vector<Index> keys(list.keys(map).begin(), list.keys(map).end());
+    const auto entryOf = [&](std::string_view key) {
+      const auto found = std::find_if(keys.begin(), keys.end(),
+                                      [&](const Index at) { return list.string(at) == key; });
+      return static_cast<std::uint32_t>(found - keys.begin());
+    };
+    if (entryOf("HXSymbolicPort.name") == keys.size()) continue;
+    const std::uint32_t entry = entryOf("HXPort.symbolicPort");
+    if (entry != keys.size()) published.push_back({object, map, entry});
+  }
+  ASSERT_EQ(published.size(), 2U);
+  const bool isInOrder =
+      list.uid(list.values(published[0].map)[published[0].entry]) == published[1].object;
+  const Published& bent = published[isInOrder ? 1 : 0];
+  Tampering tampering(list);
+  for (const Published& next : published) {
+    const auto file = tampering.pointedAt(bent.map, bent.entry, next.object);
+    const auto opened = HXDocumentFile::document(file, 0, error);
     ASSERT_TRUE(opened) << error;
     const auto group = opened->subnodeGroup()->subnodes()[0];
     ASSERT_EQ(group->symbolicInputPortsInForce().count(), 1U);
@@ -280,6 +311,37 @@ TEST_F(HostileDocumentTest, PublicationsThatLeadAroundInACircleAreBrokenOnce) {
     // line appears once a circle, and again for none: what was opened and saved has no circle.
     EXPECT_GE(circles, 4);
     EXPECT_LE(circles, 10);
+  }
+}
+
+// Whatever a node says that it is in, and a group that it is of: who lists the other counts.
+TEST_F(HostileDocumentTest, LinksUpwardAreThoseOfWhoHolds) {
+  const auto group = add("");
+  const auto clamp = add("HXRClampNode", group.get());
+  group->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"));
+  for (const std::int32_t codingType : {0, 3}) {
+    std::string error;
+    const auto bytes = HXDocumentFile::dataWithDocument(*document, codingType, error);
+    PropertyList list;
+    ASSERT_TRUE(PropertyListReader::read(bytes, list));
+    const auto objects = list.elements(list.valueForKey(list.root(), "$objects"));
+    Tampering tampering(list);
+    int straightened = 0;
+    for (const auto map : objects) {
+      if (list.kind(map) != PropertyList::Kind::map) continue;
+      for (std::uint32_t entry = 0; entry < list.count(map); ++entry) {
+        const auto key = list.string(list.keys(map)[entry]);
+        if (key != "HXNode.parentGroup" && key != "HXGroup.node") continue;
+        for (std::uint32_t object = 0; object < objects.size(); ++object) {
+          const auto bent = tampering.pointedAt(map, entry, object);
+          const auto opened = HXDocumentFile::document(bent, codingType, error);
+          if (!opened) continue;
+          EXPECT_THAT(faultsOf(*opened), ::testing::IsEmpty()) << key << " " << object;
+          straightened += opened->subnodeGroup()->subnodes().size() == 1;
+        }
+      }
+    }
+    EXPECT_GE(straightened, 8);
   }
 }
 

@@ -10,12 +10,14 @@
 namespace tarnkit {
 
 UserInfo::UserInfo(std::initializer_list<Item> items) {
-  if (items.size() > kMaximumCount) throw std::logic_error("too many user-info entries");
-  for (const Item& item : items) {
-    entries_[count_].key = &item.key;
-    entries_[count_].value = Null::orNull(item.value);
-    ++count_;
-  }
+  for (const Item& item : items) add(item.key, item.value);
+}
+
+void UserInfo::add(const Symbol& key, const Ref<Object>& value) {
+  if (count_ == kMaximumCount) throw std::logic_error("too many user-info entries");
+  entries_[count_].key = &key;
+  entries_[count_].value = Null::orNull(value);
+  ++count_;
 }
 
 Object* UserInfo::operator[](const Symbol& key) const {

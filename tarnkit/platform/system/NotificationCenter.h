@@ -29,6 +29,8 @@ class UserInfo {
 
   UserInfo() noexcept = default;
   UserInfo(std::initializer_list<Item> items);
+  /// Throws std::logic_error when there are as many as there may be.
+  void add(const Symbol& key, const Ref<Object>& value);
 
   const Entry* begin() const noexcept { return entries_.data(); }
   const Entry* end() const noexcept { return entries_.data() + count_; }
