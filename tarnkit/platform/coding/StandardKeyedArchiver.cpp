@@ -337,16 +337,14 @@ struct StandardKeyedArchiver::State {
 StandardKeyedArchiver::StandardKeyedArchiver() : state_(std::make_unique<State>(*this)) {}
 StandardKeyedArchiver::~StandardKeyedArchiver() = default;
 
-Ref<Data> StandardKeyedArchiver::archivedData(const Object* root, std::int32_t codingType,
-                                              std::string* error) {
+Result<Ref<Data>> StandardKeyedArchiver::archivedData(const Object* root, std::int32_t codingType) {
   StandardKeyedArchiver archiver;
   archiver.setCodingType(codingType);
   try {
     archiver.encodeRootObject(root);
     return make<Data>(archiver.finishEncoding());
   } catch (const std::length_error& tooLarge) {
-    if (error) *error = tooLarge.what();
-    return nullptr;
+    return Status::failure(StatusCode::tooLarge, tooLarge.what());
   }
 }
 

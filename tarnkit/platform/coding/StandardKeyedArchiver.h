@@ -1,9 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/system/Result.h"
 
 namespace tarnkit {
 
@@ -22,10 +22,9 @@ class StandardKeyedArchiver final : public Encoder {
   StandardKeyedArchiver();
   ~StandardKeyedArchiver() override;
 
-  /// The archive of `root` (which may be null), or null with a sentence in `error` when it would be
-  /// too large for the format. A class that cannot be archived throws (std::logic_error).
-  static Ref<Data> archivedData(const Object* root, std::int32_t codingType,
-                                std::string* error = nullptr);
+  /// The archive of `root` (which may be null); a failure when it would be too large for the
+  /// format. A class that cannot be archived throws (std::logic_error).
+  static Result<Ref<Data>> archivedData(const Object* root, std::int32_t codingType);
 
   /// Writes the object, and everything it refers to unconditionally, under "root".
   void encodeRootObject(const Object* root);

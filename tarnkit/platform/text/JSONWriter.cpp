@@ -73,24 +73,26 @@ void JSONWriter::appendQuoted(std::string& out, std::string_view text, Escapes e
 }
 
 JSONWriter& JSONWriter::begin(char bracket) {
+  assert(isValueDue());
   separate();
   out_ += bracket;
-  ++depth_;
+  open_ += bracket;
   needsComma_ = false;
   return *this;
 }
 
 JSONWriter& JSONWriter::end(char bracket) {
-  assert(depth_ > 0 && !afterKey_);
+  assert(!open_.empty() && !afterKey_);
+  assert((open_.back() == '{') == (bracket == '}'));
   handOnWhenLong();
-  --depth_;
+  open_.pop_back();
   out_ += bracket;
   needsComma_ = true;
   return *this;
 }
 
 JSONWriter& JSONWriter::key(std::string_view key) {
-  assert(depth_ > 0 && !afterKey_);
+  assert(!open_.empty() && open_.back() == '{' && !afterKey_);
   separate();
   appendQuoted(out_, key, escapes_);
   out_ += ':';
@@ -100,6 +102,7 @@ JSONWriter& JSONWriter::key(std::string_view key) {
 }
 
 JSONWriter& JSONWriter::token(std::string_view token) {
+  assert(isValueDue());
   separate();
   out_ += token;
   needsComma_ = true;
@@ -128,6 +131,7 @@ JSONWriter& JSONWriter::value(float value) { return real(shortestText(value)); }
 JSONWriter& JSONWriter::value(double value) { return real(shortestText(value)); }
 
 JSONWriter& JSONWriter::value(std::string_view text) {
+  assert(isValueDue());
   separate();
   out_ += '"';
   for (std::size_t at = 0; at < text.size();) {
@@ -147,8 +151,13 @@ JSONWriter& JSONWriter::floats(std::initializer_list<float> values) {
   return endArray();
 }
 
+void JSONWriter::text(std::string_view text) {
+  assert(open_.empty());
+  out_ += text;
+}
+
 void JSONWriter::endLine() {
-  assert(depth_ == 0);
+  assert(open_.empty());
   out_ += '\n';
   needsComma_ = false;
   handOnWhenLong();
