@@ -349,7 +349,7 @@ TEST_F(HostileDocumentTest, NoRootHoldsANodeThatStandsInsideItself) {
       archiver.setClassName(kNodeClass, Fake::kClass);
       archiver.setClassName(kGroupClass, FakeGroup::kClass);
       archiver.encodeRootObject(asList ? static_cast<const Object*>(list.get()) : circle[0].get());
-      const auto bytes = archiver.finishEncoding();
+      const auto bytes = *archiver.finishEncoding();
       const auto alive = Object::liveObjectCount();
       EXPECT_EQ(StandardKeyedUnarchiver::unarchive(bytes, 0).status().sentence(),
                 "HXNode.subnodeGroup: a node that stands inside itself");

@@ -150,9 +150,9 @@ TEST_F(StandardKeyedCoders, AnArchiverMayBeUsedAgain) {
   StandardKeyedArchiver archiver;
   archiver.setClassName(device, ArchivedThing::kClass);
   archiver.encodeRootObject(thing.get());
-  const auto first = archiver.finishEncoding();
+  const auto first = *archiver.finishEncoding();
   archiver.encodeRootObject(thing.get());
-  EXPECT_EQ(archiver.finishEncoding(), first);
+  EXPECT_EQ(*archiver.finishEncoding(), first);
   const auto foreign = StandardKeyedUnarchiver::unarchive(first, 0);
   EXPECT_EQ(nameOf(foreign.status().code()), "unsupported");
   EXPECT_EQ(foreign.status().message(), "the class \"PMThing\" is unknown");
@@ -164,7 +164,7 @@ TEST_F(StandardKeyedCoders, AnArchiverMayBeUsedAgain) {
   EXPECT_THROW(archiver.encodeRootObject(thing.get()), std::logic_error);
   thing->payload = nullptr;
   archiver.encodeRootObject(thing.get());
-  EXPECT_EQ(archiver.finishEncoding(), first);
+  EXPECT_EQ(*archiver.finishEncoding(), first);
 }
 
 // The layout is checked, and the values read, by a reader that shares no code with the library.
@@ -463,7 +463,7 @@ TEST_F(StandardKeyedCoders, StartsAgainAfterAnObjectThatThrows) {
   for (const auto& step : steps) {
     EXPECT_THROW(step(), std::logic_error);
     archiver.encodeRootObject(thing.get());
-    EXPECT_EQ(make<Data>(archiver.finishEncoding())->bytes().size(), expected->size());
+    EXPECT_EQ(make<Data>(*archiver.finishEncoding())->bytes().size(), expected->size());
   }
 }
 

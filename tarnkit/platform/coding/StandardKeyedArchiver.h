@@ -28,9 +28,9 @@ class StandardKeyedArchiver final : public Encoder {
 
   /// Writes the object, and everything it refers to unconditionally, under "root".
   void encodeRootObject(const Object* root);
-  /// The finished archive. The archiver is then empty and may be used again; substituted class
-  /// names are kept. Throws std::length_error when the archive would be too large for the format.
-  std::vector<std::uint8_t> finishEncoding();
+  /// The finished archive; a failure when it would be too large for the format. The archiver is
+  /// then empty and may be used again; substituted class names are kept.
+  Result<std::vector<std::uint8_t>> finishEncoding();
 
   // Called outside of an object's `encodeWithCoder`, these write into "$top".
   void encodeBool(bool value, const Symbol& key) override;

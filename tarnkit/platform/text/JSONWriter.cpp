@@ -82,8 +82,7 @@ JSONWriter& JSONWriter::begin(char bracket) {
 }
 
 JSONWriter& JSONWriter::end(char bracket) {
-  assert(!open_.empty() && !afterKey_);
-  assert((open_.back() == '{') == (bracket == '}'));
+  assert(isRefused_ || (!open_.empty() && !afterKey_ && (open_.back() == '{') == (bracket == '}')));
   handOnWhenLong();
   open_.pop_back();
   out_ += bracket;
@@ -92,7 +91,7 @@ JSONWriter& JSONWriter::end(char bracket) {
 }
 
 JSONWriter& JSONWriter::key(std::string_view key) {
-  assert(!open_.empty() && open_.back() == '{' && !afterKey_);
+  assert(isRefused_ || (!open_.empty() && open_.back() == '{' && !afterKey_));
   separate();
   appendQuoted(out_, key, escapes_);
   out_ += ':';
@@ -152,20 +151,22 @@ JSONWriter& JSONWriter::floats(std::initializer_list<float> values) {
 }
 
 void JSONWriter::text(std::string_view text) {
-  assert(open_.empty());
+  assert(isRefused_ || open_.empty());
   out_ += text;
 }
 
 void JSONWriter::endLine() {
-  assert(open_.empty());
+  assert(isRefused_ || open_.empty());
   out_ += '\n';
   needsComma_ = false;
   handOnWhenLong();
 }
 
 void JSONWriter::flush() {
-  if (!sink_) return;
-  if (!out_.empty()) sink_(out_);
+  if (!sink_ || out_.empty()) return;
+  isRefused_ = true;  // until the sink has taken it
+  sink_(out_);
+  isRefused_ = false;
   out_.clear();
 }
 

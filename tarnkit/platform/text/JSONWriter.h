@@ -32,7 +32,7 @@ class JSONWriter {
   explicit JSONWriter(std::string& out, Escapes escapes = Escapes::plain)
       : out_(out), escapes_(escapes) {}
   /// Hands the text on in pieces of about 64 KiB, so that its length costs no memory. What is left
-  /// at the end is handed on by `flush`.
+  /// at the end is handed on by `flush`. What the sink throws goes to whoever writes.
   explicit JSONWriter(Sink sink, Escapes escapes = Escapes::plain)
       : sink_(std::move(sink)), out_(piece_), escapes_(escapes) {}
   JSONWriter(const JSONWriter&) = delete;
@@ -79,7 +79,9 @@ class JSONWriter {
   JSONWriter& end(char bracket);
   JSONWriter& token(std::string_view token);
   JSONWriter& real(const std::string& text);
-  bool isValueDue() const noexcept { return open_.empty() || open_.back() == '[' || afterKey_; }
+  bool isValueDue() const noexcept {
+    return open_.empty() || open_.back() == '[' || afterKey_ || isRefused_;
+  }
   void separate();
   void handOnWhenLong();
 
@@ -90,6 +92,7 @@ class JSONWriter {
   Escapes escapes_;
   bool needsComma_ = false;
   bool afterKey_ = false;
+  bool isRefused_ = false;  // the sink has thrown, and nobody knows what was begun and not ended
 };
 
 }  // namespace tarnkit
