@@ -101,9 +101,9 @@ FloorGraph::FloorGraph(std::int64_t nodeCount) : document_(std::make_unique<Docu
 FloorGraph::~FloorGraph() = default;
 
 FloorDeviceGraph::FloorDeviceGraph(ByteSpan deviceGraph) {
-  PropertyList list;
-  std::string error;
-  if (!PropertyListReader::read(deviceGraph, list, &error)) throw std::runtime_error(error);
+  const auto read = PropertyListReader::read(deviceGraph);
+  if (!read) throw std::runtime_error(read.status().message());
+  const PropertyList& list = *read;
   std::unordered_map<std::string_view, std::uint32_t> ids;
   const auto idOf = [&](std::string_view text) {
     const auto [entry, isNew] = ids.emplace(text, static_cast<std::uint32_t>(ids_.size()));

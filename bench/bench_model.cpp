@@ -40,15 +40,14 @@ Ref<HXDocument> graphOf(std::int64_t nodeCount) {
 const std::vector<std::uint8_t>& documentFileOf(std::int64_t nodeCount) {
   static std::map<std::int64_t, std::vector<std::uint8_t>> files;
   auto& file = files[nodeCount];
-  std::string error;
-  if (file.empty()) file = HXDocumentFile::dataWithDocument(*graphOf(nodeCount), 0, error);
+  if (file.empty()) file = *HXDocumentFile::dataWithDocument(*graphOf(nodeCount), 0);
   return file;
 }
 
 const std::vector<std::uint8_t>& deviceGraphOf(std::int64_t nodeCount) {
   static std::map<std::int64_t, std::vector<std::uint8_t>> files;
   auto& file = files[nodeCount];
-  if (file.empty()) file = HXDocumentFile::deviceGraph(*graphOf(nodeCount));
+  if (file.empty()) file = *HXDocumentFile::deviceGraph(*graphOf(nodeCount));
   return file;
 }
 
@@ -93,21 +92,19 @@ void BM_BuildGraphUnobserved(benchmark::State& state) {
 
 void BM_SaveDocument(benchmark::State& state) {
   const auto document = graphOf(state.range(0));
-  std::string error;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(HXDocumentFile::dataWithDocument(*document, 0, error));
+    benchmark::DoNotOptimize(HXDocumentFile::dataWithDocument(*document, 0));
   }
   reportPerNode(state);
 }
 
 void BM_OpenDocument(benchmark::State& state) {
   const auto& file = documentFileOf(state.range(0));
-  std::string error;
   for (auto _ : state) {
-    auto document = HXDocumentFile::document(file, 0, error);
-    if (!document) state.SkipWithError(error.c_str());
+    auto opened = HXDocumentFile::document(file, 0);
+    if (!opened) state.SkipWithError(opened.status().message().c_str());
     state.PauseTiming();
-    document = nullptr;
+    *opened = nullptr;
     state.ResumeTiming();
   }
   reportPerNode(state);
@@ -153,8 +150,9 @@ void BM_InspectDeviceGraph(benchmark::State& state) {
   const auto& file = deviceGraphOf(state.range(0));
   for (auto _ : state) {
     HXArchiveReader reader;
-    std::string error;
-    if (!reader.open(file, &error)) state.SkipWithError(error.c_str());
+    if (const auto status = reader.open(file); !status) {
+      state.SkipWithError(status.message().c_str());
+    }
     Census census;
     reader.walk(census);
     benchmark::DoNotOptimize(census.met());
@@ -166,8 +164,9 @@ void BM_PrintDeviceGraph(benchmark::State& state) {
   const auto& file = deviceGraphOf(state.range(0));
   for (auto _ : state) {
     HXArchiveReader reader;
-    std::string error;
-    if (!reader.open(file, &error)) state.SkipWithError(error.c_str());
+    if (const auto status = reader.open(file); !status) {
+      state.SkipWithError(status.message().c_str());
+    }
     std::size_t size = 0;
     HXArchiveText::writeIndented(reader, [&](std::string_view text) { size += text.size(); });
     benchmark::DoNotOptimize(size);
@@ -225,10 +224,9 @@ plist_t peerValue(const PropertyList& list, PropertyList::Index index) {
 
 // The very tree of the device graph, built and written by the peer.
 void BM_PeerPlistBuildAndWrite(benchmark::State& state) {
-  PropertyList list;
-  if (!PropertyListReader::read(deviceGraphOf(state.range(0)), list)) {
-    state.SkipWithError("the device graph cannot be read");
-  }
+  const auto read = PropertyListReader::read(deviceGraphOf(state.range(0)));
+  if (!read) return state.SkipWithError("the device graph cannot be read");
+  const PropertyList& list = *read;
   for (auto _ : state) {
     plist_t root = peerValue(list, list.root());
     char* bytes = nullptr;

@@ -18,8 +18,8 @@ int main() {
   document->connectPort(*touch->portForKey("Tarn.downOutput"),
                         *toggle->portForKey("Tarn.toggleInput"));
 
-  std::string reason;
-  if (HXDocumentFile::save(*document, "touch.document", HXCodingTypeEditor, reason)) return 0;
-  std::puts(reason.c_str());
+  const auto status = HXDocumentFile::save(*document, "touch.document", HXCodingTypeEditor);
+  if (status) return 0;
+  std::puts(status.message().c_str());
   return 1;
 }

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <string>
 
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/platform/system/Log.h"
@@ -14,13 +13,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static const bool quiet = (Log::setSink([](std::string_view) {}), true);
   static_cast<void>(quiet);
   for (const std::int32_t codingType : {0, 3}) {
-    std::string error;
-    const auto document = HXDocumentFile::document({data, size}, codingType, error);
-    if (static_cast<bool>(document) == !error.empty()) std::abort();
-    if (!document) continue;
-    const auto again = HXDocumentFile::dataWithDocument(*document, codingType, error);
-    if (!HXDocumentFile::document(again, codingType, error)) std::abort();
-    HXDocumentFile::deviceGraph(*document);
+    const auto opened = HXDocumentFile::document({data, size}, codingType);
+    if (!opened && opened.status().sentence().empty()) std::abort();
+    if (!opened) continue;
+    const auto& document = *opened;
+    const auto again = HXDocumentFile::dataWithDocument(*document, codingType);
+    if (!again || !HXDocumentFile::document(*again, codingType)) std::abort();
+    if (!HXDocumentFile::deviceGraph(*document)) std::abort();
     document->pruneInvalidConnections();
     for (const auto& node : document->subnodeGroup()->subnodes()) {
       document->subnodeGroup()->removeNode(node.get());

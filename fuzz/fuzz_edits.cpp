@@ -34,14 +34,15 @@ std::size_t nodeCount(const HXDocument& document) {
 
 void checkRoundTrip(const HXDocument& document, const test::Leniency& leniency) {
   for (const auto codingType : {HXCodingTypeEditor, HXCodingTypeEditorWithKeys}) {
-    std::string error;
-    const auto bytes = HXDocumentFile::dataWithDocument(document, codingType, error);
-    const auto opened = HXDocumentFile::document(bytes, codingType, error);
-    if (!opened) requireNone({error}, "opening");
-    requireNone(test::faultsOf(*opened, leniency), "opened");
-    if (nodeCount(*opened) != nodeCount(document)) requireNone({"nodes are missing"}, "opened");
+    const auto bytes = HXDocumentFile::dataWithDocument(document, codingType);
+    if (!bytes) requireNone({bytes.status().message()}, "saving");
+    const auto opened = HXDocumentFile::document(*bytes, codingType);
+    if (!opened) requireNone({opened.status().message()}, "opening");
+    requireNone(test::faultsOf(**opened, leniency), "opened");
+    if (nodeCount(**opened) != nodeCount(document)) requireNone({"nodes are missing"}, "opened");
   }
-  if (HXDocumentFile::deviceGraph(document).empty()) requireNone({"no device graph"}, "sending");
+  const auto graph = HXDocumentFile::deviceGraph(document);
+  if (!graph) requireNone({graph.status().message()}, "sending");
 }
 
 // How much was done stands beside libFuzzer's own count of runs.

@@ -2,7 +2,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <string>
 
 #include "tarnkit/platform/images/Image.h"
 
@@ -10,18 +9,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using tarnkit::Image;
   tarnkit::ImageLimits limits;
   limits.pixels = 1 << 16;  // so that a run is spent on formats, not on pixels
-  std::string reason;
-  const auto image = Image::imageWithData({data, size}, &reason, limits);
+  const auto image = Image::imageWithData({data, size}, limits);
   if (!image) {
-    if (reason.empty()) std::abort();
+    if (image.status().sentence().empty()) std::abort();
     return 0;
   }
   const auto tiff = image->TIFFRepresentation();
   const auto png = image->PNGRepresentation();
   if (!tiff || !png) std::abort();
-  for (const auto& file : {tiff, png}) {
+  for (const auto& file : {*tiff, *png}) {
     const auto again = Image::imageWithData(file->bytes());
-    if (!again || !again->isEqual(*image)) std::abort();
+    if (!again || !again->isEqual(**image)) std::abort();
   }
   return 0;
 }

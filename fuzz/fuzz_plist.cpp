@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -81,13 +80,12 @@ void check(const PropertyList& list) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const tarnkit::ByteSpan bytes(data, size);
-  PropertyList list;
-  std::string error;
-  if (!tarnkit::PropertyListReader::read(bytes, list, &error)) {
-    require(!error.empty());
+  const auto list = tarnkit::PropertyListReader::read(bytes);
+  if (!list) {
+    require(!list.status().sentence().empty());
     return 0;
   }
-  check(list);
+  check(*list);
   tarnkit::HXArchiveReader archive;
   if (archive.open(bytes)) {
     std::size_t length = 0;

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <string>
 #include <vector>
 
 #include "tarnkit/platform/coding/StandardKeyedArchiver.h"
@@ -94,14 +93,11 @@ void require(bool condition) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   tarnkit::ClassRegistry::add(Thing::kClass);
-  std::string error;
-  if (const auto root = tarnkit::StandardKeyedUnarchiver::unarchive({data, size}, 0, &error)) {
-    const auto again = tarnkit::StandardKeyedArchiver::archivedData(root.get(), 0, &error);
-    require(static_cast<bool>(again));
-    require(
-        static_cast<bool>(tarnkit::StandardKeyedUnarchiver::unarchive(again->bytes(), 0, &error)));
+  if (const auto root = tarnkit::StandardKeyedUnarchiver::unarchive({data, size}, 0)) {
+    const auto again = tarnkit::StandardKeyedArchiver::archivedData((*root).get(), 0);
+    require(again && tarnkit::StandardKeyedUnarchiver::unarchive(again->bytes(), 0));
   } else {
-    require(!error.empty());
+    require(!root.status().sentence().empty());
   }
   Thing::abandonAll();
   return 0;

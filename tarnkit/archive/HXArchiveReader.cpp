@@ -1,5 +1,6 @@
 #include "tarnkit/archive/HXArchiveReader.h"
 
+#include <utility>
 #include <vector>
 
 #include "tarnkit/platform/propertylist/PropertyListReader.h"
@@ -56,19 +57,20 @@ HXArchiveKind HXArchiveReader::sniff(const PropertyList& list) noexcept {
 }
 
 HXArchiveKind HXArchiveReader::sniff(ByteSpan bytes) {
-  PropertyList list;
-  return PropertyListReader::read(bytes, list) ? sniff(list) : HXArchiveKind::none;
+  const auto list = PropertyListReader::read(bytes);
+  return list ? sniff(*list) : HXArchiveKind::none;
 }
 
-bool HXArchiveReader::open(ByteSpan bytes, std::string* error) {
+Status HXArchiveReader::open(ByteSpan bytes) {
   *this = HXArchiveReader();
-  if (!PropertyListReader::read(bytes, list_, error)) return false;
-  kind_ = sniff(list_);
-  if (kind_ != HXArchiveKind::deviceGraph && kind_ != HXArchiveKind::imageArchive) {
-    *this = HXArchiveReader();
-    if (error) *error = "neither a device graph nor an image archive";
-    return false;
+  auto list = PropertyListReader::read(bytes);
+  if (!list) return std::move(list).status();
+  const auto kind = sniff(*list);
+  if (kind != HXArchiveKind::deviceGraph && kind != HXArchiveKind::imageArchive) {
+    return Status::failure(StatusCode::unsupported, "neither a device graph nor an image archive");
   }
+  list_ = *std::move(list);
+  kind_ = kind;
   const Index top = list_.root();
   root_ = list_.valueForKey(top, "$root");
   version_ = list_.string(list_.valueForKey(top, "$version"));
@@ -81,7 +83,7 @@ bool HXArchiveReader::open(ByteSpan bytes, std::string* error) {
   for (Object object = 0; object < objectCount(); ++object) {
     objectsByKey_[list_.keyOf(ids_[object])] = object;
   }
-  return true;
+  return {};
 }
 
 HXArchiveReader::Object HXArchiveReader::objectNamed(std::string_view id) const noexcept {

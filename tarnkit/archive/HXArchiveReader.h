@@ -1,12 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <unordered_map>
 
 #include "tarnkit/platform/propertylist/PropertyList.h"
 #include "tarnkit/platform/propertylist/PropertyListKeyMap.h"
+#include "tarnkit/platform/system/Status.h"
 
 namespace tarnkit {
 
@@ -31,8 +31,8 @@ class HXArchiveReader {
   /// The same for bytes; `none` for anything that is no property list.
   static HXArchiveKind sniff(ByteSpan bytes);
 
-  /// Opens a device graph or an image archive; false, with one sentence, for anything else.
-  bool open(ByteSpan bytes, std::string* error = nullptr);
+  /// Opens a device graph or an image archive; a failure for anything else.
+  Status open(ByteSpan bytes);
 
   const PropertyList& list() const noexcept { return list_; }
   HXArchiveKind kind() const noexcept { return kind_; }

@@ -15,7 +15,7 @@ constexpr std::string_view kClassName = "HXKeyedArchiver";
 
 struct HXKeyedArchiver::State {
   detail::HXArchiveWalk walk;
-  std::string failure;  // why the serialization will fail
+  Status failure;  // why the serialization will fail
 
   // What outgrows the format fails when the encoding is finished; any other exception goes to the
   // caller and leaves the archiver empty. From inside of an object's encoding everything goes to
@@ -26,11 +26,11 @@ struct HXKeyedArchiver::State {
       step();
       return;
     }
-    if (!failure.empty()) return;
+    if (!failure) return;
     try {
       step();
     } catch (const std::length_error& tooLarge) {
-      failure = tooLarge.what();
+      failure = Status::failure(StatusCode::tooLarge, tooLarge.what());
       walk.clear();
     } catch (...) {
       walk.clear();
@@ -57,19 +57,28 @@ Ref<Data> HXKeyedArchiver::archivedDataWithRootObject(const Object* rootObject) 
   return data;
 }
 
-bool HXKeyedArchiver::archiveRootObject(const Object* rootObject, const std::string& toFile,
-                                        std::string* error) {
-  if (!rootObject) {
-    if (error) *error = toFile + ": there is no object to be written";
-    return false;
-  }
-  const auto data = make<Data>();
+Result<Ref<Data>> HXKeyedArchiver::dataWithRootObject(const Object* rootObject,
+                                                      std::int32_t codingType) {
+  auto data = make<Data>();
   HXKeyedArchiver archiver(data);
+  archiver.setCodingType(codingType);
   archiver.encodeRootObject(rootObject);
-  std::string reason;
-  if (archiver.finishEncoding(&reason)) return File::write(toFile, data->bytes(), error);
-  if (error) *error = toFile + ": " + reason;
-  return false;
+  if (auto status = archiver.endEncoding(); !status) return status;
+  return data;
+}
+
+bool HXKeyedArchiver::archiveRootObject(const Object* rootObject, const std::string& toFile) {
+  const auto status = writeRootObject(rootObject, toFile);
+  if (!status) Log::warning(kClassName, status.sentence());
+  return status.isOK();
+}
+
+Status HXKeyedArchiver::writeRootObject(const Object* rootObject, const std::string& toFile) {
+  if (!rootObject) {
+    return Status::failure(StatusCode::refused, "there is no object to be written", toFile);
+  }
+  auto data = dataWithRootObject(rootObject);
+  return data ? File::write(toFile, data->bytes()) : std::move(data).status().at(toFile);
 }
 
 void HXKeyedArchiver::encodeRootObject(const Object* rootObject) {
@@ -124,7 +133,7 @@ void HXKeyedArchiver::encodeMap(std::size_t count, FunctionRef<MapEntry(std::siz
                                 const Symbol& key) {
   state_->perform([&] {
     if (state_->walk.putMap(key, count, at, *this)) return;
-    state_->failure = "a key of a map is not a string";
+    state_->failure = Status::failure(StatusCode::refused, "a key of a map is not a string");
   });
 }
 
@@ -140,23 +149,23 @@ std::size_t HXKeyedArchiver::stackDepth() const noexcept {
   return state_->walk.openContainers() + 1;
 }
 
-bool HXKeyedArchiver::finishEncoding(std::string* error) {
+void HXKeyedArchiver::finishEncoding() {
+  if (const auto status = endEncoding(); !status) Log::warning(kClassName, status.sentence());
+}
+
+Status HXKeyedArchiver::endEncoding() {
   State& state = *state_;
   std::vector<std::uint8_t> bytes;
-  if (state.failure.empty()) {
+  if (state.failure) {
     try {
       bytes = state.walk.finish(kVersionKey);
     } catch (const std::length_error& tooLarge) {
-      state.failure = tooLarge.what();
+      state.failure = Status::failure(StatusCode::tooLarge, tooLarge.what());
     }
   }
-  const std::string failure = std::exchange(state.failure, {});
   state.walk.clear();
   data_->setBytes(std::move(bytes));
-  if (failure.empty()) return true;
-  Log::warning(kClassName, failure);
-  if (error) *error = failure;
-  return false;
+  return std::exchange(state.failure, Status());
 }
 
 }  // namespace tarnkit

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/system/Result.h"
 
 namespace tarnkit {
 
@@ -56,13 +57,17 @@ class HXKeyedArchiver final : public Encoder {
 
   /// "$version".
   static String versionKey();
-  /// The archive of `rootObject` at coding type 0.
+  /// The archive of `rootObject` at coding type 0; empty after a failure, which is logged.
   static Ref<Data> archivedDataWithRootObject(const Object* rootObject);
-  /// Writes that archive to the file, whole or not at all; tells whether it did. When it did not
-  /// (as for a null object, of which no reader could make anything), an old file is still there,
-  /// and `error`, if given, gets path and cause.
-  static bool archiveRootObject(const Object* rootObject, const std::string& toFile,
-                                std::string* error = nullptr);
+  /// The archive under that coding type, or why there is none.
+  static Result<Ref<Data>> dataWithRootObject(const Object* rootObject,
+                                              std::int32_t codingType = 0);
+  /// Writes the archive at coding type 0 to the file, whole or not at all; tells whether it did,
+  /// and logs why not. An old file is then still there. A null object is refused, since no reader
+  /// could make anything of its archive.
+  static bool archiveRootObject(const Object* rootObject, const std::string& toFile);
+  /// The same, telling the caller why not.
+  static Status writeRootObject(const Object* rootObject, const std::string& toFile);
 
   /// Writes the object as the root, under the next ID; a null object does nothing. Afterwards the
   /// top container is the reference to it. Throws `HXArchiveRecursionError`, or what an object's
@@ -104,9 +109,11 @@ class HXKeyedArchiver final : public Encoder {
   std::size_t stackDepth() const noexcept;
 
   /// Replaces the contents of the data with the property list and empties the archiver for its next
-  /// root; substitutions are kept. A failure is logged as
-  /// "WARNING: [HXKeyedArchiver] REASON" and leaves the data empty: false then, with the reason.
-  bool finishEncoding(std::string* error = nullptr);
+  /// root; substitutions are kept. A failure leaves the data empty and is logged as
+  /// "WARNING: [HXKeyedArchiver] REASON".
+  void finishEncoding();
+  /// The same, telling the caller of a failure instead of the log.
+  Status endEncoding();
 
  private:
   struct State;

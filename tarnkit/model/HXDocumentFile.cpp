@@ -3,9 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <exception>
-#include <filesystem>
-#include <system_error>
+#include <utility>
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/archive/HXKeyedArchiver.h"
@@ -19,10 +17,10 @@ namespace tarnkit {
 
 namespace {
 
-bool checkCodingType(std::int32_t codingType, std::string& error) {
-  if (isEditorCodingType(codingType)) return true;
-  error = fmt::format("coding type {} is not an editor's (0, 1 or 3)", codingType);
-  return false;
+Status checkCodingType(std::int32_t codingType) {
+  if (isEditorCodingType(codingType)) return {};
+  return Status::failure(StatusCode::refused,
+                         fmt::format("coding type {} is not an editor's (0, 1 or 3)", codingType));
 }
 
 // The keys of a document that was read are what the document says.
@@ -33,24 +31,22 @@ bool canNameFile(const String& key) {
 
 }  // namespace
 
-Ref<HXDocument> HXDocumentFile::document(ByteSpan bytes, std::int32_t codingType,
-                                         std::string& error) {
-  PropertyList list;
-  if (!checkCodingType(codingType, error) || !PropertyListReader::read(bytes, list, &error)) {
-    return nullptr;
-  }
-  return document(list, codingType, error);
+Result<Ref<HXDocument>> HXDocumentFile::document(ByteSpan bytes, std::int32_t codingType) {
+  if (auto status = checkCodingType(codingType); !status) return status;
+  auto list = PropertyListReader::read(bytes);
+  if (!list) return std::move(list).status();
+  return document(*list, codingType);
 }
 
-Ref<HXDocument> HXDocumentFile::document(const PropertyList& list, std::int32_t codingType,
-                                         std::string& error) {
-  if (!checkCodingType(codingType, error)) return nullptr;
+Result<Ref<HXDocument>> HXDocumentFile::document(const PropertyList& list,
+                                                 std::int32_t codingType) {
+  if (auto status = checkCodingType(codingType); !status) return status;
   registerModelClasses();
-  const auto root = StandardKeyedUnarchiver::unarchive(list, codingType, &error);
-  if (!root) return nullptr;
-  auto document = as<HXDocument>(root);
-  if (!document) error = fmt::format("the root is a {}, not a document", root->isa().name());
-  return document;
+  auto root = StandardKeyedUnarchiver::unarchive(list, codingType);
+  if (!root) return std::move(root).status();
+  if (auto document = as<HXDocument>(*root)) return document;
+  return Status::failure(StatusCode::unsupported,
+                         fmt::format("the root is a {}, not a document", (*root)->isa().name()));
 }
 
 // Only a group of a document that keeps its unique keys has this key; every document has a group.
@@ -60,73 +56,67 @@ std::int32_t HXDocumentFile::codingTypeOf(const PropertyList& list) {
              : HXCodingTypeEditorWithKeys;
 }
 
-std::vector<std::uint8_t> HXDocumentFile::dataWithDocument(const HXDocument& document,
-                                                           std::int32_t codingType,
-                                                           std::string& error) {
-  if (!checkCodingType(codingType, error)) return {};
-  const auto data = StandardKeyedArchiver::archivedData(&document, codingType, &error);
-  return data ? std::move(data->mutableBytes()) : std::vector<std::uint8_t>();
-}
-
-std::vector<std::uint8_t> HXDocumentFile::deviceGraph(const HXDocument& document) {
-  const auto data = make<Data>();
-  HXKeyedArchiver archiver(data);
-  archiver.setCodingType(HXCodingTypeDevice);
-  archiver.encodeRootObject(&document);
-  archiver.finishEncoding();
+Result<std::vector<std::uint8_t>> HXDocumentFile::dataWithDocument(const HXDocument& document,
+                                                                   std::int32_t codingType) {
+  if (auto status = checkCodingType(codingType); !status) return status;
+  auto data = StandardKeyedArchiver::archivedData(&document, codingType);
+  if (!data) return std::move(data).status();
   return std::move(data->mutableBytes());
 }
 
-Ref<HXDocument> HXDocumentFile::open(const std::string& path, std::int32_t codingType,
-                                     std::string& error) {
-  std::vector<std::uint8_t> bytes;
-  if (!File::read(path, bytes, &error)) return nullptr;
-  auto opened = document(bytes, codingType, error);
-  if (!opened) error = fmt::format("{}: {}", path, error);
-  return opened;
+Result<std::vector<std::uint8_t>> HXDocumentFile::deviceGraph(const HXDocument& document) {
+  auto data = HXKeyedArchiver::dataWithRootObject(&document, HXCodingTypeDevice);
+  if (!data) return std::move(data).status().within("the device graph could not be made");
+  return std::move(data->mutableBytes());
 }
 
-bool HXDocumentFile::save(const HXDocument& document, const std::string& path,
-                          std::int32_t codingType, std::string& error) {
-  const auto bytes = dataWithDocument(document, codingType, error);
-  return !bytes.empty() && File::write(path, bytes, &error);
+Result<Ref<HXDocument>> HXDocumentFile::open(const std::string& path, std::int32_t codingType) {
+  auto bytes = File::read(path);
+  if (!bytes) return std::move(bytes).status();
+  return document(*bytes, codingType).at(path);
 }
 
-bool HXDocumentFile::send(const HXDocument& document, const std::string& path, std::string& error) {
-  const auto bytes = deviceGraph(document);
-  if (bytes.empty()) {
-    error = fmt::format("{}: the device graph could not be written", path);
-    return false;
-  }
-  return File::write(path, bytes, &error);
+Status HXDocumentFile::save(const HXDocument& document, const std::string& path,
+                            std::int32_t codingType) {
+  auto bytes = dataWithDocument(document, codingType);
+  return bytes ? File::write(path, *bytes) : std::move(bytes).status();
 }
 
-bool HXDocumentFile::sendImages(const HXDocument& document, const std::string& directory,
-                                std::vector<String>& keys, std::string& error) {
-  keys.clear();
-  for (const auto& entry : document.imageStore()->imageEntriesInForce()) {
+Status HXDocumentFile::send(const HXDocument& document, const std::string& path) {
+  auto bytes = deviceGraph(document);
+  return bytes ? File::write(path, *bytes) : std::move(bytes).status().at(path);
+}
+
+Result<std::vector<String>> HXDocumentFile::sendImages(const HXDocument& document,
+                                                       const std::string& directory) {
+  const auto& entries = document.imageStore()->imageEntriesInForce();
+  std::vector<String> keys;
+  for (const auto& entry : entries) {
+    if (!canNameFile(entry.key)) {
+      return Status::failure(
+          StatusCode::refused,
+          fmt::format("the image key \"{}\" cannot name a file", entry.key.view()), directory);
+    }
     keys.push_back(entry.key);
-    if (canNameFile(entry.key)) continue;
-    error = fmt::format("{}: the image key \"{}\" cannot name a file", directory, entry.key.view());
-    return false;
   }
-  std::error_code failure;
-  std::filesystem::create_directories(directory, failure);
-  if (failure) {
-    error = fmt::format("{}: {}", directory, failure.message());
-    return false;
-  }
+  if (auto status = File::makeDirectory(directory); !status) return status;
   std::sort(keys.begin(), keys.end());
-  const auto archives = document.imageStore()->dataRepresentationsOfAllEntries();
-  if (archives.size() != keys.size()) {
-    error = fmt::format("{}: an image could not be encoded", directory);
-    return false;
+  std::vector<Ref<Data>> archives;
+  for (const auto& key : keys) {
+    auto archive = HXImageStore::dataRepresentationOfEntry(**entries.find(key));
+    if (!archive) {
+      return std::move(archive)
+          .status()
+          .within(fmt::format("the image {} could not be encoded", key.view()))
+          .at(directory);
+    }
+    archives.push_back(*std::move(archive));
   }
   for (std::size_t i = 0; i < keys.size(); ++i) {
     const auto path = fmt::format("{}/{}.plist", directory, keys[i].view());
-    if (!File::write(path, archives[i]->bytes(), &error)) return false;
+    if (auto status = File::write(path, archives[i]->bytes()); !status) return status;
   }
-  return true;
+  return keys;
 }
 
 }  // namespace tarnkit

@@ -4,6 +4,7 @@
 
 #include <cassert>
 #include <exception>
+#include <new>
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/archive/HXKeyedArchiver.h"
@@ -29,8 +30,13 @@ constinit const Symbol kImageEntryCount{"HXImageStore.imageEntryCount"};
 HXImageStore::HXImageStore() { registerModelClasses(); }
 
 Ref<HXImageStoreEntry> HXImageStore::createImageEntry(const Ref<Image>& image) {
-  const auto tiff = image ? image->TIFFRepresentation() : nullptr;
-  if (!tiff) return nullptr;
+  return entryWithImage(image).valueOr(nullptr);
+}
+
+Result<Ref<HXImageStoreEntry>> HXImageStore::entryWithImage(const Ref<Image>& image) {
+  if (!image) return Status::failure(StatusCode::refused, "there is no image");
+  auto tiff = image->TIFFRepresentation();
+  if (!tiff) return std::move(tiff).status();
   return make<HXImageStoreEntry>(image, md5StringRepresentation(tiff->bytes()));
 }
 
@@ -95,23 +101,26 @@ void HXImageStore::imageStoreEntryIsNoLongerReferenced(const HXImageStoreEntry& 
 std::vector<Ref<Data>> HXImageStore::dataRepresentationsOfAllEntries() const {
   std::vector<Ref<Data>> representations;
   for (const auto& entry : allValuesSortedByKey(entries_)) {
-    auto data = make<Data>();
-    bool isDone = false;
-    try {
-      HXKeyedArchiver archiver(data);
-      archiver.setCodingType(HXCodingTypeDevice);
-      archiver.encodeRootObject(entry.get());
-      isDone = archiver.finishEncoding();
-    } catch (const std::exception&) {
-    }
-    if (!isDone) {
+    auto data = dataRepresentationOfEntry(*entry);
+    if (data) {
+      representations.push_back(*std::move(data));
+    } else {
       Log::warning("HXImageStore", fmt::format("Unable to code image entry to data: {}",
                                                entry->description().view()));
-      continue;
     }
-    representations.push_back(data);
   }
   return representations;
+}
+
+// An entry of a class of the host's may throw what it likes.
+Result<Ref<Data>> HXImageStore::dataRepresentationOfEntry(const HXImageStoreEntry& entry) {
+  try {
+    return HXKeyedArchiver::dataWithRootObject(&entry, HXCodingTypeDevice);
+  } catch (const std::bad_alloc&) {
+    return Status::failure(StatusCode::outOfMemory, "there is not enough memory to write it");
+  } catch (const std::exception& thrown) {
+    return Status::failure(StatusCode::refused, thrown.what());
+  }
 }
 
 void HXImageStore::setDocument(HXDocument* document) {

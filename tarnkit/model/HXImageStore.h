@@ -6,6 +6,7 @@
 #include "tarnkit/model/HXNotifications.h"
 #include "tarnkit/platform/collections/OrderedMap.h"
 #include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/system/Result.h"
 
 namespace tarnkit {
 
@@ -24,9 +25,10 @@ class HXImageStore final : public Object {
  public:
   HXImageStore();
 
-  /// An entry with the image's content key, not in any store; null for a null or
-  /// damaged image.
+  /// An entry with the image's content key, not in any store; null for a null or damaged image.
   static Ref<HXImageStoreEntry> createImageEntry(const Ref<Image>& image);
+  /// The same, telling why there is none.
+  static Result<Ref<HXImageStoreEntry>> entryWithImage(const Ref<Image>& image);
 
   /// Key to entry (the first one added under the key), as a copy of the caller's own.
   OrderedMap<Ref<HXImageStoreEntry>> imageEntries() const { return entries_; }
@@ -50,6 +52,8 @@ class HXImageStore final : public Object {
   /// One complete device archive for each entry, in ascending order of the keys. An entry that
   /// cannot be written is logged and left out.
   std::vector<Ref<Data>> dataRepresentationsOfAllEntries() const;
+  /// That of one entry, or why it cannot be written.
+  static Result<Ref<Data>> dataRepresentationOfEntry(const HXImageStoreEntry& entry);
 
   HXDocument* document() const noexcept { return document_.get(); }
   /// Leaves alone, with one line logged, a store that its document holds.

@@ -29,8 +29,11 @@ void HXImageStoreEntry::encodeWithCoder(Encoder& coder) const {
     coder.encodeString(key_, kKey);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(kDeviceClass, isa());
-    if (image_ && canBeWritten(*image_))
-      coder.encodeObject(image_->PNGRepresentation(), kDeviceImageData);
+    if (image_ && canBeWritten(*image_)) {
+      const auto png = image_->PNGRepresentation();
+      if (!png) throw std::bad_alloc();  // nothing else is in the way of a picture with pixels
+      coder.encodeObject(*png, kDeviceImageData);
+    }
     coder.encodeString(key_, kDeviceKey);
   }
 }

@@ -64,9 +64,9 @@ bool registerOnce() {
 
 void registerModelClasses() { [[maybe_unused]] static const bool done = registerOnce(); }
 
-Ref<Object> unarchivedModelObject(ByteSpan bytes, std::int32_t codingType, std::string* error) {
+Result<Ref<Object>> unarchivedModelObject(ByteSpan bytes, std::int32_t codingType) {
   registerModelClasses();
-  return StandardKeyedUnarchiver::unarchive(bytes, codingType, error);
+  return StandardKeyedUnarchiver::unarchive(bytes, codingType);
 }
 
 }  // namespace tarnkit

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 
 #include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/system/Result.h"
 
 namespace tarnkit {
 
@@ -29,10 +29,8 @@ namespace tarnkit {
 void registerModelClasses();
 
 /// The root object of a standard keyed archive of a part of a document: a node, a group, whatever
-/// stands in one. As `StandardKeyedUnarchiver::unarchive`, with the model's classes entered: null,
-/// with one sentence in `error`, for anything that is not readable; the bytes need not be trusted.
-/// Whole documents are read by `HXDocumentFile`.
-Ref<Object> unarchivedModelObject(ByteSpan bytes, std::int32_t codingType,
-                                  std::string* error = nullptr);
+/// stands in one. As `StandardKeyedUnarchiver::unarchive`, with the model's classes entered; the
+/// bytes need not be trusted. Whole documents are read by `HXDocumentFile`.
+Result<Ref<Object>> unarchivedModelObject(ByteSpan bytes, std::int32_t codingType);
 
 }  // namespace tarnkit

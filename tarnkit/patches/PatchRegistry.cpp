@@ -23,7 +23,6 @@
 #include "tarnkit/patches/catalogue/state/HXRIndexSwitchNode.h"
 #include "tarnkit/patches/catalogue/utility/HXRJavascriptExpressionNode.h"
 #include "tarnkit/platform/system/Bundle.h"
-#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 
@@ -229,22 +228,15 @@ std::vector<const HXRNodeClass*> catalogue() {
   return classes();
 }
 
-bool addPatchClass(const HXRNodeClass& patchClass) {
-  std::string reason;
-  if (addPatchClasses(std::array{&patchClass}, Bundle::forClass(patchClass), reason)) return true;
-  Log::warning("HXRNodeClass", reason);
-  return false;
+Status addPatchClass(const HXRNodeClass& patchClass) {
+  return addPatchClasses(std::array{&patchClass}, Bundle::forClass(patchClass));
 }
 
-bool addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle& bundle,
-                     std::string& reason) {
+Status addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle& bundle) {
   registerPatchClasses();
   std::vector<const HXRNodeClass*> fresh;
   for (const auto* const record : patchClasses) {
-    if (!record) {
-      reason = "a class without a record";
-      return false;
-    }
+    if (!record) return Status::failure(StatusCode::refused, "a class without a record");
     const auto same = [&](const auto* other) { return other->name() == record->name(); };
     std::string fault;
     if (ClassRegistry::classNamed(record->name()) == record &&
@@ -256,8 +248,9 @@ bool addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle& 
       fault = faultOf(*record);
     }
     if (!fault.empty()) {
-      reason = fmt::format("class {}, {}", record->name().empty() ? "?" : record->name(), fault);
-      return false;
+      return Status::failure(
+          StatusCode::refused,
+          fmt::format("class {}, {}", record->name().empty() ? "?" : record->name(), fault));
     }
     fresh.push_back(record);
   }
@@ -265,7 +258,7 @@ bool addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle& 
     bundle.claimClass(*record);
     enter(*record);
   }
-  return true;
+  return {};
 }
 
 const HXRNodeClass* patchClassNamed(std::string_view name) {

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <span>
-#include <string>
 #include <string_view>
 #include <vector>
 
 #include "tarnkit/patches/HXRNodeClass.h"
+#include "tarnkit/platform/system/Status.h"
 
 namespace tarnkit {
 
@@ -21,17 +21,15 @@ void registerPatchClasses();
 std::vector<const HXRNodeClass*> catalogue();
 
 /// Adds a definition class at run time. The record and all it stands on must live as long as the
-/// process. Adding it again changes nothing. False, and one line logged, when the record is refused
-/// (see `addPatchClasses`).
-bool addPatchClass(const HXRNodeClass& patchClass);
+/// process. Adding it again changes nothing. Refused as by `addPatchClasses`.
+Status addPatchClass(const HXRNodeClass& patchClass);
 
-/// Adds all the definition classes that a bundle brings, as its own, or none of them: false, and
-/// why, when one is refused. Its declarations run here. Refused are a null record; a class without
+/// Adds all the definition classes that a bundle brings, as its own, or none of them when one is
+/// refused. Its declarations run here. Refused are a null record; a class without
 /// a name, or with the name of any other class that is registered; one that does not derive from
 /// `HXRNode`; and one whose definitions cannot be made (see `HXRNodeClass::makeDefinition`).
 /// Classes that the bundle has brought before are passed over.
-bool addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle& bundle,
-                     std::string& reason);
+Status addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle& bundle);
 
 /// The definition class of that name, or null when there is none or the name is another kind of
 /// class's. Takes constant time.

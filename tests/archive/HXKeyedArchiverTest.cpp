@@ -15,6 +15,7 @@
 #include "tarnkit/platform/collections/Dictionary.h"
 #include "tarnkit/platform/numbers/Number.h"
 #include "tarnkit/platform/objects/Null.h"
+#include "tarnkit/platform/propertylist/PropertyListReader.h"
 #include "tarnkit/platform/propertylist/PropertyListWriter.h"
 #include "tarnkit/platform/system/Bundle.h"
 #include "tarnkit/platform/system/File.h"
@@ -55,8 +56,7 @@ const Class ScriptedKind::kClass{"ScriptedKind", &Scripted::kClass};
 // The archive in its readable form without the first line.
 std::string shown(const Data& data) {
   HXArchiveReader reader;
-  std::string error;
-  if (!reader.open(data.bytes(), &error)) return "ERROR: " + error;
+  if (const auto status = reader.open(data.bytes()); !status) return "ERROR: " + status.message();
   const std::string text = HXArchiveText::indented(reader);
   return text.substr(text.find('\n') + 1);
 }
@@ -401,21 +401,32 @@ TEST(HXKeyedArchiver, ArchivesToAFile) {
     const auto at = [](std::size_t) { return Encoder::MapEntry{nil, Null::null().get()}; };
     coder.encodeMap(1, at, kA);
   });
+  const auto sound = make<Scripted>();
   const std::string file = ::testing::TempDir() + "/archived";
-  ASSERT_TRUE(HXKeyedArchiver::archiveRootObject(make<Scripted>().get(), file));
-  std::string reason;
-  EXPECT_FALSE(HXKeyedArchiver::archiveRootObject(unserializable.get(), file, &reason));
-  EXPECT_EQ(reason, file + ": a key of a map is not a string");
-  EXPECT_FALSE(HXKeyedArchiver::archiveRootObject(nullptr, file, &reason));
-  EXPECT_EQ(reason, file + ": there is no object to be written");
-  std::vector<std::uint8_t> kept;
-  ASSERT_TRUE(File::read(file, kept));
-  EXPECT_EQ(HXArchiveReader::sniff(kept), HXArchiveKind::deviceGraph);
+  ASSERT_TRUE(HXKeyedArchiver::archiveRootObject(sound.get(), file));
+  const auto refused = HXKeyedArchiver::writeRootObject(unserializable.get(), file);
+  EXPECT_EQ(nameOf(refused.code()), "refused");
+  EXPECT_EQ(refused.message(), file + ": a key of a map is not a string");
+  EXPECT_EQ(HXKeyedArchiver::writeRootObject(nullptr, file).message(),
+            file + ": there is no object to be written");
+  const auto kept = File::read(file);
+  ASSERT_TRUE(kept);
+  EXPECT_EQ(HXArchiveReader::sniff(*kept), HXArchiveKind::deviceGraph);
 
-  std::string error;
-  EXPECT_FALSE(HXKeyedArchiver::archiveRootObject(make<Scripted>().get(), "/dev/full", &error));
-  EXPECT_EQ(error, "/dev/full: No space left on device");
-  EXPECT_TRUE(HXKeyedArchiver::archiveRootObject(make<Scripted>().get(), "/dev/null"));
+  const auto full = HXKeyedArchiver::writeRootObject(sound.get(), "/dev/full");
+  EXPECT_EQ(nameOf(full.code()), "noSpace");
+  EXPECT_EQ(full.message(), "/dev/full: No space left on device");
+  EXPECT_TRUE(HXKeyedArchiver::archiveRootObject(sound.get(), "/dev/null"));
+
+  // Who asks only whether it was done finds the reason in the log.
+  std::vector<std::string> log;
+  const auto sink = Log::setSink([&](std::string_view line) { log.emplace_back(line); });
+  EXPECT_FALSE(HXKeyedArchiver::archiveRootObject(unserializable.get(), file));
+  EXPECT_EQ(HXKeyedArchiver::archivedDataWithRootObject(unserializable.get())->size(), 0U);
+  EXPECT_FALSE(HXKeyedArchiver::dataWithRootObject(unserializable.get()));
+  Log::setSink(sink);
+  EXPECT_EQ(log, std::vector<std::string>(
+                     2, "WARNING: [HXKeyedArchiver] a key of a map is not a string"));
 }
 
 // A body of many keys that is the body of many objects, and a long string that many places name an
@@ -472,9 +483,10 @@ TEST(HXArchiveReader, TellsFilesApart) {
        {"", "text", "<plist><dict/></plist>", "<plist><string>a</string></plist>"}) {
     EXPECT_EQ(HXArchiveReader::sniff(bytesOf(other)), HXArchiveKind::none) << other;
     HXArchiveReader reader;
-    std::string error;
-    EXPECT_FALSE(reader.open(bytesOf(other), &error));
-    EXPECT_FALSE(error.empty());
+    const auto status = reader.open(bytesOf(other));
+    const bool isList = PropertyListReader::read(bytesOf(other)).isOK();
+    EXPECT_EQ(nameOf(status.code()), isList ? "unsupported" : "damaged") << other;
+    EXPECT_FALSE(status.sentence().empty());
   }
 }
 
@@ -499,8 +511,7 @@ TEST(HXArchiveText, EscapesEveryTextOfTheFile) {
   std::copy_n(topValues, 3, std::copy_n(topKeys, 3, writer.fillMap(top, 3).begin()));
   const auto bytes = writer.finish(top);
   HXArchiveReader reader;
-  std::string error;
-  ASSERT_TRUE(reader.open(bytes, &error)) << error;
+  ASSERT_TRUE(reader.open(bytes));
   const auto with = [&](const char* prefix) { return prefix + escaped; };
   EXPECT_EQ(HXArchiveText::indented(reader),
             "device graph, version " + with("1.0") + ", 2 objects\n" + with("id") + " " +
@@ -564,8 +575,7 @@ TEST(HXArchiveReader, DoesNotExpandWhatIsShared) {
   std::copy_n(values, 3, std::copy_n(keys, 3, into.begin()));
   const auto file = writer.finish(top);
   HXArchiveReader reader;
-  std::string error;
-  ASSERT_TRUE(reader.open(file, &error)) << error;
+  ASSERT_TRUE(reader.open(file));
   EXPECT_LT(HXArchiveText::indented(reader).size(), 1000000U);
   EXPECT_LT(HXArchiveText::json(reader).size(), 1000000U);
 }

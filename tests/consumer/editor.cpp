@@ -7,9 +7,8 @@
 
 int main(int, char** arguments) {
   using namespace tarnkit;
-  std::string reason;
-  if (!loadPlugin(arguments[1], reason)) {
-    std::printf("refused: %s\n", reason.c_str());
+  if (const auto status = loadPlugin(arguments[1]); !status) {
+    std::printf("refused: %s\n", status.sentence().c_str());
     return 0;
   }
   const auto definition = patchClassNamed("ConsumersNode")->makeDefinition();

@@ -11,12 +11,11 @@ int main() {
   node->setPatch(patchClassNamed("HXRClampNode")->makeDefinition());
   document->subnodeGroup()->addNode(*node);
 
-  std::string reason;
-  const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, reason);
-  const auto opened = HXDocumentFile::document(bytes, 0, reason);
+  const auto bytes = HXDocumentFile::dataWithDocument(*document, 0);
+  const auto opened = HXDocumentFile::document(*bytes, 0);
   if (!opened || opened->subnodeGroup()->subnodes().size() != 1) {
-    std::fprintf(stderr, "%s\n", reason.c_str());
+    std::fprintf(stderr, "%s\n", opened.status().message().c_str());
     return 1;
   }
-  std::puts(HXDocumentFile::deviceGraph(*opened).empty() ? "no device graph" : "model: ok");
+  std::puts(HXDocumentFile::deviceGraph(**opened) ? "model: ok" : "no device graph");
 }

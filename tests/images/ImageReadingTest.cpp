@@ -29,12 +29,11 @@ struct Case {
 
 void expectPixels(const Case& c) {
   SCOPED_TRACE(c.name);
-  std::string reason;
-  const auto image = Image::imageWithData(c.file, &reason);
-  ASSERT_TRUE(image) << reason;
+  const auto image = Image::imageWithData(c.file);
+  ASSERT_TRUE(image) << image.status().message();
   ASSERT_EQ(image->width(), c.width);
   ASSERT_EQ(image->height(), c.height);
-  const auto pixels = image->pixels();
+  const auto pixels = *image->pixels();
   ASSERT_EQ(pixels->size(), c.pixels.size());
   for (std::size_t i = 0; i < c.pixels.size(); ++i) {
     ASSERT_LE(std::abs(int{pixels->bytes()[i]} - int{c.pixels[i]}), c.tolerance) << "byte " << i;
@@ -206,12 +205,11 @@ TEST(ImageReading, NeverDropsTheAlphaOfATIFF) {
       std::fill(opaque.end() - static_cast<std::ptrdiff_t>(sample), opaque.end(), 0xFF);
       for (const int extra : {EXTRASAMPLE_ASSOCALPHA, EXTRASAMPLE_UNASSALPHA}) {
         layout.extraSample = extra;
-        std::string reason;
         const auto none = Image::imageWithData(tiff(1, 1, layout, clear));
-        const auto all = Image::imageWithData(tiff(1, 1, layout, opaque), &reason);
+        const auto all = Image::imageWithData(tiff(1, 1, layout, opaque));
         ASSERT_EQ(!none, !all);
         if (!all) {
-          EXPECT_FALSE(reason.empty());
+          EXPECT_EQ(nameOf(all.status().code()), "unsupported");
           continue;
         }
         EXPECT_EQ(none->pixels()->bytes()[3], 0);
@@ -281,7 +279,7 @@ TEST(ImageReading, TurnsLargePictures) {
   ASSERT_TRUE(image);
   ASSERT_EQ(image->width(), kHeight);
   ASSERT_EQ(image->height(), kWidth);
-  const auto pixels = image->pixels();
+  const auto pixels = *image->pixels();
   for (std::uint32_t y = 0; y < kWidth; ++y) {
     for (std::uint32_t x = 0; x < kHeight; ++x) {
       ASSERT_EQ(pixels->bytes()[(y * kHeight + x) * 4], levels[(kHeight - 1 - x) * kWidth + y]);
@@ -317,9 +315,10 @@ TEST(ImageReading, RefusesEveryCutWithAReasonAndWithoutAWord) {
     SCOPED_TRACE(c.name);
     EXPECT_TRUE(Image::imageWithData(c.file));
     for (std::size_t size = 0; size < c.file.size(); ++size) {
-      std::string reason;
       const Bytes cut(c.file.begin(), c.file.begin() + static_cast<std::ptrdiff_t>(size));
-      ASSERT_FALSE(Image::imageWithData(cut, &reason)) << size << " of " << c.file.size();
+      const auto image = Image::imageWithData(cut);
+      ASSERT_FALSE(image) << size << " of " << c.file.size();
+      const std::string& reason = image.status().sentence();
       ASSERT_FALSE(reason.empty());
       ASSERT_EQ(reason.find('\n'), reason.npos) << reason;
     }
@@ -337,9 +336,8 @@ TEST(ImageReading, SurvivesDamageOfEveryByte) {
     for (std::size_t at = 0; at < c.file.size(); ++at) {
       Bytes damaged = c.file;
       damaged[at] = static_cast<std::uint8_t>(random());
-      std::string reason;
-      const auto image = Image::imageWithData(damaged, &reason, limits);
-      ASSERT_EQ(reason.empty(), static_cast<bool>(image));
+      const auto image = Image::imageWithData(damaged, limits);
+      ASSERT_EQ(image.status().sentence().empty(), image.isOK());
       if (image) {
         ASSERT_EQ(image->pixels()->size(), std::size_t{image->width()} * image->height() * 4);
       }
@@ -366,25 +364,31 @@ TEST(ImageReading, RefusesWhatIsNoPicture) {
   struct Refused {
     const char* reason;
     Bytes file;
+    StatusCode code = StatusCode::damaged;
   };
   const Refused cases[] = {
       {"the file is empty", {}},
-      {"this is no PNG, TIFF or JPEG file", Bytes(text.begin(), text.end())},
+      {"this is no PNG, TIFF or JPEG file", Bytes(text.begin(), text.end()),
+       StatusCode::unsupported},
       {"2147483647 x 2147483647 pixels is too large",
-       imagefiles::pngOfChunks(0x7FFFFFFF, 0x7FFFFFFF, Bytes(100))},
+       imagefiles::pngOfChunks(0x7FFFFFFF, 0x7FFFFFFF, Bytes(100)), StatusCode::tooLarge},
       {"too little data for 8000 x 8000", imagefiles::pngOfChunks(8000, 8000, Bytes(100))},
       {"no pixels (0 x 1)", imagefiles::pngOfChunks(0, 1, Bytes(100))},
       {"the PNG file is damaged", imagefiles::pngOfChunks(1, 1, Bytes(100))},
-      {"4294967295 x 1 pixels is too large", withBytesAt(tiff, 18, {0xFF, 0xFF, 0xFF, 0xFF})},
+      {"4294967295 x 1 pixels is too large", withBytesAt(tiff, 18, {0xFF, 0xFF, 0xFF, 0xFF}),
+       StatusCode::tooLarge},
       {"the TIFF file cannot be read", withBytesAt(tiff, 18, {0, 0, 0, 0})},
-      {"compression is not supported", withBytesAt(tiff, 54, {0x65, 0x80})},
-      {"65500 x 65500 pixels is too large", withBytesAt(jpeg, size, {0xFF, 0xDC, 0xFF, 0xDC})},
+      {"compression is not supported", withBytesAt(tiff, 54, {0x65, 0x80}),
+       StatusCode::unsupported},
+      {"65500 x 65500 pixels is too large", withBytesAt(jpeg, size, {0xFF, 0xDC, 0xFF, 0xDC}),
+       StatusCode::tooLarge},
       {"the JPEG file cannot be read", withBytesAt(jpeg, size, {0, 8, 0, 0})},
   };
   for (const Refused& c : cases) {
-    std::string reason;
-    EXPECT_FALSE(Image::imageWithData(c.file, &reason)) << c.reason;
-    EXPECT_NE(reason.find(c.reason), reason.npos) << reason << " instead of " << c.reason;
+    const auto status = Image::imageWithData(c.file).status();
+    EXPECT_EQ(nameOf(status.code()), nameOf(c.code)) << c.reason;
+    EXPECT_NE(status.sentence().find(c.reason), std::string::npos)
+        << status.sentence() << " instead of " << c.reason;
   }
 }
 
@@ -397,16 +401,16 @@ TEST(ImageReading, EachLimitHolds) {
                             imagefiles::tiff(9, 5, {8, 1, PHOTOMETRIC_MINISBLACK}, Bytes(45)),
                             imagefiles::jpeg(9, 5, JPEGColor::grey, JPEGScans::one, Bytes(45))}) {
     exact.inputBytes = file.size();
-    EXPECT_TRUE(Image::imageWithData(file, nullptr, exact));
+    EXPECT_TRUE(Image::imageWithData(file, exact));
     ImageLimits less[4] = {exact, exact, exact, exact};
     --less[0].width;
     --less[1].height;
     --less[2].pixels;
     --less[3].inputBytes;
     for (const ImageLimits& limits : less) {
-      std::string reason;
-      EXPECT_FALSE(Image::imageWithData(file, &reason, limits));
-      EXPECT_NE(reason.find("too large"), reason.npos) << reason;
+      const auto status = Image::imageWithData(file, limits).status();
+      EXPECT_EQ(nameOf(status.code()), "tooLarge");
+      EXPECT_NE(status.sentence().find("too large"), std::string::npos) << status.sentence();
     }
   }
 }
@@ -423,9 +427,9 @@ TEST(ImageReading, AJPEGMayNotHaveScansWithoutEnd) {
     return many;
   };
   EXPECT_TRUE(Image::imageWithData(repeated(50)));
-  std::string reason;
-  EXPECT_FALSE(Image::imageWithData(repeated(200), &reason));
-  EXPECT_NE(reason.find("more than 100 scans"), reason.npos) << reason;
+  const auto status = Image::imageWithData(repeated(200)).status();
+  EXPECT_EQ(nameOf(status.code()), "tooLarge");
+  EXPECT_NE(status.sentence().find("more than 100 scans"), std::string::npos) << status.sentence();
 }
 
 }  // namespace

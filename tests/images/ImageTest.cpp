@@ -27,17 +27,19 @@ Bytes randomPixels(std::uint32_t width, std::uint32_t height, bool opaque) {
   return pixels;
 }
 
-Bytes copyOf(const Ref<const Data>& data) { return {data->bytes().begin(), data->bytes().end()}; }
+Bytes copyOf(const Result<Ref<const Data>>& data) {
+  return {data->bytes().begin(), data->bytes().end()};
+}
 
 TEST(Image, WritesFilesThatReadBackToTheSamePixels) {
   for (const bool opaque : {false, true}) {
     const auto image = Image::imageWithPixels(13, 7, randomPixels(13, 7, opaque));
     const auto pixels = copyOf(image->pixels());
-    for (const auto& file : {image->TIFFRepresentation(), image->PNGRepresentation()}) {
+    for (const auto& file : {*image->TIFFRepresentation(), *image->PNGRepresentation()}) {
       const auto again = Image::imageWithData(file->bytes());
       ASSERT_TRUE(again);
       EXPECT_EQ(copyOf(again->pixels()), pixels);
-      EXPECT_TRUE(again->isEqual(*image));
+      EXPECT_TRUE(again->isEqual(**image));
       EXPECT_EQ(again->hash(), image->hash());
     }
     EXPECT_EQ(copyOf(image->pixels()), pixels);
@@ -70,8 +72,8 @@ TEST(Image, RepresentationsDependOnThePixelsOnly) {
   const auto pixels = randomPixels(20, 20, true);
   const auto image = Image::imageWithPixels(20, 20, pixels);
   const auto tiff = copyOf(image->TIFFRepresentation());
-  const auto png = image->PNGRepresentation();
-  EXPECT_EQ(image->PNGRepresentation(), png);
+  const auto png = *image->PNGRepresentation();
+  EXPECT_EQ(*image->PNGRepresentation(), png);
   EXPECT_EQ(copyOf(image->TIFFRepresentation()), tiff);
   const auto reread = Image::imageWithData(tiff);
   EXPECT_EQ(copyOf(reread->PNGRepresentation()), copyOf(png));
@@ -79,20 +81,18 @@ TEST(Image, RepresentationsDependOnThePixelsOnly) {
   changed[399 * 4] ^= 1;
   const auto other = Image::imageWithPixels(20, 20, changed);
   EXPECT_NE(copyOf(other->TIFFRepresentation()), tiff);
-  EXPECT_FALSE(other->isEqual(*image));
-  EXPECT_FALSE(Image::imageWithPixels(10, 40, pixels)->isEqual(*image));
+  EXPECT_FALSE(other->isEqual(**image));
+  EXPECT_FALSE(Image::imageWithPixels(10, 40, pixels)->isEqual(**image));
 }
 
 TEST(Image, IsMadeOnlyOfAsManyBytesAsItHasPixels) {
-  std::string reason;
-  EXPECT_FALSE(Image::imageWithPixels(2, 2, Bytes(15), &reason));
-  EXPECT_EQ(reason, "15 bytes are no 2 x 2 pixels");
-  EXPECT_FALSE(Image::imageWithPixels(0, 2, {}, &reason));
-  EXPECT_FALSE(Image::imageWithPixels(1U << 31, 1U << 31, {}, &reason));
-  EXPECT_NE(reason.find("too large"), reason.npos);
+  const auto wrong = Image::imageWithPixels(2, 2, Bytes(15)).status();
+  EXPECT_EQ(nameOf(wrong.code()), "refused");
+  EXPECT_EQ(wrong.message(), "15 bytes are no 2 x 2 pixels");
+  EXPECT_FALSE(Image::imageWithPixels(0, 2, {}));
+  EXPECT_EQ(nameOf(Image::imageWithPixels(1U << 31, 1U << 31, {}).status().code()), "tooLarge");
   const auto empty = make<Image>();
-  EXPECT_FALSE(empty->pixels(&reason));
-  EXPECT_EQ(reason, "the picture is empty");
+  EXPECT_EQ(empty->pixels().status().message(), "the picture is empty");
   EXPECT_FALSE(empty->TIFFRepresentation());
   EXPECT_FALSE(empty->PNGRepresentation());
 }
@@ -108,15 +108,23 @@ TEST(Image, ReadsFilesAndNamesThoseItCannotRead) {
   };
   const auto image = Image::imageWithPixels(3, 3, randomPixels(3, 3, false));
   const auto good = write("good", copyOf(image->PNGRepresentation()));
-  EXPECT_TRUE(Image::imageWithContentsOfFile(good)->isEqual(*image));
+  EXPECT_TRUE(Image::imageWithContentsOfFile(good)->isEqual(**image));
   const auto bad = write("bad.png", {1, 2, 3});
-  std::string reason;
-  EXPECT_FALSE(Image::imageWithContentsOfFile(bad, &reason));
-  EXPECT_EQ(reason, bad.toStdString() + ": this is no PNG, TIFF or JPEG file");
-  const String missing((folder / "missing").string());
-  EXPECT_FALSE(Image::imageWithContentsOfFile(missing, &reason));
-  EXPECT_NE(reason.find(missing.view()), reason.npos);
-  EXPECT_FALSE(Image::imageWithContentsOfFile(String(folder.string()), &reason));
+  const struct {
+    String path;
+    StatusCode code;
+    const char* sentence;
+  } cases[] = {
+      {bad, StatusCode::unsupported, "this is no PNG, TIFF or JPEG file"},
+      {String((folder / "missing").string()), StatusCode::notFound, "No such file or directory"},
+      {String(folder.string()), StatusCode::notAFile, "Is a directory"},
+  };
+  for (const auto& c : cases) {
+    const auto status = Image::imageWithContentsOfFile(c.path).status();
+    EXPECT_EQ(nameOf(status.code()), nameOf(c.code));
+    EXPECT_EQ(status.sentence(), c.sentence);
+    EXPECT_EQ(status.path(), c.path.view());
+  }
   std::filesystem::remove_all(folder);
 }
 
@@ -133,30 +141,32 @@ class ImageInArchive : public testing::Test {
  protected:
   void SetUp() override { ClassRegistry::add(Image::kClass); }
 
-  static Ref<Image> roundTrip(const Object& object, std::string* reason = nullptr) {
+  static Result<Ref<Image>> roundTrip(const Object& object) {
     const auto archive = StandardKeyedArchiver::archivedData(&object, 0);
-    return as<Image>(StandardKeyedUnarchiver::unarchive(archive->bytes(), 0, reason));
+    auto root = StandardKeyedUnarchiver::unarchive(archive->bytes(), 0);
+    if (!root) return std::move(root).status();
+    return as<Image>(*root);
   }
-  static Ref<Image> readBytes(const Bytes& png, std::string* reason = nullptr) {
+  static Result<Ref<Image>> readBytes(const Bytes& png) {
     const auto impostor = make<Impostor>();
     impostor->encode = [&](Encoder& coder) { coder.encodeBytes(png, kPNGKey); };
-    return roundTrip(*impostor, reason);
+    return roundTrip(*impostor);
   }
 };
 
 TEST_F(ImageInArchive, ComesBackWithTheSameContent) {
   const auto image = Image::imageWithPixels(8, 3, randomPixels(8, 3, false));
   const auto tiff = copyOf(image->TIFFRepresentation());
-  const auto again = roundTrip(*image);
+  const auto again = roundTrip(**image);
   ASSERT_TRUE(again);
   EXPECT_EQ(again->width(), 8U);
   EXPECT_EQ(again->height(), 3U);
-  EXPECT_TRUE(again->isEqual(*image));
+  EXPECT_TRUE(again->isEqual(**image));
   EXPECT_EQ(copyOf(again->TIFFRepresentation()), tiff);
-  EXPECT_EQ(copyOf(roundTrip(*again)->PNGRepresentation()), copyOf(image->PNGRepresentation()));
+  EXPECT_EQ(copyOf(roundTrip(**again)->PNGRepresentation()), copyOf(image->PNGRepresentation()));
   // Nobody holds the pixels between two questions, and two who hold them share them.
-  const auto pixels = again->pixels();
-  EXPECT_EQ(again->pixels(), pixels);
+  const auto pixels = *again->pixels();
+  EXPECT_EQ(*again->pixels(), pixels);
 }
 
 TEST_F(ImageInArchive, MakesTheDocumentUnreadableWhenItIsNone) {
@@ -164,20 +174,27 @@ TEST_F(ImageInArchive, MakesTheDocumentUnreadableWhenItIsNone) {
   const auto tiff = copyOf(Image::imageWithPixels(4, 4, Bytes(64, 1))->TIFFRepresentation());
   auto damaged = whole;
   damaged[damaged.size() / 2] ^= 1;
-  for (const Bytes& bytes : {Bytes(), tiff, Bytes(whole.begin(), whole.end() - 4), damaged,
-                             imagefiles::pngOfChunks(1U << 20, 1, Bytes(5000))}) {
-    std::string reason;
-    EXPECT_FALSE(readBytes(bytes, &reason));
-    EXPECT_NE(reason.find("NSImage.png"), reason.npos) << reason;
+  const struct {
+    Bytes bytes;
+    StatusCode code;
+  } cases[] = {
+      {{}, StatusCode::unsupported},
+      {tiff, StatusCode::unsupported},
+      {Bytes(whole.begin(), whole.end() - 4), StatusCode::damaged},
+      {damaged, StatusCode::damaged},
+      {imagefiles::pngOfChunks(1U << 20, 1, Bytes(5000)), StatusCode::tooLarge},
+  };
+  for (const auto& c : cases) {
+    const auto status = readBytes(c.bytes).status();
+    EXPECT_EQ(nameOf(status.code()), nameOf(c.code));
+    EXPECT_EQ(status.sentence().rfind("NSImage.png: ", 0), 0U) << status.sentence();
   }
   for (const bool withText : {false, true}) {
     const auto impostor = make<Impostor>();
     impostor->encode = [&](Encoder& coder) {
       if (withText) coder.encodeString("picture", kPNGKey);
     };
-    std::string reason;
-    EXPECT_FALSE(roundTrip(*impostor, &reason));
-    EXPECT_NE(reason, "");
+    EXPECT_FALSE(roundTrip(*impostor));
   }
 }
 
@@ -186,13 +203,13 @@ TEST_F(ImageInArchive, DamageInsideThePackedPixelsShowsWhenTheyAreAskedFor) {
   const auto image = readBytes(broken);
   ASSERT_TRUE(image);
   EXPECT_EQ(image->width(), 4U);
-  std::string reason;
-  EXPECT_FALSE(image->pixels(&reason));
-  EXPECT_NE(reason.find("the PNG file is damaged"), reason.npos) << reason;
+  const auto status = image->pixels().status();
+  EXPECT_EQ(nameOf(status.code()), "damaged");
+  EXPECT_NE(status.sentence().find("the PNG file is damaged"), std::string::npos);
   EXPECT_FALSE(image->TIFFRepresentation());
-  EXPECT_TRUE(image->isEqual(*image));
-  EXPECT_TRUE(image->isEqual(*readBytes(broken)));
-  EXPECT_FALSE(image->isEqual(*Image::imageWithPixels(4, 4, Bytes(64))));
+  EXPECT_TRUE(image->isEqual(**image));
+  EXPECT_TRUE(image->isEqual(**readBytes(broken)));
+  EXPECT_FALSE(image->isEqual(**Image::imageWithPixels(4, 4, Bytes(64))));
   EXPECT_EQ(copyOf(image->PNGRepresentation()), broken);
 }
 

@@ -37,9 +37,8 @@ void expectEveryOperationEnds(const std::string& text, bool withArchive = true) 
   if (!withArchive) return;
   registerMathClasses();
   const auto data = StandardKeyedArchiver::archivedData(tree.get(), 0);
-  std::string reason;
-  const auto decoded = StandardKeyedUnarchiver::unarchive(data->bytes(), 0, &reason);
-  ASSERT_TRUE(decoded) << reason;
+  const auto decoded = StandardKeyedUnarchiver::unarchive(data->bytes(), 0);
+  ASSERT_TRUE(decoded) << decoded.status().message();
   EXPECT_TRUE(decoded->isEqual(*tree));
 }
 

@@ -127,10 +127,9 @@ TEST(Expression, ComesBackFromAnArchive) {
   };
   for (const auto& original : originals) {
     const auto data = StandardKeyedArchiver::archivedData(original.get(), 0);
-    std::string reason;
-    const auto decoded =
-        as<MXExpression>(StandardKeyedUnarchiver::unarchive(data->bytes(), 0, &reason));
-    ASSERT_TRUE(decoded) << reason;
+    const auto root = StandardKeyedUnarchiver::unarchive(data->bytes(), 0);
+    ASSERT_TRUE(root) << root.status().message();
+    const auto decoded = as<MXExpression>(*root);
     EXPECT_TRUE(decoded->isEqual(*original)) << original->description().view();
     EXPECT_EQ(decoded->description(), original->description());
     EXPECT_FALSE(decoded->parentExpression());
@@ -143,24 +142,23 @@ TEST(Expression, ComesBackFromAnArchive) {
 
 TEST(Expression, ComesBackWithPartsThatStandInSeveralPlaces) {
   registerMathClasses();
-  const auto archivedAndBack = [](const MXExpression& original, std::string& reason) {
+  const auto archivedAndBack = [](const MXExpression& original) {
     const auto data = StandardKeyedArchiver::archivedData(&original, 0);
-    return as<MXExpression>(StandardKeyedUnarchiver::unarchive(data->bytes(), 0, &reason));
+    return StandardKeyedUnarchiver::unarchive(data->bytes(), 0);
   };
   const auto leaf = variable("x");
   const auto part = function("add", {leaf, number(2)});
   const auto original = function("multiply", {part, function("negate", {part}), leaf});
-  std::string reason;
-  const auto decoded = archivedAndBack(*original, reason);
-  ASSERT_TRUE(decoded) << reason;
+  const auto root = archivedAndBack(*original);
+  ASSERT_TRUE(root) << root.status().message();
+  const auto decoded = as<MXExpression>(*root);
   EXPECT_EQ(decoded->description(), "multiply(add($x,2),negate(add($x,2)),$x)");
   EXPECT_EQ(decoded->arguments()[0], decoded->arguments()[1]->arguments()[0]);
 
   // A few objects that stand for a tree of any size are refused.
   auto doubled = leaf;
   for (int i = 0; i < 60; ++i) doubled = function("add", {doubled, doubled});
-  EXPECT_FALSE(archivedAndBack(*doubled, reason));
-  EXPECT_EQ(reason, "an expression of too many nodes");
+  EXPECT_EQ(archivedAndBack(*doubled).status().message(), "an expression of too many nodes");
 }
 
 TEST(Expression, RefusesArchivesThatAreNoTrees) {

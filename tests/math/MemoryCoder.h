@@ -98,8 +98,8 @@ class MemoryDecoder final : public Decoder {
     for (const std::size_t id : found->second) visit(objects_[id]);
     return true;
   }
-  void fail(std::string why) override {
-    if (reason.empty()) reason = std::move(why);
+  void fail(Status failure) override {
+    if (reason.empty()) reason = failure.sentence();
   }
   bool failed() const override { return !reason.empty(); }
   void eachDecoded(FunctionRef<void(Object&)> visit) const override {

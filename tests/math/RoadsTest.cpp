@@ -46,7 +46,7 @@ Ref<MXExpression> builtFromObjects(const MXExpression& expression) {
 
 Ref<MXExpression> archivedAndBack(const MXExpression& expression) {
   const auto data = StandardKeyedArchiver::archivedData(&expression, 0);
-  return as<MXExpression>(StandardKeyedUnarchiver::unarchive(data->bytes(), 0, nullptr));
+  return as<MXExpression>(StandardKeyedUnarchiver::unarchive(data->bytes(), 0).valueOr(nullptr));
 }
 
 std::string textOf(const std::optional<MXNumber>& value) {

@@ -1,3 +1,6 @@
+#include <cstdlib>
+#include <filesystem>
+
 #include "ModelFixture.h"
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXDocumentFile.h"
@@ -6,8 +9,11 @@
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/patches/catalogue/Catalogue.h"
 #include "tarnkit/platform/coding/StandardKeyedArchiver.h"
+#include "tarnkit/platform/collections/Array.h"
+#include "tarnkit/platform/objects/Null.h"
 #include "tarnkit/platform/propertylist/PropertyList.h"
 #include "tarnkit/platform/propertylist/PropertyListReader.h"
+#include "tarnkit/platform/system/File.h"
 
 namespace tarnkit::test {
 
@@ -18,11 +24,7 @@ using ::testing::IsEmpty;
 class DocumentFileTest : public ModelTest {
  protected:
   Ref<HXDocument> reopened(std::int32_t codingType = 0) {
-    std::string error;
-    const auto bytes = HXDocumentFile::dataWithDocument(*document, codingType, error);
-    auto opened = HXDocumentFile::document(bytes, codingType, error);
-    EXPECT_TRUE(opened) << error;
-    return opened;
+    return openedDocument(savedBytes(*document, codingType), codingType);
   }
   static Ref<HXNode> named(const HXNode& parent, const char* name) {
     for (const auto& node : parent.subnodeGroup()->subnodes()) {
@@ -95,11 +97,7 @@ TEST_F(DocumentFileTest, OnlyTypeThreeKeepsTheUniqueKeys) {
     EXPECT_EQ(same->uniqueKey() == node->uniqueKey(), codingType == 3) << codingType;
     EXPECT_EQ(opened->subnodeGroup()->subnodeForKey(same->uniqueKey()), same.get());
   }
-  std::string error;
-  EXPECT_EQ(HXDocumentFile::dataWithDocument(*document, 0, error),
-            HXDocumentFile::dataWithDocument(*document, 1, error));
-  EXPECT_THAT(HXDocumentFile::dataWithDocument(*document, 2, error), IsEmpty());
-  EXPECT_THAT(error, HasSubstr("coding type 2"));
+  EXPECT_EQ(savedBytes(*document, 0), savedBytes(*document, 1));
 }
 
 TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchLosesNothing) {
@@ -112,13 +110,12 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchLosesNothing) {
   const auto source = add("HXRClampNode");
   connect(*source, "Tarn.resultOutput", *node, "Tarn.valueInput");
   port(*node, "Tarn.minimumInput").setStaticValue(PMRPrimitive::primitiveWithIndexValue(5));
-  std::string error;
-  const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
+  const auto bytes = savedBytes(*document, 0);
   // The class goes, as when a plug-in is missing; its name then names something else.
   static const Class impostor("HXRVisitorNode", &Object::kClass);
   ClassRegistry::add(impostor);
-  auto opened = HXDocumentFile::document(bytes, 0, error);
-  ASSERT_TRUE(opened) << error;
+  auto opened = openedDocument(bytes, 0);
+  ASSERT_TRUE(opened);
   for (int round = 0; round < 2; ++round) {
     const auto visiting = named(*opened, "Visitor");
     EXPECT_FALSE(visiting->patch());
@@ -126,12 +123,12 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchLosesNothing) {
     EXPECT_EQ(visiting->portsInForce().size(), 4U);
     EXPECT_EQ(port(*visiting, "Tarn.minimumInput").staticValue()->indexValue(), 5);
     EXPECT_EQ(port(*visiting, "Tarn.valueInput").connections().count(), 1U);
-    const auto again = HXDocumentFile::dataWithDocument(*opened, 0, error);
-    opened = HXDocumentFile::document(again, 0, error);
-    ASSERT_TRUE(opened) << error;
+    const auto again = savedBytes(*opened, 0);
+    opened = openedDocument(again, 0);
+    ASSERT_TRUE(opened);
   }
   ClassRegistry::add(visitor);
-  opened = HXDocumentFile::document(HXDocumentFile::dataWithDocument(*opened, 0, error), 0, error);
+  opened = openedDocument(savedBytes(*opened, 0), 0);
   EXPECT_TRUE(named(*opened, "Visitor")->patch()) << "back with the plug-in";
 }
 
@@ -140,11 +137,10 @@ TEST_F(DocumentFileTest, AViewWhoseKeyAnotherNodeTookIsNoViewAnyMore) {
   const auto first = reopened(HXCodingTypeEditorWithKeys);
   const auto second = reopened(HXCodingTypeEditorWithKeys);
   first->subnodeGroup()->addNode(*second->subnodeGroup()->subnodes()[0]);
-  std::string error;
-  const auto bytes = HXDocumentFile::dataWithDocument(*first, HXCodingTypeEditorWithKeys, error);
+  const auto bytes = savedBytes(*first, HXCodingTypeEditorWithKeys);
   Recorder recorder;
-  const auto opened = HXDocumentFile::document(bytes, HXCodingTypeEditorWithKeys, error);
-  ASSERT_TRUE(opened) << error;
+  const auto opened = openedDocument(bytes, HXCodingTypeEditorWithKeys);
+  ASSERT_TRUE(opened);
   EXPECT_THAT(recorder.takeLog(), IsEmpty()) << "nothing of the other node was saved";
   const auto group = as<HXSubviewGroup>(opened->subnodeGroup());
   ASSERT_TRUE(group);
@@ -163,12 +159,11 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchCanBeEditedAround) {
   node->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"));
   const auto source = add("HXRTransitionNode");
   connect(*source, "Tarn.output", *node, "Tarn.xPositionInput");
-  std::string error;
-  const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
+  const auto bytes = savedBytes(*document, 0);
   static const Class impostor("HXRGuestNode", &Object::kClass);
   ClassRegistry::add(impostor);
-  const auto opened = HXDocumentFile::document(bytes, 0, error);
-  ASSERT_TRUE(opened) << error;
+  const auto opened = openedDocument(bytes, 0);
+  ASSERT_TRUE(opened);
   const auto guesting = named(*opened, "Guest");
   const auto inner = named(*guesting, "Clamp");
   const auto groups = guesting->inputPortGroups().size();
@@ -199,9 +194,10 @@ TEST_F(DocumentFileTest, TheDeviceGraphHoldsWhatTheDeviceNeeds) {
   port(*delay, "Tarn.delayInput").setStaticValue(PMRPrimitive::primitiveWithNumberValue(3));
   connect(*delay, "Tarn.valueOutput", *clamp, "Tarn.valueInput");
   const auto bytes = HXDocumentFile::deviceGraph(*document);
-  PropertyList list;
-  std::string error;
-  ASSERT_TRUE(PropertyListReader::read(bytes, list, &error)) << error;
+  ASSERT_TRUE(bytes) << bytes.status().message();
+  const auto read = PropertyListReader::read(*bytes);
+  ASSERT_TRUE(read) << read.status().message();
+  const PropertyList& list = *read;
   const auto objects = list.valueForKey(list.root(), "$objects");
   const auto text = [&](PropertyList::Index map, const char* key) {
     const auto value = list.valueForKey(map, key);
@@ -253,7 +249,7 @@ TEST_F(DocumentFileTest, ADocumentThatIsLetGoLeavesNothingBehind) {
     group->subnodeGroup()->addSymbolicPortForPort(port(*a, "Tarn.valueInput"));
     port(*a, "Tarn.minimumInput").patchPort();
     reopened();
-    HXDocumentFile::deviceGraph(*document);
+    EXPECT_TRUE(HXDocumentFile::deviceGraph(*document));
     document = nullptr;
   };
   liveAndDie();  // what the process shares from now on is made
@@ -281,7 +277,85 @@ TEST_F(DocumentFileTest, DeepDocumentsAreSavedOpenedSentAndTakenDown) {
     ++depth;
   }
   EXPECT_EQ(depth, kDepth);
-  EXPECT_FALSE(HXDocumentFile::deviceGraph(*opened).empty());
+  EXPECT_TRUE(HXDocumentFile::deviceGraph(*opened));
+}
+
+/// A node with something in it that no archive of the device can hold.
+class UnsendableNode final : public HXNode {
+ public:
+  void encodeWithCoder(Encoder& coder) const override {
+    static constinit const Symbol key{"table"};
+    static const String nil;
+    HXNode::encodeWithCoder(coder);
+    if (coder.codingType() != HXCodingTypeDevice) return;
+    coder.encodeMap(
+        1,
+        [](std::size_t) {
+          return Encoder::MapEntry{nil, Null::null().get()};
+        },
+        key);
+  }
+};
+
+TEST_F(DocumentFileTest, FailuresTellKindSentenceAndPath) {
+  std::string pattern = (std::filesystem::temp_directory_path() / "tarnkit-XXXXXX").string();
+  const std::filesystem::path folder = ::mkdtemp(pattern.data());
+  const auto path = [&](const char* name) { return (folder / name).string(); };
+  const auto write = [&](const char* name, ByteSpan bytes) {
+    EXPECT_TRUE(File::write(path(name), bytes));
+  };
+  add("HXRClampNode");
+  const auto whole = savedBytes(*document);
+  write("whole", whole);
+  write("cut", ByteSpan(whole).first(whole.size() / 2));
+  write("text", bytesOf("text"));
+  write("graph", *HXDocumentFile::deviceGraph(*document));
+  write("foreign", StandardKeyedArchiver::archivedData(make<Array>().get(), 0)->bytes());
+  const auto unsendable = make<HXDocument>();
+  unsendable->subnodeGroup()->addNode(*make<UnsendableNode>());
+  document->imageStore()->addImageEntry(make<HXImageStoreEntry>(nullptr, "../out"));
+
+  const auto opening = [&](const char* name, std::int32_t codingType = 0) {
+    return HXDocumentFile::open(path(name), codingType).status();
+  };
+  const struct {
+    Status status;
+    StatusCode code;
+    std::string path;
+    const char* sentence;
+  } cases[] = {
+      {opening("none"), StatusCode::notFound, path("none"), "No such file or directory"},
+      {opening("."), StatusCode::notAFile, path("."), "Is a directory"},
+      {opening("cut"), StatusCode::damaged, path("cut"), "not a readable property list: "},
+      {opening("text"), StatusCode::damaged, path("text"), "not a readable property list: "},
+      {opening("graph"), StatusCode::unsupported, path("graph"), "not a keyed archive: "},
+      {opening("foreign"), StatusCode::unsupported, path("foreign"),
+       "the root is a NSArray, not a document"},
+      {opening("whole", 2), StatusCode::refused, path("whole"), "coding type 2 is not an editor's"},
+      {HXDocumentFile::save(*document, path("none/a"), 0), StatusCode::notFound, path("none/a"),
+       "No such file or directory"},
+      {HXDocumentFile::save(*document, "/dev/full", 0), StatusCode::noSpace, "/dev/full",
+       "No space left on device"},
+      {HXDocumentFile::save(*document, path("a"), 2), StatusCode::refused, "",
+       "coding type 2 is not an editor's (0, 1 or 3)"},
+      {HXDocumentFile::send(*document, "/dev/full"), StatusCode::noSpace, "/dev/full",
+       "No space left on device"},
+      {HXDocumentFile::send(*unsendable, path("sent")), StatusCode::refused, path("sent"),
+       "the device graph could not be made: a key of a map is not a string"},
+      {HXDocumentFile::sendImages(*document, path("images")).status(), StatusCode::refused,
+       path("images"), "the image key \"../out\" cannot name a file"},
+      {HXDocumentFile::sendImages(*unsendable, path("text")).status(), StatusCode::notAFile,
+       path("text"), "Not a directory"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.sentence);
+    EXPECT_EQ(nameOf(c.status.code()), nameOf(c.code));
+    EXPECT_EQ(c.status.path(), c.path);
+    EXPECT_THAT(c.status.sentence(), ::testing::StartsWith(c.sentence));
+  }
+  EXPECT_FALSE(std::filesystem::exists(path("sent")));
+  EXPECT_FALSE(std::filesystem::exists(path("images")));
+  std::filesystem::remove_all(folder);
 }
 
 }  // namespace tarnkit::test

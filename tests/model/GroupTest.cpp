@@ -300,7 +300,7 @@ TEST_F(GroupTest, WhatAnnouncesMayLoseEverythingButItself) {
       [](Scene& s) { s.document.subnodeGroup()->subnodeViewTypeDidChange(s.group); },
       [](Scene& s) {
         const auto entry =
-            HXImageStore::createImageEntry(Image::imageWithPixels(1, 1, {1, 2, 3, 255}));
+            HXImageStore::createImageEntry(*Image::imageWithPixels(1, 1, {1, 2, 3, 255}));
         s.document.imageStore()->addImageEntry(entry);
       },
   };

@@ -147,21 +147,19 @@ class HostileDocumentTest : public ModelTest {
     const auto inner = add("HXRClampNode", replicator.get());
     replicator->subnodeGroup()->addSymbolicPortForPort(port(*inner, "Tarn.resultOutput"));
     add("HXRImageNode");
-    document->imageStore()->addImageEntry(
-        HXImageStore::createImageEntry(Image::imageWithPixels(2, 1, {1, 2, 3, 255, 4, 5, 6, 255})));
-    std::string error;
-    return HXDocumentFile::dataWithDocument(*document, codingType, error);
+    document->imageStore()->addImageEntry(HXImageStore::createImageEntry(
+        *Image::imageWithPixels(2, 1, {1, 2, 3, 255, 4, 5, 6, 255})));
+    return savedBytes(*document, codingType);
   }
 
   // Opens the file; whatever opens is used.
   static bool openAndUse(const std::vector<std::uint8_t>& bytes, std::int32_t codingType) {
-    std::string error;
-    const auto opened = HXDocumentFile::document(bytes, codingType, error);
-    EXPECT_NE(static_cast<bool>(opened), !error.empty()) << error;
-    if (!opened) return false;
-    const auto again = HXDocumentFile::dataWithDocument(*opened, codingType, error);
-    EXPECT_TRUE(HXDocumentFile::document(again, codingType, error)) << error;
-    EXPECT_FALSE(HXDocumentFile::deviceGraph(*opened).empty());
+    const auto result = HXDocumentFile::document(bytes, codingType);
+    EXPECT_NE(result.isOK(), !result.status().sentence().empty());
+    if (!result) return false;
+    const auto& opened = *result;
+    EXPECT_TRUE(openedDocument(savedBytes(*opened, codingType), codingType));
+    EXPECT_TRUE(HXDocumentFile::deviceGraph(*opened));
     opened->pruneInvalidConnections();
     for (const auto& node : opened->subnodeGroup()->subnodes()) {
       node->ports();
@@ -175,8 +173,9 @@ TEST_F(HostileDocumentTest, AnyValueMayBeOfAnyTypeUnderAnyKey) {
   for (const std::int32_t codingType : {0, 3}) {
     document = make<HXDocument>();
     const auto bytes = documentWithEverything(codingType);
-    PropertyList list;
-    ASSERT_TRUE(PropertyListReader::read(bytes, list));
+    const auto read = PropertyListReader::read(bytes);
+    ASSERT_TRUE(read);
+    const PropertyList& list = *read;
     ASSERT_TRUE(openAndUse(bytes, codingType));
     Recorder quiet;
     Tampering tampering(list);
@@ -205,11 +204,11 @@ TEST_F(HostileDocumentTest, TruncatedAndFlippedFilesEndInASentence) {
   const auto bytes = documentWithEverything(0);
   Recorder quiet;
   for (std::size_t size = 0; size < bytes.size(); size += 97) {
-    std::string error;
     const std::vector<std::uint8_t> cut(bytes.begin(),
                                         bytes.begin() + static_cast<std::ptrdiff_t>(size));
-    EXPECT_FALSE(HXDocumentFile::document(cut, 0, error));
-    EXPECT_FALSE(error.empty());
+    const auto opened = HXDocumentFile::document(cut, 0);
+    EXPECT_EQ(opened.status().code(), StatusCode::damaged);
+    EXPECT_FALSE(opened.status().sentence().empty());
   }
   std::mt19937 random(11);
   for (int i = 0; i < 500; ++i) {
@@ -226,8 +225,7 @@ TEST_F(HostileDocumentTest, PublishedPortsThatPublishEachOtherInACircleComeApart
   const auto first = inner->subnodeGroup()->addSymbolicPortForPort(value);
   const auto second = outer->subnodeGroup()->addSymbolicPortForPort(*first);
   document->subnodeGroup()->addSymbolicPortForPort(*second);
-  std::string error;
-  const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
+  const auto bytes = savedBytes(*document, 0);
   PropertyList list;
   ASSERT_TRUE(PropertyListReader::read(bytes, list));
   const auto objects = list.elements(list.valueForKey(list.root(), "$objects"));
@@ -259,8 +257,8 @@ TEST_F(HostileDocumentTest, PublishedPortsThatPublishEachOtherInACircleComeApart
   Tampering tampering(list);
   for (const Published& next : published) {
     const auto file = tampering.pointedAt(bent.map, bent.entry, next.object);
-    const auto opened = HXDocumentFile::document(file, 0, error);
-    ASSERT_TRUE(opened) << error;
+    const auto opened = openedDocument(file, 0);
+    ASSERT_TRUE(opened);
     const auto group = opened->subnodeGroup()->subnodes()[0];
     ASSERT_EQ(group->symbolicInputPortsInForce().count(), 1U);
     const auto subgroup = group->subnodeGroup()->subnodes()[0];
@@ -286,10 +284,10 @@ TEST_F(HostileDocumentTest, PublicationsThatLeadAroundInACircleAreBrokenOnce) {
       *replicator->portForKey(replicator->replicatorArrayOutputPortKeyForPort().begin()->value));
   document->subnodeGroup()->addSymbolicPortForPort(*published);
   for (const std::int32_t codingType : {0, 3}) {
-    std::string error;
-    const auto bytes = HXDocumentFile::dataWithDocument(*document, codingType, error);
-    PropertyList list;
-    ASSERT_TRUE(PropertyListReader::read(bytes, list));
+    const auto bytes = savedBytes(*document, codingType);
+    const auto read = PropertyListReader::read(bytes);
+    ASSERT_TRUE(read);
+    const PropertyList& list = *read;
     const auto objects = list.elements(list.valueForKey(list.root(), "$objects"));
     Tampering tampering(list);
     int circles = 0;
@@ -351,12 +349,11 @@ TEST_F(HostileDocumentTest, ASecondDocumentIsRefused) {
   const auto both = make<Array>();
   both->add(document);
   both->add(make<HXDocument>());
-  std::string error;
-  const auto data = StandardKeyedArchiver::archivedData(both.get(), 0, &error);
-  ASSERT_TRUE(data) << error;
+  const auto data = StandardKeyedArchiver::archivedData(both.get(), 0);
+  ASSERT_TRUE(data);
   Recorder quiet;
-  EXPECT_FALSE(HXDocumentFile::document(data->bytes(), 0, error));
-  EXPECT_EQ(error, "a second document stands in the archive");
+  EXPECT_EQ(HXDocumentFile::document(data->bytes(), 0).status().sentence(),
+            "a second document stands in the archive");
 }
 
 namespace {
@@ -402,9 +399,9 @@ std::vector<Ref<Fake>> circleOf(int nodes) {
 
 // A document takes such nodes apart; any other root, as a paste is, cannot do without them.
 TEST_F(HostileDocumentTest, NoRootHoldsANodeThatStandsInsideItself) {
-  std::string unused;
-  const auto sound = StandardKeyedArchiver::archivedData(add("").get(), 0, &unused);
-  StandardKeyedUnarchiver::unarchive(sound->bytes(), 0, &unused);  // what a first use makes, stays
+  const auto sound = StandardKeyedArchiver::archivedData(add("").get(), 0);
+  EXPECT_TRUE(
+      StandardKeyedUnarchiver::unarchive(sound->bytes(), 0));  // a first use makes what stays
   for (const int nodes : {1, 2, 3}) {
     for (const bool asList : {false, true}) {
       const auto circle = circleOf(nodes);
@@ -414,11 +411,10 @@ TEST_F(HostileDocumentTest, NoRootHoldsANodeThatStandsInsideItself) {
       archiver.setClassName(kNodeClass, Fake::kClass);
       archiver.setClassName(kGroupClass, FakeGroup::kClass);
       archiver.encodeRootObject(asList ? static_cast<const Object*>(list.get()) : circle[0].get());
-      const auto bytes = archiver.finishEncoding();
+      const auto bytes = *archiver.finishEncoding();
       const auto alive = Object::liveObjectCount();
-      std::string error;
-      EXPECT_FALSE(StandardKeyedUnarchiver::unarchive(bytes, 0, &error));
-      EXPECT_EQ(error, "HXNode.subnodeGroup: a node that stands inside itself");
+      EXPECT_EQ(StandardKeyedUnarchiver::unarchive(bytes, 0).status().sentence(),
+                "HXNode.subnodeGroup: a node that stands inside itself");
       EXPECT_EQ(Object::liveObjectCount(), alive);
     }
   }
@@ -430,9 +426,9 @@ TEST_F(HostileDocumentTest, NoRootHoldsANodeThatStandsInsideItself) {
   list->add(add("HXRClampNode"));
   for (const Object* root :
        {static_cast<const Object*>(outer.get()), static_cast<const Object*>(list.get())}) {
-    std::string error;
-    const auto data = StandardKeyedArchiver::archivedData(root, 0, &error);
-    EXPECT_TRUE(StandardKeyedUnarchiver::unarchive(data->bytes(), 0, &error)) << error;
+    const auto data = StandardKeyedArchiver::archivedData(root, 0);
+    const auto opened = StandardKeyedUnarchiver::unarchive(data->bytes(), 0);
+    EXPECT_TRUE(opened) << opened.status().message();
   }
 }
 
@@ -443,11 +439,10 @@ TEST_F(HostileDocumentTest, AConnectionOfAStrangerIsDropped) {
   const auto connection = connect(*from, "Tarn.resultOutput", *to, "Tarn.valueInput");
   port(*stranger, "Tarn.minimumInput").connectConnection(*connection);
   stranger->setName("Stranger");
-  std::string error;
-  const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
+  const auto bytes = savedBytes(*document, 0);
   Recorder recorder;
-  const auto opened = HXDocumentFile::document(bytes, 0, error);
-  ASSERT_TRUE(opened) << error;
+  const auto opened = openedDocument(bytes, 0);
+  ASSERT_TRUE(opened);
   EXPECT_THAT(recorder.takeLog(),
               ::testing::ElementsAre("WARNING: [HXPatchPort] Dropping 1 connections of a port that "
                                      "is none of their ends"));
@@ -475,8 +470,7 @@ TEST_F(HostileDocumentTest, AnEmptyImageDoesNotMakeADocumentUnreadable) {
   for (const auto& entry : shown->parameters()) {
     if (auto* image = as<HXImageParameter>(entry.value.get())) image->setImageEntry(empty);
   }
-  std::string error;
-  EXPECT_TRUE(openAndUse(HXDocumentFile::dataWithDocument(*document, 0, error), 0));
+  EXPECT_TRUE(openAndUse(savedBytes(*document, 0), 0));
 }
 
 // One name of a quarter of a megabyte, of ports on many nodes: each would keep the part before the
@@ -492,10 +486,9 @@ TEST_F(HostileDocumentTest, ALongNameThatManyPortsShareIsNotCopiedForEach) {
       group->subnodeGroup()->addSymbolicPortForPort(port(*clamp, inner))->setName(name);
     }
   }
-  std::string error;
-  const auto bytes = HXDocumentFile::dataWithDocument(*document, 0, error);
-  const auto opened = HXDocumentFile::document(bytes, 0, error);
-  ASSERT_TRUE(opened) << error;
+  const auto bytes = savedBytes(*document, 0);
+  const auto opened = openedDocument(bytes, 0);
+  ASSERT_TRUE(opened);
   const Object* shared = nullptr;
   for (const auto& node : opened->subnodeGroup()->subnodes()) {
     ASSERT_EQ(node->subnodeGroup()->symbolicInputPortsInForce().count(), 2U);

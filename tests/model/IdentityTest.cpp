@@ -23,11 +23,7 @@ using ::testing::IsEmpty;
 class IdentityTest : public ModelTest {
  protected:
   static Ref<HXDocument> reopened(const HXDocument& document, std::int32_t codingType = 0) {
-    std::string error;
-    const auto bytes = HXDocumentFile::dataWithDocument(document, codingType, error);
-    auto opened = HXDocumentFile::document(bytes, codingType, error);
-    EXPECT_TRUE(opened) << error;
-    return opened;
+    return openedDocument(savedBytes(document, codingType), codingType);
   }
   static Ref<HXNode> named(const HXNode& parent, const char* name) {
     for (const auto& node : parent.subnodeGroup()->subnodes()) {
@@ -77,14 +73,13 @@ TEST_F(IdentityTest, NodesAddedToAnOpenedDocumentNeverTakeItsKeys) {
   const std::string key = add("HXRClampNode")->uniqueKey().toStdString();
   std::string ahead = key;
   for (auto at = ahead.find('_') + 1; at < ahead.size(); ++at) ahead[at] = '9';
-  std::string error;
-  auto bytes = HXDocumentFile::dataWithDocument(*document, HXCodingTypeEditorWithKeys, error);
+  auto bytes = savedBytes(*document, HXCodingTypeEditorWithKeys);
   for (auto at = bytes.begin();
        (at = std::search(at, bytes.end(), key.begin(), key.end())) != bytes.end();) {
     at = std::copy(ahead.begin(), ahead.end(), at);
   }
-  const auto opened = HXDocumentFile::document(bytes, HXCodingTypeEditorWithKeys, error);
-  ASSERT_TRUE(opened) << error;
+  const auto opened = openedDocument(bytes, HXCodingTypeEditorWithKeys);
+  ASSERT_TRUE(opened);
   ASSERT_TRUE(opened->subnodeGroup()->subnodeForKey(String(ahead)));
   Recorder recorder;
   for (int i = 0; i < 3; ++i) opened->subnodeGroup()->addNode(*nodeOf("HXRClampNode"));

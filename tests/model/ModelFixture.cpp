@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/platform/collections/Array.h"
@@ -89,6 +90,18 @@ std::vector<std::string> ModelTest::keys(const std::vector<Ref<HXPort>>& ports) 
   std::vector<std::string> keys;
   for (const auto& port : ports) keys.push_back(port->uniqueKey().toStdString());
   return keys;
+}
+
+std::vector<std::uint8_t> savedBytes(const HXDocument& document, std::int32_t codingType) {
+  auto bytes = HXDocumentFile::dataWithDocument(document, codingType);
+  EXPECT_TRUE(bytes) << bytes.status().message();
+  return std::move(bytes).valueOr({});
+}
+
+Ref<HXDocument> openedDocument(ByteSpan bytes, std::int32_t codingType) {
+  auto opened = HXDocumentFile::document(bytes, codingType);
+  EXPECT_TRUE(opened) << opened.status().message();
+  return std::move(opened).valueOr(nullptr);
 }
 
 }  // namespace tarnkit::test

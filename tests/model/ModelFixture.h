@@ -31,6 +31,10 @@ class Recorder {
   NotificationCenter::Observation observation_;
 };
 
+/// The document as bytes, and bytes as a document; that either fails is a failure of the test.
+std::vector<std::uint8_t> savedBytes(const HXDocument& document, std::int32_t codingType = 0);
+Ref<HXDocument> openedDocument(ByteSpan bytes, std::int32_t codingType = 0);
+
 /// A document with nodes that are made by patch class name.
 class ModelTest : public ::testing::Test {
  protected:

@@ -28,35 +28,35 @@ class Copied final : public Object {
 
 Ref<Data> archiveOf(const char* className) {
   const Symbol name{className};
-  return StandardKeyedArchiver::archivedData(make<Copied>(name).get(), 0);
+  return *StandardKeyedArchiver::archivedData(make<Copied>(name).get(), 0);
 }
 
 }  // namespace
 
 TEST(PastedNodeTest, TheFirstThingReadMayBeAPartOfADocument) {
-  std::string error;
-  EXPECT_TRUE(as<HXNode>(unarchivedModelObject(archiveOf("HXLoopNode")->bytes(), 0, &error)))
-      << error;
-  EXPECT_FALSE(unarchivedModelObject(archiveOf("HXStranger")->bytes(), 0, &error));
-  EXPECT_NE(error.find("HXStranger"), std::string::npos) << error;
+  const auto node = unarchivedModelObject(archiveOf("HXLoopNode")->bytes(), 0);
+  ASSERT_TRUE(node) << node.status().message();
+  EXPECT_TRUE(as<HXNode>(*node));
+  const auto stranger = unarchivedModelObject(archiveOf("HXStranger")->bytes(), 0).status();
+  EXPECT_EQ(nameOf(stranger.code()), "unsupported");
+  EXPECT_NE(stranger.sentence().find("HXStranger"), std::string::npos) << stranger.sentence();
 }
 
 TEST(PastedNodeTest, WhoeverHasAGroupMayReadIntoIt) {
   const auto group = make<HXGroup>();
-  std::string error;
-  const auto node =
-      as<HXNode>(StandardKeyedUnarchiver::unarchive(archiveOf("HXNode")->bytes(), 0, &error));
-  ASSERT_TRUE(node) << error;
+  const auto root = StandardKeyedUnarchiver::unarchive(archiveOf("HXNode")->bytes(), 0);
+  ASSERT_TRUE(root) << root.status().message();
+  const auto node = as<HXNode>(*root);
+  ASSERT_TRUE(node);
   group->addNode(*node);
   EXPECT_EQ(node->parentGroup(), group.get());
 }
 
 TEST(PastedNodeTest, WhoeverHasAnImageStoreMayReadIntoIt) {
   const auto store = make<HXImageStore>();
-  std::string error;
-  EXPECT_TRUE(as<HXImageStoreEntry>(
-      StandardKeyedUnarchiver::unarchive(archiveOf("HXImageStoreEntry")->bytes(), 0, &error)))
-      << error;
+  const auto root = StandardKeyedUnarchiver::unarchive(archiveOf("HXImageStoreEntry")->bytes(), 0);
+  ASSERT_TRUE(root) << root.status().message();
+  EXPECT_TRUE(as<HXImageStoreEntry>(*root));
 }
 
 }  // namespace tarnkit::test

@@ -310,11 +310,9 @@ TEST_F(SyncTest, GroupsThatARebuildTakesAwayAndBringsBackStayWhatTheUserMadeOfTh
     expectKept(*node, "after a fresh definition was set");
     node->setPatch(node->patch());
     expectKept(*node, "after the same definition was set");
-    std::string error;
-    const auto bytes =
-        HXDocumentFile::dataWithDocument(*document, HXCodingTypeEditorWithKeys, error);
-    const auto opened = HXDocumentFile::document(bytes, HXCodingTypeEditorWithKeys, error);
-    ASSERT_TRUE(opened) << error;
+    const auto bytes = savedBytes(*document, HXCodingTypeEditorWithKeys);
+    const auto opened = openedDocument(bytes, HXCodingTypeEditorWithKeys);
+    ASSERT_TRUE(opened);
     expectKept(*opened->subnodeGroup()->subnodeForKey(node->uniqueKey()), "opened");
   }
 }

@@ -48,10 +48,8 @@ bool makeDocument(std::vector<std::string>& keys) {
       group->subnodeGroup()->addSymbolicPortForPort(*clamp->portForKey("Tarn.minimumInput"));
   static const std::string longName(300, 'x');
   published->setName(String(fmt::format("{}: Least", longName)));
-  std::string error;
-  const auto opened =
-      HXDocumentFile::document(HXDocumentFile::dataWithDocument(*document, 0, error), 0, error);
-  return opened && !HXDocumentFile::deviceGraph(*opened).empty();
+  const auto opened = openedDocument(savedBytes(*document, 0), 0);
+  return opened && HXDocumentFile::deviceGraph(*opened).isOK();
 }
 
 }  // namespace

@@ -334,23 +334,22 @@ TEST(PatchRegistry, RecordsAreCheckedAtTheDoor) {
   const auto before = catalogue().size();
   for (const Case& c : cases) {
     SCOPED_TRACE(c.reason);
-    std::string reason;
-    EXPECT_FALSE(addPatchClasses(std::array{&good, &own, &c.record}, bundle, reason));
-    EXPECT_EQ(reason, c.reason);
+    const auto status = addPatchClasses(std::array{&good, &own, &c.record}, bundle);
+    EXPECT_EQ(nameOf(status.code()), "refused");
+    EXPECT_EQ(status.message(), c.reason);
     EXPECT_EQ(catalogue().size(), before);
     EXPECT_FALSE(patchClassNamed("TestGoodNode"));
     EXPECT_FALSE(HXRNode::hx_isExternalClass(good));
   }
-  std::string reason;
-  EXPECT_FALSE(addPatchClasses(std::array<const HXRNodeClass*, 1>{}, bundle, reason));
-  EXPECT_EQ(reason, "a class without a record");
-  EXPECT_TRUE(addPatchClasses(std::array{&good, &own}, bundle, reason));
+  EXPECT_EQ(addPatchClasses(std::array<const HXRNodeClass*, 1>{}, bundle).message(),
+            "a class without a record");
+  EXPECT_TRUE(addPatchClasses(std::array{&good, &own}, bundle));
   EXPECT_TRUE(HXRNode::hx_isExternalClass(good));
-  EXPECT_TRUE(addPatchClasses(std::array{&own}, bundle, reason));
+  EXPECT_TRUE(addPatchClasses(std::array{&own}, bundle));
   EXPECT_EQ(catalogue().size(), before + 2);
   // Another bundle cannot bring it too.
-  EXPECT_FALSE(addPatchClasses(std::array{&own}, Bundle::addBundle("test.other"), reason));
-  EXPECT_EQ(reason, "class TestOwnNode, its name is taken by a class of test.door");
+  EXPECT_EQ(addPatchClasses(std::array{&own}, Bundle::addBundle("test.other")).message(),
+            "class TestOwnNode, its name is taken by a class of test.door");
 }
 
 TEST(HXRNode, ClassesOfOtherBundlesAreExternal) {

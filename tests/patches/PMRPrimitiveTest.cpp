@@ -199,7 +199,7 @@ TEST(PMRPrimitive, LeavesAsAPlatformObject) {
 Ref<P> archivedAndBack(const P& value) {
   registerPatchClasses();
   const auto data = StandardKeyedArchiver::archivedData(&value, 0);
-  return as<P>(StandardKeyedUnarchiver::unarchive(data->bytes(), 0));
+  return as<P>(StandardKeyedUnarchiver::unarchive(data->bytes(), 0).valueOr(nullptr));
 }
 
 TEST(PMRPrimitive, ArchivesKeepTheKind) {
@@ -241,7 +241,7 @@ class FakeDecoder final : public Decoder {
   bool decodeMap(const Symbol&, FunctionRef<void(const String&, const Ref<Object>&)>) override {
     return false;
   }
-  void fail(std::string) override {}
+  void fail(Status) override {}
   bool failed() const override { return false; }
   void eachDecoded(FunctionRef<void(Object&)>) const override {}
 };

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -32,10 +33,9 @@ class FileTest : public ::testing::Test {
 
   std::string path(const char* name) const { return (folder_ / name).string(); }
   std::string contents(const std::string& file) const {
-    std::vector<std::uint8_t> bytes;
-    std::string error;
-    EXPECT_TRUE(File::read(file, bytes, &error)) << error;
-    return {bytes.begin(), bytes.end()};
+    const auto bytes = File::read(file);
+    EXPECT_TRUE(bytes) << bytes.status().message();
+    return bytes ? std::string(bytes->begin(), bytes->end()) : "";
   }
   std::size_t fileCount() const {
     return static_cast<std::size_t>(
@@ -63,8 +63,8 @@ class FileTest : public ::testing::Test {
 TEST_F(FileTest, WritesAndReadsWholeFiles) {
   const std::string file = path("a.plist");
   for (const std::string& text : {std::string("first"), std::string(3000000, 'x'), std::string()}) {
-    std::string error;
-    ASSERT_TRUE(File::write(file, bytesOf(text), &error)) << error;
+    const auto status = File::write(file, bytesOf(text));
+    ASSERT_TRUE(status) << status.message();
     EXPECT_EQ(contents(file), text);
   }
   EXPECT_EQ(fileCount(), 1U);
@@ -84,31 +84,37 @@ TEST_F(FileTest, KeepsPermissionsAndLinks) {
   EXPECT_EQ(status.st_mode & 0777U, 0640U);
 }
 
-TEST_F(FileTest, TellsPathAndCauseOfAFailure) {
+TEST_F(FileTest, TellsKindPathAndCauseOfAFailure) {
   fs::create_directory(path("folder"));
+  ASSERT_TRUE(File::write(path("large"), bytesOf("123456")));
+  const auto written = [](const std::string& to) { return File::write(to, bytesOf("text")); };
+  const auto read = [](const std::string& from) { return File::read(from, 5).status(); };
   const struct {
-    std::string target;
+    std::function<Status(const std::string&)> operation;
+    std::string path;
+    StatusCode code;
     const char* cause;
   } cases[] = {
-      {path("folder"), "Is a directory"},
-      {path("missing/a"), "No such file or directory"},
-      {"/dev/full", "No space left on device"},
+      {written, path("folder"), StatusCode::notAFile, "Is a directory"},
+      {written, path("large/a"), StatusCode::notAFile, "Not a directory"},
+      {written, path("missing/a"), StatusCode::notFound, "No such file or directory"},
+      {written, "/dev/full", StatusCode::noSpace, "No space left on device"},
+      {read, path("folder"), StatusCode::notAFile, "Is a directory"},
+      {read, path("none"), StatusCode::notFound, "No such file or directory"},
+      {read, path("large"), StatusCode::tooLarge, "it is too large"},
+      {&File::makeDirectory, path("large"), StatusCode::notAFile, "Not a directory"},
+      {&File::makeDirectory, path("large/a"), StatusCode::notAFile, "Not a directory"},
+      {&File::makeDirectory, "/proc/a", StatusCode::notFound, "No such file or directory"},
   };
   for (const auto& item : cases) {
-    std::string error;
-    EXPECT_FALSE(File::write(item.target, bytesOf("text"), &error));
-    EXPECT_EQ(error, item.target + ": " + item.cause);
+    const auto status = item.operation(item.path);
+    EXPECT_EQ(nameOf(status.code()), nameOf(item.code)) << item.path;
+    EXPECT_EQ(status.path(), item.path);
+    EXPECT_EQ(status.sentence(), item.cause) << item.path;
   }
-  std::vector<std::uint8_t> bytes;
-  std::string error;
-  EXPECT_FALSE(File::read(path("folder"), bytes, &error));
-  EXPECT_EQ(error, path("folder") + ": Is a directory");
-  EXPECT_FALSE(File::read(path("none"), bytes, &error));
-  EXPECT_EQ(error, path("none") + ": No such file or directory");
-  ASSERT_TRUE(File::write(path("large"), bytesOf("123456")));
-  EXPECT_FALSE(File::read(path("large"), bytes, &error, 5));
-  EXPECT_EQ(error, path("large") + ": it is too large");
-  EXPECT_TRUE(File::read(path("large"), bytes, &error, 6));
+  EXPECT_TRUE(File::read(path("large"), 6));
+  EXPECT_TRUE(File::makeDirectory(path("one/two/")));
+  EXPECT_TRUE(File::makeDirectory(path("one/two/"))) << "it is there already";
 }
 
 // A child process runs out of room in the middle of the file, as on a full disk.
@@ -118,9 +124,9 @@ TEST_F(FileTest, AFailureInTheMiddleLeavesTheOldFileAlone) {
   const int status = statusOfChild([&] {
     const struct rlimit limit { 100000, 100000 };
     if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return 3;
-    std::string error;
-    const bool done = File::write(file, bytesOf(std::string(200000, 'x')), &error);
-    return done ? 1 : error != file + ": File too large" ? 2 : 0;
+    const auto written = File::write(file, bytesOf(std::string(200000, 'x')));
+    if (written.code() != StatusCode::noSpace) return 1;
+    return written.message() == file + ": File too large" ? 0 : 2;
   });
   ASSERT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
   EXPECT_EQ(WEXITSTATUS(status), 0);
@@ -216,24 +222,24 @@ TEST_F(FileTest, WaitsForStreamsThatDoNotBlockAndOutlivesTheirReaders) {
   int ends[2];
   ASSERT_EQ(::pipe2(ends, O_NONBLOCK | O_CLOEXEC), 0);
   const std::string text(1000000, 'x');
-  std::string error;
   std::thread writer([&] {
     ::usleep(10000);  // the reader finds nothing first
-    EXPECT_TRUE(File::writeStream(ends[1], bytesOf(text), &error)) << error;
+    const auto status = File::writeStream(ends[1], bytesOf(text));
+    EXPECT_TRUE(status) << status.message();
     ::close(ends[1]);
   });
-  std::vector<std::uint8_t> bytes;
-  std::string readError;
-  EXPECT_TRUE(File::readStream(ends[0], bytes, &readError)) << readError;
+  const auto bytes = File::readStream(ends[0]);
   writer.join();
   ::close(ends[0]);
-  EXPECT_EQ(bytes.size(), text.size());
+  ASSERT_TRUE(bytes) << bytes.status().message();
+  EXPECT_EQ(bytes->size(), text.size());
 
   const std::string pipe = path("pipe");
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   std::thread reader([&] { ::close(::open(pipe.c_str(), O_RDONLY)); });
-  EXPECT_FALSE(File::write(pipe, bytesOf(text), &error));
-  EXPECT_EQ(error, pipe + ": Broken pipe");
+  const auto status = File::write(pipe, bytesOf(text));
+  EXPECT_EQ(status.code(), StatusCode::systemFailure);
+  EXPECT_EQ(status.message(), pipe + ": Broken pipe");
   reader.join();
 }
 

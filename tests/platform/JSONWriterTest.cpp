@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <stdexcept>
+#include <string>
 
 #include "tarnkit/platform/text/JSONWriter.h"
 
@@ -86,6 +88,19 @@ TEST(JSONWriter, LengthAndDepthAreHandedOnInPieces) {
   EXPECT_EQ(whole.substr(whole.size() - 5), "\n8\n8\n");
   EXPECT_LT(longest, 70'000U);
   EXPECT_GE(pieces, whole.size() / 70'000);
+}
+
+TEST(JSONWriter, WhatTheSinkThrowsGoesToWhoeverWritesAndMayBeFollowedByEnds) {
+  std::size_t taken = 0;
+  JSONWriter json([&](std::string_view piece) {
+    if (taken != 0) throw std::runtime_error("the disk is full");
+    taken += piece.size();
+  });
+  json.beginArray();
+  EXPECT_THROW(for (;;) json.beginObject().key("text").value(std::string(1000, 'x')).endObject(),
+               std::runtime_error);
+  EXPECT_GT(taken, 65535U);
+  EXPECT_THROW(json.endArray().endLine(), std::runtime_error);
 }
 
 }  // namespace

@@ -17,10 +17,8 @@ using Kind = PropertyList::Kind;
 using test::BinaryList;
 using namespace std::string_literals;
 
-bool reads(const std::string& file, std::string* error = nullptr) {
-  PropertyList list;
-  return PropertyListReader::read(bytesOf(file), list, error);
-}
+Status reading(const std::string& file) { return PropertyListReader::read(bytesOf(file)).status(); }
+bool reads(const std::string& file) { return reading(file).isOK(); }
 
 TEST(BinaryPropertyList, RefusesWhatIsMalformed) {
   const std::string text =
@@ -94,9 +92,10 @@ TEST(BinaryPropertyList, RefusesWhatIsMalformed) {
       {"a malformed object that nothing refers to", BinaryList{.objects = {text, "\x7F"}}.bytes()},
   };
   for (const auto& item : cases) {
-    std::string error;
-    EXPECT_FALSE(reads(item.file, &error)) << item.what;
-    EXPECT_EQ(error.rfind("not a readable property list: ", 0), 0U) << item.what << ": " << error;
+    const auto status = reading(item.file);
+    EXPECT_EQ(nameOf(status.code()), "damaged") << item.what;
+    EXPECT_EQ(status.message().rfind("not a readable property list: ", 0), 0U)
+        << item.what << ": " << status.message();
   }
 }
 
@@ -134,8 +133,8 @@ TEST(BinaryPropertyList, ReadsWhatIsOddButValid) {
       {"a UID of 3 bytes", BinaryList{.objects = {"\x82\0\0\1"s}}.bytes()},
   };
   for (const auto& item : cases) {
-    std::string error;
-    EXPECT_TRUE(reads(item.file, &error)) << item.what << ": " << error;
+    const auto status = reading(item.file);
+    EXPECT_TRUE(status) << item.what << ": " << status.message();
   }
 }
 
@@ -145,21 +144,24 @@ TEST(BinaryPropertyList, ReadsIntegersOfSixteenBytes) {
   };
   const std::string zeros(8, '\0');
   const std::string ones(8, '\xFF');
-  PropertyList list;
   const std::string five = integer(zeros, "\0\0\0\0\0\0\0\5"s);
-  ASSERT_TRUE(PropertyListReader::read(bytesOf(five), list));
-  EXPECT_EQ(list.kind(0), Kind::integer);
-  EXPECT_EQ(list.integer(0), 5);
+  auto list = PropertyListReader::read(bytesOf(five));
+  ASSERT_TRUE(list);
+  EXPECT_EQ(list->kind(0), Kind::integer);
+  EXPECT_EQ(list->integer(0), 5);
   const std::string minusOne = integer(ones, ones);
-  ASSERT_TRUE(PropertyListReader::read(bytesOf(minusOne), list));
-  EXPECT_EQ(list.integer(0), -1);
+  list = PropertyListReader::read(bytesOf(minusOne));
+  ASSERT_TRUE(list);
+  EXPECT_EQ(list->integer(0), -1);
   const std::string unsignedMost = integer(zeros, ones);
-  ASSERT_TRUE(PropertyListReader::read(bytesOf(unsignedMost), list));
-  EXPECT_EQ(list.kind(0), Kind::unsignedInteger);
+  list = PropertyListReader::read(bytesOf(unsignedMost));
+  ASSERT_TRUE(list);
+  EXPECT_EQ(list->kind(0), Kind::unsignedInteger);
   const std::string wide = integer("\0\0\0\0\0\0\0\1"s, zeros);
-  ASSERT_TRUE(PropertyListReader::read(bytesOf(wide), list));
-  EXPECT_EQ(list.kind(0), Kind::wideInteger);
-  EXPECT_EQ(list.real(0), 0x1p64);
+  list = PropertyListReader::read(bytesOf(wide));
+  ASSERT_TRUE(list);
+  EXPECT_EQ(list->kind(0), Kind::wideInteger);
+  EXPECT_EQ(list->real(0), 0x1p64);
 }
 
 // Every prefix of a good file, and the file with any one bit turned, ends in a list or an error.
@@ -199,9 +201,7 @@ TEST(BinaryPropertyList, BoundsWhatOverlappingObjectsCost) {
   list.offsetWidth = 1;
   list.objects = {"\xAF\x12\0\1\0\0"s + std::string(65536, '\0')};
   list.offsets.assign(65536, 8);
-  std::string error;
-  EXPECT_FALSE(reads(list.bytes(), &error));
-  EXPECT_NE(error.find("overlap"), std::string::npos) << error;
+  EXPECT_NE(reading(list.bytes()).message().find("overlap"), std::string::npos);
 }
 
 TEST(BinaryPropertyList, TakesAnyDepth) {
@@ -353,13 +353,11 @@ TEST(BinaryPropertyList, TellsKeysApartAndFindsCyclesWhateverTheOrder) {
   for (std::uint32_t seed = 0; seed < 4000; ++seed) {
     const RandomList random(seed);
     const std::string file = random.bytes();
-    PropertyList list;
-    std::string error;
-    ASSERT_EQ(PropertyListReader::read(bytesOf(file), list, &error), random.isSound())
-        << "seed " << seed << ": " << error;
+    const auto list = PropertyListReader::read(bytesOf(file));
+    ASSERT_EQ(list.isOK(), random.isSound()) << "seed " << seed << ": " << list.status().message();
     if (!random.isSound()) continue;
     ++sound;
-    random.check(list);
+    random.check(*list);
     if (testing::Test::HasFailure()) FAIL() << "seed " << seed;
   }
   EXPECT_GT(sound, 400);
@@ -386,9 +384,9 @@ TEST(XMLPropertyList, ReadsEveryKindOfValue) {
       "<key>date</key><date>2001-01-02T00:00:01Z</date>"
       "<key>list</key><array><string/><dict/></array>"
       "<key>uid</key><dict><key>CF$UID</key><integer>3</integer></dict></dict>");
-  PropertyList list;
-  std::string error;
-  ASSERT_TRUE(PropertyListReader::read(bytesOf(file), list, &error)) << error;
+  const auto read = PropertyListReader::read(bytesOf(file));
+  ASSERT_TRUE(read) << read.status().message();
+  const PropertyList& list = *read;
   const auto value = [&](const char* key) { return list.valueForKey(list.root(), key); };
   EXPECT_EQ(list.string(value("text")), "a <b> \xC3\xA9");
   EXPECT_EQ(list.integer(value("integer")), -42);
@@ -451,9 +449,9 @@ TEST(XMLPropertyList, RefusesWhatIsMalformed) {
       {"bytes that are no UTF-8", plist("<string>\xFF</string>")},
   };
   for (const auto& item : cases) {
-    std::string error;
-    EXPECT_FALSE(reads(item.file, &error)) << item.what;
-    EXPECT_FALSE(error.empty()) << item.what;
+    const auto status = reading(item.file);
+    EXPECT_EQ(nameOf(status.code()), "damaged") << item.what;
+    EXPECT_FALSE(status.message().empty()) << item.what;
   }
 }
 
@@ -465,9 +463,9 @@ TEST(XMLPropertyList, StatesHowDeepItMayBeNested) {
     return plist(text);
   };
   EXPECT_TRUE(reads(nested(100000)));
-  std::string error;
-  EXPECT_FALSE(reads(nested(PropertyListReader::kMaximumXMLDepth), &error));
-  EXPECT_NE(error.find("too deep"), std::string::npos) << error;
+  const auto status = reading(nested(PropertyListReader::kMaximumXMLDepth));
+  EXPECT_EQ(nameOf(status.code()), "tooLarge");
+  EXPECT_NE(status.message().find("too deep"), std::string::npos) << status.message();
 }
 
 }  // namespace

@@ -129,9 +129,9 @@ TEST(PropertyListWriter, RefersToObjectsThatAreFilledLater) {
     entry[1] = list;
     const auto file = writer.finish(root);
 
-    PropertyList read;
-    std::string error;
-    ASSERT_TRUE(PropertyListReader::read(file, read, &error)) << error;
+    const auto whole = PropertyListReader::read(file);
+    ASSERT_TRUE(whole) << whole.status().message();
+    const PropertyList& read = *whole;
     EXPECT_EQ(read.root(), 0U);
     const auto array = read.valueForKey(read.root(), "numbers");
     ASSERT_NE(array, PropertyList::kNone);
@@ -163,8 +163,9 @@ TEST(PropertyListWriter, KeepsEveryValueAsItWasWritten) {
   const auto into = writer.fillArray(root, values.size());
   std::copy(values.begin(), values.end(), into.begin());
   const auto file = writer.finish(root);
-  PropertyList list;
-  ASSERT_TRUE(PropertyListReader::read(file, list));
+  const auto whole = PropertyListReader::read(file);
+  ASSERT_TRUE(whole);
+  const PropertyList& list = *whole;
   const auto read = list.elements(list.root());
   EXPECT_EQ(list.kind(read[0]), Kind::real32);
   EXPECT_EQ(static_cast<float>(list.real(read[0])), 0.1F);

@@ -35,10 +35,9 @@ class StandardKeyedCoders : public ::testing::Test {
 
   static Ref<ArchivedThing> roundTrip(const Object& root) {
     const auto data = StandardKeyedArchiver::archivedData(&root, 0);
-    std::string error;
-    const auto read = StandardKeyedUnarchiver::unarchive(data->bytes(), 0, &error);
-    EXPECT_TRUE(read) << error;
-    return as<ArchivedThing>(read);
+    const auto read = StandardKeyedUnarchiver::unarchive(data->bytes(), 0);
+    EXPECT_TRUE(read) << read.status().message();
+    return read ? as<ArchivedThing>(*read) : nullptr;
   }
 };
 
@@ -138,7 +137,7 @@ TEST_F(StandardKeyedCoders, WritesTheSameBytesForTheSameGraph) {
   const auto archive = [] {
     auto root = make<ArchivedThing>("root");
     for (int i = 0; i < 300; ++i) root->addPart("part")->number = i;
-    return StandardKeyedArchiver::archivedData(root.get(), 0);
+    return *StandardKeyedArchiver::archivedData(root.get(), 0);
   };
   const auto first = archive();
   const auto padding = make<ArchivedThing>("moves the addresses");
@@ -151,12 +150,12 @@ TEST_F(StandardKeyedCoders, AnArchiverMayBeUsedAgain) {
   StandardKeyedArchiver archiver;
   archiver.setClassName(device, ArchivedThing::kClass);
   archiver.encodeRootObject(thing.get());
-  const auto first = archiver.finishEncoding();
+  const auto first = *archiver.finishEncoding();
   archiver.encodeRootObject(thing.get());
-  EXPECT_EQ(archiver.finishEncoding(), first);
-  std::string error;
-  EXPECT_FALSE(StandardKeyedUnarchiver::unarchive(first, 0, &error));
-  EXPECT_EQ(error, "the class \"PMThing\" is unknown");
+  EXPECT_EQ(*archiver.finishEncoding(), first);
+  const auto foreign = StandardKeyedUnarchiver::unarchive(first, 0);
+  EXPECT_EQ(nameOf(foreign.status().code()), "unsupported");
+  EXPECT_EQ(foreign.status().message(), "the class \"PMThing\" is unknown");
 
   struct Unarchivable final : Object {
     const Class& isa() const noexcept override { return Object::kClass; }
@@ -165,7 +164,7 @@ TEST_F(StandardKeyedCoders, AnArchiverMayBeUsedAgain) {
   EXPECT_THROW(archiver.encodeRootObject(thing.get()), std::logic_error);
   thing->payload = nullptr;
   archiver.encodeRootObject(thing.get());
-  EXPECT_EQ(archiver.finishEncoding(), first);
+  EXPECT_EQ(*archiver.finishEncoding(), first);
 }
 
 // The layout is checked, and the values read, by a reader that shares no code with the library.
@@ -241,17 +240,15 @@ std::string thing(const std::string& entries, const std::string& more = "") {
   return archive(record(2, entries) + classRecord("Thing") + more);
 }
 
-Ref<Object> unarchive(const std::string& file, std::string* error) {
-  return StandardKeyedUnarchiver::unarchive(bytesOf(file), 0, error);
+Result<Ref<Object>> unarchive(const std::string& file) {
+  return StandardKeyedUnarchiver::unarchive(bytesOf(file), 0);
 }
 
 TEST_F(StandardKeyedCoders, ReadsWhatOtherArchiversWrite) {
   const auto payload = [&](const std::string& objects) -> Ref<Object> {
-    std::string error;
-    const auto read =
-        as<ArchivedThing>(unarchive(thing(entry("Thing.payload", uid(3)), objects), &error));
-    EXPECT_TRUE(read && read->payload) << error << objects;
-    return read ? read->payload : nullptr;
+    const auto read = unarchive(thing(entry("Thing.payload", uid(3)), objects));
+    EXPECT_TRUE(read) << read.status().message() << objects;
+    return read ? as<ArchivedThing>(*read)->payload : nullptr;
   };
   const auto string = payload(record(4, entry("NS.string", "<string>text</string>")) +
                               classRecord("NSMutableString"));
@@ -288,16 +285,14 @@ TEST_F(StandardKeyedCoders, ReadsWhatOtherArchiversWrite) {
 }
 
 TEST_F(StandardKeyedCoders, ToleratesOtherWidths) {
-  std::string error;
-  const auto read = as<ArchivedThing>(unarchive(
-      thing(entry("Thing.flag", "<integer>2</integer>") + entry("Thing.number", "<real>3</real>") +
-                entry("Thing.longNumber", "<true/>") +
-                entry("Thing.single", "<integer>4</integer>") +
-                entry("Thing.real", "<integer>18446744073709551615</integer>") +
-                entry("Thing.whole", uid(0)) + entry("Thing.payload", uid(3)),
-            "<string>$null</string>"),
-      &error));
-  ASSERT_TRUE(read) << error;
+  const auto whole = unarchive(thing(
+      entry("Thing.flag", "<integer>2</integer>") + entry("Thing.number", "<real>3</real>") +
+          entry("Thing.longNumber", "<true/>") + entry("Thing.single", "<integer>4</integer>") +
+          entry("Thing.real", "<integer>18446744073709551615</integer>") +
+          entry("Thing.whole", uid(0)) + entry("Thing.payload", uid(3)),
+      "<string>$null</string>"));
+  ASSERT_TRUE(whole) << whole.status().message();
+  const auto read = as<ArchivedThing>(*whole);
   EXPECT_TRUE(read->flag);
   EXPECT_EQ(read->number, 3);
   EXPECT_EQ(read->longNumber, 1);
@@ -365,12 +360,10 @@ TEST_F(StandardKeyedCoders, RefusesWhatDoesNotFit) {
       {thing(entry("Thing.bytes", text)), "Thing.bytes: a string where data"},
   };
   for (const auto& item : cases) {
-    std::string error;
-    EXPECT_FALSE(unarchive(item.file, &error)) << item.file;
+    EXPECT_FALSE(unarchive(item.file)) << item.file;
     // Names that stay for the process's life are made by now.
     const auto before = Object::liveObjectCount();
-    EXPECT_FALSE(unarchive(item.file, &error)) << item.file;
-    EXPECT_THAT(error, HasSubstr(item.error)) << item.file;
+    EXPECT_THAT(unarchive(item.file).status().message(), HasSubstr(item.error)) << item.file;
     EXPECT_EQ(Object::liveObjectCount(), before) << item.file;
   }
 }
@@ -380,10 +373,9 @@ TEST_F(StandardKeyedCoders, LeavesNothingBehindOfACircle) {
   const auto circle =
       thing(entry("Thing.payload", uid(3)),
             record(2, entry("Thing.payload", uid(1)) + entry("Thing.number", "<string/>")));
-  EXPECT_FALSE(
-      unarchive(circle, nullptr));  // names that stay for the process's life are made by now
+  EXPECT_FALSE(unarchive(circle));  // names that stay for the process's life are made by now
   const auto before = Object::liveObjectCount();
-  EXPECT_FALSE(unarchive(circle, nullptr));
+  EXPECT_FALSE(unarchive(circle));
   EXPECT_EQ(Object::liveObjectCount(), before);
 }
 
@@ -402,9 +394,9 @@ TEST_F(StandardKeyedCoders, BoundsWhatSharedContentsCost) {
   for (int i = 0; i < kElements; ++i) elements += uid(6 + i);
   objects.replace(objects.find('@'), 1, list(things));
   objects.replace(objects.find('#'), 1, list(elements));
-  std::string error;
-  EXPECT_FALSE(unarchive(archive(objects), &error));
-  EXPECT_EQ(error, "the same contents are shared by too many objects");
+  const auto status = unarchive(archive(objects)).status();
+  EXPECT_EQ(nameOf(status.code()), "tooLarge");
+  EXPECT_EQ(status.message(), "the same contents are shared by too many objects");
 }
 
 // Records of many keys that many others refer to: as the parts of each thing, and as the members of
@@ -424,7 +416,7 @@ TEST_F(StandardKeyedCoders, SearchesAWideRecordOnce) {
   };
   const auto read = [&](const std::string& objects, std::string& error) {
     const auto start = std::chrono::steady_clock::now();
-    unarchive(objects, &error);
+    error = unarchive(objects).status().message();
     return std::chrono::steady_clock::now() - start;
   };
   std::string error;
@@ -471,7 +463,7 @@ TEST_F(StandardKeyedCoders, StartsAgainAfterAnObjectThatThrows) {
   for (const auto& step : steps) {
     EXPECT_THROW(step(), std::logic_error);
     archiver.encodeRootObject(thing.get());
-    EXPECT_EQ(make<Data>(archiver.finishEncoding())->bytes().size(), expected->size());
+    EXPECT_EQ(make<Data>(*archiver.finishEncoding())->bytes().size(), expected->size());
   }
 }
 
@@ -509,7 +501,7 @@ TEST_F(StandardKeyedCoders, HandsObjectsTheCodingTypeOfTheirPlace) {
   root->first->second = make<TypedThing>();
   root->second->first = make<TypedThing>();
   const auto data = StandardKeyedArchiver::archivedData(root.get(), 5);
-  const auto opened = as<TypedThing>(StandardKeyedUnarchiver::unarchive(data->bytes(), 5));
+  const auto opened = as<TypedThing>(*StandardKeyedUnarchiver::unarchive(data->bytes(), 5));
   ASSERT_TRUE(opened);
   const struct {
     const TypedThing& thing;
@@ -536,8 +528,9 @@ TEST_F(StandardKeyedCoders, EscapesKeysThatBeginLikeTheArchivesOwn) {
     }
   };
   const auto data = StandardKeyedArchiver::archivedData(make<Escaped>().get(), 0);
-  PropertyList read;
-  ASSERT_TRUE(PropertyListReader::read(data->bytes(), read));
+  const auto whole = PropertyListReader::read(data->bytes());
+  ASSERT_TRUE(whole);
+  const PropertyList& read = *whole;
   const auto objects = read.elements(read.valueForKey(read.root(), "$objects"));
   const auto escaped = read.valueForKey(objects[1], "$$class");
   ASSERT_NE(escaped, PropertyList::kNone);

@@ -25,18 +25,17 @@ DocumentInput openDocument(std::string_view what, const DocumentOptions& options
                            const PropertyList& list) {
   DocumentInput input;
   input.codingType = options.codingType ? *options.codingType : HXDocumentFile::codingTypeOf(list);
-  std::string error;
-  input.document = HXDocumentFile::document(list, input.codingType, error);
-  if (!input.document) failWithFile(what, options.file, error);
+  auto document = HXDocumentFile::document(list, input.codingType);
+  if (!document) failWithFile(what, options.file, document.status());
+  input.document = *std::move(document);
   return input;
 }
 
 DocumentInput openDocument(std::string_view what, const DocumentOptions& options) {
   const auto bytes = readFile(what, options.file);
-  PropertyList list;
-  std::string error;
-  if (!PropertyListReader::read(bytes, list, &error)) failWithFile(what, options.file, error);
-  return openDocument(what, options, list);
+  const auto list = PropertyListReader::read(bytes);
+  if (!list) failWithFile(what, options.file, list.status());
+  return openDocument(what, options, *list);
 }
 
 void requireShape(std::string_view what, const std::string& path, const HXDocument& document) {

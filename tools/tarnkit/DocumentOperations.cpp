@@ -51,9 +51,7 @@ Result documentGraph(Session& session, const Arguments& arguments) {
 Result open(Session& session, const Arguments& arguments) {
   const auto name = arguments.optionalText("as");
   const auto codingType = arguments.integer("codingType", 0);
-  std::string error;
-  const auto document = HXDocumentFile::open(filePath(session, arguments), codingType, error);
-  if (!document) throw CommandFailure(error);
+  const auto document = required(HXDocumentFile::open(filePath(session, arguments), codingType));
   session.takeDocument(name, document);
   return keysOf(document);
 }
@@ -61,28 +59,20 @@ Result open(Session& session, const Arguments& arguments) {
 Result save(Session& session, const Arguments& arguments) {
   const auto codingType = arguments.integer("codingType", 0);
   const auto path = filePath(session, arguments);
-  std::string error;
-  if (!HXDocumentFile::save(*session.document(), path, codingType, error)) {
-    throw CommandFailure(error);
-  }
+  require(HXDocumentFile::save(*session.document(), path, codingType));
   return {};
 }
 
 Result send(Session& session, const Arguments& arguments) {
   const auto path = filePath(session, arguments);
-  std::string error;
-  if (!HXDocumentFile::send(*session.document(), path, error)) throw CommandFailure(error);
+  require(HXDocumentFile::send(*session.document(), path));
   return {};
 }
 
 Result sendImages(Session& session, const Arguments& arguments) {
   const auto directory = arguments.text("directory");
   session.checkFile(directory);
-  std::vector<String> keys;
-  std::string error;
-  if (!HXDocumentFile::sendImages(*session.document(), directory, keys, error)) {
-    throw CommandFailure(error);
-  }
+  auto keys = required(HXDocumentFile::sendImages(*session.document(), directory));
   return [keys = std::move(keys)](JSONWriter& json) {
     json.beginObject().key("keys");
     writeStrings(json, keys);

@@ -1,5 +1,3 @@
-#include <fmt/format.h>
-
 #include "tarnkit/model/HXImageStore.h"
 #include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
@@ -17,11 +15,9 @@ Result addImage(Session& session, const Arguments& arguments) {
   const auto path = arguments.text("file");
   session.checkFile(path);
   const auto document = session.document();
-  std::string reason;
-  const auto image = Image::imageWithContentsOfFile(String(path), &reason);
-  if (!image) throw CommandFailure(reason);
-  const auto entry = HXImageStore::createImageEntry(image);
-  if (!entry) throw CommandFailure(fmt::format("{}: the image cannot be stored", path));
+  const auto image = required(Image::imageWithContentsOfFile(String(path)));
+  const auto entry =
+      required(HXImageStore::entryWithImage(image).within("the image cannot be stored").at(path));
   document->imageStore()->addImageEntry(entry);
   session.nameImage(name, entry);
   return [entry](JSONWriter& json) {

@@ -17,7 +17,7 @@ bool InputLines::next() {
   line_.clear();
   isLost_ = false;
   for (bool isBegun = false;; isBegun = true) {
-    if (at_ == end_ && !fill()) return isBegun && error_ == 0;
+    if (at_ == end_ && !fill()) return isBegun && status_;
     const char* const from = piece_.data() + at_;
     const char* const end = piece_.data() + end_;
     const char* const feed = std::find(from, end, '\n');
@@ -50,7 +50,7 @@ bool InputLines::fill() {
       ::poll(&input, 1, -1);
       continue;
     }
-    if (size < 0) error_ = errno;
+    if (size < 0) status_ = Status::ofSystem(errno);
     if (size <= 0) return false;
     at_ = 0;
     end_ = static_cast<std::size_t>(size);

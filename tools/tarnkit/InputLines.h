@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "tarnkit/platform/system/Status.h"
+
 namespace tarnkit::tool {
 
 /// The lines of standard input, read as they come. A line may be as long as memory allows; one for
@@ -22,8 +24,8 @@ class InputLines {
   const std::string& line() const noexcept { return line_; }
   /// Whether the line was too long for the memory.
   bool isLost() const noexcept { return isLost_; }
-  /// The system's number of what ended the reading; 0 at the end of the input.
-  int error() const noexcept { return error_; }
+  /// What ended the reading: ok at the end of the input.
+  const Status& status() const noexcept { return status_; }
 
  private:
   bool fill();
@@ -35,7 +37,7 @@ class InputLines {
   std::size_t end_ = 0;
   std::string line_;
   bool isLost_ = false;
-  int error_ = 0;
+  Status status_;
 };
 
 }  // namespace tarnkit::tool

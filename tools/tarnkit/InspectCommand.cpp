@@ -51,16 +51,13 @@ void inspect(const InspectOptions& options) {
   const auto bytes = readFile("inspect", options.file);
   HXArchiveReader archive;
   if (archive.open(bytes)) return printArchive(archive, options.json);
-  PropertyList list;
-  std::string error;
-  if (!PropertyListReader::read(bytes, list, &error)) {
-    failWithFile("inspect", options.file, error);
-  }
-  if (HXArchiveReader::sniff(list) != HXArchiveKind::editorDocument) {
+  const auto list = PropertyListReader::read(bytes);
+  if (!list) failWithFile("inspect", options.file, list.status());
+  if (HXArchiveReader::sniff(*list) != HXArchiveKind::editorDocument) {
     failWithFile("inspect", options.file,
                  "it is no editor document, device graph or image archive");
   }
-  printDocument(openDocument("inspect", {options.file, std::nullopt}, list), options);
+  printDocument(openDocument("inspect", {options.file, std::nullopt}, *list), options);
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
 #include "tarnkit/math/MXMathEvaluator.h"
 #include "tarnkit/math/MXMathStringTokenizer.h"
@@ -183,9 +182,7 @@ void run(bool percent) {
     if (progress) progress->setCount(answered);
   }
   answers.flush();
-  if (const int error = lines.error()) {
-    throw CommandFailure("math", "standard input", std::generic_category().message(error));
-  }
+  if (!lines.status()) failWithFile("math", kStandardStream, lines.status());
 }
 
 }  // namespace

@@ -11,10 +11,8 @@ namespace tarnkit::tool {
 namespace {
 
 void writeToStandardOutput(std::string_view what, ByteSpan bytes) {
-  std::string error;
-  if (!File::writeStream(STDOUT_FILENO, bytes, &error)) {
-    throw CommandFailure(what, "standard output", error);
-  }
+  const auto status = File::writeStream(STDOUT_FILENO, bytes);
+  if (!status) throw CommandFailure(what, "standard output", status.sentence());
 }
 
 }  // namespace
@@ -24,32 +22,27 @@ void writeToStandardOutput(std::string_view text) {
 }
 
 std::vector<std::uint8_t> readFile(std::string_view what, const std::string& path) {
-  std::vector<std::uint8_t> bytes;
-  std::string error;
-  if (path == kStandardStream) {
-    if (!File::readStream(STDIN_FILENO, bytes, &error)) {
-      throw CommandFailure(what, "standard input", error);
-    }
-    return bytes;
-  }
-  if (!File::read(path, bytes, &error)) failWithFile(what, path, error);
-  return bytes;
+  auto bytes = path == kStandardStream ? File::readStream(STDIN_FILENO) : File::read(path);
+  if (!bytes) failWithFile(what, path, bytes.status());
+  return *std::move(bytes);
 }
 
 void writeFile(std::string_view what, const std::string& path, ByteSpan bytes) {
   if (path == kStandardStream) return writeToStandardOutput(what, bytes);
-  std::string error;
-  if (!File::write(path, bytes, &error)) failWithFile(what, path, error);
+  const auto status = File::write(path, bytes);
+  if (!status) failWithFile(what, path, status);
 }
 
 void complain(std::string_view text) { Log::line("tarnkit: " + oneLine(text)); }
 
 std::string oneLine(std::string_view text) { return Log::oneLine(text); }
 
-void failWithFile(std::string_view what, const std::string& path, std::string_view error) {
-  const std::string prefix = path + ": ";
-  if (error.substr(0, prefix.size()) == prefix) error.remove_prefix(prefix.size());
-  throw CommandFailure(what, path == kStandardStream ? "standard input" : path, error);
+void failWithFile(std::string_view what, const std::string& path, std::string_view why) {
+  throw CommandFailure(what, path == kStandardStream ? "standard input" : path, why);
+}
+
+void failWithFile(std::string_view what, const std::string& path, const Status& status) {
+  failWithFile(what, path, status.path() == path ? status.sentence() : status.message());
 }
 
 }  // namespace tarnkit::tool

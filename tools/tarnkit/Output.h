@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/system/Status.h"
 
 namespace tarnkit::tool {
 
@@ -28,8 +29,11 @@ void complain(std::string_view text);
 /// shown within lines and on terminals.
 std::string oneLine(std::string_view text);
 
-/// The failure of the library that `error` tells, of which the path may be the first word.
+/// Throws the CommandFailure of work on that file.
 [[noreturn]] void failWithFile(std::string_view what, const std::string& path,
-                               std::string_view error);
+                               std::string_view why);
+/// The same for a failure of the library, which may be about another file on the way.
+[[noreturn]] void failWithFile(std::string_view what, const std::string& path,
+                               const Status& status);
 
 }  // namespace tarnkit::tool

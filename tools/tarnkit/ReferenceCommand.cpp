@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "tarnkit/patches/PatchRegistry.h"
+#include "tarnkit/platform/system/File.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Output.h"
@@ -59,15 +60,6 @@ std::vector<OutputFile> filesOf(const ReferencePages& pages, const ReferenceOpti
   return files;
 }
 
-void makeDirectory(const std::string& directory) {
-  std::error_code failure;
-  std::filesystem::create_directories(directory, failure);
-  // A path that ends in "/" counts as not created when it is there already.
-  std::error_code unknown;
-  if (std::filesystem::is_directory(directory, unknown)) return;
-  throw CommandFailure(kWhat, directory, failure ? failure.message() : "it is no directory");
-}
-
 /// What is there under the name of one of our files must be from an earlier reference.
 void requireOurs(const std::filesystem::path& path) {
   std::error_code failure;
@@ -76,7 +68,7 @@ void requireOurs(const std::filesystem::path& path) {
   if (std::filesystem::is_regular_file(path, failure)) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
-      throw CommandFailure(kWhat, path.string(), std::generic_category().message(errno));
+      failWithFile(kWhat, path.string(), Status::ofSystem(errno));
     }
     file.read(start.data(), start.size());
   }
@@ -92,7 +84,8 @@ void writeReference(const ReferenceOptions& options) {
   Progress progress("writing the reference");
   const ReferencePages pages(catalogue());
   const auto files = filesOf(pages, options, progress);
-  makeDirectory(options.directory);
+  const auto made = File::makeDirectory(options.directory);
+  if (!made) failWithFile(kWhat, options.directory, made);
   const std::filesystem::path directory(options.directory);
   for (const OutputFile& file : files) requireOurs(directory / file.name);
   for (const OutputFile& file : files) {

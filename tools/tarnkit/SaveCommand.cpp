@@ -22,11 +22,10 @@ struct SaveOptions {
 void save(const SaveOptions& options) {
   const Progress progress("saving " + options.output);
   const auto input = openDocument("save", options.document);
-  std::string error;
-  const auto bytes = HXDocumentFile::dataWithDocument(*input.document,
-                                                      options.to.value_or(input.codingType), error);
-  if (bytes.empty()) failWithFile("save", options.document.file, error);
-  writeFile("save", options.output, bytes);
+  const auto bytes =
+      HXDocumentFile::dataWithDocument(*input.document, options.to.value_or(input.codingType));
+  if (!bytes) failWithFile("save", options.document.file, bytes.status());
+  writeFile("save", options.output, *bytes);
 }
 
 }  // namespace

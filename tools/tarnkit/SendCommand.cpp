@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tools/tarnkit/DocumentInput.h"
@@ -23,16 +22,11 @@ void send(const SendOptions& options) {
   const Progress progress("sending " + options.document.file);
   const auto input = openDocument("send", options.document);
   const auto graph = HXDocumentFile::deviceGraph(*input.document);
-  if (graph.empty()) {
-    failWithFile("send", options.document.file, "the device graph could not be made");
-  }
-  writeFile("send", options.output, graph);
+  if (!graph) failWithFile("send", options.document.file, graph.status());
+  writeFile("send", options.output, *graph);
   if (options.images.empty()) return;
-  std::vector<String> keys;
-  std::string error;
-  if (!HXDocumentFile::sendImages(*input.document, options.images, keys, error)) {
-    failWithFile("send", options.images, error);
-  }
+  const auto keys = HXDocumentFile::sendImages(*input.document, options.images);
+  if (!keys) failWithFile("send", options.images, keys.status());
 }
 
 }  // namespace

@@ -10,7 +10,6 @@
 #include <iostream>
 #include <new>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "tarnkit/model/HXModel.h"
@@ -72,11 +71,9 @@ int run(int argc, char** argv) {
       .add_option_function<std::vector<std::string>>(
           "--plugin",
           [](const std::vector<std::string>& files) {
-            std::string reason;
             for (const std::string& file : files) {
-              if (!tarnkit::loadPlugin(file, reason)) {
-                throw tool::CommandFailure("plug-in", file, reason);
-              }
+              const auto status = tarnkit::loadPlugin(file);
+              if (!status) tool::failWithFile("plug-in", file, status);
             }
           },
           "Loads a plug-in's patch definitions")
@@ -102,7 +99,8 @@ int run(int argc, char** argv) {
 void flushOutput() {
   std::cout.flush();
   if (std::fflush(stdout) == 0 && std::cout && std::ferror(stdout) == 0) return;
-  throw tool::CommandFailure("output", "standard output", std::generic_category().message(errno));
+  throw tool::CommandFailure("output", "standard output",
+                             tarnkit::Status::ofSystem(errno).sentence());
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "tarnkit/platform/collections/OrderedSet.h"
 #include "tarnkit/platform/objects/Data.h"
 #include "tarnkit/platform/objects/FunctionRef.h"
+#include "tarnkit/platform/system/Status.h"
 #include "tarnkit/platform/text/String.h"
 #include "tarnkit/platform/text/Symbol.h"
 
@@ -140,7 +141,9 @@ class Decoder : public Coder {
   virtual bool decodeMap(const Symbol& key,
                          FunctionRef<void(const String&, const Ref<Object>&)> visit) = 0;
   /// Records that the archive cannot be read, and why, unless something was recorded before.
-  virtual void fail(std::string reason) = 0;
+  virtual void fail(Status failure) = 0;
+  /// The same of an archive that is damaged.
+  void fail(std::string sentence) { fail(Status::damaged(std::move(sentence))); }
   virtual bool failed() const = 0;
   /// Counts what an object made while it was decoded that does not stand in the archive. False,
   /// with a failure, when that comes to be out of all proportion to the archive; readers of what

@@ -28,15 +28,13 @@ std::string shown(std::string_view text) { return std::string(text.substr(0, 200
 
 }  // namespace
 
-void KeyedArchiveRecords::fail(std::string reason) {
-  if (failed_) return;
-  failed_ = true;
-  error_ = std::move(reason);
+void KeyedArchiveRecords::fail(Status failure) {
+  if (!failed()) failure_ = std::move(failure);
 }
 
 bool KeyedArchiveRecords::open() {
-  const auto refuse = [&](std::string_view reason) {
-    fail(fmt::format("not a keyed archive: {}", reason));
+  const auto refuse = [&](const char* reason) {
+    fail(Status::failure(StatusCode::unsupported, reason).within("not a keyed archive"));
     return false;
   };
   const Index frame = list_.root();
@@ -288,7 +286,8 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::readClass(Index val
   if (found.form == Form::none) {
     found.made = ClassRegistry::classNamed(text);
     if (!found.made || !found.made->canBeMade()) {
-      fail(fmt::format("the class \"{}\" is unknown", found.name));
+      fail(Status::failure(StatusCode::unsupported,
+                           fmt::format("the class \"{}\" is unknown", found.name)));
       return nullptr;
     }
     found.form = Form::registered;
@@ -326,7 +325,8 @@ Ref<Object> KeyedArchiveRecords::makeFromRecord(Index record) {
       object = known->made->make();
   }
   if (!object) {
-    fail(fmt::format("no object of the class \"{}\" can be made", known->name));
+    fail(Status::failure(StatusCode::unsupported,
+                         fmt::format("no object of the class \"{}\" can be made", known->name)));
     return nullptr;
   }
   made_.push_back(record);
@@ -379,7 +379,7 @@ bool KeyedArchiveRecords::spendBytes(std::uint64_t bytes) {
 }
 
 bool KeyedArchiveRecords::refuseSharing() {
-  fail("the same contents are shared by too many objects");
+  fail(Status::failure(StatusCode::tooLarge, "the same contents are shared by too many objects"));
   return false;
 }
 
@@ -395,7 +395,7 @@ bool KeyedArchiveRecords::visitElement(Index element, FunctionRef<void(const Ref
     return false;
   }
   visit(object);
-  return !failed_;
+  return !failed();
 }
 
 bool KeyedArchiveRecords::visitElements(Index record, Form form,
@@ -510,7 +510,7 @@ bool KeyedArchiveRecords::fillContainer(Index value) {
   const CodingKind kind = object.codingKind();
   if (kind < CodingKind::list) return false;
   refuseCycles(value);
-  if (failed_) return true;
+  if (failed()) return true;
   switch (kind) {
     case CodingKind::list:
       visitElements(value, Form::list,
@@ -548,7 +548,7 @@ std::vector<Index> KeyedArchiveRecords::containersIn(Index record) {
     if (value != kNone && isContainer(value)) found.push_back(value);
   };
   const auto keys = list_.keys(record);
-  for (std::size_t i = 0; i < keys.size() && !failed_; ++i) {
+  for (std::size_t i = 0; i < keys.size() && !failed(); ++i) {
     const Index value = list_.values(record)[i];
     if (list_.keyOf(keys[i]) == classKey_) continue;
     if (list_.kind(value) != Kind::array) {
@@ -575,7 +575,7 @@ void KeyedArchiveRecords::refuseCycles(Index container) {
   };
   if ((marks_[container] & kSearched) != 0) return;
   enter(container);
-  while (!path.empty() && !failed_) {
+  while (!path.empty() && !failed()) {
     Step& step = path.back();
     if (step.below.empty()) {
       marks_[step.record] &= ~kOnPath;

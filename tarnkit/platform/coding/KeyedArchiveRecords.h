@@ -2,11 +2,13 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tarnkit/platform/objects/FunctionRef.h"
 #include "tarnkit/platform/objects/Object.h"
 #include "tarnkit/platform/propertylist/PropertyList.h"
+#include "tarnkit/platform/system/Status.h"
 #include "tarnkit/platform/text/String.h"
 
 namespace tarnkit::detail {
@@ -26,9 +28,11 @@ class KeyedArchiveRecords {
   Ref<Object> root();
   const PropertyList& list() const noexcept { return list_; }
 
-  void fail(std::string reason);
-  bool failed() const noexcept { return failed_; }
-  const std::string& error() const noexcept { return error_; }
+  /// Keeps the first failure.
+  void fail(Status failure);
+  void fail(std::string sentence) { fail(Status::damaged(std::move(sentence))); }
+  bool failed() const noexcept { return !failure_.isOK(); }
+  Status takeFailure() noexcept { return std::move(failure_); }
   void eachMade(FunctionRef<void(Object&)> visit) const;
   /// One line about the objects of the archive that nothing asked for, by class; empty when there
   /// are none. The platform's own values and containers do not count.
@@ -124,8 +128,7 @@ class KeyedArchiveRecords {
   std::vector<ClassRecord> classes_;
   std::uint64_t visits_ = 0;
   std::uint64_t bytes_ = 0;
-  std::string error_;
-  bool failed_ = false;
+  Status failure_;
 };
 
 }  // namespace tarnkit::detail

@@ -337,16 +337,16 @@ struct StandardKeyedArchiver::State {
 StandardKeyedArchiver::StandardKeyedArchiver() : state_(std::make_unique<State>(*this)) {}
 StandardKeyedArchiver::~StandardKeyedArchiver() = default;
 
-Ref<Data> StandardKeyedArchiver::archivedData(const Object* root, std::int32_t codingType,
-                                              std::string* error) {
+Result<Ref<Data>> StandardKeyedArchiver::archivedData(const Object* root, std::int32_t codingType) {
   StandardKeyedArchiver archiver;
   archiver.setCodingType(codingType);
   try {
     archiver.encodeRootObject(root);
-    return make<Data>(archiver.finishEncoding());
+    auto bytes = archiver.finishEncoding();
+    if (!bytes) return std::move(bytes).status();
+    return make<Data>(*std::move(bytes));
   } catch (const std::length_error& tooLarge) {
-    if (error) *error = tooLarge.what();
-    return nullptr;
+    return Status::failure(StatusCode::tooLarge, tooLarge.what());
   }
 }
 
@@ -358,21 +358,28 @@ void StandardKeyedArchiver::encodeRootObject(const Object* root) {
   }
 }
 
-std::vector<std::uint8_t> StandardKeyedArchiver::finishEncoding() {
+Result<std::vector<std::uint8_t>> StandardKeyedArchiver::finishEncoding() {
   State& state = *state_;
   PropertyListWriter& writer = state.writer;
   for (Index& body : state.bodies) {
     if (body == kUnfilled) body = state.null;  // referred to conditionally only
   }
-  const Index keys[] = {writer.addString("$archiver"), writer.addString("$objects"),
-                        writer.addString("$top"), writer.addString("$version")};
-  const Index values[] = {writer.addString("NSKeyedArchiver"), writer.addArray(state.bodies),
-                          writer.addMap(state.top.keys, state.top.values),
-                          writer.addInt(kArchiveVersion)};
-  const auto into = writer.fillMap(state.list, std::size(keys));
-  std::copy_n(values, std::size(values), std::copy_n(keys, std::size(keys), into.begin()));
-  auto bytes = writer.finish(state.list);
+  std::vector<std::uint8_t> bytes;
+  Status status;
+  try {
+    const Index keys[] = {writer.addString("$archiver"), writer.addString("$objects"),
+                          writer.addString("$top"), writer.addString("$version")};
+    const Index values[] = {writer.addString("NSKeyedArchiver"), writer.addArray(state.bodies),
+                            writer.addMap(state.top.keys, state.top.values),
+                            writer.addInt(kArchiveVersion)};
+    const auto into = writer.fillMap(state.list, std::size(keys));
+    std::copy_n(values, std::size(values), std::copy_n(keys, std::size(keys), into.begin()));
+    bytes = writer.finish(state.list);
+  } catch (const std::length_error& tooLarge) {
+    status = Status::failure(StatusCode::tooLarge, tooLarge.what());
+  }
   state.reset();
+  if (!status) return status;
   return bytes;
 }
 

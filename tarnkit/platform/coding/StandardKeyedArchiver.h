@@ -1,9 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/system/Result.h"
 
 namespace tarnkit {
 
@@ -22,16 +22,15 @@ class StandardKeyedArchiver final : public Encoder {
   StandardKeyedArchiver();
   ~StandardKeyedArchiver() override;
 
-  /// The archive of `root` (which may be null), or null with a sentence in `error` when it would be
-  /// too large for the format. A class that cannot be archived throws (std::logic_error).
-  static Ref<Data> archivedData(const Object* root, std::int32_t codingType,
-                                std::string* error = nullptr);
+  /// The archive of `root` (which may be null); a failure when it would be too large for the
+  /// format. A class that cannot be archived throws (std::logic_error).
+  static Result<Ref<Data>> archivedData(const Object* root, std::int32_t codingType);
 
   /// Writes the object, and everything it refers to unconditionally, under "root".
   void encodeRootObject(const Object* root);
-  /// The finished archive. The archiver is then empty and may be used again; substituted class
-  /// names are kept. Throws std::length_error when the archive would be too large for the format.
-  std::vector<std::uint8_t> finishEncoding();
+  /// The finished archive; a failure when it would be too large for the format. The archiver is
+  /// then empty and may be used again; substituted class names are kept.
+  Result<std::vector<std::uint8_t>> finishEncoding();
 
   // Called outside of an object's `encodeWithCoder`, these write into "$top".
   void encodeBool(bool value, const Symbol& key) override;

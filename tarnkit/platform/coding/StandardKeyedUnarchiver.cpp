@@ -16,6 +16,18 @@ namespace tarnkit {
 using Kind = PropertyList::Kind;
 using Index = PropertyList::Index;
 
+namespace {
+
+// What a class throws while it reads its keys, for whatever reason, ends the reading.
+Status failureOf(const std::exception& thrown) {
+  if (dynamic_cast<const std::bad_alloc*>(&thrown)) {
+    return Status::failure(StatusCode::outOfMemory, "there is not enough memory to read it");
+  }
+  return Status::damaged(thrown.what());
+}
+
+}  // namespace
+
 /// The work list beside the records: what waits to be initialised or awoken, and whose keys are
 /// being read just now.
 struct StandardKeyedUnarchiver::State {
@@ -167,35 +179,30 @@ StandardKeyedUnarchiver::StandardKeyedUnarchiver(const PropertyList& list)
     : state_(std::make_unique<State>(list, *this)) {}
 StandardKeyedUnarchiver::~StandardKeyedUnarchiver() = default;
 
-Ref<Object> StandardKeyedUnarchiver::unarchive(ByteSpan bytes, std::int32_t codingType,
-                                               std::string* error) {
-  PropertyList list;
-  return PropertyListReader::read(bytes, list, error) ? unarchive(list, codingType, error)
-                                                      : nullptr;
+Result<Ref<Object>> StandardKeyedUnarchiver::unarchive(ByteSpan bytes, std::int32_t codingType) {
+  auto list = PropertyListReader::read(bytes);
+  if (!list) return std::move(list).status();
+  return unarchive(*list, codingType);
 }
 
-Ref<Object> StandardKeyedUnarchiver::unarchive(const PropertyList& list, std::int32_t codingType,
-                                               std::string* error) {
-  std::string reason;
+Result<Ref<Object>> StandardKeyedUnarchiver::unarchive(const PropertyList& list,
+                                                       std::int32_t codingType) {
   try {
     StandardKeyedUnarchiver decoder(list);
     decoder.setCodingType(codingType);
     Ref<Object> root = decoder.run();
+    auto& records = decoder.state_->records;
     if (!decoder.failed()) {
-      const std::string unread = decoder.state_->records.unreadObjects();
+      const std::string unread = records.unreadObjects();
       if (!unread.empty()) Log::warning("StandardKeyedUnarchiver", unread);
       return root;
     }
-    reason = decoder.state_->records.error();
     root = nullptr;
-    decoder.state_->records.abandon();
-  } catch (const std::bad_alloc&) {
-    reason = "there is not enough memory to read it";
-  } catch (const std::exception& failure) {
-    reason = failure.what();
+    records.abandon();
+    return records.takeFailure();
+  } catch (const std::exception& thrown) {
+    return failureOf(thrown);
   }
-  if (error) *error = std::move(reason);
-  return nullptr;
 }
 
 Ref<Object> StandardKeyedUnarchiver::run() {
@@ -232,10 +239,8 @@ Ref<Object> StandardKeyedUnarchiver::run() {
     for (const auto check : state.checks) {
       if (!failed()) check(*this);
     }
-  } catch (const std::bad_alloc&) {
-    fail("there is not enough memory to read it");
-  } catch (const std::exception& failure) {
-    fail(failure.what());
+  } catch (const std::exception& thrown) {
+    fail(failureOf(thrown));
   }
   return root;
 }
@@ -293,7 +298,7 @@ bool StandardKeyedUnarchiver::decodeMap(
   return reference != PropertyList::kNone && state_->records.visitMap(reference, key.text(), visit);
 }
 
-void StandardKeyedUnarchiver::fail(std::string reason) { state_->records.fail(std::move(reason)); }
+void StandardKeyedUnarchiver::fail(Status failure) { state_->records.fail(std::move(failure)); }
 
 bool StandardKeyedUnarchiver::failed() const { return state_->records.failed(); }
 

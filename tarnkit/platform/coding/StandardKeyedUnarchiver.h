@@ -1,9 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "tarnkit/platform/coding/Coder.h"
+#include "tarnkit/platform/system/Result.h"
 
 namespace tarnkit {
 
@@ -34,14 +34,12 @@ class StandardKeyedUnarchiver final : public Decoder {
   static constexpr std::uint64_t kSharingFactor = 2;
   static constexpr std::uint64_t kSharingAllowance = 65536;
 
-  /// The root object ("root" of "$top"), or null with one sentence in `error`. Nothing is thrown;
-  /// of an archive that fails no object stays alive that the model does not hold itself. One line
-  /// is logged when objects of the archive were left out because nothing asked for them.
-  static Ref<Object> unarchive(ByteSpan bytes, std::int32_t codingType,
-                               std::string* error = nullptr);
+  /// The root object ("root" of "$top"). Nothing is thrown; of an archive that fails no object
+  /// stays alive that the model does not hold itself. One line is logged when objects of the
+  /// archive were left out because nothing asked for them.
+  static Result<Ref<Object>> unarchive(ByteSpan bytes, std::int32_t codingType);
   /// The same of a property list that was read already, whose bytes are still there.
-  static Ref<Object> unarchive(const PropertyList& list, std::int32_t codingType,
-                               std::string* error = nullptr);
+  static Result<Ref<Object>> unarchive(const PropertyList& list, std::int32_t codingType);
 
   bool containsValue(const Symbol& key) override;
   bool decodeBool(const Symbol& key) override;
@@ -54,7 +52,8 @@ class StandardKeyedUnarchiver final : public Decoder {
   bool decodeCollection(const Symbol& key, FunctionRef<void(const Ref<Object>&)> visit) override;
   bool decodeMap(const Symbol& key,
                  FunctionRef<void(const String&, const Ref<Object>&)> visit) override;
-  void fail(std::string reason) override;
+  using Decoder::fail;
+  void fail(Status failure) override;
   bool failed() const override;
   bool countMade(std::uint64_t things) override;
   void eachDecoded(FunctionRef<void(Object&)> visit) const override;

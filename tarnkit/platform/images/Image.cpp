@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <new>
-#include <optional>
 #include <utility>
 
 #include "tarnkit/platform/coding/Coder.h"
@@ -21,64 +20,51 @@ namespace {
 
 constinit const Symbol kPNGKey{"NSImage.png"};
 
-constexpr const char* kOutOfMemory = "there is not enough memory";
-
-void tell(std::string* reason, std::string text) {
-  if (reason) *reason = std::move(text);
+Status outOfMemory() {
+  return Status::failure(StatusCode::outOfMemory, "there is not enough memory");
 }
 
-std::optional<detail::Raster> read(ByteSpan file, const ImageLimits& limits, std::string& reason) {
+Result<detail::Raster> read(ByteSpan file, const ImageLimits& limits) {
   if (file.size() > limits.inputBytes) {
-    reason =
-        fmt::format("the file is too large ({} bytes, at most {})", file.size(), limits.inputBytes);
-    return std::nullopt;
+    return Status::failure(StatusCode::tooLarge,
+                           fmt::format("the file is too large ({} bytes, at most {})", file.size(),
+                                       limits.inputBytes));
   }
-  if (detail::isPNG(file)) return detail::readPNG(file, limits, reason);
-  if (detail::isTIFF(file)) return detail::readTIFF(file, limits, reason);
-  if (detail::isJPEG(file)) return detail::readJPEG(file, limits, reason);
-  reason = file.empty() ? "the file is empty" : "this is no PNG, TIFF or JPEG file";
-  return std::nullopt;
+  if (detail::isPNG(file)) return detail::readPNG(file, limits);
+  if (detail::isTIFF(file)) return detail::readTIFF(file, limits);
+  if (detail::isJPEG(file)) return detail::readJPEG(file, limits);
+  if (file.empty()) return Status::damaged("the file is empty");
+  return Status::failure(StatusCode::unsupported, "this is no PNG, TIFF or JPEG file");
 }
 
 }  // namespace
 
-Ref<Image> Image::imageWithData(ByteSpan file, std::string* reason, const ImageLimits& limits) {
-  std::string why;
+Result<Ref<Image>> Image::imageWithData(ByteSpan file, const ImageLimits& limits) {
   try {
-    if (auto raster = read(file, limits, why)) {
-      auto image = make<Image>();
-      image->width_ = raster->width;
-      image->height_ = raster->height;
-      image->pixels_ = make<Data>(std::move(raster->pixels));
-      return image;
-    }
+    auto raster = read(file, limits);
+    if (!raster) return std::move(raster).status();
+    auto image = make<Image>();
+    image->width_ = raster->width;
+    image->height_ = raster->height;
+    image->pixels_ = make<Data>(std::move(raster->pixels));
+    return image;
   } catch (const std::bad_alloc&) {
-    why = kOutOfMemory;
+    return outOfMemory();
   }
-  tell(reason, std::move(why));
-  return nullptr;
 }
 
-Ref<Image> Image::imageWithContentsOfFile(const String& path, std::string* reason,
-                                          const ImageLimits& limits) {
-  std::vector<std::uint8_t> file;
-  if (!File::read(path.toStdString(), file, reason, limits.inputBytes)) return nullptr;
-  std::string why;
-  auto image = imageWithData(file, &why, limits);
-  if (!image) tell(reason, fmt::format("{}: {}", path.view(), why));
-  return image;
+Result<Ref<Image>> Image::imageWithContentsOfFile(const String& path, const ImageLimits& limits) {
+  auto file = File::read(path.toStdString(), limits.inputBytes);
+  if (!file) return std::move(file).status();
+  return imageWithData(*file, limits).at(path.view());
 }
 
-Ref<Image> Image::imageWithPixels(std::uint32_t width, std::uint32_t height,
-                                  std::vector<std::uint8_t> pixels, std::string* reason) {
-  std::string why;
-  if (!detail::isSizeAllowed(width, height, {}, why)) {
-    tell(reason, std::move(why));
-    return nullptr;
-  }
+Result<Ref<Image>> Image::imageWithPixels(std::uint32_t width, std::uint32_t height,
+                                          std::vector<std::uint8_t> pixels) {
+  if (auto status = detail::checkSize(width, height, {}); !status) return status;
   if (pixels.size() != detail::rowBytes(width) * height) {
-    tell(reason, fmt::format("{} bytes are no {} x {} pixels", pixels.size(), width, height));
-    return nullptr;
+    return Status::failure(StatusCode::refused, fmt::format("{} bytes are no {} x {} pixels",
+                                                            pixels.size(), width, height));
   }
   auto image = make<Image>();
   image->width_ = width;
@@ -87,56 +73,45 @@ Ref<Image> Image::imageWithPixels(std::uint32_t width, std::uint32_t height,
   return image;
 }
 
-Ref<const Data> Image::unpackedPixels(std::string& reason) const {
-  if (auto unpacked = unpacked_.lock()) return unpacked;
-  if (!png_) {
-    reason = "the picture is empty";
-    return nullptr;
-  }
-  auto raster = detail::readPNG(png_->bytes(), {}, reason);
-  if (!raster) return nullptr;
+Result<Ref<const Data>> Image::unpackedPixels() const {
+  if (auto unpacked = unpacked_.lock()) return Ref<const Data>(unpacked);
+  if (!png_) return Status::failure(StatusCode::refused, "the picture is empty");
+  auto raster = detail::readPNG(png_->bytes(), {});
+  if (!raster) return std::move(raster).status();
   auto unpacked = make<Data>(std::move(raster->pixels));
   unpacked_ = unpacked.get();
-  return unpacked;
+  return Ref<const Data>(unpacked);
 }
 
-Ref<const Data> Image::pixels(std::string* reason) const {
-  if (pixels_) return pixels_;
-  std::string why;
+Result<Ref<const Data>> Image::pixels() const {
+  if (pixels_) return Ref<const Data>(pixels_);
   try {
-    if (auto unpacked = unpackedPixels(why)) return unpacked;
+    return unpackedPixels();
   } catch (const std::bad_alloc&) {
-    why = kOutOfMemory;
+    return outOfMemory();
   }
-  tell(reason, std::move(why));
-  return nullptr;
 }
 
-Ref<const Data> Image::TIFFRepresentation(std::string* reason) const {
-  const auto unpacked = pixels(reason);
-  if (!unpacked) return nullptr;
+Result<Ref<const Data>> Image::TIFFRepresentation() const {
+  auto unpacked = pixels();
+  if (!unpacked) return unpacked;
   try {
-    return make<Data>(detail::writeTIFF({width_, height_, unpacked->bytes()}));
+    return Ref<const Data>(make<Data>(detail::writeTIFF({width_, height_, unpacked->bytes()})));
   } catch (const std::bad_alloc&) {
-    tell(reason, kOutOfMemory);
-    return nullptr;
+    return outOfMemory();
   }
 }
 
-Ref<const Data> Image::PNGRepresentation(std::string* reason) const {
-  if (png_) return png_;
-  const auto unpacked = pixels(reason);
-  if (!unpacked) return nullptr;
-  std::string why;
-  auto file = detail::writePNG({width_, height_, unpacked->bytes()}, why);
-  if (file.empty()) {
-    tell(reason, std::move(why));
-    return nullptr;
-  }
-  file.shrink_to_fit();
-  png_ = make<Data>(std::move(file));
+Result<Ref<const Data>> Image::PNGRepresentation() const {
+  if (png_) return Ref<const Data>(png_);
+  auto unpacked = pixels();
+  if (!unpacked) return unpacked;
+  auto file = detail::writePNG({width_, height_, unpacked->bytes()});
+  if (!file) return std::move(file).status();
+  file->shrink_to_fit();
+  png_ = make<Data>(*std::move(file));
   unpacked_ = std::exchange(pixels_, nullptr).get();
-  return png_;
+  return Ref<const Data>(png_);
 }
 
 bool Image::isEqual(const Object& other) const {
@@ -146,7 +121,7 @@ bool Image::isEqual(const Object& other) const {
   if (png_ && image->png_ && png_->isEqual(*image->png_)) return true;
   const auto mine = pixels();
   const auto others = image->pixels();
-  return mine && others && mine->isEqual(*others);
+  return mine && others && mine->isEqual(**others);
 }
 
 // The pixels may be packed, so they have no part in it.
@@ -157,19 +132,18 @@ String Image::description() const {
 }
 
 void Image::encodeWithCoder(Encoder& coder) const {
-  if (const auto png = PNGRepresentation()) coder.encodeBytes(png->bytes(), kPNGKey);
+  if (width_ == 0) return;
+  const auto png = PNGRepresentation();
+  if (!png) throw std::bad_alloc();  // nothing else is in the way of a picture that is not empty
+  coder.encodeBytes(png->bytes(), kPNGKey);
 }
 
 void Image::initWithCoder(Decoder& coder) {
   auto file = coder.decodeBytes(kPNGKey);
-  detail::Raster size;
-  std::string reason;
-  if (!detail::checkPNG(file, {}, size, reason)) {
-    coder.fail(fmt::format("{}: {}", kPNGKey.text(), reason));
-    return;
-  }
-  width_ = size.width;
-  height_ = size.height;
+  auto size = detail::checkPNG(file, {});
+  if (!size) return coder.fail(std::move(size).status().within(kPNGKey.text()));
+  width_ = size->width;
+  height_ = size->height;
   png_ = make<Data>(std::move(file));
 }
 

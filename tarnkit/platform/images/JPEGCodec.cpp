@@ -1,7 +1,5 @@
 #include "tarnkit/platform/images/JPEGCodec.h"
 
-#include <fmt/format.h>
-
 #include <csetjmp>
 #include <cstdio>
 // libjpeg's headers use what <cstdio> declares, and do not include it.
@@ -25,6 +23,7 @@ struct ErrorManager {
   jpeg_error_mgr base;  // first, so that libjpeg's pointer to it is a pointer to this
   std::jmp_buf target;
   char message[JMSG_LENGTH_MAX];
+  StatusCode code;
 };
 
 ErrorManager* managerOf(j_common_ptr jpeg) { return reinterpret_cast<ErrorManager*>(jpeg->err); }
@@ -32,6 +31,8 @@ ErrorManager* managerOf(j_common_ptr jpeg) { return reinterpret_cast<ErrorManage
 [[noreturn]] void onError(j_common_ptr jpeg) {
   auto* const manager = managerOf(jpeg);
   manager->base.format_message(jpeg, manager->message);
+  const bool isMemory = jpeg->err->msg_code == JERR_OUT_OF_MEMORY;
+  manager->code = isMemory ? StatusCode::outOfMemory : StatusCode::damaged;
   std::longjmp(manager->target, 1);
 }
 
@@ -58,6 +59,7 @@ void onProgress(j_common_ptr jpeg) {
   auto* const manager = managerOf(jpeg);
   std::snprintf(manager->message, sizeof manager->message, "it has more than %d scans",
                 kMaximumScans);
+  manager->code = StatusCode::tooLarge;
   std::longjmp(manager->target, 1);
 }
 
@@ -79,7 +81,7 @@ class Reader {
   bool isCMYK() const noexcept { return jpeg_.out_color_space == JCS_CMYK; }
   /// The usual writer of CMYK pictures stores them inverted, and leaves its mark.
   bool isInverted() const noexcept { return jpeg_.saw_Adobe_marker; }
-  const char* message() const noexcept { return errors_.message; }
+  Status failure() const { return Status::failure(errors_.code, errors_.message); }
   /// How the picture was held when it was taken.
   std::uint32_t orientation() const noexcept {
     for (auto marker = jpeg_.marker_list; marker; marker = marker->next) {
@@ -109,6 +111,7 @@ class Reader {
         return true;
       default:
         std::snprintf(errors_.message, sizeof errors_.message, "its colour space is unknown");
+        errors_.code = StatusCode::unsupported;
         return false;
     }
   }
@@ -157,19 +160,14 @@ bool isJPEG(ByteSpan file) noexcept {
   return file.size() >= 3 && file[0] == 0xFF && file[1] == 0xD8 && file[2] == 0xFF;
 }
 
-std::optional<Raster> readJPEG(ByteSpan file, const ImageLimits& limits, std::string& reason) {
+Result<Raster> readJPEG(ByteSpan file, const ImageLimits& limits) {
   Reader reader;
-  const auto refuse = [&] {
-    reason = fmt::format("the JPEG file cannot be read: {}", reader.message());
-    return std::nullopt;
-  };
+  const auto refuse = [&] { return reader.failure().within("the JPEG file cannot be read"); };
   if (!reader.readHeader(file)) return refuse();
-  Raster raster;
-  raster.width = reader.width();
-  raster.height = reader.height();
+  Raster raster{reader.width(), reader.height(), {}};
   const std::uint32_t orientation = reader.orientation();
-  if (!isSizeAllowed(raster.width, raster.height, orientation, limits, reason)) {
-    return std::nullopt;
+  if (auto status = checkSize({raster.width, raster.height}, orientation, limits); !status) {
+    return status;
   }
   if (!reader.start()) return refuse();
   const std::size_t stride = rowBytes(raster.width);

@@ -95,11 +95,11 @@ Raster oriented(Raster stored, std::uint32_t orientation) {
   return shown;
 }
 
-bool isSizeAllowed(std::uint32_t width, std::uint32_t height, std::uint32_t orientation,
-                   const ImageLimits& limits, std::string& reason) {
-  if (!isSizeAllowed(width, height, limits, reason)) return false;
+Status checkSize(RasterSize stored, std::uint32_t orientation, const ImageLimits& limits) {
   const bool isTurned = orientation >= kFirstTurnedOrientation && orientation <= kLastOrientation;
-  return !isTurned || isSizeAllowed(height, width, limits, reason);
+  auto status = checkSize(stored.width, stored.height, limits);
+  if (!status || !isTurned) return status;
+  return checkSize(stored.height, stored.width, limits);
 }
 
 std::uint32_t orientationOfEXIF(ByteSpan segment) noexcept {

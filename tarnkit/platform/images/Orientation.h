@@ -13,9 +13,8 @@ inline constexpr std::uint32_t kLastOrientation = 8;
 /// The picture as it is to be seen. Any other number than those means 1.
 Raster oriented(Raster stored, std::uint32_t orientation);
 
-/// `isSizeAllowed` of the picture as it is stored and as it is to be seen.
-bool isSizeAllowed(std::uint32_t width, std::uint32_t height, std::uint32_t orientation,
-                   const ImageLimits& limits, std::string& reason);
+/// `checkSize` of the picture as it is stored and as it is to be seen.
+Status checkSize(RasterSize stored, std::uint32_t orientation, const ImageLimits& limits);
 
 /// The orientation in the contents of an EXIF segment; 1 when they tell none.
 std::uint32_t orientationOfEXIF(ByteSpan segment) noexcept;

@@ -53,21 +53,19 @@ struct Chunk {
 };
 
 /// Takes the next chunk off the file.
-bool takeChunk(ByteSpan& rest, Chunk& chunk, std::string& reason) {
+Status takeChunk(ByteSpan& rest, Chunk& chunk) {
   if (rest.size() < kChunkOverhead || rest.size() - kChunkOverhead < bigEndian(rest, 0)) {
-    reason = "the PNG file is cut off";
-    return false;
+    return Status::damaged("the PNG file is cut off");
   }
   const std::size_t length = bigEndian(rest, 0);
   const auto checked = rest.subspan(4, 4 + length);
   chunk.type = {reinterpret_cast<const char*>(checked.data()), 4};
   chunk.data = checked.subspan(4);
   if (checksum(checked) != bigEndian(rest, 8 + length)) {
-    reason = "the PNG file is damaged: a checksum is wrong";
-    return false;
+    return Status::damaged("the PNG file is damaged: a checksum is wrong");
   }
   rest = rest.subspan(kChunkOverhead + length);
-  return true;
+  return {};
 }
 
 }  // namespace
@@ -77,38 +75,31 @@ bool isPNG(ByteSpan file) noexcept {
          std::equal(kSignature.begin(), kSignature.end(), file.begin());
 }
 
-bool checkPNG(ByteSpan file, const ImageLimits& limits, Raster& size, std::string& reason) {
-  if (!isPNG(file)) {
-    reason = "this is no PNG file";
-    return false;
-  }
+Result<RasterSize> checkPNG(ByteSpan file, const ImageLimits& limits) {
+  if (!isPNG(file)) return Status::failure(StatusCode::unsupported, "this is no PNG file");
   ByteSpan rest = file.subspan(kSignature.size());
   Chunk chunk;
-  if (!takeChunk(rest, chunk, reason)) return false;
+  if (auto status = takeChunk(rest, chunk); !status) return status;
   if (chunk.type != "IHDR" || chunk.data.size() != kHeaderSize) {
-    reason = "the PNG file does not begin with its header";
-    return false;
+    return Status::damaged("the PNG file does not begin with its header");
   }
-  size.width = bigEndian(chunk.data, 0);
-  size.height = bigEndian(chunk.data, 4);
-  if (!isSizeAllowed(size.width, size.height, limits, reason)) return false;
+  const RasterSize size{bigEndian(chunk.data, 0), bigEndian(chunk.data, 4)};
+  if (auto status = checkSize(size.width, size.height, limits); !status) return status;
   const auto bits = bitsPerPixel(chunk.data[8], chunk.data[9]);
   if (bits == 0 || chunk.data[10] != 0 || chunk.data[11] != 0 || chunk.data[12] > 1) {
-    reason = "the PNG file's header names a format that does not exist";
-    return false;
+    return Status::damaged("the PNG file's header names a format that does not exist");
   }
   std::uint64_t compressed = 0;
   do {
-    if (!takeChunk(rest, chunk, reason)) return false;
+    if (auto status = takeChunk(rest, chunk); !status) return status;
     if (chunk.type == "IDAT") compressed += chunk.data.size();
   } while (chunk.type != "IEND");
   const std::uint64_t needed = (std::uint64_t{size.width} * bits + 7) / 8 * size.height;
   if (needed / kMaximumExpansion > compressed) {
-    reason =
-        fmt::format("the PNG file has too little data for {} x {} pixels", size.width, size.height);
-    return false;
+    return Status::damaged(fmt::format("the PNG file has too little data for {} x {} pixels",
+                                       size.width, size.height));
   }
-  return true;
+  return size;
 }
 
 }  // namespace tarnkit::detail

@@ -1,11 +1,11 @@
 #include "tarnkit/platform/images/PNGCodec.h"
 
-#include <fmt/format.h>
 #include <png.h>
 
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace tarnkit::detail {
 
@@ -154,26 +154,25 @@ bool isOpaque(ByteSpan pixels) noexcept {
 
 }  // namespace
 
-std::optional<Raster> readPNG(ByteSpan file, const ImageLimits& limits, std::string& reason) {
-  Raster raster;
-  if (!checkPNG(file, limits, raster, reason)) return std::nullopt;
+Result<Raster> readPNG(ByteSpan file, const ImageLimits& limits) {
+  auto size = checkPNG(file, limits);
+  if (!size) return std::move(size).status();
+  Raster raster{size->width, size->height, {}};
   Reader reader(file);
   if (reader.readHeader(raster.width)) {
     raster.pixels.resize(rowBytes(raster.width) * raster.height);
     if (reader.readPixels(raster.pixels.data(), raster.width, raster.height)) return raster;
   }
-  reason = fmt::format("the PNG file is damaged: {}", reader.message());
-  return std::nullopt;
+  return Status::damaged(reader.message()).within("the PNG file is damaged");
 }
 
-std::vector<std::uint8_t> writePNG(const RasterView& raster, std::string& reason) {
+// A picture that may be made can be written as long as there is memory.
+Result<std::vector<std::uint8_t>> writePNG(const RasterView& raster) {
   std::vector<std::uint8_t> file;
   Writer writer(file);
-  if (!writer.write(raster, isOpaque(raster.pixels))) {
-    reason = fmt::format("the picture cannot be written as PNG: {}", writer.message());
-    file.clear();
-  }
-  return file;
+  if (writer.write(raster, isOpaque(raster.pixels))) return file;
+  return Status::failure(StatusCode::outOfMemory, writer.message())
+      .within("the picture cannot be written as PNG");
 }
 
 }  // namespace tarnkit::detail

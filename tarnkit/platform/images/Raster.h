@@ -2,11 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "tarnkit/platform/images/ImageLimits.h"
 #include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/system/Result.h"
 
 namespace tarnkit::detail {
 
@@ -20,7 +20,13 @@ struct Raster {
   std::vector<std::uint8_t> pixels;
 };
 
-/// The same, owned by somebody else.
+/// What a file tells of its picture before the pixels are unpacked.
+struct RasterSize {
+  std::uint32_t width;
+  std::uint32_t height;
+};
+
+/// A raster owned by somebody else.
 struct RasterView {
   std::uint32_t width;
   std::uint32_t height;
@@ -29,8 +35,7 @@ struct RasterView {
 
 inline std::size_t rowBytes(std::uint32_t width) noexcept { return width * kBytesPerPixel; }
 
-/// Whether a picture of this size may be made; otherwise says why not.
-bool isSizeAllowed(std::uint64_t width, std::uint64_t height, const ImageLimits& limits,
-                   std::string& reason);
+/// A failure unless a picture of this size may be made.
+Status checkSize(std::uint64_t width, std::uint64_t height, const ImageLimits& limits);
 
 }  // namespace tarnkit::detail

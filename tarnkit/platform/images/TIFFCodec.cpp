@@ -1,6 +1,5 @@
 #include "tarnkit/platform/images/TIFFCodec.h"
 
-#include <fmt/format.h>
 #include <tiffio.h>
 
 #include <algorithm>
@@ -202,35 +201,38 @@ bool isTIFF(ByteSpan file) noexcept {
   return (little || big) && (magic == TIFF_VERSION_CLASSIC || magic == TIFF_VERSION_BIG);
 }
 
-std::optional<Raster> readTIFF(ByteSpan file, const ImageLimits& limits, std::string& reason) {
+Result<Raster> readTIFF(ByteSpan file, const ImageLimits& limits) {
   Reader reader(file, limits);
   TIFF* const tiff = reader.get();
-  const auto refuse = [&](const char* why) {
-    reason = fmt::format("the TIFF file cannot be read: {}", why);
-    return std::nullopt;
+  const auto refuse = [](StatusCode code, const char* why) {
+    return Status::failure(code, why).within("the TIFF file cannot be read");
   };
-  if (!tiff) return refuse(reader.message());
+  if (!tiff) return refuse(StatusCode::damaged, reader.message());
   Raster raster;
   if (!TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &raster.width) ||
       !TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &raster.height)) {
-    return refuse("it does not tell its size");
+    return refuse(StatusCode::damaged, "it does not tell its size");
   }
   const std::uint32_t orientation = takeOrientation(tiff);
-  if (!isSizeAllowed(raster.width, raster.height, orientation, limits, reason)) {
-    return std::nullopt;
+  if (auto status = checkSize({raster.width, raster.height}, orientation, limits); !status) {
+    return status;
   }
   std::uint16_t compression = COMPRESSION_NONE;
   TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &compression);
-  if (!isCompressionKnown(compression)) return refuse("its compression is not supported");
+  if (!isCompressionKnown(compression)) {
+    return refuse(StatusCode::unsupported, "its compression is not supported");
+  }
   char why[1024] = "";
-  if (!TIFFRGBAImageOK(tiff, why)) return refuse(why);
-  if (!areExtraSamplesRead(tiff)) return refuse("its alpha is of a kind that is not supported");
+  if (!TIFFRGBAImageOK(tiff, why)) return refuse(StatusCode::unsupported, why);
+  if (!areExtraSamplesRead(tiff)) {
+    return refuse(StatusCode::unsupported, "its alpha is of a kind that is not supported");
+  }
   const Alpha alpha = prepareAlpha(tiff);
   raster.pixels.resize(rowBytes(raster.width) * raster.height);
   if (!TIFFReadRGBAImageOriented(tiff, raster.width, raster.height,
                                  reinterpret_cast<std::uint32_t*>(raster.pixels.data()),
                                  ORIENTATION_TOPLEFT, 1)) {
-    return refuse(reader.message());
+    return refuse(StatusCode::damaged, reader.message());
   }
   unpackPixels(raster.pixels, alpha);
   return oriented(std::move(raster), orientation);

@@ -1,6 +1,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "tarnkit/platform/propertylist/PropertyListBuilder.h"
 #include "tarnkit/platform/propertylist/PropertyListForms.h"
@@ -17,12 +18,19 @@ using Index = PropertyList::Index;
 constexpr std::size_t kHeaderSize = kPropertyListHeaderSize;
 constexpr std::size_t kTrailerSize = kPropertyListTrailerSize;
 
+// Its steps tell by false that one of them has failed; the reason stands in `failure_`.
 class BinaryParser {
  public:
-  BinaryParser(ByteSpan bytes, PropertyListBuilder& builder, std::string& error) noexcept
-      : bytes_(bytes), builder_(builder), error_(error) {}
+  BinaryParser(ByteSpan bytes, PropertyListBuilder& builder) noexcept
+      : bytes_(bytes), builder_(builder) {}
 
-  bool parse() {
+  Status parse() {
+    if (parseObjects()) return {};
+    return std::move(failure_);
+  }
+
+ private:
+  bool parseObjects() {
     if (!readTrailer()) return false;
     budget_ = tableStart_ - kHeaderSize + PropertyListReader::kOverlapAllowance;
     const std::uint8_t* const table = bytes_.data() + tableStart_;
@@ -37,9 +45,9 @@ class BinaryParser {
     return true;
   }
 
- private:
-  bool refuse(const char* reason) {
-    error_ = reason;
+  bool refuse(const char* reason) { return refuse(Status::damaged(reason)); }
+  bool refuse(Status failure) {
+    failure_ = std::move(failure);
     return false;
   }
 
@@ -201,12 +209,13 @@ class BinaryParser {
         return refuse(kDanglingReference);
       }
     }
-    return builder_.addContainer(kind, object, error_);
+    auto status = builder_.addContainer(kind, object);
+    return status || refuse(std::move(status));
   }
 
   ByteSpan bytes_;
   PropertyListBuilder& builder_;
-  std::string& error_;
+  Status failure_;
   unsigned offsetWidth_ = 0;
   unsigned referenceWidth_ = 0;
   std::uint64_t objectCount_ = 0;
@@ -217,8 +226,8 @@ class BinaryParser {
 
 }  // namespace
 
-bool parseBinaryPropertyList(ByteSpan bytes, PropertyListBuilder& builder, std::string& error) {
-  return BinaryParser(bytes, builder, error).parse();
+Status parseBinaryPropertyList(ByteSpan bytes, PropertyListBuilder& builder) {
+  return BinaryParser(bytes, builder).parse();
 }
 
 }  // namespace tarnkit::detail

@@ -42,16 +42,15 @@ void PropertyListBuilder::beginInPlace(ByteSpan bytes, std::size_t objects,
   list_.entries_.room(objects);
 }
 
-bool PropertyListBuilder::finish(std::string& error) {
-  if (!keyCheck_.checkLate(error)) return false;
+Status PropertyListBuilder::finish() {
+  if (auto status = keyCheck_.checkLate(); !status) return status;
   while (!pending_.empty()) retryOldest();
   for (const Index container : doubtful_) {
     if (list_.entries_[container].number() == kUnseen && !settle(container)) {
-      error = "a container holds itself";
-      return false;
+      return Status::damaged("a container holds itself");
     }
   }
-  return true;
+  return {};
 }
 
 // --- Objects in the list's own memory
@@ -109,15 +108,14 @@ PropertyListBuilder::Index PropertyListBuilder::addReal(Kind kind, double value)
   return addToArena(kind, marker::kReal64, std::bit_cast<std::uint64_t>(value), 8);
 }
 
-bool PropertyListBuilder::fillContainer(Index container, std::span<const Index> references,
-                                        std::string& error) {
+Status PropertyListBuilder::fillContainer(Index container, std::span<const Index> references) {
   const bool isMap = list_.kind(container) == Kind::map;
   std::uint8_t* at =
       putCount(roomForObject(references.size_bytes()), isMap ? marker::kMap : marker::kArray,
                isMap ? references.size() / 2 : references.size());
   for (const Index reference : references) at = put(at, reference, sizeof reference);
   takeObject(container, at);
-  return admit(container, error);
+  return admit(container);
 }
 
 void PropertyListBuilder::replaceByUID(Index container, std::uint64_t uid) {
@@ -131,7 +129,7 @@ PropertyList::Elements PropertyListBuilder::valuesOf(Index container) const noex
   return list_.kind(container) == Kind::map ? list_.values(container) : list_.elements(container);
 }
 
-bool PropertyListBuilder::admit(Index container, std::string& error) {
+Status PropertyListBuilder::admit(Index container) {
   const auto values = valuesOf(container);
   const bool isMap = list_.kind(container) == Kind::map;
   const std::size_t present = count();
@@ -142,8 +140,7 @@ bool PropertyListBuilder::admit(Index container, std::string& error) {
     } else if (value < total_) {
       allSettled = false;
     } else {
-      error = kDanglingReference;
-      return false;
+      return Status::damaged(kDanglingReference);
     }
   }
   list_.referenceCount_ += isMap ? 2 * values.size() : values.size();
@@ -153,7 +150,7 @@ bool PropertyListBuilder::admit(Index container, std::string& error) {
     pending_.push_back(container);
   }
   if (!pending_.empty() && pending_.front() + kRetryDistance <= container) retryOldest();
-  return !isMap || keyCheck_.check(container, total_, error);
+  return isMap ? keyCheck_.check(container, total_) : Status();
 }
 
 // What cannot lead back to itself is settled: scalars, and containers of nothing that is not.

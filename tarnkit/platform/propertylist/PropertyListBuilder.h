@@ -3,12 +3,12 @@
 #include <cstdint>
 #include <deque>
 #include <span>
-#include <string>
 #include <string_view>
 #include <vector>
 
 #include "tarnkit/platform/propertylist/PropertyList.h"
 #include "tarnkit/platform/propertylist/PropertyListKeyCheck.h"
+#include "tarnkit/platform/system/Status.h"
 
 namespace tarnkit::detail {
 
@@ -44,9 +44,7 @@ class PropertyListBuilder {
   void changeLast(Kind kind) noexcept {
     list_.entries_[count() - 1].word = static_cast<std::uint32_t>(kind);
   }
-  bool addContainer(Kind kind, std::size_t position, std::string& error) {
-    return admit(add(kind, position), error);
-  }
+  Status addContainer(Kind kind, std::size_t position) { return admit(add(kind, position)); }
 
   // Objects that are written into the list's own memory.
   Index addText(std::string_view utf8);
@@ -57,11 +55,11 @@ class PropertyListBuilder {
   Index addReal(Kind kind, double value);
   /// A container whose elements come later: those of a map are its keys and after them its values.
   Index reserveContainer(Kind kind) { return add(kind, 0); }
-  bool fillContainer(Index container, std::span<const Index> references, std::string& error);
+  Status fillContainer(Index container, std::span<const Index> references);
   void replaceByUID(Index container, std::uint64_t uid);
 
   /// The checks that are left. The list is complete afterwards.
-  bool finish(std::string& error);
+  Status finish();
 
  private:
   // After how many more objects a container is looked at again whose elements were not all there:
@@ -70,7 +68,7 @@ class PropertyListBuilder {
   // How far a container was checked for cycles: the number in its entry.
   enum State : std::uint32_t { kUnseen, kSettled, kOpen };
 
-  bool admit(Index container, std::string& error);
+  Status admit(Index container);
   bool isSettled(Index index) const noexcept {
     const auto& entry = list_.entries_[index];
     return !entry.isContainer() || entry.number() == kSettled;

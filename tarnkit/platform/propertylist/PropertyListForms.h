@@ -1,8 +1,7 @@
 #pragma once
 
-#include <string>
-
 #include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/system/Status.h"
 
 namespace tarnkit::detail {
 
@@ -11,9 +10,8 @@ class PropertyListBuilder;
 /// Why a list is refused whose keys or values lead to no object, wherever that shows.
 inline constexpr const char* kDanglingReference = "a reference points to no object of the file";
 
-/// The parsers of the two forms behind `PropertyListReader`. Each gives false and a reason when the
-/// bytes are not well-formed.
-bool parseBinaryPropertyList(ByteSpan bytes, PropertyListBuilder& builder, std::string& error);
-bool parseXMLPropertyList(ByteSpan bytes, PropertyListBuilder& builder, std::string& error);
+/// The parsers of the two forms behind `PropertyListReader`.
+Status parseBinaryPropertyList(ByteSpan bytes, PropertyListBuilder& builder);
+Status parseXMLPropertyList(ByteSpan bytes, PropertyListBuilder& builder);
 
 }  // namespace tarnkit::detail

@@ -7,24 +7,21 @@
 
 namespace tarnkit::detail {
 
-bool PropertyListKeyCheck::check(Index map, std::size_t total, std::string& error) {
+Status PropertyListKeyCheck::check(Index map, std::size_t total) {
   const auto names = list_.keys(map);
   std::uint32_t lastChained = 0;
   bool chainAscends = true;
   for (std::size_t i = 0; i < names.size(); ++i) {
     const Index name = names[i];
     if (name >= list_.count()) {
-      if (name >= total) {
-        error = kDanglingReference;
-        return false;
-      }
+      if (name >= total) return Status::damaged(kDanglingReference);
       postpone(map, i);
-      return true;
+      return {};
     }
     const auto& entry = list_.entries_[name];
     if (!entry.isString()) {
-      error = std::string(PropertyList::nameOf(entry.kind())) + " is the key of a map";
-      return false;
+      return Status::damaged(std::string(PropertyList::nameOf(entry.kind())) +
+                             " is the key of a map");
     }
     if (entry.number() == 0) number(names, i);
     if (names.size() == 1) break;
@@ -34,15 +31,17 @@ bool PropertyListKeyCheck::check(Index map, std::size_t total, std::string& erro
       continue;
     }
     Index& last = lastMap_[entry.number() - 1];
-    if (last == map) return refuseTwice(name, error);
+    if (last == map) return failureOfTwice(name);
     last = map;
   }
-  return chainAscends || checkChained(map, error);
+  return chainAscends ? Status() : checkChained(map);
 }
 
-bool PropertyListKeyCheck::checkLate(std::string& error) {
-  return std::all_of(lateMaps_.begin(), lateMaps_.end(),
-                     [&](Index map) { return check(map, list_.count(), error); });
+Status PropertyListKeyCheck::checkLate() {
+  for (const Index map : lateMaps_) {
+    if (auto status = check(map, list_.count()); !status) return status;
+  }
+  return {};
 }
 
 // The map is looked at again as if for the first time.
@@ -57,7 +56,7 @@ void PropertyListKeyCheck::postpone(Index map, std::size_t checkedKeys) {
 }
 
 // Keys of the chain as a rule ascend in their map; where they do not, they are sorted.
-bool PropertyListKeyCheck::checkChained(Index map, std::string& error) const {
+Status PropertyListKeyCheck::checkChained(Index map) const {
   std::vector<std::pair<PropertyList::Key, Index>> chained;
   for (const Index name : list_.keys(map)) {
     const auto key = list_.keyOf(name);
@@ -67,12 +66,12 @@ bool PropertyListKeyCheck::checkChained(Index map, std::string& error) const {
   const auto twice =
       std::adjacent_find(chained.begin(), chained.end(),
                          [](const auto& a, const auto& b) { return a.first == b.first; });
-  return twice == chained.end() || refuseTwice(twice->second, error);
+  return twice == chained.end() ? Status() : failureOfTwice(twice->second);
 }
 
-bool PropertyListKeyCheck::refuseTwice(Index key, std::string& error) const {
-  error = "a map has the key \"" + std::string(list_.string(key).substr(0, 200)) + "\" twice";
-  return false;
+Status PropertyListKeyCheck::failureOfTwice(Index key) const {
+  return Status::damaged("a map has the key \"" + std::string(list_.string(key).substr(0, 200)) +
+                         "\" twice");
 }
 
 // A map of many different keys is slow where every look-up waits for the memory: the places of a

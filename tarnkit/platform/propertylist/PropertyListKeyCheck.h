@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "tarnkit/platform/propertylist/PropertyList.h"
+#include "tarnkit/platform/system/Status.h"
 
 namespace tarnkit::detail {
 
@@ -17,17 +17,17 @@ class PropertyListKeyCheck {
 
   explicit PropertyListKeyCheck(PropertyList& list) noexcept : list_(list) {}
 
-  /// False, with the reason, when the map is refused. References from `total` on point to nothing.
-  bool check(Index map, std::size_t total, std::string& error);
+  /// A failure when the map is refused. References from `total` on point to nothing.
+  Status check(Index map, std::size_t total);
   /// The maps that had to wait, when everything is there.
-  bool checkLate(std::string& error);
+  Status checkLate();
 
  private:
   static constexpr std::size_t kBatch = 16;
 
-  bool checkChained(Index map, std::string& error) const;
+  Status checkChained(Index map) const;
   void postpone(Index map, std::size_t checkedKeys);
-  bool refuseTwice(Index key, std::string& error) const;
+  Status failureOfTwice(Index key) const;
   void number(PropertyList::Elements names, std::size_t from);
 
   PropertyList& list_;

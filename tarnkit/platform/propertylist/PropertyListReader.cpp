@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <exception>
+#include <utility>
 
 #include "tarnkit/platform/propertylist/PropertyListBuilder.h"
 #include "tarnkit/platform/propertylist/PropertyListForms.h"
@@ -12,26 +13,24 @@ bool PropertyListReader::isBinary(ByteSpan bytes) noexcept {
   return bytes.size() >= 6 && std::memcmp(bytes.data(), "bplist", 6) == 0;
 }
 
-bool PropertyListReader::read(ByteSpan bytes, PropertyList& into, std::string* error) {
-  std::string reason;
-  bool done = false;
+Result<PropertyList> PropertyListReader::read(ByteSpan bytes) {
+  constexpr const char* kContext = "not a readable property list";
   try {
-    detail::PropertyListBuilder builder(into);
-    builder.setFileSize(bytes.size());
     if (bytes.size() > kMaximumFileSize) {
-      reason = "it is larger than 2 GiB";
-    } else if (isBinary(bytes)) {
-      done = detail::parseBinaryPropertyList(bytes, builder, reason) && builder.finish(reason);
-    } else {
-      done = detail::parseXMLPropertyList(bytes, builder, reason) && builder.finish(reason);
+      return Status::failure(StatusCode::tooLarge, "it is larger than 2 GiB").within(kContext);
     }
+    PropertyList list;
+    detail::PropertyListBuilder builder(list);
+    builder.setFileSize(bytes.size());
+    auto status = isBinary(bytes) ? detail::parseBinaryPropertyList(bytes, builder)
+                                  : detail::parseXMLPropertyList(bytes, builder);
+    if (status) status = builder.finish();
+    if (!status) return std::move(status).within(kContext);
+    return list;
   } catch (const std::exception&) {  // the memory ran out
-    reason = "there is not enough memory to read it";
+    return Status::failure(StatusCode::outOfMemory, "there is not enough memory to read it")
+        .within(kContext);
   }
-  if (done) return true;
-  into = PropertyList();
-  if (error) *error = "not a readable property list: " + reason;
-  return false;
 }
 
 }  // namespace tarnkit

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
 
 #include "tarnkit/platform/propertylist/PropertyList.h"
+#include "tarnkit/platform/system/Result.h"
 
 namespace tarnkit {
 
@@ -23,9 +23,8 @@ class PropertyListReader {
   /// Whether the bytes begin as a binary property list does.
   static bool isBinary(ByteSpan bytes) noexcept;
 
-  /// Reads the list into `into`, which points into `bytes` afterwards. On failure `into` is empty
-  /// and `error`, if given, gets one sentence.
-  static bool read(ByteSpan bytes, PropertyList& into, std::string* error = nullptr);
+  /// The list, which points into `bytes`.
+  static Result<PropertyList> read(ByteSpan bytes);
 };
 
 }  // namespace tarnkit

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <cstring>
 #include <stdexcept>
 
@@ -19,8 +20,7 @@ using detail::bigEndian;
 constexpr std::size_t kHeaderSize = detail::kPropertyListHeaderSize;
 constexpr std::size_t kTrailerSize = detail::kPropertyListTrailerSize;
 constexpr std::size_t kMaximumCountSize = 6;  // a marker, an integer's marker and 4 bytes
-constexpr unsigned kFormShift = 30;
-constexpr std::size_t kSlack = 16;  // bytes that may be read past a small scalar
+constexpr std::size_t kSlack = 16;            // bytes that may be read past a small scalar
 
 [[noreturn]] void throwTooLarge() {
   throw std::length_error("the property list is too large to be written");
@@ -244,6 +244,7 @@ PropertyListWriter::Index PropertyListWriter::addArray(std::span<const Index> el
 
 PropertyListWriter::Index PropertyListWriter::addMap(std::span<const Index> keys,
                                                      std::span<const Index> values) {
+  assert(keys.size() == values.size());
   const Index map = reserve();
   const auto into = fillMap(map, keys.size());
   std::copy(values.begin(), values.end(), std::copy(keys.begin(), keys.end(), into.begin()));
@@ -264,6 +265,7 @@ std::span<PropertyListWriter::Index> PropertyListWriter::fillMap(Index object, s
 std::span<PropertyListWriter::Index> PropertyListWriter::fill(Index object, Form form,
                                                               std::size_t count,
                                                               std::size_t references) {
+  assert(object < records_.size() && formOf(records_[object]) == Form::reserved);
   const std::size_t position = references_.size();
   if (count > kMaximumCount || position + references > kMaximumSize) throwTooLarge();
   Index* const room = references_.room(references);
@@ -314,7 +316,7 @@ void PropertyListWriter::growTable() {
 
 std::size_t PropertyListWriter::sizeOf(const Record& record, unsigned width) const noexcept {
   const std::size_t count = record.formAndCount & kMaximumCount;
-  switch (static_cast<Form>(record.formAndCount >> kFormShift)) {
+  switch (formOf(record)) {
     case Form::scalar:
       return count;
     case Form::array:
@@ -324,16 +326,38 @@ std::size_t PropertyListWriter::sizeOf(const Record& record, unsigned width) con
   }
 }
 
+// Every container refers to objects of the list, and a map's keys are strings.
+bool PropertyListWriter::areReferencesSound() const noexcept {
+  for (std::size_t i = 0; i < records_.size(); ++i) {
+    const Form form = formOf(records_[i]);
+    if (form != Form::array && form != Form::map) continue;
+    const Index* const references = references_.data() + records_[i].position;
+    const std::size_t count = records_[i].formAndCount & kMaximumCount;
+    const auto exists = [this](Index index) { return index < records_.size(); };
+    const auto isString = [this](Index index) {
+      const Record& key = records_[index];
+      const auto marker = bytes_.data()[key.position] & 0xF0;
+      return formOf(key) == Form::scalar && (marker == kASCII || marker == kUTF16);
+    };
+    const bool isMap = form == Form::map;
+    if (!std::all_of(references, references + (isMap ? 2 * count : count), exists)) return false;
+    if (isMap && !std::all_of(references, references + count, isString)) return false;
+  }
+  return true;
+}
+
 std::vector<std::uint8_t> PropertyListWriter::finish(Index root) {
   const std::size_t objects = records_.size();
+  assert(root < objects);
   const unsigned width = widthOf(objects - 1);
   std::size_t size = kHeaderSize;
   for (std::size_t i = 0; i < objects; ++i) {
-    if (records_[i].formAndCount >> kFormShift == static_cast<std::uint32_t>(Form::reserved)) {
+    if (formOf(records_[i]) == Form::reserved) {
       throw std::logic_error("a reserved object of the property list was never filled");
     }
     size += sizeOf(records_[i], width);
   }
+  assert(areReferencesSound());
   const std::size_t tableStart = size;
   const unsigned offsetWidth = widthOf(tableStart);
   table_ = std::vector<Slot>();  // given back before the output is made
@@ -349,7 +373,7 @@ std::vector<std::uint8_t> PropertyListWriter::finish(Index root) {
     const Record record = records_[i];
     const std::size_t count = record.formAndCount & kMaximumCount;
     offset = putWidth(offset, static_cast<std::uint64_t>(at - output.data()), offsetWidth);
-    switch (static_cast<Form>(record.formAndCount >> kFormShift)) {
+    switch (formOf(record)) {
       case Form::scalar:
         at = putScalar(at, end, bytes_.data() + record.position, count);
         break;

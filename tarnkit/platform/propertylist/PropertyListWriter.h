@@ -87,6 +87,10 @@ class PropertyListWriter {
     std::uint32_t position;
     std::uint32_t formAndCount;
   };
+  static constexpr unsigned kFormShift = 30;
+  static Form formOf(const Record& record) noexcept {
+    return static_cast<Form>(record.formAndCount >> kFormShift);
+  }
   struct Slot {
     std::uint32_t hash;
     std::uint32_t indexPlusOne;
@@ -100,6 +104,7 @@ class PropertyListWriter {
   std::span<Index> fill(Index object, Form form, std::size_t count, std::size_t references);
   void growTable();
   std::size_t sizeOf(const Record& record, unsigned width) const noexcept;
+  bool areReferencesSound() const noexcept;
 
   detail::RawBuffer<std::uint8_t> bytes_;
   detail::RawBuffer<Index> references_;

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tarnkit/platform/propertylist/PropertyListBuilder.h"
@@ -59,15 +60,16 @@ bool isWhiteSpace(std::string_view text) noexcept {
 }
 
 // Takes the parser's events. Open containers stand on a stack of their own, and what they hold so
-// far on another, so that nesting costs no recursion and each element is moved once.
+// far on another, so that nesting costs no recursion and each element is moved once. Its steps tell
+// by false that one of them has failed; the reason stands in `failure_`.
 class XMLParser {
  public:
-  XMLParser(PropertyListBuilder& builder, std::string& error)
-      : builder_(builder), error_(error), parser_(XML_ParserCreate(nullptr), &XML_ParserFree) {}
+  explicit XMLParser(PropertyListBuilder& builder)
+      : builder_(builder), parser_(XML_ParserCreate(nullptr), &XML_ParserFree) {}
 
-  bool parse(ByteSpan bytes) {
+  Status parse(ByteSpan bytes) {
     XML_Parser parser = parser_.get();
-    if (!parser) return refuse("there is not enough memory to read it");
+    if (!parser) return outOfMemory();
     XML_SetUserData(parser, this);
     XML_SetElementHandler(
         parser,
@@ -93,7 +95,8 @@ class XMLParser {
       static_cast<XMLParser*>(self)->guard(
           [](XMLParser& p) { return p.refuse("it uses an unknown entity"); });
     });
-    return feed(bytes) && finish();
+    if (feed(bytes) && finish()) return {};
+    return std::move(failure_);
   }
 
  private:
@@ -103,8 +106,13 @@ class XMLParser {
     std::size_t firstChild;
   };
 
-  bool refuse(std::string reason) {
-    if (error_.empty()) error_ = std::move(reason);
+  static Status outOfMemory() {
+    return Status::failure(StatusCode::outOfMemory, "there is not enough memory to read it");
+  }
+
+  bool refuse(std::string reason) { return refuse(Status::damaged(std::move(reason))); }
+  bool refuse(Status failure) {
+    failure_ = std::move(failure);
     return false;
   }
 
@@ -132,13 +140,12 @@ class XMLParser {
       const std::size_t piece = std::min(left, kPiece);
       const bool isLast = piece == left;
       if (XML_Parse(parser_.get(), at, static_cast<int>(piece), isLast) == XML_STATUS_ERROR) {
-        if (outOfMemory_) return refuse("there is not enough memory to read it");
-        if (stopped_) {
-          error_ += " (line " + std::to_string(XML_GetCurrentLineNumber(parser_.get())) + ")";
-          return false;
-        }
-        return refuse(std::string(XML_ErrorString(XML_GetErrorCode(parser_.get()))) + " (line " +
-                      std::to_string(XML_GetCurrentLineNumber(parser_.get())) + ")");
+        const auto code = XML_GetErrorCode(parser_.get());
+        if (outOfMemory_ || code == XML_ERROR_NO_MEMORY) return refuse(outOfMemory());
+        if (!stopped_) refuse(XML_ErrorString(code));
+        const auto line = XML_GetCurrentLineNumber(parser_.get());
+        return refuse(Status::failure(
+            failure_.code(), failure_.sentence() + " (line " + std::to_string(line) + ")"));
       }
       if (isLast) return true;
       at += piece;
@@ -157,7 +164,9 @@ class XMLParser {
     if (element == Element::unknown) {
       return refuse("the element <" + std::string(name.substr(0, 100)) + "> is unknown");
     }
-    if (depth_ >= PropertyListReader::kMaximumXMLDepth) return refuse("it is nested too deep");
+    if (depth_ >= PropertyListReader::kMaximumXMLDepth) {
+      return refuse(Status::failure(StatusCode::tooLarge, "it is nested too deep"));
+    }
     if ((element == Element::plist) != (depth_ == 0)) {
       return refuse("<plist> is not the outermost element");
     }
@@ -274,8 +283,9 @@ class XMLParser {
       }
     }
     children_.erase(first, children_.end());
-    if (!replaceUID(open) && !builder_.fillContainer(open.container, references_, error_)) {
-      return false;
+    if (!replaceUID(open)) {
+      auto status = builder_.fillContainer(open.container, references_);
+      if (!status) return refuse(std::move(status));
     }
     return addValue(open.container);
   }
@@ -294,7 +304,7 @@ class XMLParser {
   }
 
   PropertyListBuilder& builder_;
-  std::string& error_;
+  Status failure_;
   std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser_;
   std::vector<Open> open_;
   std::vector<Index> children_;
@@ -309,8 +319,8 @@ class XMLParser {
 
 }  // namespace
 
-bool parseXMLPropertyList(ByteSpan bytes, PropertyListBuilder& builder, std::string& error) {
-  return XMLParser(builder, error).parse(bytes);
+Status parseXMLPropertyList(ByteSpan bytes, PropertyListBuilder& builder) {
+  return XMLParser(builder).parse(bytes);
 }
 
 }  // namespace tarnkit::detail

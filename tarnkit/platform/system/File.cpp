@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <system_error>
 
 #include "tarnkit/platform/system/Descriptor.h"
@@ -19,16 +20,7 @@ using detail::Descriptor;
 namespace {
 
 constexpr int kMaximumLinks = 40;
-constexpr const char* kTooLarge = "it is too large";
-
-bool refuse(const std::string& path, const std::string& cause, std::string* error) {
-  if (error) *error = path + ": " + cause;
-  return false;
-}
-
-bool refuseForSystem(const std::string& path, int code, std::string* error) {
-  return refuse(path, std::generic_category().message(code), error);
-}
+Status tooLarge() { return Status::failure(StatusCode::tooLarge, "it is too large"); }
 
 std::string folderOf(const std::string& path) {
   const auto slash = path.find_last_of('/');
@@ -51,81 +43,75 @@ std::string targetOf(std::string path) {
   return path;
 }
 
-bool writeStraight(const std::string& path, ByteSpan bytes, std::string* error) {
+Status writeStraight(const std::string& path, ByteSpan bytes) {
   const detail::SignalHold hold(detail::SignalHold::Of::refusedWrites);
   Descriptor file(detail::retried([&] { return ::open(path.c_str(), O_WRONLY | O_CLOEXEC); }));
-  if (file.isOpen() && detail::writeAll(file.number(), bytes) && file.close()) return true;
-  return refuseForSystem(path, errno, error);
+  if (file.isOpen() && detail::writeAll(file.number(), bytes) && file.close()) return {};
+  return Status::ofSystem(errno, path);
 }
 
 }  // namespace
 
-bool File::read(const std::string& path, std::vector<std::uint8_t>& into, std::string* error,
-                std::size_t limit) {
-  into.clear();
+Result<std::vector<std::uint8_t>> File::read(const std::string& path, std::size_t limit) {
   const Descriptor file(
       detail::retried([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC); }));
   struct stat status {};
-  if (!file.isOpen() || ::fstat(file.number(), &status) != 0) {
-    return refuseForSystem(path, errno, error);
-  }
-  if (S_ISDIR(status.st_mode)) return refuseForSystem(path, EISDIR, error);
-  if (S_ISREG(status.st_mode) && static_cast<std::uint64_t>(status.st_size) > limit) {
-    return refuse(path, kTooLarge, error);
-  }
-  const auto size = S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
-  std::string cause;
-  return readStream(file.number(), into, &cause, limit, size) || refuse(path, cause, error);
+  if (!file.isOpen() || ::fstat(file.number(), &status) != 0) return Status::ofSystem(errno, path);
+  if (S_ISDIR(status.st_mode)) return Status::ofSystem(EISDIR, path);
+  const bool isRegular = S_ISREG(status.st_mode);
+  if (isRegular && static_cast<std::uint64_t>(status.st_size) > limit) return tooLarge().at(path);
+  const auto size = isRegular ? static_cast<std::size_t>(status.st_size) : 0;
+  return readStream(file.number(), limit, size).at(path);
 }
 
-bool File::readStream(int descriptor, std::vector<std::uint8_t>& into, std::string* error,
-                      std::size_t limit, std::size_t expected) {
-  into.clear();
-  const auto fail = [&](std::string cause) {
-    into = {};
-    if (error) *error = std::move(cause);
-    return false;
-  };
+Result<std::vector<std::uint8_t>> File::readStream(int descriptor, std::size_t limit,
+                                                   std::size_t expected) {
   // The size is a hint only: a pipe has none, and a file may grow.
   constexpr std::size_t kPiece = 65536;
+  std::vector<std::uint8_t> bytes;
   std::size_t used = 0;
   std::size_t next = expected > 0 ? expected + 1 : kPiece;
   for (;;) {
-    if (into.size() == used) into.resize(used + next);
-    const auto done = detail::readSome(descriptor, into.data() + used, into.size() - used);
-    if (done < 0) return fail(std::generic_category().message(errno));
+    if (bytes.size() == used) bytes.resize(used + next);
+    const auto done = detail::readSome(descriptor, bytes.data() + used, bytes.size() - used);
+    if (done < 0) return Status::ofSystem(errno);
     if (done == 0) break;
     used += static_cast<std::size_t>(done);
-    if (used > limit) return fail(kTooLarge);
+    if (used > limit) return tooLarge();
     next = std::max(kPiece, used / 2);
   }
-  into.resize(used);
-  return true;
+  bytes.resize(used);
+  return bytes;
 }
 
-bool File::writeStream(int descriptor, ByteSpan bytes, std::string* error) {
-  if (detail::writeAll(descriptor, bytes)) return true;
-  if (error) *error = std::generic_category().message(errno);
-  return false;
+Status File::writeStream(int descriptor, ByteSpan bytes) {
+  return detail::writeAll(descriptor, bytes) ? Status() : Status::ofSystem(errno);
 }
 
-bool File::write(const std::string& path, ByteSpan bytes, std::string* error) {
+Status File::write(const std::string& path, ByteSpan bytes) {
   // What a link of the system's own leads to (an open pipe, say) has no name to follow.
   struct stat direct {};
   if (::stat(path.c_str(), &direct) == 0 && !S_ISREG(direct.st_mode) && !S_ISDIR(direct.st_mode)) {
-    return writeStraight(path, bytes, error);
+    return writeStraight(path, bytes);
   }
   const std::string target = targetOf(path);
   struct stat old {};
   const bool isThere = ::stat(target.c_str(), &old) == 0;
-  if (!isThere && errno != ENOENT) return refuseForSystem(path, errno, error);
-  if (isThere && S_ISDIR(old.st_mode)) return refuseForSystem(path, EISDIR, error);
-  if (isThere && !S_ISREG(old.st_mode)) return writeStraight(target, bytes, error);
+  if (!isThere && errno != ENOENT) return Status::ofSystem(errno, path);
+  if (isThere && S_ISDIR(old.st_mode)) return Status::ofSystem(EISDIR, path);
+  if (isThere && !S_ISREG(old.st_mode)) return writeStraight(target, bytes);
   // A rename would replace even a file that may not be written.
-  if (isThere && ::access(target.c_str(), W_OK) != 0) return refuseForSystem(path, errno, error);
+  if (isThere && ::access(target.c_str(), W_OK) != 0) return Status::ofSystem(errno, path);
+  return detail::replaceFile(target, bytes, isThere ? &old : nullptr).at(path);
+}
 
-  return detail::replaceFile(target, bytes, isThere ? &old : nullptr) ||
-         refuseForSystem(path, errno, error);
+Status File::makeDirectory(const std::string& path) {
+  std::error_code failure;
+  std::filesystem::create_directories(path, failure);
+  // A path that ends in "/" counts as not created when it is there already.
+  std::error_code unknown;
+  if (std::filesystem::is_directory(path, unknown)) return {};
+  return Status::ofSystem(failure ? failure.value() : ENOTDIR, path);
 }
 
 }  // namespace tarnkit

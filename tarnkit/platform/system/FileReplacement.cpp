@@ -205,7 +205,8 @@ Outcome replaceUnnamed(const std::string&, ByteSpan, const struct stat*) {
 
 }  // namespace
 
-bool replaceFile(const std::string& target, ByteSpan bytes, const struct stat* old, Naming naming) {
+Status replaceFile(const std::string& target, ByteSpan bytes, const struct stat* old,
+                   Naming naming) {
   const SignalHold hold(SignalHold::Of::refusedWrites);
   sweep(target);
   auto outcome = Outcome::notOffered;
@@ -213,9 +214,9 @@ bool replaceFile(const std::string& target, ByteSpan bytes, const struct stat* o
   if (outcome == Outcome::notOffered && replaceByTemporary(target, bytes, old)) {
     outcome = Outcome::done;
   }
-  if (outcome != Outcome::done) return false;
+  if (outcome != Outcome::done) return Status::ofSystem(errno);
   syncFolder(folderOf(target));
-  return true;
+  return {};
 }
 
 bool writeAll(int file, ByteSpan bytes) noexcept {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/system/Status.h"
 
 struct stat;
 
@@ -17,15 +18,16 @@ enum class Naming {
 };
 
 /// Puts new contents in the place of a file, or of none when `old` is null, so that at any moment
-/// one or the other stands there whole. They are flushed to disk first. False, with `errno`, on a
-/// failure, which leaves the old file and nothing else.
+/// one or the other stands there whole. They are flushed to disk first. A failure leaves the old
+/// file and nothing else; it names no path, since `target` may not be the name that the caller was
+/// given.
 ///
 /// A temporary file is removed when SIGINT, SIGTERM or SIGHUP reaches the writing thread and ends
 /// the process meanwhile (where other threads take signals, it stays for the next write). One whose
 /// writer was killed goes with the next replacement of the same file: a writer holds a lock on its
 /// own, so that none in use is mistaken for a stale one.
-bool replaceFile(const std::string& target, ByteSpan bytes, const struct stat* old,
-                 Naming naming = Naming::whenWhole);
+Status replaceFile(const std::string& target, ByteSpan bytes, const struct stat* old,
+                   Naming naming = Naming::whenWhole);
 
 /// All of the bytes to an open file or stream, waiting where it does not block; false with `errno`.
 bool writeAll(int file, ByteSpan bytes) noexcept;

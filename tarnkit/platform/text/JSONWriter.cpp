@@ -73,24 +73,25 @@ void JSONWriter::appendQuoted(std::string& out, std::string_view text, Escapes e
 }
 
 JSONWriter& JSONWriter::begin(char bracket) {
+  assert(isValueDue());
   separate();
   out_ += bracket;
-  ++depth_;
+  open_ += bracket;
   needsComma_ = false;
   return *this;
 }
 
 JSONWriter& JSONWriter::end(char bracket) {
-  assert(depth_ > 0 && !afterKey_);
+  assert(isRefused_ || (!open_.empty() && !afterKey_ && (open_.back() == '{') == (bracket == '}')));
   handOnWhenLong();
-  --depth_;
+  open_.pop_back();
   out_ += bracket;
   needsComma_ = true;
   return *this;
 }
 
 JSONWriter& JSONWriter::key(std::string_view key) {
-  assert(depth_ > 0 && !afterKey_);
+  assert(isRefused_ || (!open_.empty() && open_.back() == '{' && !afterKey_));
   separate();
   appendQuoted(out_, key, escapes_);
   out_ += ':';
@@ -100,6 +101,7 @@ JSONWriter& JSONWriter::key(std::string_view key) {
 }
 
 JSONWriter& JSONWriter::token(std::string_view token) {
+  assert(isValueDue());
   separate();
   out_ += token;
   needsComma_ = true;
@@ -128,6 +130,7 @@ JSONWriter& JSONWriter::value(float value) { return real(shortestText(value)); }
 JSONWriter& JSONWriter::value(double value) { return real(shortestText(value)); }
 
 JSONWriter& JSONWriter::value(std::string_view text) {
+  assert(isValueDue());
   separate();
   out_ += '"';
   for (std::size_t at = 0; at < text.size();) {
@@ -147,16 +150,23 @@ JSONWriter& JSONWriter::floats(std::initializer_list<float> values) {
   return endArray();
 }
 
+void JSONWriter::text(std::string_view text) {
+  assert(isRefused_ || open_.empty());
+  out_ += text;
+}
+
 void JSONWriter::endLine() {
-  assert(depth_ == 0);
+  assert(isRefused_ || open_.empty());
   out_ += '\n';
   needsComma_ = false;
   handOnWhenLong();
 }
 
 void JSONWriter::flush() {
-  if (!sink_) return;
-  if (!out_.empty()) sink_(out_);
+  if (!sink_ || out_.empty()) return;
+  isRefused_ = true;  // until the sink has taken it
+  sink_(out_);
+  isRefused_ = false;
   out_.clear();
 }
 
