@@ -226,8 +226,9 @@ TEST_F(HostileDocumentTest, PublishedPortsThatPublishEachOtherInACircleComeApart
   const auto second = outer->subnodeGroup()->addSymbolicPortForPort(*first);
   document->subnodeGroup()->addSymbolicPortForPort(*second);
   const auto bytes = savedBytes(*document, 0);
-  PropertyList list;
-  ASSERT_TRUE(PropertyListReader::read(bytes, list));
+  const auto read = PropertyListReader::read(bytes);
+  ASSERT_TRUE(read);
+  const PropertyList& list = *read;
   const auto objects = list.elements(list.valueForKey(list.root(), "$objects"));
   // Of the two published ports in the file that are published again, and say by which, the second
   // is the one that the first names.
@@ -318,10 +319,10 @@ TEST_F(HostileDocumentTest, LinksUpwardAreThoseOfWhoHolds) {
   const auto clamp = add("HXRClampNode", group.get());
   group->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"));
   for (const std::int32_t codingType : {0, 3}) {
-    std::string error;
-    const auto bytes = HXDocumentFile::dataWithDocument(*document, codingType, error);
-    PropertyList list;
-    ASSERT_TRUE(PropertyListReader::read(bytes, list));
+    const auto bytes = savedBytes(*document, codingType);
+    const auto read = PropertyListReader::read(bytes);
+    ASSERT_TRUE(read);
+    const PropertyList& list = *read;
     const auto objects = list.elements(list.valueForKey(list.root(), "$objects"));
     Tampering tampering(list);
     int straightened = 0;
