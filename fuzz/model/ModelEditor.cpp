@@ -190,7 +190,7 @@ void ModelEditor::setPatch() {
 }
 
 void ModelEditor::swapGroup() {
-  auto* node = anyNode();
+  const Ref<HXNode> node(anyNode());  // whoever hears of groups that go may remove it
   if (!node) return;
   // A swap that the views do not ask for is undone by the next change of a view.
   if (const auto* group = node->subnodeGroup().get(); group && byte() % 2 == 0) {
@@ -199,7 +199,6 @@ void ModelEditor::swapGroup() {
     hasView ? node->swapSubnodeGroupToViewGroup() : node->swapSubnodeGroupToGroup();
   } else if (node->subnodeGroup()) {
     node->setForceAllowsSubnodes(byte() % 2 == 0);
-    // The published ports of a group that went stay in the port groups until then.
     if (!node->subnodeGroup()) node->setPatch(node->patch());
   } else {
     node->setForceAllowsSubnodes(true);
