@@ -3,9 +3,12 @@
 #include <utility>
 #include <vector>
 
+#include "tarnkit/platform/coding/KeyedArchiveNames.h"
 #include "tarnkit/platform/propertylist/PropertyListReader.h"
 
 namespace tarnkit {
+
+namespace archive = detail::archive;
 
 namespace {
 
@@ -14,20 +17,15 @@ using Index = PropertyList::Index;
 
 constexpr std::string_view kImageEntryClass = "PMImageStoreEntry";
 
-Index valueOfKind(const PropertyList& list, Index map, std::string_view key, Kind kind) noexcept {
-  const Index value = list.valueForKey(map, key);
-  return value != PropertyList::kNone && list.kind(value) == kind ? value : PropertyList::kNone;
-}
-
 std::string_view classOfBody(const PropertyList& list, Index body) noexcept {
   if (list.kind(body) != Kind::map) return {};
-  const Index name = valueOfKind(list, body, "$class", Kind::string);
+  const Index name = list.valueOfKind(body, archive::kClass.text(), Kind::string);
   return name == PropertyList::kNone ? std::string_view() : list.string(name);
 }
 
 // The class of the root object; looked up without an index, once.
 std::string_view classOfRoot(const PropertyList& list, Index objects, Index root) noexcept {
-  const Index id = valueOfKind(list, root, "$reference", Kind::string);
+  const Index id = list.valueOfKind(root, archive::kReference.text(), Kind::string);
   if (id == PropertyList::kNone) return {};
   const Index body = list.valueForKey(objects, list.string(id));
   return body == PropertyList::kNone ? std::string_view() : classOfBody(list, body);
@@ -40,16 +38,17 @@ HXArchiveReader::Visitor::~Visitor() = default;
 HXArchiveKind HXArchiveReader::sniff(const PropertyList& list) noexcept {
   const Index top = list.root();
   if (top == PropertyList::kNone || list.kind(top) != Kind::map) return HXArchiveKind::none;
-  const Index archiver = valueOfKind(list, top, "$archiver", Kind::string);
+  const Index archiver = list.valueOfKind(top, archive::kArchiver.text(), Kind::string);
   if (archiver != PropertyList::kNone) {
-    const bool isStandard = list.string(archiver) == "NSKeyedArchiver" &&
-                            valueOfKind(list, top, "$objects", Kind::array) != PropertyList::kNone;
+    const bool isStandard =
+        list.string(archiver) == archive::kArchiverName &&
+        list.valueOfKind(top, archive::kObjects.text(), Kind::array) != PropertyList::kNone;
     return isStandard ? HXArchiveKind::editorDocument : HXArchiveKind::none;
   }
-  const Index objects = valueOfKind(list, top, "$objects", Kind::map);
-  const Index root = valueOfKind(list, top, "$root", Kind::map);
+  const Index objects = list.valueOfKind(top, archive::kObjects.text(), Kind::map);
+  const Index root = list.valueOfKind(top, archive::kRoot.text(), Kind::map);
   if (objects == PropertyList::kNone || root == PropertyList::kNone ||
-      valueOfKind(list, top, "$version", Kind::string) == PropertyList::kNone) {
+      list.valueOfKind(top, archive::kVersion.text(), Kind::string) == PropertyList::kNone) {
     return HXArchiveKind::none;
   }
   return classOfRoot(list, objects, root) == kImageEntryClass ? HXArchiveKind::imageArchive
@@ -72,11 +71,11 @@ Status HXArchiveReader::open(ByteSpan bytes) {
   list_ = *std::move(list);
   kind_ = kind;
   const Index top = list_.root();
-  root_ = list_.valueForKey(top, "$root");
-  version_ = list_.string(list_.valueForKey(top, "$version"));
-  classKey_ = list_.keyNamed("$class");
-  referenceKey_ = list_.keyNamed("$reference");
-  const Index objects = list_.valueForKey(top, "$objects");
+  root_ = list_.valueForKey(top, archive::kRoot.text());
+  version_ = list_.string(list_.valueForKey(top, archive::kVersion.text()));
+  classKey_ = list_.keyNamed(archive::kClass.text());
+  referenceKey_ = list_.keyNamed(archive::kReference.text());
+  const Index objects = list_.valueForKey(top, archive::kObjects.text());
   ids_ = list_.keys(objects);
   bodies_ = list_.values(objects);
   objectsByKey_ = PropertyListKeyMap<Object>(list_, kNoObject);
@@ -98,24 +97,12 @@ std::string_view HXArchiveReader::classOf(Object object) const {
 
 Index HXArchiveReader::findClass(Index body) const {
   if (list_.kind(body) != Kind::map) return PropertyList::kNone;
-  const auto keys = list_.keys(body);
-  std::size_t at = 0;
-  if (!keys.empty() && list_.keyOf(keys[0]) != classKey_) {
-    constexpr std::size_t kFew = 8;
-    if (keys.size() > kFew) {
-      const auto known = classesOfBodies_.find(body);
-      if (known != classesOfBodies_.end()) return known->second;
-    }
-    while (at < keys.size() && list_.keyOf(keys[at]) != classKey_) ++at;
-    if (keys.size() > kFew) classesOfBodies_[body] = classAt(body, at);
-  }
-  return classAt(body, at);
-}
-
-Index HXArchiveReader::classAt(Index body, std::size_t entry) const noexcept {
-  if (entry >= list_.count(body)) return PropertyList::kNone;
-  const Index name = list_.values(body)[entry];
-  return list_.kind(name) == Kind::string ? name : PropertyList::kNone;
+  constexpr std::uint32_t kFew = 8;
+  const bool isSought = list_.count(body) > kFew && list_.keyOf(list_.keys(body)[0]) != classKey_;
+  if (!isSought) return list_.valueOfKind(body, classKey_, Kind::string);
+  const auto [known, isNew] = classesOfBodies_.try_emplace(body, PropertyList::kNone);
+  if (isNew) known->second = list_.valueOfKind(body, classKey_, Kind::string);
+  return known->second;
 }
 
 bool HXArchiveReader::isReference(Index value) const noexcept {

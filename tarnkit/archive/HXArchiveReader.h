@@ -82,7 +82,6 @@ class HXArchiveReader {
 
  private:
   Index findClass(Index body) const;
-  Index classAt(Index body, std::size_t entry) const noexcept;
 
   PropertyList list_;
   HXArchiveKind kind_ = HXArchiveKind::none;

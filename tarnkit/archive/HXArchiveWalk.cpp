@@ -8,50 +8,10 @@
 
 #include "tarnkit/archive/HXKeyedArchiver.h"
 #include "tarnkit/archive/HXVersion.h"
-#include "tarnkit/platform/collections/Array.h"
-#include "tarnkit/platform/collections/Dictionary.h"
+#include "tarnkit/platform/coding/KeyedArchiveNames.h"
 #include "tarnkit/platform/numbers/Number.h"
-#include "tarnkit/platform/objects/Null.h"
 
 namespace tarnkit::detail {
-
-namespace {
-
-const Symbol kClassKey{"$class"};
-const Symbol kReferenceKey{"$reference"};
-const Symbol kObjectsKey{"$objects"};
-const Symbol kRootKey{"$root"};
-const Symbol kMembersKey{"NS.objects"};
-
-/// Gives the coder back the coding type that it had, whatever the objects set.
-class CodingTypeKeeper {
- public:
-  explicit CodingTypeKeeper(Encoder& coder) noexcept
-      : coder_(coder), codingType_(coder.codingType()) {}
-  CodingTypeKeeper(const CodingTypeKeeper&) = delete;
-  CodingTypeKeeper& operator=(const CodingTypeKeeper&) = delete;
-  ~CodingTypeKeeper() { coder_.setCodingType(codingType_); }
-
- private:
-  Encoder& coder_;
-  std::int32_t codingType_;
-};
-
-bool standsInline(CodingKind kind) noexcept {
-  return kind == CodingKind::string || kind == CodingKind::number;
-}
-
-}  // namespace
-
-HXArchiveWalk::SymbolEntry& HXArchiveWalk::symbol(const Symbol& key) {
-  const auto number = key.number();
-  if (number >= symbols_.size()) {
-    symbols_.resize(std::max<std::size_t>(Symbol::count(), number + std::size_t{1}));
-  }
-  SymbolEntry& entry = symbols_[number];
-  if (entry.key == kNone) entry.key = writer_.addSymbol(key);
-  return entry;
-}
 
 // --- Recording
 // ------------------------------------------------------------------------------------
@@ -66,46 +26,43 @@ void HXArchiveWalk::put(const Symbol& key, Index value) {
   record(key, std::move(entry));
 }
 
-void HXArchiveWalk::putObject(const Symbol& key, const Object& object, bool isUnconditional,
-                              Encoder& coder) {
-  if (standsInline(object.codingKind())) {
+void HXArchiveWalk::putObject(const Symbol& key, const Object& object, bool isConditional) {
+  if (isValue(object.codingKind())) {
     put(key, inlineValue(object));
     return;
   }
-  recordCodingType(coder);
+  recordCodingType();
   Entry entry;
   entry.object = Ref<const Object>(&object);
-  entry.kind = isUnconditional ? Entry::Kind::object : Entry::Kind::conditional;
+  entry.kind = isConditional ? Entry::Kind::conditional : Entry::Kind::object;
   record(key, std::move(entry));
-  if (!isEncoding()) encodeForTop(key, coder);
+  if (!isEncoding()) encodeForTop(key);
 }
 
 void HXArchiveWalk::putCollection(const Symbol& key, CodingKind kind, std::size_t count,
-                                  FunctionRef<const Object*(std::size_t)> at, Encoder& coder) {
-  recordCodingType(coder);
+                                  FunctionRef<const Object*(std::size_t)> at) {
+  recordCodingType();
   const std::size_t position = entries_.size();
   Entry entry;
   entry.kind = Entry::Kind::collection;
-  entry.form = kind == CodingKind::set          ? Form::set
-               : kind == CodingKind::orderedSet ? Form::orderedSet
-                                                : Form::list;
+  entry.form = formOf(kind);
   record(key, std::move(entry));
   for (std::size_t i = 0; i < count; ++i) {
     if (const Object* const element = at(i)) appendElement(*element, kNone);
   }
   entries_[position].count = static_cast<std::uint32_t>(entries_.size() - position - 1);
-  if (!isEncoding()) encodeForTop(key, coder);
+  if (!isEncoding()) encodeForTop(key);
 }
 
 bool HXArchiveWalk::putMap(const Symbol& key, std::size_t count,
-                           FunctionRef<Encoder::MapEntry(std::size_t)> at, Encoder& coder) {
+                           FunctionRef<Encoder::MapEntry(std::size_t)> at) {
   sorted_.clear();
   for (std::size_t i = 0; i < count; ++i) {
     const Encoder::MapEntry entry = at(i);
     if (entry.key.isNil()) return false;
     if (entry.value) sorted_.emplace_back(entry.key, entry.value);
   }
-  recordCodingType(coder);
+  recordCodingType();
   const std::size_t position = entries_.size();
   Entry entry;
   entry.kind = Entry::Kind::collection;
@@ -113,7 +70,7 @@ bool HXArchiveWalk::putMap(const Symbol& key, std::size_t count,
   record(key, std::move(entry));
   appendSorted();
   entries_[position].count = static_cast<std::uint32_t>(entries_.size() - position - 1);
-  if (!isEncoding()) encodeForTop(key, coder);
+  if (!isEncoding()) encodeForTop(key);
   return true;
 }
 
@@ -135,9 +92,9 @@ void HXArchiveWalk::record(const Symbol& key, Entry entry) {
 
 // The objects are walked only when the one that refers to them has returned, so what it set for
 // them is noted among its values.
-void HXArchiveWalk::recordCodingType(const Encoder& coder) {
-  if (!isEncoding() || coder.codingType() == recordedType_) return;
-  recordedType_ = coder.codingType();
+void HXArchiveWalk::recordCodingType() {
+  if (!isEncoding() || coder().codingType() == recordedType_) return;
+  recordedType_ = coder().codingType();
   Entry entry;
   entry.kind = Entry::Kind::codingType;
   entry.isReplaced = true;
@@ -157,35 +114,28 @@ void HXArchiveWalk::putTop(const Symbol& key, Index value) {
 }
 
 // The one value just recorded, with what belongs to it, is all there is on the stack.
-void HXArchiveWalk::encodeForTop(const Symbol& key, Encoder& coder) {
-  const CodingTypeKeeper keeper(coder);
-  pushFrame(kNone, 0, entries_.size(), Form::top, false, coder.codingType());
-  run(coder);
+void HXArchiveWalk::encodeForTop(const Symbol& key) {
+  const CodingTypeKeeper keeper(coder());
+  pushFrame(kNone, 0, entries_.size(), Form::top, false, coder().codingType());
+  run();
   putTop(key, entries_.front().value);
   entries_.clear();
 }
 
 HXArchiveWalk::Index HXArchiveWalk::inlineValue(const Object& object) {
-  if (object.codingKind() == CodingKind::string) {
-    return writer_.addString(static_cast<const StringObject&>(object));
-  }
-  const auto& number = static_cast<const Number&>(object);
-  switch (number.kind()) {
-    case Number::Kind::boolean:
-      return writer_.addBool(number.boolValue());
-    case Number::Kind::float32:
-      return writer_.addReal32(number.floatValue());
-    case Number::Kind::float64:
-      return writer_.addReal64(number.doubleValue());
-    default:
-      return writer_.addInt(number.int64Value());
-  }
+  if (object.codingKind() == CodingKind::number) return scalar(static_cast<const Number&>(object));
+  return writer().addString(static_cast<const StringObject&>(object));
+}
+
+HXArchiveWalk::Form HXArchiveWalk::formOf(CodingKind kind) noexcept {
+  if (kind == CodingKind::set) return Form::set;
+  return kind == CodingKind::orderedSet ? Form::orderedSet : Form::list;
 }
 
 void HXArchiveWalk::appendElement(const Object& object, Index key) {
   Entry entry;
   entry.key = key;
-  if (standsInline(object.codingKind())) {
+  if (isValue(object.codingKind())) {
     entry.value = inlineValue(object);
   } else {
     entry.object = Ref<const Object>(&object);
@@ -199,7 +149,8 @@ void HXArchiveWalk::appendSorted() {
   std::sort(sorted_.begin(), sorted_.end(),
             [](const auto& a, const auto& b) { return a.first < b.first; });
   for (const auto& [key, object] : sorted_) {
-    appendElement(*object, key.isNil() ? writer_.addString("") : writer_.addString(*key.object()));
+    appendElement(*object,
+                  key.isNil() ? writer().addString("") : writer().addString(*key.object()));
   }
   sorted_.clear();
 }
@@ -207,44 +158,21 @@ void HXArchiveWalk::appendSorted() {
 // --- Class names
 // ----------------------------------------------------------------------------------
 
-HXArchiveWalk::KnownClass& HXArchiveWalk::knownClass(const Class& record) {
-  auto number = classIDs_.find(&record);
-  if (number == IdentityTable::kNone) {
-    number = static_cast<std::uint32_t>(classes_.size());
-    KnownClass fresh{&record, String(), kNone};
-    for (const KnownClass& other : classes_) {
-      if (other.record->name() == record.name()) fresh.substitute = other.substitute;
-    }
-    classes_.push_back(std::move(fresh));
-    classIDs_.set(&record, number);
-  }
-  return classes_[number];
-}
-
 void HXArchiveWalk::setClassName(const String& name, const Class& forClass) {
   if (!isEncoding()) {
-    substitute(forClass, name);
+    classes().substitute(forClass, name);
     return;
   }
   // It takes effect where it stands among the values: objects written before it keep their names,
   // and may set another one for this class. Only before the first value is known what is in force.
-  const KnownClass& known = knownClass(forClass);
-  if (entries_.size() == frames_.back().begin && known.substitute == name) return;
+  const std::uint32_t number = classes().numberOf(forClass);
+  if (entries_.size() == frames_.back().begin && classes()[number].substitute == name) return;
   Entry entry;
   entry.kind = Entry::Kind::substitution;
   entry.isReplaced = true;
   entry.object = Ref<const Object>(name.object());
-  entry.value = static_cast<Index>(&known - classes_.data());
+  entry.value = number;
   entries_.push_back(std::move(entry));
-}
-
-void HXArchiveWalk::substitute(const Class& record, const String& name) {
-  knownClass(record);
-  for (KnownClass& known : classes_) {
-    if (known.record->name() != record.name()) continue;
-    known.substitute = name;
-    known.name = kNone;
-  }
 }
 
 String HXArchiveWalk::classNameForClass(const Class& forClass) const {
@@ -253,28 +181,20 @@ String HXArchiveWalk::classNameForClass(const Class& forClass) const {
     for (std::size_t i = entries_.size(); i > frames_.back().begin; --i) {
       const Entry& entry = entries_[i - 1];
       if (entry.kind == Entry::Kind::substitution &&
-          classes_[entry.value].record->name() == forClass.name()) {
+          classes()[entry.value].record->name() == forClass.name()) {
         return String::from(entry.object.get());
       }
     }
   }
-  for (const KnownClass& known : classes_) {
-    if (known.record->name() == forClass.name()) return known.substitute;
-  }
-  return String();
+  return classes().substituteFor(forClass);
 }
 
 HXArchiveWalk::Index HXArchiveWalk::classNameOf(const Frame& frame) {
   const Object* const object = identified_[frame.id].object.get();
-  const Class& record = object                    ? object->isa()
-                        : frame.form == Form::set ? Set::kClass
-                                                  : OrderedSet::kClass;
-  KnownClass& known = knownClass(record);
-  if (known.name == kNone) {
-    known.name =
-        writer_.addString(known.substitute.isNil() ? record.name() : known.substitute.view());
-  }
-  return known.name;
+  const CodingKind kind = frame.form == Form::set ? CodingKind::set : CodingKind::orderedSet;
+  auto& known = classes().of(object ? object->isa() : classOfCollection(kind));
+  if (known.written == 0) known.written = writer().addString(known.name());
+  return known.written;
 }
 
 // --- The walk
@@ -285,7 +205,7 @@ std::uint32_t HXArchiveWalk::newID(Ref<const Object> object) {
   char text[32] = "$object-";
   constexpr std::size_t kPrefix = 8;
   const char* const end = std::to_chars(text + kPrefix, std::end(text), id).ptr;
-  const Index idString = writer_.addDistinctString({text, static_cast<std::size_t>(end - text)});
+  const Index idString = writer().addDistinctString({text, static_cast<std::size_t>(end - text)});
   identified_.push_back({std::move(object), idString, kNone, kNone, false});
   return id;
 }
@@ -293,40 +213,40 @@ std::uint32_t HXArchiveWalk::newID(Ref<const Object> object) {
 HXArchiveWalk::Index HXArchiveWalk::referenceTo(std::uint32_t id) {
   Identified& identified = identified_[id];
   if (identified.reference == kNone) {
-    const Index key = symbol(kReferenceKey).key;
-    identified.reference = writer_.addMap({&key, 1}, {&identified.idString, 1});
+    const Index key = symbol(archive::kReference).key;
+    identified.reference = writer().addMap({&key, 1}, {&identified.idString, 1});
   }
   return identified.reference;
 }
 
-std::uint32_t HXArchiveWalk::find(const Object& object) const noexcept {
-  return ids_.find(&object);
-}
-
-void HXArchiveWalk::encodeRoot(const Object& root, Encoder& coder) {
-  const std::uint32_t id = newID(Ref<const Object>(&root));
-  ids_.set(&root, id);
-  if (standsInline(root.codingKind())) {
-    identified_[id].body = inlineValue(root);
+void HXArchiveWalk::putRoot(const Object* root) {
+  if (!root) return;
+  if (isEncoding()) {
+    throw std::logic_error("a root object is written from inside the encoding of another object");
+  }
+  const std::uint32_t id = newID(Ref<const Object>(root));
+  ids_.set(root, id);
+  if (isValue(root->codingKind())) {
+    identified_[id].body = inlineValue(*root);
   } else {
-    const CodingTypeKeeper keeper(coder);
-    writeObject(id, coder);
-    run(coder);
+    const CodingTypeKeeper keeper(coder());
+    writeObject(id);
+    run();
   }
   top_.clear();
-  putTop(kReferenceKey, identified_[id].idString);
+  putTop(archive::kReference, identified_[id].idString);
 }
 
-void HXArchiveWalk::run(Encoder& coder) {
+void HXArchiveWalk::run() {
   while (!frames_.empty()) {
     const std::size_t depth = frames_.size();
     Frame& frame = frames_.back();
-    while (frames_.size() == depth && frame.next < frame.end) encodeEntry(frame, coder);
+    while (frames_.size() == depth && frame.next < frame.end) encodeEntry(frame);
     if (frames_.size() == depth) finishFrame();
   }
 }
 
-void HXArchiveWalk::encodeEntry(Frame& frame, Encoder& coder) {
+void HXArchiveWalk::encodeEntry(Frame& frame) {
   Entry& entry = entries_[frame.next++];
   switch (entry.kind) {
     case Entry::Kind::value:
@@ -335,12 +255,12 @@ void HXArchiveWalk::encodeEntry(Frame& frame, Encoder& coder) {
       frame.codingType = static_cast<std::int32_t>(entry.value);
       return;
     case Entry::Kind::substitution:
-      substitute(*classes_[entry.value].record, String::from(entry.object.get()));
+      classes().substitute(*classes()[entry.value].record, String::from(entry.object.get()));
       return;
     case Entry::Kind::collection: {
       const std::uint32_t id = newID(nullptr);
       entry.value = referenceTo(id);
-      identified_[id].body = writer_.reserve();
+      identified_[id].body = writer().reserve();
       const std::size_t begin = frame.next;
       frame.next += entry.count;
       pushFrame(id, begin, frame.next, entry.form, false, frame.codingType);
@@ -349,7 +269,7 @@ void HXArchiveWalk::encodeEntry(Frame& frame, Encoder& coder) {
     default:
       break;
   }
-  std::uint32_t id = find(*entry.object);
+  std::uint32_t id = ids_.find(entry.object.get());
   if (id == IdentityTable::kNone) {
     id = newID(entry.object);
     ids_.set(entry.object.get(), id);
@@ -361,72 +281,60 @@ void HXArchiveWalk::encodeEntry(Frame& frame, Encoder& coder) {
         fmt::format("a {} is written unconditionally from inside its own encoding",
                     entry.object->isa().name()));
   }
-  if (identified_[id].body == kNone) writeObject(id, coder);
+  if (identified_[id].body == kNone) writeObject(id);
 }
 
-void HXArchiveWalk::writeObject(std::uint32_t id, Encoder& coder) {
+void HXArchiveWalk::writeObject(std::uint32_t id) {
   const Object& object = *identified_[id].object;
   const CodingKind kind = object.codingKind();
   if (kind == CodingKind::data) {
-    identified_[id].body = writer_.addData(static_cast<const Data&>(object).bytes());
+    identified_[id].body = writer().addData(static_cast<const Data&>(object).bytes());
     return;
   }
-  identified_[id].body = writer_.reserve();
+  identified_[id].body = writer().reserve();
   identified_[id].isInProgress = true;
+  const std::size_t begin = entries_.size();
   switch (kind) {
     case CodingKind::list:
-      return openMembers(id, static_cast<const Array&>(object), Form::list, coder);
     case CodingKind::set:
-      return openMembers(id, static_cast<const Set&>(object), Form::set, coder);
     case CodingKind::orderedSet:
-      return openMembers(id, static_cast<const OrderedSet&>(object), Form::orderedSet, coder);
-    case CodingKind::map: {
+      eachMember(object, kind, [&](const Object& member) { appendElement(member, kNone); });
+      return pushFrame(id, begin, entries_.size(), formOf(kind), true, typeOfNext());
+    case CodingKind::map:
       sorted_.clear();
-      for (const auto& entry : static_cast<const Dictionary&>(object).entries()) {
-        if (entry.value) sorted_.emplace_back(entry.key, entry.value.get());
-      }
-      const std::size_t begin = entries_.size();
+      eachEntry(object,
+                [&](const String& key, const Object& value) { sorted_.emplace_back(key, &value); });
       appendSorted();
-      return pushFrame(id, begin, entries_.size(), Form::map, true, typeOfNext(coder));
-    }
+      return pushFrame(id, begin, entries_.size(), Form::map, true, typeOfNext());
     default:
-      openObject(id, object, coder);
+      openObject(id, object);
   }
 }
 
 // What the object writes is only recorded here, whatever it refers to; the walk follows later.
-void HXArchiveWalk::openObject(std::uint32_t id, const Object& object, Encoder& coder) {
-  const std::int32_t codingType = typeOfNext(coder);
-  coder.setCodingType(codingType);
+void HXArchiveWalk::openObject(std::uint32_t id, const Object& object) {
+  const std::int32_t codingType = typeOfNext();
+  coder().setCodingType(codingType);
   recordedType_ = codingType;
   pushFrame(id, entries_.size(), entries_.size(), Form::object, true, codingType);
-  SymbolEntry& classEntry = symbol(kClassKey);
+  SymbolEntry& classEntry = symbol(archive::kClass);
   classEntry.serial = frames_.back().serial;
   classEntry.position = kNone;
-  if (&object.isa() != &Null::kClass) object.encodeWithCoder(coder);
+  encodeContents(object);
   frames_.back().end = static_cast<std::uint32_t>(entries_.size());
 }
 
-template <class Members>
-void HXArchiveWalk::openMembers(std::uint32_t id, const Members& members, Form form,
-                                const Encoder& coder) {
-  const std::size_t begin = entries_.size();
-  for (const auto& member : members) {
-    if (member) appendElement(*member, kNone);
-  }
-  pushFrame(id, begin, entries_.size(), form, true, typeOfNext(coder));
-}
-
 // The root is written under the coder's own type, everything else under that of its place.
-std::int32_t HXArchiveWalk::typeOfNext(const Encoder& coder) const noexcept {
-  return frames_.empty() ? coder.codingType() : frames_.back().codingType;
+std::int32_t HXArchiveWalk::typeOfNext() noexcept {
+  return frames_.empty() ? coder().codingType() : frames_.back().codingType;
 }
 
 void HXArchiveWalk::pushFrame(std::uint32_t id, std::size_t begin, std::size_t end, Form form,
                               bool ownsEntries, std::int32_t codingType) {
   const auto first = static_cast<std::uint32_t>(begin);
-  frames_.push_back({id, first, first, static_cast<std::uint32_t>(end), ++serials_, codingType,
+  frames_.push_back({id, first, first, static_cast<std::uint32_t>(end), newSerial(), codingType,
                      form, ownsEntries});
+  setEncoding(true);
 }
 
 void HXArchiveWalk::finishFrame() {
@@ -453,6 +361,7 @@ void HXArchiveWalk::finishFrame() {
   if (frame.id != kNone) identified_[frame.id].isInProgress = false;
   if (frame.ownsEntries) entries_.resize(frame.begin);
   frames_.pop_back();
+  setEncoding(!frames_.empty());
 }
 
 void HXArchiveWalk::fillMap(const Frame& frame, bool withClass) {
@@ -462,8 +371,8 @@ void HXArchiveWalk::fillMap(const Frame& frame, bool withClass) {
   }
   // Looked up only now: a class may substitute its own name while it encodes itself.
   const Index className = withClass ? classNameOf(frame) : kNone;
-  const Index classKey = withClass ? symbol(kClassKey).key : kNone;
-  const auto into = writer_.fillMap(identified_[frame.id].body, count);
+  const Index classKey = withClass ? symbol(archive::kClass).key : kNone;
+  const auto into = writer().fillMap(identified_[frame.id].body, count);
   std::size_t at = 0;
   if (withClass) {
     into[at] = classKey;
@@ -478,18 +387,18 @@ void HXArchiveWalk::fillMap(const Frame& frame, bool withClass) {
 }
 
 void HXArchiveWalk::fillList(Index list, const Frame& frame) {
-  const auto into = writer_.fillArray(list, frame.end - frame.begin);
+  const auto into = writer().fillArray(list, frame.end - frame.begin);
   for (std::uint32_t i = frame.begin; i < frame.end; ++i) {
     into[i - frame.begin] = entries_[i].value;
   }
 }
 
 void HXArchiveWalk::fillSet(const Frame& frame) {
-  const Index list = writer_.reserve();
+  const Index list = writer().reserve();
   fillList(list, frame);
-  const Index keys[] = {symbol(kClassKey).key, symbol(kMembersKey).key};
+  const Index keys[] = {symbol(archive::kClass).key, symbol(archive::kMembers).key};
   const Index className = classNameOf(frame);
-  const auto into = writer_.fillMap(identified_[frame.id].body, 2);
+  const auto into = writer().fillMap(identified_[frame.id].body, 2);
   into[0] = keys[0];
   into[1] = keys[1];
   into[2] = className;
@@ -499,72 +408,61 @@ void HXArchiveWalk::fillSet(const Frame& frame) {
 void HXArchiveWalk::fillOrderedSet(const Frame& frame) {
   const std::size_t members = frame.end - frame.begin;
   if (members > 0) memberKey(members - 1);
-  const Index classKey = symbol(kClassKey).key;
+  const Index classKey = symbol(archive::kClass).key;
   const Index className = classNameOf(frame);
-  const auto into = writer_.fillMap(identified_[frame.id].body, members + 1);
+  const auto into = writer().fillMap(identified_[frame.id].body, members + 1);
   into[0] = classKey;
   into[members + 1] = className;
   for (std::size_t i = 0; i < members; ++i) {
-    into[i + 1] = memberKeys_[i];
+    into[i + 1] = memberKey(i);
     into[members + 2 + i] = entries_[frame.begin + i].value;
   }
-}
-
-HXArchiveWalk::Index HXArchiveWalk::memberKey(std::size_t number) {
-  while (memberKeys_.size() <= number) {
-    memberKeys_.push_back(writer_.addString(fmt::format("NS.object.{}", memberKeys_.size())));
-  }
-  return memberKeys_[number];
 }
 
 // --- The result
 // -----------------------------------------------------------------------------------
 
-std::vector<std::uint8_t> HXArchiveWalk::finish(const Symbol& versionKey) {
+std::vector<std::uint8_t> HXArchiveWalk::finish() {
   const auto isWritten = [](const Identified& identified) { return identified.body != kNone; };
-  const Index objects = writer_.reserve();
+  const Index objects = writer().reserve();
   // Objects that were only referred to have an ID and nothing else.
   const auto count =
       static_cast<std::size_t>(std::count_if(identified_.begin(), identified_.end(), isWritten));
-  const auto into = writer_.fillMap(objects, count);
+  const auto into = writer().fillMap(objects, count);
   std::size_t at = 0;
   for (const Identified& identified : identified_) {
     if (!isWritten(identified)) continue;
     into[at] = identified.idString;
     into[count + at++] = identified.body;
   }
-  const Index root = writer_.reserve();
-  const auto rootInto = writer_.fillMap(root, top_.size());
+  const Index root = writer().reserve();
+  const auto rootInto = writer().fillMap(root, top_.size());
   for (std::size_t i = 0; i < top_.size(); ++i) {
     rootInto[i] = top_[i].first;
     rootInto[top_.size() + i] = top_[i].second;
   }
-  const Index keys[] = {writer_.addSymbol(kObjectsKey), writer_.addSymbol(kRootKey),
-                        writer_.addSymbol(versionKey)};
+  const Index keys[] = {writer().addSymbol(archive::kObjects), writer().addSymbol(archive::kRoot),
+                        writer().addSymbol(archive::kVersion)};
   const Index values[] = {objects, root,
-                          writer_.addString(HXStringFromVersion(HXCurrentVersion()))};
-  const auto listInto = writer_.fillMap(list_, std::size(keys));
+                          writer().addString(HXStringFromVersion(HXCurrentVersion()))};
+  const auto listInto = writer().fillMap(list_, std::size(keys));
   std::copy_n(values, std::size(values), std::copy_n(keys, std::size(keys), listInto.begin()));
   // Given back before the output is made.
   identified_ = std::vector<Identified>();
   ids_.clear();
   entries_ = std::vector<Entry>();
-  return writer_.finish(list_);
+  return writer().finish(list_);
 }
 
 void HXArchiveWalk::clear() {
-  writer_.clear();
-  list_ = writer_.reserve();
+  KeyedArchiveLayout::clear();
+  list_ = writer().reserve();
   frames_.clear();
   entries_ = std::vector<Entry>();
   identified_ = std::vector<Identified>();
   ids_.clear();
-  symbols_.clear();
   recordedType_ = 0;
-  memberKeys_.clear();
   top_.clear();
-  serials_ = 0;
-  for (KnownClass& known : classes_) known.name = kNone;
 }
 
 }  // namespace tarnkit::detail

@@ -6,6 +6,7 @@
 #include <limits>
 #include <unordered_map>
 
+#include "tarnkit/platform/coding/KeyedArchiveNames.h"
 #include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
 #include "tarnkit/platform/collections/Array.h"
 #include "tarnkit/platform/collections/Dictionary.h"
@@ -20,9 +21,6 @@ using Kind = PropertyList::Kind;
 using Index = PropertyList::Index;
 
 constexpr Index kNone = PropertyList::kNone;
-constexpr std::int64_t kArchiveVersion = 100000;
-constexpr std::string_view kNullText = "$null";
-constexpr std::string_view kMemberPrefix = "NS.object.";
 
 std::string shown(std::string_view text) { return std::string(text.substr(0, 200)); }
 
@@ -39,35 +37,32 @@ bool KeyedArchiveRecords::open() {
   };
   const Index frame = list_.root();
   if (list_.kind(frame) != Kind::map) return refuse("its top is not a map");
-  const auto of = [&](std::string_view key, Kind kind) {
-    const Index value = list_.valueForKey(frame, key);
-    return value != kNone && list_.kind(value) == kind ? value : kNone;
+  const auto of = [&](const Symbol& key, Kind kind) {
+    return list_.valueOfKind(frame, key.text(), kind);
   };
-  const Index archiver = of("$archiver", Kind::string);
-  if (archiver == kNone || list_.string(archiver) != "NSKeyedArchiver") {
+  const Index archiver = of(archive::kArchiver, Kind::string);
+  if (archiver == kNone || list_.string(archiver) != archive::kArchiverName) {
     return refuse("\"$archiver\" is not \"NSKeyedArchiver\"");
   }
-  const Index version = of("$version", Kind::integer);
-  if (version == kNone || list_.integer(version) != kArchiveVersion) {
+  const Index version = of(archive::kVersion, Kind::integer);
+  if (version == kNone || list_.integer(version) != archive::kFormatVersion) {
     return refuse("\"$version\" is not 100000");
   }
-  const Index objects = of("$objects", Kind::array);
+  const Index objects = of(archive::kObjects, Kind::array);
   if (objects == kNone) return refuse("\"$objects\" is not a list");
   archived_ = list_.elements(objects);
   if (archived_.empty() || list_.kind(archived_[0]) != Kind::string ||
-      list_.string(archived_[0]) != kNullText) {
+      list_.string(archived_[0]) != archive::kNull) {
     return refuse("its first object is not \"$null\"");
   }
-  const Index top = of("$top", Kind::map);
+  const Index top = of(archive::kTop, Kind::map);
   if (top == kNone) return refuse("\"$top\" is not a map");
-  rootReference_ = list_.valueForKey(top, "root");
-  if (rootReference_ == kNone || list_.kind(rootReference_) != Kind::uid) {
-    return refuse("\"$top\" refers to no \"root\"");
-  }
-  classKey_ = list_.keyNamed("$class");
-  classNameKey_ = list_.keyNamed("$classname");
-  objectsKey_ = list_.keyNamed("NS.objects");
-  keysKey_ = list_.keyNamed("NS.keys");
+  rootReference_ = list_.valueOfKind(top, archive::kTopObject.text(), Kind::uid);
+  if (rootReference_ == kNone) return refuse("\"$top\" refers to no \"root\"");
+  classKey_ = list_.keyNamed(archive::kClass.text());
+  classNameKey_ = list_.keyNamed(archive::kClassName.text());
+  membersKey_ = list_.keyNamed(archive::kMembers.text());
+  keysKey_ = list_.keyNamed(archive::kKeys.text());
   objects_.resize(list_.count());
   marks_.resize(list_.count());
   recordClasses_.resize(list_.count());
@@ -98,8 +93,8 @@ std::string KeyedArchiveRecords::unreadObjects() const {
     const bool isRead = objects_[record] || recordClasses_[record] != 0;
     if (isRead || counted[record] || list_.kind(record) != Kind::map) continue;
     counted[record] = true;
-    const Index reference = entry(record, classKey_);
-    if (reference == kNone || list_.kind(reference) != Kind::uid) continue;
+    const Index reference = list_.valueOfKind(record, classKey_, Kind::uid);
+    if (reference == kNone) continue;
     const std::uint64_t uid = list_.uid(reference);
     if (uid >= archived_.size()) continue;
     const Index classRecord = archived_[static_cast<std::size_t>(uid)];
@@ -124,24 +119,14 @@ std::string KeyedArchiveRecords::unreadObjects() const {
 
 std::string_view KeyedArchiveRecords::nameOfClass(Index classRecord) const noexcept {
   if (list_.kind(classRecord) != Kind::map) return {};
-  const Index name = entry(classRecord, classNameKey_);
-  return name != kNone && list_.kind(name) == Kind::string ? list_.string(name)
-                                                           : std::string_view();
+  const Index name = list_.valueOfKind(classRecord, classNameKey_, Kind::string);
+  return name == kNone ? std::string_view() : list_.string(name);
 }
 
 void KeyedArchiveRecords::abandon() {
   for (const Index value : made_) objects_[value]->abandonDecoding();
   objects_.clear();
   made_.clear();
-}
-
-Index KeyedArchiveRecords::entry(Index record, PropertyList::Key key) const noexcept {
-  if (key == PropertyList::kNoKey) return kNone;
-  const auto keys = list_.keys(record);
-  for (std::size_t i = 0; i < keys.size(); ++i) {
-    if (list_.keyOf(keys[i]) == key) return list_.values(record)[i];
-  }
-  return kNone;
 }
 
 bool KeyedArchiveRecords::realValue(Index value, double& real) const noexcept {
@@ -172,7 +157,7 @@ Index KeyedArchiveRecords::referredValue(Index reference) {
   }
   const Index value = archived_[static_cast<std::size_t>(uid)];
   if (uid == 0) return kNone;
-  return list_.kind(value) == Kind::string && list_.string(value) == kNullText ? kNone : value;
+  return list_.kind(value) == Kind::string && list_.string(value) == archive::kNull ? kNone : value;
 }
 
 Ref<Object> KeyedArchiveRecords::referredObject(Index reference) {
@@ -232,12 +217,8 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::classOf(Index recor
 }
 
 const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::findClass(Index record) {
-  const Index reference = entry(record, classKey_);
-  if (reference == kNone || list_.kind(reference) != Kind::uid) {
-    fail("an object has no class");
-    return nullptr;
-  }
-  const Index value = referredValue(reference);
+  const Index reference = list_.valueOfKind(record, classKey_, Kind::uid);
+  const Index value = reference == kNone ? kNone : referredValue(reference);
   if (value == kNone) {
     fail("an object has no class");
     return nullptr;
@@ -275,8 +256,9 @@ KeyedArchiveRecords::Form KeyedArchiveRecords::platformForm(std::string_view cla
 }
 
 const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::readClass(Index value) {
-  const Index name = list_.kind(value) == Kind::map ? entry(value, classNameKey_) : kNone;
-  if (name == kNone || list_.kind(name) != Kind::string) {
+  const bool isRecord = list_.kind(value) == Kind::map;
+  const Index name = isRecord ? list_.valueOfKind(value, classNameKey_, Kind::string) : kNone;
+  if (name == kNone) {
     fail("the class of an object has no name");
     return nullptr;
   }
@@ -337,8 +319,8 @@ Ref<Object> KeyedArchiveRecords::makeFromRecord(Index record) {
 // many records of one long text cost no more than the file.
 Ref<Object> KeyedArchiveRecords::makeString(Index record) {
   setInitialised(record);
-  const Index text = list_.valueForKey(record, "NS.string");
-  if (text != kNone && list_.kind(text) == Kind::string) return stringOf(text);
+  const Index text = list_.valueOfKind(record, archive::kText.text(), Kind::string);
+  if (text != kNone) return stringOf(text);
   fail("a string without its text");
   return nullptr;
 }
@@ -354,7 +336,7 @@ Ref<Object> KeyedArchiveRecords::stringOf(Index text) {
 
 Ref<Object> KeyedArchiveRecords::makeData(Index record) {
   setInitialised(record);
-  Index bytes = list_.valueForKey(record, "NS.data");
+  Index bytes = list_.valueForKey(record, archive::kBytes.text());
   if (bytes != kNone && list_.kind(bytes) == Kind::uid) bytes = referredValue(bytes);
   if (bytes == kNone || list_.kind(bytes) != Kind::data) {
     fail("data without its bytes");
@@ -401,7 +383,7 @@ bool KeyedArchiveRecords::visitElement(Index element, FunctionRef<void(const Ref
 bool KeyedArchiveRecords::visitElements(Index record, Form form,
                                         FunctionRef<void(const Ref<Object>&)> visit) {
   if (!spend(list_.count(record))) return false;  // for the search of the key
-  const Index elements = entry(record, objectsKey_);
+  const Index elements = list_.valueForKey(record, membersKey_);
   if (elements == kNone && form == Form::orderedSet) return visitNumberedElements(record, visit);
   if (elements == kNone || list_.kind(elements) != Kind::array) {
     fail("a collection without the list of its elements");
@@ -422,8 +404,8 @@ bool KeyedArchiveRecords::visitNumberedElements(Index record,
   std::size_t count = 0;
   for (std::size_t i = 0; i < keys.size(); ++i) {
     std::string_view key = list_.string(keys[i]);
-    if (key.substr(0, kMemberPrefix.size()) != kMemberPrefix) continue;
-    key.remove_prefix(kMemberPrefix.size());
+    if (key.substr(0, archive::kNumberedMember.size()) != archive::kNumberedMember) continue;
+    key.remove_prefix(archive::kNumberedMember.size());
     std::size_t number = 0;
     const auto read = std::from_chars(key.data(), key.data() + key.size(), number);
     if (read.ec != std::errc() || read.ptr != key.data() + key.size() || number >= members.size() ||
@@ -447,10 +429,9 @@ bool KeyedArchiveRecords::visitNumberedElements(Index record,
 bool KeyedArchiveRecords::visitEntries(Index record,
                                        FunctionRef<void(const String&, const Ref<Object>&)> visit) {
   if (!spend(2 * std::uint64_t{list_.count(record)})) return false;  // for the search of the keys
-  const Index names = entry(record, keysKey_);
-  const Index values = entry(record, objectsKey_);
-  if (names == kNone || values == kNone || list_.kind(names) != Kind::array ||
-      list_.kind(values) != Kind::array || list_.count(names) != list_.count(values)) {
+  const Index names = list_.valueOfKind(record, keysKey_, Kind::array);
+  const Index values = list_.valueOfKind(record, membersKey_, Kind::array);
+  if (names == kNone || values == kNone || list_.count(names) != list_.count(values)) {
     fail("a map without as many keys as values");
     return false;
   }

@@ -88,7 +88,6 @@ class KeyedArchiveRecords {
   static constexpr std::uint32_t kSearched = 4;
   static constexpr std::uint32_t kClassShift = 3;
 
-  Index entry(Index record, PropertyList::Key key) const noexcept;
   Index referredValue(Index reference);
   Ref<Object> objectOf(Index value);
   Ref<Object> makeObject(Index value);
@@ -117,7 +116,7 @@ class KeyedArchiveRecords {
   PropertyList::Elements archived_;  // "$objects"
   PropertyList::Key classKey_ = PropertyList::kNoKey;
   PropertyList::Key classNameKey_ = PropertyList::kNoKey;
-  PropertyList::Key objectsKey_ = PropertyList::kNoKey;
+  PropertyList::Key membersKey_ = PropertyList::kNoKey;
   PropertyList::Key keysKey_ = PropertyList::kNoKey;
   Index rootReference_ = PropertyList::kNone;
   std::vector<Ref<Object>> objects_;          // of each value

@@ -1,23 +1,23 @@
 #pragma once
 
-#include <memory>
+#include <cstdint>
+#include <vector>
 
-#include "tarnkit/platform/coding/Coder.h"
-#include "tarnkit/platform/system/Result.h"
+#include "tarnkit/platform/coding/KeyedArchiver.h"
 
 namespace tarnkit {
 
 /// Writes an object graph as a standard keyed archive: the binary property list of "$archiver",
 /// "$version", "$top" and "$objects" that every standard keyed unarchiver opens. Editor documents
-/// are such archives.
+/// are such archives. What it does as every archiver is told by `KeyedArchiver`; its own are:
 ///
-/// An object stands in the archive once by identity, a string, number or class record once by
-/// value. `encodeObject` only notes the reference and puts the object on a work list, so neither
-/// the depth of the graph nor a cycle costs stack. An object is encoded under the coding type that
-/// the archiver had when it was first referred to unconditionally; one that an object sets ends
-/// with its `encodeWithCoder`. Objects are encoded in pre-order, and the bytes depend on nothing
-/// but the graph. Belongs to whoever makes it; one thread at a time; linear in the output.
-class StandardKeyedArchiver final : public Encoder {
+/// - "$objects" holds everything that is referred to, strings, numbers and class records too, each
+///   once by value. A slot that nothing writes unconditionally holds "$null".
+/// - Objects are encoded from a work list. What an object refers to follows when its class has been
+///   named, so a substitution holds for all that is encoded after it.
+/// - A value that replaces an earlier one takes its place among the keys.
+/// - An object's key that begins with "$" is written with a second one.
+class StandardKeyedArchiver final : public KeyedArchiver {
  public:
   StandardKeyedArchiver();
   ~StandardKeyedArchiver() override;
@@ -26,36 +26,11 @@ class StandardKeyedArchiver final : public Encoder {
   /// format. A class that cannot be archived throws (std::logic_error).
   static Result<Ref<Data>> archivedData(const Object* root, std::int32_t codingType);
 
-  /// Writes the object, and everything it refers to unconditionally, under "root".
+  /// Writes the object, and everything it refers to unconditionally, under "root" of "$top"; null
+  /// is written as a reference to nil.
   void encodeRootObject(const Object* root);
-  /// The finished archive; a failure when it would be too large for the format. The archiver is
-  /// then empty and may be used again; substituted class names are kept.
+  /// The finished archive; a failure when it would be too large for the format.
   Result<std::vector<std::uint8_t>> finishEncoding();
-
-  // Called outside of an object's `encodeWithCoder`, these write into "$top".
-  void encodeBool(bool value, const Symbol& key) override;
-  void encodeInt(std::int32_t value, const Symbol& key) override;
-  void encodeInt64(std::int64_t value, const Symbol& key) override;
-  void encodeFloat(float value, const Symbol& key) override;
-  void encodeDouble(double value, const Symbol& key) override;
-  void encodeBytes(ByteSpan bytes, const Symbol& key) override;
-  using Encoder::encodeObject;
-  void encodeObject(const Object* object, const Symbol& key) override;
-  using Encoder::encodeConditionalObject;
-  /// The slot of an object that nothing writes unconditionally holds "$null".
-  void encodeConditionalObject(const Object* object, const Symbol& key) override;
-  /// Each call writes a container of its own. Null elements are left out: no container may hold
-  /// nil.
-  void encodeCollection(CodingKind kind, std::size_t count,
-                        FunctionRef<const Object*(std::size_t)> at, const Symbol& key) override;
-  using Encoder::encodeMap;
-  void encodeMap(std::size_t count, FunctionRef<MapEntry(std::size_t)> at,
-                 const Symbol& key) override;
-  void setClassName(const Symbol& name, const Class& forClass) override;
-
- private:
-  struct State;
-  std::unique_ptr<State> state_;
 };
 
 }  // namespace tarnkit

@@ -7,6 +7,7 @@
 #include <exception>
 #include <limits>
 
+#include "tarnkit/platform/coding/KeyedArchiveNames.h"
 #include "tarnkit/platform/coding/KeyedArchiveRecords.h"
 #include "tarnkit/platform/propertylist/PropertyListReader.h"
 #include "tarnkit/platform/system/Log.h"
@@ -93,10 +94,7 @@ struct StandardKeyedUnarchiver::State {
       symbolKeys.resize(std::max<std::size_t>(Symbol::count(), number + std::size_t{1}), kUnknown);
     }
     auto& key = symbolKeys[number];
-    if (key == kUnknown) {
-      key = symbol.text().substr(0, 1) == "$" ? list().keyNamed("$" + std::string(symbol.text()))
-                                              : list().keyNamed(symbol.text());
-    }
+    if (key == kUnknown) key = list().keyNamed(detail::archive::keyOfObject(symbol.text()));
     return key;
   }
 

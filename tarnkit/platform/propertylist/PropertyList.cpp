@@ -72,12 +72,11 @@ ByteSpan PropertyList::data(Index index) const noexcept {
   return {extent.body, extent.count};
 }
 
-PropertyList::Index PropertyList::valueForKey(Index map, std::string_view key) const noexcept {
-  const Key wanted = keyNamed(key);
-  if (wanted == kNoKey) return kNone;
+PropertyList::Index PropertyList::valueForKey(Index map, Key key) const noexcept {
+  if (key == kNoKey) return kNone;
   const auto names = keys(map);
   for (std::size_t i = 0; i < names.size(); ++i) {
-    if (keyOf(names[i]) == wanted) return values(map)[i];
+    if (keyOf(names[i]) == key) return values(map)[i];
   }
   return kNone;
 }

@@ -102,7 +102,18 @@ class PropertyList {
   /// `kNoKey` when no map has such a key. Costs a hash.
   Key keyNamed(std::string_view text) const noexcept { return keys_.named(*this, text); }
   /// The value in the map, or `kNone`. Linear in the map.
-  Index valueForKey(Index map, std::string_view key) const noexcept;
+  Index valueForKey(Index map, std::string_view key) const noexcept {
+    return valueForKey(map, keyNamed(key));
+  }
+  Index valueForKey(Index map, Key key) const noexcept;
+  /// The same, and `kNone` for a value of another kind.
+  Index valueOfKind(Index map, std::string_view key, Kind kind) const noexcept {
+    return valueOfKind(map, keyNamed(key), kind);
+  }
+  Index valueOfKind(Index map, Key key, Kind wanted) const noexcept {
+    const Index value = valueForKey(map, key);
+    return value != kNone && kind(value) == wanted ? value : kNone;
+  }
 
   /// The numbers, for `PropertyListKeyMap`. (A string of the chain has its number though it be no
   /// key.)
