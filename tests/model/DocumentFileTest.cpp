@@ -21,19 +21,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-class DocumentFileTest : public ModelTest {
- protected:
-  Ref<HXDocument> reopened(std::int32_t codingType = 0) {
-    return openedDocument(savedBytes(*document, codingType), codingType);
-  }
-  static Ref<HXNode> named(const HXNode& parent, const char* name) {
-    for (const auto& node : parent.subnodeGroup()->subnodes()) {
-      if (node->name() == name) return node;
-    }
-    ADD_FAILURE() << name;
-    return nullptr;
-  }
-};
+class DocumentFileTest : public ModelTest {};
 
 TEST_F(DocumentFileTest, EverythingThatTheUserMadeComesBack) {
   const auto group = add("");
@@ -54,7 +42,7 @@ TEST_F(DocumentFileTest, EverythingThatTheUserMadeComesBack) {
   group->subnodeGroup()->setOpaque(true);
 
   Recorder recorder;
-  const auto opened = reopened();
+  const auto opened = reopened(*document);
   EXPECT_THAT(recorder.take(), IsEmpty()) << "an opening document announces nothing";
   EXPECT_THAT(recorder.takeLog(), IsEmpty());
   EXPECT_NE(opened->documentKey(), document->documentKey());
@@ -92,7 +80,7 @@ TEST_F(DocumentFileTest, EverythingThatTheUserMadeComesBack) {
 TEST_F(DocumentFileTest, OnlyTypeThreeKeepsTheUniqueKeys) {
   const auto node = add("HXRClampNode");
   for (const std::int32_t codingType : {0, 1, 3}) {
-    const auto opened = reopened(codingType);
+    const auto opened = reopened(*document, codingType);
     const auto same = named(*opened, "Clamp");
     EXPECT_EQ(same->uniqueKey() == node->uniqueKey(), codingType == 3) << codingType;
     EXPECT_EQ(opened->subnodeGroup()->subnodeForKey(same->uniqueKey()), same.get());
@@ -134,8 +122,8 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchLosesNothing) {
 
 TEST_F(DocumentFileTest, AViewWhoseKeyAnotherNodeTookIsNoViewAnyMore) {
   add("HXRColorViewNode");
-  const auto first = reopened(HXCodingTypeEditorWithKeys);
-  const auto second = reopened(HXCodingTypeEditorWithKeys);
+  const auto first = reopened(*document, HXCodingTypeEditorWithKeys);
+  const auto second = reopened(*document, HXCodingTypeEditorWithKeys);
   first->subnodeGroup()->addNode(*second->subnodeGroup()->subnodes()[0]);
   const auto bytes = savedBytes(*first, HXCodingTypeEditorWithKeys);
   Recorder recorder;
@@ -248,7 +236,7 @@ TEST_F(DocumentFileTest, ADocumentThatIsLetGoLeavesNothingBehind) {
     connect(*a, "Tarn.resultOutput", *b, "Tarn.widthInput");
     group->subnodeGroup()->addSymbolicPortForPort(port(*a, "Tarn.valueInput"));
     port(*a, "Tarn.minimumInput").patchPort();
-    reopened();
+    reopened(*document);
     EXPECT_TRUE(HXDocumentFile::deviceGraph(*document));
     document = nullptr;
   };
@@ -268,7 +256,7 @@ TEST_F(DocumentFileTest, DeepDocumentsAreSavedOpenedSentAndTakenDown) {
     parent->subnodeGroup()->addNode(*node);
     parent = node;
   }
-  const auto opened = reopened();
+  const auto opened = reopened(*document);
   ASSERT_TRUE(opened);
   int depth = 0;
   for (const HXNode* node = opened.get();

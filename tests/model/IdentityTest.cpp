@@ -22,16 +22,6 @@ using ::testing::IsEmpty;
 
 class IdentityTest : public ModelTest {
  protected:
-  static Ref<HXDocument> reopened(const HXDocument& document, std::int32_t codingType = 0) {
-    return openedDocument(savedBytes(document, codingType), codingType);
-  }
-  static Ref<HXNode> named(const HXNode& parent, const char* name) {
-    for (const auto& node : parent.subnodeGroup()->subnodes()) {
-      if (node->name() == name) return node;
-    }
-    ADD_FAILURE() << name;
-    return nullptr;
-  }
   static std::vector<std::string> views(const HXNode& node) {
     std::vector<std::string> names;
     const auto* group = as<HXSubviewGroup>(node.subnodeGroup().get());

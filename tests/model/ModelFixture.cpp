@@ -86,6 +86,18 @@ Ref<HXConnection> ModelTest::connect(HXNode& from, const char* output, HXNode& t
   return document->connectPort(port(from, output), port(to, input));
 }
 
+Ref<HXDocument> ModelTest::reopened(const HXDocument& document, std::int32_t codingType) {
+  return openedDocument(savedBytes(document, codingType), codingType);
+}
+
+Ref<HXNode> ModelTest::named(const HXNode& parent, const char* name) {
+  for (const auto& node : parent.subnodeGroup()->subnodes()) {
+    if (node->name() == name) return node;
+  }
+  ADD_FAILURE() << name;
+  return nullptr;
+}
+
 std::vector<std::string> ModelTest::keys(const std::vector<Ref<HXPort>>& ports) {
   std::vector<std::string> keys;
   for (const auto& port : ports) keys.push_back(port->uniqueKey().toStdString());

@@ -46,6 +46,10 @@ class ModelTest : public ::testing::Test {
   static Ref<HXNode> nodeOf(const char* patchClass);
   static HXPatchPort& port(HXNode& node, const char* key);
   Ref<HXConnection> connect(HXNode& from, const char* output, HXNode& to, const char* input);
+  /// What comes back of the document when it is saved and opened again.
+  static Ref<HXDocument> reopened(const HXDocument& document, std::int32_t codingType = 0);
+  /// The subnode of that name.
+  static Ref<HXNode> named(const HXNode& parent, const char* name);
   /// The keys of the ports as shown.
   static std::vector<std::string> keys(const std::vector<Ref<HXPort>>& ports);
 

@@ -124,8 +124,17 @@ TEST(PMRPrimitive, ColorsReadBackFromTheirText) {
 TEST(PMRPrimitive, KindIsPartOfTheValue) {
   const auto one = P::primitiveWithNumberValue(1);
   EXPECT_TRUE(one->isEqual(*P::primitiveWithNumberValue(1)));
-  EXPECT_FALSE(one->isEqual(*P::primitiveWithIndexValue(1)));
-  EXPECT_FALSE(P::primitiveWithRadiansValue(kPi)->isEqual(*P::primitiveWithDegreesValue(180)));
+  // What they hold is the same to the bit.
+  const Ref<P> ones[] = {one, P::primitiveWithRadiansValue(1), P::primitiveWithDegreesValue(1)};
+  const Ref<P> nothings[] = {P::primitiveWithNilValue(), P::primitiveWithBooleanValue(false),
+                             P::primitiveWithIndexValue(0), P::primitiveWithNumberValue(0)};
+  const auto expectDifferent = [](const auto& values) {
+    for (const auto& a : values) {
+      for (const auto& b : values) EXPECT_EQ(a->isEqual(*b), a == b) << a->storageType();
+    }
+  };
+  expectDifferent(ones);
+  expectDifferent(nothings);
   const auto nan = P::primitiveWithNumberValue(kNaN);
   EXPECT_FALSE(nan->isEqual(*nan));
   EXPECT_FALSE(one->isEqual(*Number::withFloat(1)));
