@@ -254,6 +254,49 @@ TEST_F(GroupTest, RemovingANodeEndsItsPublicationsAtEveryLevel) {
   EXPECT_FALSE(clamp->parentGroup());
 }
 
+// What the container itself publishes goes with it; what stands for that above it does not stay.
+TEST_F(GroupTest, RemovingAContainerEndsThePublicationsAboveIt) {
+  const auto top = add("");
+  const auto outer = add("", top.get());
+  const auto inner = add("", outer.get());
+  const auto clamp = add("HXRClampNode", inner.get());
+  const auto other = add("HXRClampNode", outer.get());
+  const auto target = add("HXRClampNode");
+  const auto publishUpTo = [&](HXPort& published, std::vector<HXNode*> nodes) {
+    Ref<HXPort> at(&published);
+    for (HXNode* node : nodes) at = node->subnodeGroup()->addSymbolicPortForPort(*at);
+    return at;
+  };
+  const auto result =
+      publishUpTo(port(*clamp, "Tarn.resultOutput"), {inner.get(), outer.get(), top.get()});
+  publishUpTo(port(*clamp, "Tarn.valueInput"), {inner.get(), outer.get(), top.get()});
+  const auto kept = publishUpTo(port(*other, "Tarn.valueInput"), {outer.get(), top.get()});
+  document->connectPort(*result, port(*target, "Tarn.valueInput"));
+  document->connectPort(port(*target, "Tarn.resultOutput"), *kept);
+
+  Recorder recorder;
+  outer->subnodeGroup()->removeNode(inner.get());
+  const auto posted = recorder.take();
+  EXPECT_EQ(std::count_if(posted.begin(), posted.end(),
+                          [](const std::string& line) {
+                            return line.rfind("HXGroupRemoveSymbolicPortForPort", 0) == 0;
+                          }),
+            4)
+      << "two levels, two sides";
+  EXPECT_EQ(posted.back(), "HXGroupRemoveNodeNotification HXGroup Group=HXGroup Node=Group");
+  EXPECT_THAT(recorder.takeLog(), IsEmpty());
+  for (const auto* node : {outer.get(), top.get()}) {
+    EXPECT_TRUE(node->symbolicOutputPorts().isEmpty());
+    EXPECT_EQ(node->symbolicInputPorts().count(), 1U);
+    EXPECT_THAT(node->outputPorts(), IsEmpty());
+  }
+  EXPECT_EQ(inner->symbolicOutputPorts().count(), 1U);
+  EXPECT_EQ(inner->symbolicInputPorts().count(), 1U);
+  EXPECT_TRUE(port(*clamp, "Tarn.resultOutput").connections().isEmpty());
+  EXPECT_TRUE(port(*target, "Tarn.valueInput").connections().isEmpty());
+  EXPECT_EQ(port(*other, "Tarn.valueInput").connections().count(), 1U);
+}
+
 TEST_F(GroupTest, ManyPublishedPortsAreListedInOrder) {
   const auto group = add("");
   std::vector<std::string> expected;
