@@ -461,7 +461,6 @@ void HXArchiveWalk::clear() {
   entries_ = std::vector<Entry>();
   identified_ = std::vector<Identified>();
   ids_.clear();
-  recordedType_ = 0;
   top_.clear();
 }
 

@@ -103,6 +103,50 @@ TEST(HXKeyedArchiver, WritesEveryKindOfValueInItsForm) {
             "  k9: $object-2 NSNull\n");
 }
 
+TEST(HXKeyedArchiver, ValuesOfTheTopAreWrittenUnderTheTypeOfTheArchiver) {
+  const auto asks = make<Scripted>([](Encoder& coder) { coder.encodeInt(coder.codingType(), kA); });
+  const auto data = make<Data>();
+  HXKeyedArchiver archiver(data);
+  archiver.setCodingType(2);
+  archiver.encodeObject(asks, kA);
+  archiver.encodeList(std::vector<Ref<Scripted>>{make<Scripted>()}, kB);
+  archiver.encodeMembers(*make<OrderedSet>(), kC);
+  ASSERT_TRUE(archiver.endEncoding());
+  EXPECT_EQ(shown(*data),
+            "{…}\n"
+            "  a: $object-0 Scripted\n"
+            "    a: 2\n"
+            "  b: $object-1 list of 1\n"
+            "    - $object-2 Scripted\n"
+            "  c: $object-3 NSOrderedSet\n");
+}
+
+TEST(HXKeyedArchiver, ASubstitutionThatStandsBehindAnObjectIsNotSeenByIt) {
+  const auto data = make<Data>();
+  HXKeyedArchiver archiver(data);
+  String seen("not asked");
+  const auto child =
+      make<Scripted>([&](Encoder&) { seen = archiver.classNameForClass(ScriptedKind::kClass); });
+  const auto root = make<Scripted>([&](Encoder& coder) {
+    coder.encodeObject(child, kA);
+    coder.setClassName(kPMThing, ScriptedKind::kClass);
+  });
+  archiver.encodeRootObject(root.get());
+  EXPECT_TRUE(seen.isNil());
+  EXPECT_EQ(archiver.classNameForClass(ScriptedKind::kClass), "PMThing");
+}
+
+TEST(HXArchiveText, TextsAreShortenedBeyondALengthOnly) {
+  const std::string whole(HXArchiveText::kLongText, 'x');
+  const auto root = make<Scripted>([&](Encoder& coder) {
+    for (const auto* key : {&kA, &kB}) coder.encodeString(String(whole), *key);
+    coder.encodeBool(false, kC);
+  });
+  EXPECT_EQ(shown(*root),
+            "$object-0 Scripted\n  a: \"" + whole + "\"\n  b: \"" + whole + "\"\n  c: false\n");
+  EXPECT_EQ(HXArchiveReader::sniff(PropertyList()), HXArchiveKind::none);
+}
+
 TEST(HXKeyedArchiver, GivesContainersIDsOfTheirOwn) {
   const auto leaf = make<Scripted>();
   auto list = make<Array>();

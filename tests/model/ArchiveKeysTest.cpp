@@ -140,11 +140,10 @@ class ArchiveKeysTest : public ModelTest {
   }
 
   std::vector<std::uint8_t> archive(std::int32_t codingType) const {
-    std::string error;
-    return HXDocumentFile::dataWithDocument(*document, codingType, error);
+    return savedBytes(*document, codingType);
   }
   static std::string deviceTextOf(const HXDocument& document) {
-    return deviceText(HXDocumentFile::deviceGraph(document));
+    return deviceText(*HXDocumentFile::deviceGraph(document));
   }
 };
 
@@ -192,8 +191,7 @@ TEST_F(ArchiveKeysTest, EveryKeyIsWrittenAndReadBack) {
     const auto opened = reopened(*document, codingType);
     EXPECT_THAT(recorder.take(), ::testing::IsEmpty()) << "an opening document announces nothing";
     EXPECT_THAT(recorder.takeLog(), ::testing::IsEmpty());
-    std::string error;
-    const auto again = editorText(HXDocumentFile::dataWithDocument(*opened, codingType, error));
+    const auto again = editorText(savedBytes(*opened, codingType));
     const bool keepsKeys = codingType == HXCodingTypeEditorWithKeys;
     const auto compared = [&](const std::string& whole) {
       return keepsKeys ? whole : withOwnKeys(whole);
@@ -210,9 +208,9 @@ TEST_F(ArchiveKeysTest, EveryKeyIsWrittenAndReadBack) {
 
 // The keys that objects of the model have in the archive.
 std::set<std::string> keysIn(ByteSpan archive) {
-  PropertyList list;
-  std::string error;
-  EXPECT_TRUE(PropertyListReader::read(archive, list, &error)) << error;
+  const auto read = PropertyListReader::read(archive);
+  EXPECT_TRUE(read);
+  const PropertyList& list = *read;
   std::set<std::string> keys;
   for (PropertyList::Index i = 0; i < list.count(); ++i) {
     if (list.kind(i) != PropertyList::Kind::map) continue;
@@ -247,14 +245,13 @@ TEST_F(ArchiveKeysTest, AKeyThatIsAbsentReadsAsItsDefault) {
   for (const std::string& key : keysIn(bytes)) {
     const std::string without = withoutKey(file, key);
     Recorder recorder;
-    std::string error;
-    const auto opened = HXDocumentFile::document(bytesOf(without), 3, error);
+    const auto opened = HXDocumentFile::document(bytesOf(without), 3);
     out += key + "\n";
     for (const auto& line : recorder.takeLog()) out += "  log " + line + "\n";
     if (opened) {
-      out += difference(before, propertyText(*opened), 8);
+      out += difference(before, propertyText(**opened), 8);
     } else {
-      out += "  refused: " + error + "\n";
+      out += "  refused: " + opened.status().message() + "\n";
     }
   }
   expectGolden(withOwnKeys(out), "absent-keys.txt");
@@ -276,7 +273,7 @@ TEST_F(ModelTest, NodesAreSortedInDocumentsAndInNothingElse) {
   EXPECT_EQ(order(*document), "Delay early ");
   EXPECT_EQ(order(*reopened(*document, 0)), "early Delay ");
   EXPECT_EQ(order(*reopened(*document, HXCodingTypeEditorWithKeys)), "Delay early ");
-  const auto sent = deviceText(HXDocumentFile::deviceGraph(*document));
+  const auto sent = deviceText(*HXDocumentFile::deviceGraph(*document));
   EXPECT_LT(sent.find("PMRDelayPatch"), sent.find("PMRClampPatch"));
 }
 
@@ -311,7 +308,7 @@ TEST_F(ModelTest, TheDeviceGraphOfTheCatalogue) {
     }
     ++count;
   }
-  expectGolden(withOwnKeys(deviceText(HXDocumentFile::deviceGraph(*document))),
+  expectGolden(withOwnKeys(deviceText(*HXDocumentFile::deviceGraph(*document))),
                "catalogue-device.txt");
 }
 

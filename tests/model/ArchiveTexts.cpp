@@ -265,16 +265,15 @@ void writeNode(std::string& out, const HXNode& node) {
 }  // namespace
 
 std::string editorText(ByteSpan archive) {
-  PropertyList list;
-  std::string error;
-  EXPECT_TRUE(PropertyListReader::read(archive, list, &error)) << error;
-  return EditorWriter(list).text();
+  const auto list = PropertyListReader::read(archive);
+  EXPECT_TRUE(list) << list.status().message();
+  return list ? EditorWriter(*list).text() : std::string();
 }
 
 std::string deviceText(ByteSpan archive) {
   HXArchiveReader reader;
-  std::string error;
-  EXPECT_TRUE(reader.open(archive, &error)) << error;
+  const Status status = reader.open(archive);
+  EXPECT_TRUE(status) << status.message();
   return DeviceWriter(reader).text();
 }
 

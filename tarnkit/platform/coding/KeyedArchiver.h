@@ -22,8 +22,8 @@ class KeyedArchiveLayout;
 ///
 /// - A key stands once in a container; a later value replaces an earlier one. Null leaves its key
 ///   absent.
-/// - A scalar keeps its type: a float is a 32-bit real, a double a 64-bit one, a boolean no
-/// integer.
+/// - A scalar keeps its type: a float is a 32-bit real, a double a 64-bit one, a boolean is no
+///   integer.
 /// - Strings and numbers are values and known by what they hold. Every other object is known by its
 ///   identity, stands in the archive once and is referred to; until the archive is finished it is
 ///   kept alive, so that addresses stay valid.
