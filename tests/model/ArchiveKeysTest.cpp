@@ -130,9 +130,9 @@ class ArchiveKeysTest : public ModelTest {
   }
 
   void addImages() {
-    const auto one = HXImageStore::createImageEntry(Image::imageWithPixels(1, 1, {1, 2, 3, 255}));
+    const auto one = HXImageStore::createImageEntry(*Image::imageWithPixels(1, 1, {1, 2, 3, 255}));
     const auto two =
-        HXImageStore::createImageEntry(Image::imageWithPixels(2, 1, {1, 2, 3, 255, 4, 5, 6, 255}));
+        HXImageStore::createImageEntry(*Image::imageWithPixels(2, 1, {1, 2, 3, 255, 4, 5, 6, 255}));
     document->imageStore()->addImageEntry(one);
     document->imageStore()->addImageEntry(two);
     parameter<HXImageParameter>(*named(*document, "Values"), "Tarn.imageParameter")

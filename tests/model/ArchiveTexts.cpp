@@ -195,9 +195,9 @@ std::string valueOf(const HXParameter& parameter) {
   return entry ? text(entry->key()) : "nil";
 }
 
-void writeSymbolicPorts(std::string& out, const OrderedSet& ports) {
-  for (const auto& member : ports) {
-    const auto& port = static_cast<const HXSymbolicPort&>(*member);
+void writeSymbolicPorts(std::string& out, const std::vector<Ref<HXSymbolicPort>>& ports) {
+  for (const auto& published : ports) {
+    const HXSymbolicPort& port = *published;
     out += fmt::format("  published {} side={} relationship={} name={} of={} node={} in={}\n",
                        text(port.uniqueKey()), port.orientation(), port.connectionRelationship(),
                        text(port.name()), address(port.port()), keyOf(port.node()),
