@@ -29,6 +29,28 @@ Ref<Object> makeDocumentGraph(const HXRNodeClass& patchClass) {
   return document;
 }
 
+/// By what names the device knows the classes of this room.
+constexpr std::string_view kDeviceNames[] = {
+    "PMNode",
+    "PMLoopNode",
+    "PMRemoteGroupNode",
+    "PMRemoteGroupProcessorNode",
+    "PMReplicatorNode",
+    "PMGraph",
+    "PMGroup",
+    "PMSubviewGroup",
+    "PMPort",
+    "PMConnection",
+    "PMParameter",
+    "PMIndexParameter",
+    "PMNumberParameter",
+    "PMBooleanParameter",
+    "PMStringParameter",
+    "PMColorParameter",
+    "PMImageParameter",
+    "PMImageStoreEntry",
+};
+
 bool registerOnce() {
   registerPatchClasses();
   for (const Class* record : {&HXNode::kClass,
@@ -39,12 +61,15 @@ bool registerOnce() {
                               &HXDocument::kClass,
                               &HXGroup::kClass,
                               &HXSubviewGroup::kClass,
+                              &HXPort::kClass,
                               &HXPatchPort::kClass,
                               &HXSymbolicPort::kClass,
+                              &HXPortGroup::kClass,
                               &HXPatchPortGroup::kClass,
                               &HXSymbolicPortGroup::kClass,
                               &HXPortGroupCollection::kClass,
                               &HXConnection::kClass,
+                              &HXParameter::kClass,
                               &HXIndexParameter::kClass,
                               &HXNumberParameter::kClass,
                               &HXBooleanParameter::kClass,
@@ -56,6 +81,7 @@ bool registerOnce() {
                               &Image::kClass}) {
     ClassRegistry::add(*record);
   }
+  for (const auto name : kDeviceNames) ClassRegistry::reserve(name);
   HXRNodeClass::setDocumentGraphBuilder(&makeDocumentGraph);
   return true;
 }

@@ -101,6 +101,7 @@ const HXRNode& HXRNodeClass::prototype() const {
   }
   PatchDeclaration patch(*prototype);
   declareInto(patch);
+  patch.finish();
   prototype->layout_->share();
   shared.owner = prototype;
   shared.prototype.store(prototype.get(), std::memory_order_release);

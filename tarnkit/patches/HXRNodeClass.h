@@ -85,9 +85,9 @@ class HXRNodeClass : public Class {
   const OrderedSet& hiddenPortGroupKeys() const { return *resolved().hiddenPortGroupKeys; }
 
   /// A new definition of the class. The first one of a class whose record is wrong (it derives from
-  /// no definition, its declaration leaves out a name or a key, or its C++ class is not the one
-  /// that its declaration or its base's asks for) throws std::logic_error, as does the next
-  /// operation.
+  /// no definition, its declaration leaves out a name or a key or gives a key twice, or its C++
+  /// class is not the one that its declaration or its base's asks for) throws std::logic_error, as
+  /// does the next operation.
   Ref<HXRNode> makeDefinition() const;
   /// The definition whose layout and parameters every instance starts from.
   const HXRNode& prototype() const;

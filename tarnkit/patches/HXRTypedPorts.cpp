@@ -57,6 +57,37 @@ const HXRPortClass HXRFeedbackOutputPort::kClass{"HXRFeedbackOutputPort", &HXROu
     {.processClassName = "PMRFeedbackOutputPort"}};
 // clang-format on
 
+std::span<const HXRPortClass* const> portClasses() {
+  static constexpr const HXRPortClass* kClasses[] = {
+      &HXRPort::kClass,
+      &HXRInputPort::kClass,
+      &HXROutputPort::kClass,
+      &HXRValueInputPort::kClass,
+      &HXRPrimitiveInputPort::kClass,
+      &HXRAngleInputPort::kClass,
+      &HXRArrayInputPort::kClass,
+      &HXRDictionaryInputPort::kClass,
+      &HXRImageInputPort::kClass,
+      &HXRFilterInputPort::kClass,
+      &HXRViewInputPort::kClass,
+      &HXRValueOutputPort::kClass,
+      &HXRPrimitiveOutputPort::kClass,
+      &HXRArrayOutputPort::kClass,
+      &HXRReplicatorArrayOutputPort::kClass,
+      &HXRDictionaryOutputPort::kClass,
+      &HXRImageOutputPort::kClass,
+      &HXRFilterOutputPort::kClass,
+      &HXRViewOutputPort::kClass,
+      &HXRGestureInputPort::kClass,
+      &HXRGestureOutputPort::kClass,
+      &HXRInteractionInputPort::kClass,
+      &HXRInteractionOutputPort::kClass,
+      &HXRFeedbackInputPort::kClass,
+      &HXRFeedbackOutputPort::kClass,
+  };
+  return kClasses;
+}
+
 bool HXRValueOutputPort::canConnectToPort(const HXRPort* other) const {
   return isMemberOf(kClass) && other && other->isKindOf(HXRValueInputPort::kClass);
 }

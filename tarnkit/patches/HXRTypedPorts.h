@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "tarnkit/patches/HXRPort.h"
 
 namespace tarnkit {
@@ -167,5 +169,8 @@ class HXRFeedbackOutputPort final : public detail::PortOf<HXRFeedbackOutputPort,
   HXRFeedbackOutputPort(String name, String uniqueKey)
       : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipOne) {}
 };
+
+/// Every class of port descriptions, `HXRPort` and those with headers of their own included.
+std::span<const HXRPortClass* const> portClasses();
 
 }  // namespace tarnkit

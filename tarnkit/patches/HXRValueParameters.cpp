@@ -15,6 +15,15 @@ const HXRParameterClass HXRColorParameter::kClass{"HXRColorParameter", &HXRParam
 const HXRParameterClass HXRImageParameter::kClass{"HXRImageParameter", &HXRParameter::kClass,
                                                   "HXImageParameter", "PMRImageParameter"};
 
+std::span<const HXRParameterClass* const> parameterClasses() {
+  static constexpr const HXRParameterClass* kClasses[] = {
+      &HXRParameter::kClass,      &HXRBooleanParameter::kClass, &HXRNumberParameter::kClass,
+      &HXRIndexParameter::kClass, &HXRStringParameter::kClass,  &HXRColorParameter::kClass,
+      &HXRImageParameter::kClass,
+  };
+  return kClasses;
+}
+
 Ref<HXRParameter> HXRBooleanParameter::copy() const { return make<HXRBooleanParameter>(*this); }
 Ref<HXRParameter> HXRNumberParameter::copy() const { return make<HXRNumberParameter>(*this); }
 Ref<HXRParameter> HXRIndexParameter::copy() const { return make<HXRIndexParameter>(*this); }

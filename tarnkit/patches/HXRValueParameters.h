@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "tarnkit/patches/HXRParameter.h"
 #include "tarnkit/patches/RGBA.h"
@@ -130,5 +131,8 @@ class HXRImageParameter final : public HXRValueParameter<Ref<Object>> {
   HXRParameterKind kind() const override { return this; }
   Ref<HXRParameter> copy() const override;
 };
+
+/// Every class of parameter descriptions, `HXRParameter` included.
+std::span<const HXRParameterClass* const> parameterClasses();
 
 }  // namespace tarnkit

@@ -29,18 +29,43 @@ void PatchDeclaration::fail(const char* why) const {
   throw std::logic_error(fmt::format("[{}] {}", definition_.isa().name(), why));
 }
 
+// A port whose key another one takes stays in its group, where nobody finds it by its key any more.
+void PatchDeclaration::finish() const {
+  const auto& layout = definition_.portLayout();
+  std::uint32_t ports = 0;
+  for (const auto* const side : {&layout.inputs(), &layout.outputs()}) {
+    for (const auto& entry : side->portGroups()) {
+      for (const auto& port : entry.value->ports()) {
+        if (port->uniqueKey().view().empty()) fail("its declaration gives a port an empty key");
+        ++ports;
+      }
+    }
+  }
+  if (ports != layout.ports().size()) fail("its declaration gives a key to two ports");
+  for (const auto& parameter : definition_.parametersInForce()) {
+    if (parameter->uniqueKey().view().empty()) {
+      fail("its declaration gives a parameter an empty key");
+    }
+    if (definition_.parameterForKey(parameter->uniqueKey()) != parameter.get()) {
+      fail("its declaration gives a key to two parameters");
+    }
+  }
+}
+
 void PatchDeclaration::group(const char* groupKey) {
   group_ = groupKey ? String::interned(groupKey) : String();
 }
 
 HXRPrimitiveInputPort& PatchDeclaration::in(const char* name, const char* key,
                                             Ref<PMRPrimitive> defaultValue) {
-  return add(make<HXRPrimitiveInputPort>(literal(name), literal(key), std::move(defaultValue)));
+  return add(make<HXRPrimitiveInputPort>(literal(name), literal(key), std::move(defaultValue)),
+             HXOrientationInput);
 }
 
 HXRAngleInputPort& PatchDeclaration::in(const char* name, const char* key,
                                         const value::Angle& defaultValue) {
-  return add(make<HXRAngleInputPort>(literal(name), literal(key), defaultValue.value));
+  return add(make<HXRAngleInputPort>(literal(name), literal(key), defaultValue.value),
+             HXOrientationInput);
 }
 
 HXRPrimitiveInputPort& PatchDeclaration::choice(const char* name, const char* key,
@@ -63,10 +88,6 @@ template <class Parameter, class Value>
 Parameter& PatchDeclaration::addParameter(const char* name, const char* key, Value defaultValue,
                                           bool hidden) {
   const auto parameter = make<Parameter>(literal(name), literal(key), hidden);
-  if (parameter->uniqueKey().view().empty()) fail("its declaration has an empty key");
-  if (definition_.parameterForKey(parameter->uniqueKey())) {
-    fail("its declaration gives a key to two parameters");
-  }
   parameter->setValue(std::move(defaultValue));
   definition_.addParameter(*parameter);
   return *parameter;

@@ -39,9 +39,9 @@ Angle degrees(float value);
 ///       patch.out("Value", "Tarn.output");
 ///     }
 ///
-/// Runs once per class, on the prototype; names and keys are literals, never null (a null one
-/// throws std::logic_error), and are shared by everybody. Lives during the declaration only. For
-/// one thread.
+/// Runs once per class, on the prototype; names and keys are literals and shared by everybody. A
+/// null name or key, an empty key, and a key that two ports or two parameters have throw
+/// std::logic_error. Lives during the declaration only. For one thread.
 class PatchDeclaration {
  public:
   explicit PatchDeclaration(HXRNode& definition) : definition_(definition) {}
@@ -60,13 +60,13 @@ class PatchDeclaration {
   /// An input of another class.
   template <class Port>
   Port& in(const char* name, const char* key) {
-    return add(make<Port>(literal(name), literal(key)));
+    return add(make<Port>(literal(name), literal(key)), HXOrientationInput);
   }
   HXRPrimitiveOutputPort& out(const char* name, const char* key);
   /// An output of another class.
   template <class Port>
   Port& out(const char* name, const char* key) {
-    return add(make<Port>(literal(name), literal(key)));
+    return add(make<Port>(literal(name), literal(key)), HXOrientationOutput);
   }
 
   HXRBooleanParameter& parameter(const char* name, const char* key, bool defaultValue);
@@ -89,12 +89,17 @@ class PatchDeclaration {
     return *definition;
   }
 
+  /// Ends the declaration: holds what it has brought, by its rows or by the definition's own class,
+  /// to what is said of keys above.
+  void finish() const;
+
  private:
   /// The text of a name or key, shared by everybody. Throws std::logic_error when there is none.
   String literal(const char* text) const;
   [[noreturn]] void fail(const char* why) const;
   template <class Port>
-  Port& add(const Ref<Port>& port) {
+  Port& add(const Ref<Port>& port, std::int32_t orientation) {
+    if (port->orientation() != orientation) fail("its declaration mistakes an output for an input");
     definition_.addPort(*port, group_);
     return *port;
   }

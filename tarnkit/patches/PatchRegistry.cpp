@@ -5,9 +5,13 @@
 #include <algorithm>
 #include <array>
 #include <stdexcept>
+#include <unordered_map>
 
 #include "tarnkit/math/MXMathParsing.h"
+#include "tarnkit/patches/HXRDictionaryEntry.h"
 #include "tarnkit/patches/HXRNode.h"
+#include "tarnkit/patches/HXRTypedPorts.h"
+#include "tarnkit/patches/HXRValueParameters.h"
 #include "tarnkit/patches/PMRPrimitive.h"
 #include "tarnkit/patches/catalogue/Catalogue.h"
 #include "tarnkit/patches/catalogue/animation/HXRSpringNode.h"
@@ -22,6 +26,7 @@
 #include "tarnkit/patches/catalogue/math/HXRMathNode.h"
 #include "tarnkit/patches/catalogue/state/HXRIndexSwitchNode.h"
 #include "tarnkit/patches/catalogue/utility/HXRJavascriptExpressionNode.h"
+#include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
 #include "tarnkit/platform/system/Bundle.h"
 
 namespace tarnkit {
@@ -183,22 +188,34 @@ bool isDefinitionClass(const Class& record) {
   return false;
 }
 
-std::string whoseNameItIs(const Class& known) {
-  const Bundle& bundle = Bundle::forClass(known);
-  if (&bundle != &Bundle::libraryBundle()) {
-    return fmt::format("its name is taken by a class of {}", bundle.bundleIdentifier().view());
-  }
-  return known.isKindOf(HXRNode::kClass) ? "its name is taken by a built-in patch"
-                                         : "its name is taken by a class of the library";
+/// Whose the name is already. `known` is null for a name that no record stands behind.
+std::string whoseNameItIs(const Class* known) {
+  if (!known) return "the library";
+  const Bundle& bundle = Bundle::forClass(*known);
+  if (&bundle == &Bundle::libraryBundle()) return "the library";
+  return bundle.bundleIdentifier().toStdString();
 }
 
-/// What speaks against the record; empty: nothing.
-std::string faultOf(const HXRNodeClass& record) {
-  if (record.name().empty()) return "it has no name";
-  if (!isDefinitionClass(record)) return "it does not derive from this library's HXRNode";
-  if (const Class* const known = ClassRegistry::classNamed(record.name()); known) {
-    return whoseNameItIs(*known);
+/// The classes of one bundle under way, with those that they derive from, by name.
+using ClassesByName = std::unordered_map<std::string_view, const Class*>;
+
+/// What speaks against the names of the classes between the record and the root; empty: nothing. A
+/// class may derive from one that is not registered, but not from one that goes under the name of
+/// another.
+std::string faultOfBases(const HXRNodeClass& record, ClassesByName& met) {
+  for (const Class* at = record.superclass(); at != &HXRNode::kClass; at = at->superclass()) {
+    if (at->name().empty()) return "it derives from a class without a name";
+    const bool isTaken = ClassRegistry::isTaken(at->name());
+    if ((isTaken && ClassRegistry::classNamed(at->name()) != at) ||
+        met.try_emplace(at->name(), at).first->second != at) {
+      return fmt::format("it derives from a class that takes the name {}", at->name());
+    }
   }
+  return {};
+}
+
+/// What speaks against the record's declaration; empty: nothing.
+std::string faultOfDeclaration(const HXRNodeClass& record) {
   const std::string prefix = fmt::format("[{}] ", record.name());
   try {
     record.prototype();
@@ -213,13 +230,54 @@ std::string faultOf(const HXRNodeClass& record) {
   }
 }
 
+/// What speaks against the record; empty: nothing.
+std::string faultOf(const HXRNodeClass& record, ClassesByName& met) {
+  if (record.name().empty()) return "it has no name";
+  if (!isDefinitionClass(record)) return "it does not derive from this library's HXRNode";
+  if (ClassRegistry::isTaken(record.name())) {
+    const Class* const known = ClassRegistry::classNamed(record.name());
+    return known && known->isKindOf(HXRNode::kClass) &&
+                   &Bundle::forClass(*known) == &Bundle::libraryBundle()
+               ? "its name is taken by a built-in patch"
+               : fmt::format("its name is taken by a class of {}", whoseNameItIs(known));
+  }
+  if (met.try_emplace(record.name(), &record).first->second != &record) {
+    return "a class before it derives from another one of its name";
+  }
+  if (std::string fault = faultOfBases(record, met); !fault.empty()) return fault;
+  return faultOfDeclaration(record);
+}
+
+/// Keeps the names by which the device knows the patches, ports and parameters of the catalogue:
+/// not before a class comes that might take one, since every record is asked.
+void reserveDeviceNames() {
+  static const bool done = [] {
+    const auto reserve = [](const String& name) { ClassRegistry::reserve(name.view()); };
+    for (const auto* const patchClass : kCatalogue) reserve(patchClass->processClassName());
+    for (const auto* const portClass : portClasses()) reserve(portClass->processClassName());
+    for (const auto* const parameterClass : parameterClasses()) {
+      reserve(parameterClass->processClassName());
+    }
+    reserve(HXRNode::kClass.processClassName());
+    return true;
+  }();
+  static_cast<void>(done);
+}
+
 }  // namespace
 
 void registerPatchClasses() {
   if (!classes().empty()) return;
+  StandardKeyedUnarchiver::reserveClassNames();
   registerMathClasses();  // an expression's classes are named in archives, too
-  ClassRegistry::add(PMRPrimitive::kClass);
+  for (const Class* record :
+       {&PMRPrimitive::kClass, &HXRPortLayout::kClass, &HXRPortGroupCollection::kClass,
+        &HXRPortGroup::kClass, &HXRDictionaryEntry::kClass}) {
+    ClassRegistry::add(*record);
+  }
   ClassRegistry::add(HXRNode::kClass);
+  for (const auto* const portClass : portClasses()) ClassRegistry::add(*portClass);
+  for (const auto* const parameterClass : parameterClasses()) ClassRegistry::add(*parameterClass);
   for (const auto* const patchClass : kCatalogue) enter(*patchClass);
 }
 
@@ -234,7 +292,9 @@ Status addPatchClass(const HXRNodeClass& patchClass) {
 
 Status addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle& bundle) {
   registerPatchClasses();
+  reserveDeviceNames();
   std::vector<const HXRNodeClass*> fresh;
+  ClassesByName met;
   for (const auto* const record : patchClasses) {
     if (!record) return Status::failure(StatusCode::refused, "a class without a record");
     const auto same = [&](const auto* other) { return other->name() == record->name(); };
@@ -245,7 +305,7 @@ Status addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle
     } else if (std::any_of(fresh.begin(), fresh.end(), same)) {
       fault = "it is brought twice";
     } else {
-      fault = faultOf(*record);
+      fault = faultOf(*record, met);
     }
     if (!fault.empty()) {
       return Status::failure(

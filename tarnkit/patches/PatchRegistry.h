@@ -11,9 +11,9 @@ namespace tarnkit {
 
 class Bundle;
 
-/// Enters the classes of this room that are made by name (the primitive value and every definition
-/// of the catalogue) into the `ClassRegistry`. To be called before documents are read; calling it
-/// again changes nothing. For one thread.
+/// Enters the classes of this room (the primitive value, every definition of the catalogue, and
+/// those that are not made by name but keep theirs) into the `ClassRegistry`. To be called before
+/// documents are read; calling it again changes nothing. For one thread.
 void registerPatchClasses();
 
 /// Every definition class that can be placed: the catalogue by category, then what plug-ins have
@@ -25,9 +25,11 @@ std::vector<const HXRNodeClass*> catalogue();
 Status addPatchClass(const HXRNodeClass& patchClass);
 
 /// Adds all the definition classes that a bundle brings, as its own, or none of them when one is
-/// refused. Its declarations run here. Refused are a null record; a class without
-/// a name, or with the name of any other class that is registered; one that does not derive from
-/// `HXRNode`; and one whose definitions cannot be made (see `HXRNodeClass::makeDefinition`).
+/// refused. Its declarations run here. Refused are a null record; a class without a name, or with
+/// one that is taken: by any other class that is registered, in archives by the platform's values,
+/// or on the device by what stands for a built-in class; one that does not derive from `HXRNode`,
+/// or from a class that goes under the name of another; and one whose definitions cannot be made
+/// (see `HXRNodeClass::makeDefinition`).
 /// Classes that the bundle has brought before are passed over.
 Status addPatchClasses(std::span<const HXRNodeClass* const> patchClasses, Bundle& bundle);
 

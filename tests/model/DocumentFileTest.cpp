@@ -90,7 +90,6 @@ TEST_F(DocumentFileTest, OnlyTypeThreeKeepsTheUniqueKeys) {
 
 TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchLosesNothing) {
   static const HXRNodeClass visitor("HXRVisitorNode", &HXRClampNode, {});
-  ClassRegistry::add(visitor);
   const auto node = make<HXNode>();
   node->setPatch(visitor.makeDefinition());
   node->setName("Visitor");
@@ -99,9 +98,6 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchLosesNothing) {
   connect(*source, "Tarn.resultOutput", *node, "Tarn.valueInput");
   port(*node, "Tarn.minimumInput").setStaticValue(PMRPrimitive::primitiveWithIndexValue(5));
   const auto bytes = savedBytes(*document, 0);
-  // The class goes, as when a plug-in is missing; its name then names something else.
-  static const Class impostor("HXRVisitorNode", &Object::kClass);
-  ClassRegistry::add(impostor);
   auto opened = openedDocument(bytes, 0);
   ASSERT_TRUE(opened);
   for (int round = 0; round < 2; ++round) {
@@ -115,7 +111,8 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchLosesNothing) {
     opened = openedDocument(again, 0);
     ASSERT_TRUE(opened);
   }
-  ClassRegistry::add(visitor);
+  static const HXRNodeClass arrived("HXRVisitorNode", &HXRClampNode, {});
+  ClassRegistry::add(arrived);
   opened = openedDocument(savedBytes(*opened, 0), 0);
   EXPECT_TRUE(named(*opened, "Visitor")->patch()) << "back with the plug-in";
 }
@@ -138,7 +135,6 @@ TEST_F(DocumentFileTest, AViewWhoseKeyAnotherNodeTookIsNoViewAnyMore) {
 
 TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchCanBeEditedAround) {
   static const HXRNodeClass guest("HXRGuestNode", &HXRColorViewNode, {});
-  ClassRegistry::add(guest);
   const auto node = make<HXNode>();
   node->setPatch(guest.makeDefinition());
   node->setName("Guest");
@@ -148,6 +144,7 @@ TEST_F(DocumentFileTest, ANodeOfAnUnknownPatchCanBeEditedAround) {
   const auto source = add("HXRTransitionNode");
   connect(*source, "Tarn.output", *node, "Tarn.xPositionInput");
   const auto bytes = savedBytes(*document, 0);
+  // The name may name something that is no patch.
   static const Class impostor("HXRGuestNode", &Object::kClass);
   ClassRegistry::add(impostor);
   const auto opened = openedDocument(bytes, 0);
@@ -344,6 +341,37 @@ TEST_F(DocumentFileTest, FailuresTellKindSentenceAndPath) {
   EXPECT_FALSE(std::filesystem::exists(path("sent")));
   EXPECT_FALSE(std::filesystem::exists(path("images")));
   std::filesystem::remove_all(folder);
+}
+
+// Whatever an archive calls by a name, no class of a plug-in can be.
+TEST_F(DocumentFileTest, TheNamesThatArchivesWriteAreTaken) {
+  for (const auto* const patchClass : catalogue()) add(std::string(patchClass->name()).c_str());
+  const auto inner = add("HXRClampNode", add("").get());
+  inner->parentGroup()->addSymbolicPortForPort(port(*inner, "Tarn.valueInput"));
+  connect(*add("HXRClampNode"), "Tarn.resultOutput", *add("HXRClampNode"), "Tarn.valueInput");
+  const auto entry = HXImageStore::createImageEntry(Image::imageWithPixels(1, 1, {1, 2, 3, 255}));
+  document->imageStore()->addImageEntry(entry);
+  auto& image = *as<HXImageParameter>(add("HXRImageNode")->parameterForKey("Tarn.imageParameter"));
+  image.setValue(entry);
+  ASSERT_TRUE(addPatchClass(HXRClampNode));
+  std::set<std::string> names;
+  for (const auto& bytes : {savedBytes(*document, 0), *HXDocumentFile::deviceGraph(*document)}) {
+    const auto read = PropertyListReader::read(bytes);
+    ASSERT_TRUE(read) << read.status().message();
+    const PropertyList& list = *read;
+    for (PropertyList::Index at = 0; at < list.count(); ++at) {
+      if (list.kind(at) != PropertyList::Kind::map) continue;
+      for (const char* key :
+           {"$classname", "$class", "HXNode.patchClass", "PMNode.processClassName",
+            "PMPort.processClassName", "PMParameter.processClassName"}) {
+        const auto name = list.valueForKey(at, key);
+        if (name == PropertyList::kNone || list.kind(name) != PropertyList::Kind::string) continue;
+        names.emplace(list.string(name));
+      }
+    }
+  }
+  EXPECT_GT(names.size(), 150U);
+  for (const auto& name : names) EXPECT_TRUE(ClassRegistry::isTaken(name)) << name;
 }
 
 }  // namespace tarnkit::test

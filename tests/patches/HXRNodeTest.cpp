@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -294,6 +295,10 @@ TEST(PatchRegistry, RecordsAreCheckedAtTheDoor) {
   static const HXRNodeClass own{
       "TestOwnNode", &HXRNode::kClass, {}, nullptr, constructPatch<OwnNode>};
   static const HXRNodeClass rootless{"TestRootlessNode", nullptr, {}};
+  static const HXRNodeClass unnamed{nullptr, &HXRNode::kClass, {}};
+  static const HXRNodeClass impostor{"HXRClampNode", &HXRNode::kClass, {}};
+  static const HXRNodeClass listed{"NSDictionary", &HXRNode::kClass, {}};
+  static const HXRNodeClass twin{"TestGoodNode", &HXRNode::kClass, {}};
   struct Case {
     HXRNodeClass record;
     const char* reason;
@@ -329,6 +334,49 @@ TEST(PatchRegistry, RecordsAreCheckedAtTheDoor) {
        "class A, its record makes definitions of another class"},
       {{"A", &own, {}, nullptr, constructPatch<OtherNode>},
        "class A, its definitions are no objects of its base's C++ class"},
+      {{"A", &unnamed, {}}, "class A, it derives from a class without a name"},
+      {{"A", &impostor, {}}, "class A, it derives from a class that takes the name HXRClampNode"},
+      {{"A", &listed, {}}, "class A, it derives from a class that takes the name NSDictionary"},
+      {{"A", &twin, {}}, "class A, it derives from a class that takes the name TestGoodNode"},
+      {{"A", &HXRNode::kClass, {}, [](PatchDeclaration& patch) { patch.in("In", ""); }},
+       "class A, its declaration gives a port an empty key"},
+      {{"A",
+        &HXRNode::kClass,
+        {},
+        [](PatchDeclaration& patch) {
+          patch.in("In", "a");
+          patch.group("More");
+          patch.out("Out", "a");
+        }},
+       "class A, its declaration gives a key to two ports"},
+      {{"A",
+        &kBase,
+        {},
+        [](PatchDeclaration& patch) { patch.in("Its base's", "Tarn.firstInput"); }},
+       "class A, its declaration gives a key to two ports"},
+      {{"A",
+        &HXRNode::kClass,
+        {},
+        [](PatchDeclaration& patch) {
+          patch.in("In", "a");
+          patch.definition<HXRNode>().addPort(*make<HXRViewInputPort>("In", "a"), "Own");
+        }},
+       "class A, its declaration gives a key to two ports"},
+      {{"A",
+        &HXRNode::kClass,
+        {},
+        [](PatchDeclaration& patch) { patch.in<HXRViewOutputPort>("In", "a"); }},
+       "class A, its declaration mistakes an output for an input"},
+      {{"A", &HXRNode::kClass, {}, [](PatchDeclaration& patch) { patch.imageParameter("P", ""); }},
+       "class A, its declaration gives a parameter an empty key"},
+      {{"A",
+        &HXRNode::kClass,
+        {},
+        [](PatchDeclaration& patch) {
+          patch.parameter("P", "p", true);
+          patch.definition<HXRNode>().addParameter(*make<HXRIndexParameter>("P", "p"));
+        }},
+       "class A, its declaration gives a key to two parameters"},
   };
   auto& bundle = Bundle::addBundle("test.door");
   const auto before = catalogue().size();
@@ -350,6 +398,47 @@ TEST(PatchRegistry, RecordsAreCheckedAtTheDoor) {
   // Another bundle cannot bring it too.
   EXPECT_EQ(addPatchClasses(std::array{&own}, Bundle::addBundle("test.other")).message(),
             "class TestOwnNode, its name is taken by a class of test.door");
+}
+
+// Records under these names would stand beside what archives and device graphs call by them.
+TEST(PatchRegistry, NamesThatAreWrittenCannotBeTaken) {
+  for (const char* name : {"NSObject",
+                           "NSString",
+                           "NSMutableString",
+                           "NSNumber",
+                           "NSData",
+                           "NSArray",
+                           "NSSet",
+                           "NSOrderedSet",
+                           "NSDictionary",
+                           "NSMutableDictionary",
+                           "NSNull",
+                           "_MXNumberExpression",
+                           "HXRNode",
+                           "HXRPort",
+                           "HXRPrimitiveInputPort",
+                           "HXRReplicatorArrayOutputPort",
+                           "HXRPortGroup",
+                           "HXRPortGroupCollection",
+                           "HXRParameter",
+                           "HXRImageParameter",
+                           "PMRPatch",
+                           "PMRClampPatch",
+                           "PMRPort",
+                           "PMRPrimitiveInputPort",
+                           "PMRParameter",
+                           "PMRIndexParameter",
+                           "PMRPrimitive"}) {
+    const HXRNodeClass taking{name, &HXRNode::kClass, {}};
+    const auto status = addPatchClasses(std::array{&taking}, Bundle::addBundle("test.names"));
+    EXPECT_THAT(status.message(),
+                testing::StartsWith(std::string("class ") + name + ", its name is taken"));
+  }
+  EXPECT_FALSE(ClassRegistry::classNamed("NSDictionary"));
+  // A base that is brought itself may come after what derives from it.
+  static const HXRNodeClass base{"TestLateBaseNode", &HXRNode::kClass, {}};
+  static const HXRNodeClass derived{"TestEarlyNode", &base, {}};
+  EXPECT_TRUE(addPatchClasses(std::array{&derived, &base}, Bundle::addBundle("test.names")));
 }
 
 TEST(HXRNode, ClassesOfOtherBundlesAreExternal) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/system/Log.h"
 #include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
@@ -147,14 +148,33 @@ TEST(Class, TellsExactClassKindAndFactory) {
   EXPECT_EQ(special->description().view().substr(0, 14), "<SpecialLink: ");
 }
 
-TEST(ClassRegistry, TheLastEntryOfANameCounts) {
+TEST(ClassRegistry, WhoeverHoldsANameKeepsIt) {
   static const Class replacement{"Link", &Object::kClass};
-  ClassRegistry::add(Link::kClass);
+  static const Class nameless{nullptr, &Object::kClass};
+  static const Class late{"A reserved name", &Object::kClass};
+  std::vector<std::string> log;
+  const auto before = Log::setSink([&](std::string_view line) { log.emplace_back(line); });
+  EXPECT_TRUE(ClassRegistry::add(Link::kClass));
+  EXPECT_TRUE(ClassRegistry::add(Link::kClass));
+  ClassRegistry::reserve(late.name());
+  ClassRegistry::reserve("Link");
+  EXPECT_TRUE(log.empty());
+  EXPECT_FALSE(ClassRegistry::add(replacement));
+  EXPECT_FALSE(ClassRegistry::add(late));
+  EXPECT_FALSE(ClassRegistry::add(nameless));
+  Log::setSink(before);
+  EXPECT_EQ(log,
+            (std::vector<std::string>{
+                "WARNING: [ClassRegistry] The name \"Link\" is taken by another class",
+                "WARNING: [ClassRegistry] The name \"A reserved name\" is taken by another class",
+                "WARNING: [ClassRegistry] A class without a name is not entered"}));
   EXPECT_EQ(ClassRegistry::classNamed("Link"), &Link::kClass);
-  ClassRegistry::add(replacement);
-  EXPECT_EQ(ClassRegistry::classNamed("Link"), &replacement);
   EXPECT_EQ(ClassRegistry::classNamed("link"), nullptr);
+  EXPECT_EQ(ClassRegistry::classNamed(late.name()), nullptr);
   EXPECT_EQ(ClassRegistry::classNamed(""), nullptr);
+  EXPECT_TRUE(ClassRegistry::isTaken("Link"));
+  EXPECT_TRUE(ClassRegistry::isTaken(late.name()));
+  EXPECT_FALSE(ClassRegistry::isTaken("link"));
 }
 
 // Hashed at every look-up, the text would take seconds.

@@ -29,6 +29,19 @@ class FaultyPlugin final : public HXRPlugin {
     if (fault() == "throws") throw std::runtime_error("not\ntoday");
     if (fault() == "derived") return {derivedFrom("WiggleNode")};
     if (fault() == "baseless") return {&goodNode, derivedFrom("NoSuchNode")};
+    if (fault() == "impostor") {
+      static const HXRNodeClass impostor("HXRClampNode", &HXRNode::kClass, {});
+      static const HXRNodeClass derived("DerivedNode", &impostor, {});
+      return {&goodNode, &derived};
+    }
+    if (fault() == "twokeys") {
+      static const HXRNodeClass twoKeys("TwoKeysNode", &HXRNode::kClass, {},
+                                        [](PatchDeclaration& patch) {
+                                          patch.in("One", "Faulty.key");
+                                          patch.out("Other", "Faulty.key");
+                                        });
+      return {&goodNode, &twoKeys};
+    }
     if (fault() == "known") return {&goodNode, patchClassNamed("HXRClampNode")};
     static const HXRNodeClass named(fault().data(), &HXRNode::kClass, {});
     return {&goodNode, &named};

@@ -23,7 +23,7 @@ const HXRNodeClass hostileNode{"Hostile<Node> \"&1",
                                  patch.in("<i>量</i>", "Hostile.\"amount\"Input",
                                           value::string("</code>\x02\n</pre>"));
                                  patch.group("<b>Group</b> & \"more\"");
-                                 auto& choice = patch.in("", "", value::index(1));
+                                 auto& choice = patch.in("", "Hostile.<choice>", value::index(1));
                                  choice.mapValue(value::index(1), "<one>");
                                  choice.mapValue(value::index(2), "");
                                  patch.group();

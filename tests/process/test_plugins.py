@@ -70,11 +70,15 @@ class Plugins(HostTest):
             "baseless": "class DerivedNode, it does not derive from this library's HXRNode",
             "known": f"class HXRClampNode, {built_in}",
             "HXRSpringNode": f"class HXRSpringNode, {built_in}",
-            "HXNode": "class HXNode, its name is taken by a class of the library",
-            "PMRPrimitive": "class PMRPrimitive, its name is taken by a class of the library",
+            "impostor": "class DerivedNode, it derives from a class that takes the name "
+                        "HXRClampNode",
+            "twokeys": "class TwoKeysNode, its declaration gives a key to two ports",
             "GoodNode": "class GoodNode, it is brought twice",
             "WiggleNode": f"class WiggleNode, its name is taken by a class of {PLUGIN}",
         }
+        for name in ("HXNode", "HXPort", "PMRPrimitive", "PMGraph", "PMImageStoreEntry", "NSImage",
+                     "NSDictionary", "HXRPortGroupCollection", "PMRPrimitiveInputPort"):
+            cases[name] = f"class {name}, its name is taken by a class of the library"
         for fault, reason in cases.items():
             with self.subTest(fault):
                 errors = self.faulty(fault, status=1)[1]

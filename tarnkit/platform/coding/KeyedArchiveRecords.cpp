@@ -11,6 +11,7 @@
 #include "tarnkit/platform/collections/Array.h"
 #include "tarnkit/platform/collections/Dictionary.h"
 #include "tarnkit/platform/numbers/Number.h"
+#include "tarnkit/platform/objects/Color.h"
 #include "tarnkit/platform/objects/Null.h"
 
 namespace tarnkit::detail {
@@ -230,29 +231,17 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::findClass(Index rec
 }
 
 KeyedArchiveRecords::Form KeyedArchiveRecords::platformForm(std::string_view className) noexcept {
-  struct Known {
-    std::string_view name;
-    Form form;
-  };
-  static constexpr Known kKnown[] = {
-      {"NSString", Form::string},
-      {"NSMutableString", Form::string},
-      {"NSData", Form::data},
-      {"NSMutableData", Form::data},
-      {"NSArray", Form::list},
-      {"NSMutableArray", Form::list},
-      {"NSSet", Form::set},
-      {"NSMutableSet", Form::set},
-      {"NSOrderedSet", Form::orderedSet},
-      {"NSMutableOrderedSet", Form::orderedSet},
-      {"NSDictionary", Form::map},
-      {"NSMutableDictionary", Form::map},
-      {"NSNull", Form::null},
-  };
-  for (const Known& known : kKnown) {
-    if (known.name == className) return known.form;
+  for (const auto& [name, form] : kPlatformClasses) {
+    if (name == className) return form;
   }
   return Form::none;
+}
+
+void KeyedArchiveRecords::reserveClassNames() {
+  for (const auto& [name, form] : kPlatformClasses) ClassRegistry::reserve(name);
+  for (const Class* const record : {&Object::kClass, &Number::kClass, &Color::kClass}) {
+    ClassRegistry::reserve(record->name());
+  }
 }
 
 const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::readClass(Index value) {

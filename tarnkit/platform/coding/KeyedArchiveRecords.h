@@ -63,6 +63,8 @@ class KeyedArchiveRecords {
   bool spend(std::uint64_t elements);
   /// The number that stands inline, as a real; false when it is none.
   bool realValue(Index value, double& real) const noexcept;
+  /// What `StandardKeyedUnarchiver::reserveClassNames` does.
+  static void reserveClassNames();
 
  private:
   enum class Form : std::uint8_t {
@@ -75,6 +77,25 @@ class KeyedArchiveRecords {
     orderedSet,
     map,
     registered,
+  };
+  struct PlatformClass {
+    std::string_view name;
+    Form form;
+  };
+  static constexpr PlatformClass kPlatformClasses[] = {
+      {"NSString", Form::string},
+      {"NSMutableString", Form::string},
+      {"NSData", Form::data},
+      {"NSMutableData", Form::data},
+      {"NSArray", Form::list},
+      {"NSMutableArray", Form::list},
+      {"NSSet", Form::set},
+      {"NSMutableSet", Form::set},
+      {"NSOrderedSet", Form::orderedSet},
+      {"NSMutableOrderedSet", Form::orderedSet},
+      {"NSDictionary", Form::map},
+      {"NSMutableDictionary", Form::map},
+      {"NSNull", Form::null},
   };
   struct ClassRecord {
     Form form;

@@ -243,6 +243,10 @@ Ref<Object> StandardKeyedUnarchiver::run() {
   return root;
 }
 
+void StandardKeyedUnarchiver::reserveClassNames() {
+  detail::KeyedArchiveRecords::reserveClassNames();
+}
+
 bool StandardKeyedUnarchiver::containsValue(const Symbol& key) {
   return state_->find(key) != PropertyList::kNone;
 }

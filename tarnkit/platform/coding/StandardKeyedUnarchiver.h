@@ -41,6 +41,10 @@ class StandardKeyedUnarchiver final : public Decoder {
   /// The same of a property list that was read already, whose bytes are still there.
   static Result<Ref<Object>> unarchive(const PropertyList& list, std::int32_t codingType);
 
+  /// Keeps the names by which archives call the platform's own values from being given to classes
+  /// of the `ClassRegistry`, which would never be made.
+  static void reserveClassNames();
+
   bool containsValue(const Symbol& key) override;
   bool decodeBool(const Symbol& key) override;
   std::int32_t decodeInt(const Symbol& key) override;

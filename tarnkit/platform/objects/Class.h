@@ -61,8 +61,14 @@ class Class {
 /// several threads as long as nobody registers. A look-up costs one hash.
 class ClassRegistry {
  public:
-  /// Enters a class; entering it again, or another class under its name, replaces the entry.
-  static void add(const Class& record);
+  /// Enters a class; entering it again changes nothing. False, and one line logged, for a class
+  /// without a name and for one whose name is taken: whoever holds a name keeps it.
+  static bool add(const Class& record);
+  /// Keeps a name that archives write, though no record stands behind it, from being given to a
+  /// class. `name` must outlive the process's registrations (a string literal).
+  static void reserve(std::string_view name);
+  /// Whether a class of that name was entered or the name is reserved.
+  static bool isTaken(std::string_view name);
   /// Null when no class of that name was entered (or `name` is empty).
   static const Class* classNamed(std::string_view name);
 };

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tarnkit/platform/objects/BlockPool.h"
+#include "tarnkit/platform/system/Log.h"
 #include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
@@ -39,7 +40,7 @@ struct Destruction {
 thread_local Destruction destruction;
 
 struct RegisteredClasses {
-  std::unordered_map<std::string_view, const Class*> byName;
+  std::unordered_map<std::string_view, const Class*> byName;  // null: reserved
   std::size_t longestName = 0;
 };
 
@@ -125,10 +126,26 @@ String Class::nameString() const { return String::interned(name()); }
 
 Ref<Object> Class::make() const { return factory_ ? factory_(*this) : nullptr; }
 
-void ClassRegistry::add(const Class& record) {
+bool ClassRegistry::add(const Class& record) {
+  const std::string_view name = record.name();
+  if (name.empty()) {
+    Log::warning("ClassRegistry", "A class without a name is not entered");
+    return false;
+  }
   auto& classes = registeredClasses();
-  classes.byName[record.name()] = &record;
-  classes.longestName = std::max(classes.longestName, record.name().size());
+  const auto [entry, isNew] = classes.byName.try_emplace(name, &record);
+  if (isNew) classes.longestName = std::max(classes.longestName, name.size());
+  if (entry->second == &record) return true;
+  Log::warning("ClassRegistry", fmt::format("The name \"{}\" is taken by another class", name));
+  return false;
+}
+
+void ClassRegistry::reserve(std::string_view name) {
+  registeredClasses().byName.try_emplace(name, nullptr);
+}
+
+bool ClassRegistry::isTaken(std::string_view name) {
+  return registeredClasses().byName.contains(name);
 }
 
 // Many objects of a file may refer to one long text as the name of their class.
