@@ -1,6 +1,7 @@
 #include "tarnkit/patches/HXRNode.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "tarnkit/patches/PatchColors.h"
 #include "tarnkit/platform/system/Bundle.h"
@@ -26,6 +27,7 @@ HXRNode::HXRNode(const HXRNodeClass& patchClass) : class_(&patchClass) {
     layout_ = make<HXRPortLayout>(this);
     return;
   }
+  assert(model->layout_->isShared());
   layout_ = model->layout_;
   parameters_.reserve(model->parameters_.size());
   for (const auto& parameter : model->parameters_) {
@@ -41,6 +43,7 @@ const HXRNode* HXRNode::prototype() const noexcept {
 HXRPortLayout& HXRNode::ownLayout() {
   if (layout_->isShared()) {
     layout_ = layout_->copyForNode(*this);
+    assert(!layout_->isShared());
     if (const Ref<HXRNodeOwner> owner = node()) owner->patchLayoutWasCopied();
   }
   return *layout_;
@@ -121,6 +124,7 @@ void HXRNode::rebuild(FunctionRef<void()> steps) {
   if (owner) owner->patchRebuildWillBegin(*this);
   // An exception of an observer leaves neither side in the middle of a rebuild.
   const auto end = [&] {
+    assert(rebuilding_);  // one inside of it goes on with its steps and ends nothing
     rebuilding_ = false;
     if (owner) owner->patchRebuildDidEnd(*this);
   };

@@ -1,6 +1,7 @@
 #include "tarnkit/patches/HXRNodeClass.h"
 
 #include <algorithm>
+#include <cassert>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -67,6 +68,7 @@ Ref<HXRNode> HXRNodeClass::constructInstance() const {
   const auto* from = this;
   while (!from->construct_.make) {
     from = from->base_;
+    assert(from);  // the root's record has one
   }
   return from->construct_.make(*this);
 }

@@ -1,5 +1,7 @@
 #include "tarnkit/patches/HXRPortLayout.h"
 
+#include <cassert>
+
 #include "tarnkit/patches/HXRNode.h"
 
 namespace tarnkit {
@@ -24,6 +26,7 @@ HXRPortLayout::HXRPortLayout(HXRNode* node)
                     make<HXRPortGroupCollection>(node, HXOrientationOutput)}} {}
 
 void HXRPortLayout::share() {
+  assert(!shared_);
   shared_ = true;
   for (const auto& collection : collections_) collection->share();
 }
@@ -38,6 +41,7 @@ Ref<HXRPortLayout> HXRPortLayout::copyForNode(HXRNode& node) const {
     // A group finds the port last added under a key, which is the one that stands in the map.
     const auto* const group =
         copy->collection(port->orientation())->portGroupForKey(port->portGroupKey());
+    assert(group && group->portForKey(key));
     copy->ports_.set(key, Ref<HXRPort>(group->portForKey(key)));
   }
   return copy;
@@ -56,6 +60,7 @@ bool HXRPortLayout::addPort(HXRPort& port, const String& portGroupKey) {
     group = make<HXRPortGroup>(portGroupKey, port.orientation());
     groups->addPortGroup(*group);
   }
+  assert(!shared_);
   ports_.set(port.uniqueKey(), Ref<HXRPort>(&port));
   group->addPort(port);
   port.link(groups->node(), group->groupKey(), {});

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cassert>
 
 namespace tarnkit {
 
@@ -18,6 +19,7 @@ void followCount(std::int32_t& built, FunctionRef<std::int32_t()> wanted,
                  FunctionRef<void(std::int32_t index)> add,
                  FunctionRef<void(std::int32_t index)> remove) {
   for (;;) {
+    assert(built >= 0);
     const auto length = wanted();
     if (built < length) {
       add(built++);

@@ -1,6 +1,7 @@
 #include "tarnkit/platform/collections/OrderedSet.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "tarnkit/platform/collections/KeyedHash.h"
 #include "tarnkit/platform/text/String.h"
@@ -19,6 +20,7 @@ bool OrderedSet::contains(const Object* object) const noexcept {
 }
 
 const Ref<Object>& OrderedSet::objectAtIndex(std::uint32_t index) const {
+  assert(index < count());
   return *std::next(begin(), index);
 }
 

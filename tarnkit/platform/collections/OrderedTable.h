@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cassert>
 #include <cstdint>
 #include <iterator>
 #include <memory>
@@ -26,7 +27,7 @@ class OrderedTable {
   OrderedTable(const OrderedTable& other) {
     if (!other.block_) return;
     reserve(other.size());
-    for (const Entry& entry : other) append(entry);
+    for (const Entry& entry : other) put(entry);
   }
   OrderedTable(OrderedTable&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
   OrderedTable& operator=(OrderedTable other) noexcept {
@@ -86,16 +87,8 @@ class OrderedTable {
 
   /// Appends an entry whose key is known to be absent.
   Entry& append(Entry entry) {
-    if (!block_ || block_->used == block_->capacity) grow();
-    Entry* added = ::new (entries() + block_->used) Entry(std::move(entry));
-    ++block_->used;
-    ++block_->live;
-    if (!block_->index) {
-      if (block_->used > kSearchedInPlace) buildIndex();
-    } else {
-      insertIntoIndex(block_->used - 1);
-    }
-    return *added;
+    assert(!Traits::isGap(entry) && position(Traits::key(entry)) == kNotFound);
+    return put(std::move(entry));
   }
 
   /// Removes the entry of the key and returns it; a gap when there is none.
@@ -108,6 +101,7 @@ class OrderedTable {
       return taken;
     }
     while (Traits::isGap(entries()[block_->first])) ++block_->first;
+    assert(block_->first < block_->used && block_->live <= block_->used - block_->first);
     if (block_->used > kSearchedInPlace && block_->live < block_->used / 2) {
       closeGaps();
     }
@@ -133,6 +127,7 @@ class OrderedTable {
 
   /// Moves the entry at one position to another, as removing and inserting would.
   void move(std::uint32_t from, std::uint32_t to) {
+    assert(from < size() && to < size());
     Entry* const run = dense();
     if (from < to) {
       std::rotate(run + from, run + from + 1, run + to + 1);
@@ -164,6 +159,20 @@ class OrderedTable {
     std::unique_ptr<Index> index;
   };
   static_assert(alignof(Entry) <= alignof(Block));
+
+  // Of a copy, too: objects that were different when they came in may have become equal.
+  Entry& put(Entry entry) {
+    if (!block_ || block_->used == block_->capacity) grow();
+    Entry* added = ::new (entries() + block_->used) Entry(std::move(entry));
+    ++block_->used;
+    ++block_->live;
+    if (!block_->index) {
+      if (block_->used > kSearchedInPlace) buildIndex();
+    } else {
+      insertIntoIndex(block_->used - 1);
+    }
+    return *added;
+  }
 
   static Entry* entriesOf(Block* block) noexcept { return reinterpret_cast<Entry*>(block + 1); }
   Entry* entries() const noexcept { return block_ ? entriesOf(block_) : nullptr; }
@@ -203,6 +212,7 @@ class OrderedTable {
     place(position);
   }
   void place(std::uint32_t position) noexcept {
+    assert(block_->used < block_->index->count);  // a slot stays free, or no search would end
     const auto hash = fold(Traits::hash(Traits::key(entries()[position])));
     const std::size_t mask = block_->index->count - 1;
     std::size_t at = hash & mask;
@@ -261,6 +271,7 @@ class OrderedTable {
       if (kept != i) run[kept] = std::move(run[i]);
       ++kept;
     }
+    assert(kept == block_->live);
     std::destroy_n(run + kept, block_->used - kept);
     block_->used = kept;
     block_->first = 0;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <cassert>
 #include <cstdint>
 #include <cstdlib>
 #include <mutex>
@@ -114,6 +115,7 @@ struct Heap {
   }
 
   void release(Page& page, void* block) noexcept {
+    assert(page.used > 0 && page.fresh <= page.end);
     auto* const freed = ::new (block) FreeBlock{page.free};
     page.free = freed;
     if (page.isFull) {
@@ -158,6 +160,7 @@ struct Heap {
     Page& page = *empty.first;
     empty.remove(page);
     Chunk& chunk = chunkOf(&page);
+    assert(page.used == 0 && chunk.emptyPages > 0);
     if (chunk.emptyPages-- == kPagesOfChunk) --emptyChunks;
     page.blockSize = static_cast<std::uint16_t>(sizeClass * kGranule);
     startAnew(page);
@@ -180,6 +183,7 @@ struct Heap {
     list.remove(page);
     empty.push(page);
     Chunk& chunk = chunkOf(&page);
+    assert(chunk.emptyPages < kPagesOfChunk);
     if (++chunk.emptyPages < kPagesOfChunk) return;
     // One chunk is kept, so that work at the edge of one does not take and give back all the time.
     if (emptyChunks == 0) {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
@@ -64,6 +65,7 @@ void* Object::allocate(std::size_t size, std::size_t extra) {
 void Object::deallocate(void* object) noexcept {
   auto* counts = static_cast<Counts*>(object) - 1;
   if (counts->strong == 0) {
+    assert(counts->weak < kWeakStep);
     if (counts->weak & kInPage) {
       BlockPool::releaseFromPage(counts);
     } else {
@@ -79,6 +81,7 @@ void Object::deallocate(void* object) noexcept {
 }
 
 void Object::destroy(const Object* object) noexcept {
+  assert(!detail::isAlive(object));
   const_cast<Object*>(object)->~Object();
   countLiveObjects(-1);
   detail::releaseWeakly(object);

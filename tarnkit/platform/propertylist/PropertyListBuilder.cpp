@@ -1,6 +1,7 @@
 #include "tarnkit/platform/propertylist/PropertyListBuilder.h"
 
 #include <bit>
+#include <cassert>
 #include <cstring>
 
 #include "tarnkit/platform/propertylist/PropertyListForms.h"
@@ -63,6 +64,7 @@ std::uint8_t* PropertyListBuilder::roomForObject(std::size_t size) {
 
 void PropertyListBuilder::takeObject(Index index, const std::uint8_t* end) {
   auto& arena = list_.arena_;
+  assert(end > arena.data() + arena.size());  // an object has its marker at least
   list_.entries_[index].position = static_cast<std::uint32_t>(arena.size());
   arena.commit(static_cast<std::size_t>(end - arena.data()) - arena.size());
 }
@@ -110,6 +112,7 @@ PropertyListBuilder::Index PropertyListBuilder::addReal(Kind kind, double value)
 
 Status PropertyListBuilder::fillContainer(Index container, std::span<const Index> references) {
   const bool isMap = list_.kind(container) == Kind::map;
+  assert(list_.entries_[container].isContainer() && (!isMap || references.size() % 2 == 0));
   std::uint8_t* at =
       putCount(roomForObject(references.size_bytes()), isMap ? marker::kMap : marker::kArray,
                isMap ? references.size() / 2 : references.size());

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <stdexcept>
 #include <unordered_map>
 
@@ -77,6 +78,7 @@ struct NotificationCenter::Index {
       return;
     }
     auto& members = list->second.members;
+    assert(list->second.removed <= members.size());
     std::erase_if(members, [](const auto& member) { return member->removed; });
     list->second.removed = 0;
     if (members.empty()) lists.erase(list);
@@ -93,12 +95,14 @@ NotificationCenter& NotificationCenter::defaultCenter() {
 
 void NotificationCenter::countObserver(const Registration& registration, int change) {
   const auto delta = static_cast<std::uint32_t>(change);
+  assert(change > 0 || observerCount_ > 0);
   observerCount_ += delta;
   if (!registration.name) {
     observersOfEveryName_ += delta;
     return;
   }
   const auto number = registration.name->number();
+  assert(change > 0 || countsByName_.at(number) > 0);
   if (number >= countsByName_.size()) countsByName_.resize(number + 1);
   countsByName_[number] += delta;
 }
