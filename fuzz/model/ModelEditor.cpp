@@ -9,6 +9,7 @@
 #include "tarnkit/patches/HXRTypedPorts.h"
 #include "tarnkit/patches/HXRValueParameters.h"
 #include "tarnkit/patches/PatchRegistry.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 
 namespace tarnkit::fuzz {
 
@@ -133,9 +134,8 @@ HXPort* ModelEditor::anyPort(HXNode* node, bool published) {
   }
   for (const auto* symbolic :
        {&node->symbolicInputPortsInForce(), &node->symbolicOutputPortsInForce()}) {
-    for (const auto& member : *symbolic) {
-      auto* port = static_cast<HXPort*>(member.get());
-      if (!published || port->symbolicPort()) ports.push_back(port);
+    for (auto& port : membersOf<HXPort>(*symbolic)) {
+      if (!published || port.symbolicPort()) ports.push_back(&port);
     }
   }
   return ports.empty() ? nullptr : ports[upTo(ports.size())];

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tarnkit/model/HXConnection.h"
-#include "tarnkit/platform/collections/OrderedSet.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 
 namespace tarnkit {
 
@@ -27,8 +27,8 @@ class HXConnectionSet {
       visit(*one);
     } else if (members_) {
       const Ref<Object> kept = members_;
-      for (const auto& member : static_cast<const OrderedSet&>(*kept)) {
-        visit(static_cast<HXConnection&>(*member));
+      for (auto& member : membersOf<HXConnection>(static_cast<const OrderedSet&>(*kept))) {
+        visit(member);
       }
     }
   }

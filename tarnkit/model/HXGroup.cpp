@@ -12,6 +12,7 @@
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/model/KeyCounter.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 #include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
@@ -23,7 +24,7 @@ namespace {
 std::vector<Ref<HXSymbolicPort>> publishedPorts(const OrderedSet& members) {
   std::vector<Ref<HXSymbolicPort>> ports;
   ports.reserve(members.count());
-  for (const auto& member : members) ports.emplace_back(static_cast<HXSymbolicPort*>(member.get()));
+  for (auto& port : membersOf<HXSymbolicPort>(members)) ports.emplace_back(&port);
   return ports;
 }
 
@@ -51,8 +52,8 @@ std::vector<Ref<HXConnection>> wiresAcross(HXNode& node) {
 std::vector<Ref<HXPort>> shownAndPublishedPorts(const HXNode& node) {
   auto ports = node.ports();
   for (const auto orientation : kBothSides) {
-    for (const auto& port : node.symbolicPortsInForce(orientation)) {
-      ports.emplace_back(static_cast<HXPort*>(port.get()));
+    for (auto& port : membersOf<HXSymbolicPort>(node.symbolicPortsInForce(orientation))) {
+      ports.emplace_back(&port);
     }
   }
   return ports;

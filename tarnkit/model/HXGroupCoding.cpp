@@ -5,6 +5,7 @@
 #include "tarnkit/model/HXGroup.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 #include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
@@ -91,11 +92,10 @@ void HXGroup::awakeAfterDecoding(Decoder& coder) {
 // Everything that the chains lead to has read its keys by now; of a circle the group that is
 // awoken first finds a port that has no node yet.
 void HXGroup::settlePublications(OrderedSet& ports) {
-  std::vector<Ref<Object>> taken;
-  for (const auto& member : ports) {
-    auto& symbolicPort = static_cast<HXSymbolicPort&>(*member);
+  std::vector<Ref<HXSymbolicPort>> taken;
+  for (auto& symbolicPort : membersOf<HXSymbolicPort>(ports)) {
     if (symbolicPort.node() && symbolicPort.node() != node()) {
-      taken.push_back(member);
+      taken.emplace_back(&symbolicPort);
       continue;
     }
     const auto* port = symbolicPort.port();
@@ -103,19 +103,20 @@ void HXGroup::settlePublications(OrderedSet& ports) {
     if (port && (!inner || subnodeForKey(inner->uniqueKey()) != inner)) breakCircle(symbolicPort);
     symbolicPort.linkNode(node(), PassKey<HXGroup>());
   }
-  for (const auto& member : taken) {
+  for (const auto& symbolicPort : taken) {
     Log::warning("HXGroup",
                  fmt::format("Dropping the publication \"{}\" that belongs to another group",
-                             static_cast<const HXSymbolicPort&>(*member).name().view()));
-    ports.remove(member.get());
+                             symbolicPort->name().view()));
+    ports.remove(symbolicPort.get());
   }
 }
 
 void HXGroup::linkAdoptedBy(HXNode& node, PassKey<HXNode>) {
   node_ = &node;
   for (const auto& ports : symbolicPorts_) {
-    for (const auto& member : *ports)
-      static_cast<HXSymbolicPort&>(*member).linkNode(&node, PassKey<HXGroup>());
+    for (auto& symbolicPort : membersOf<HXSymbolicPort>(*ports)) {
+      symbolicPort.linkNode(&node, PassKey<HXGroup>());
+    }
   }
 }
 

@@ -17,6 +17,7 @@
 #include "tarnkit/model/KeyCounter.h"
 #include "tarnkit/patches/PatchColors.h"
 #include "tarnkit/patches/catalogue/Catalogue.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 
 namespace tarnkit {
 
@@ -33,8 +34,7 @@ const OrderedSet& noPorts() {
 }
 
 HXPort* publishedPort(const OrderedSet& ports, const String& key) {
-  for (const auto& member : ports) {
-    auto& port = static_cast<HXSymbolicPort&>(*member);
+  for (auto& port : membersOf<HXSymbolicPort>(ports)) {
     if (port.uniqueKey() == key) return &port;
   }
   return nullptr;
@@ -266,8 +266,7 @@ std::vector<Ref<HXPort>> HXNode::shownPorts(std::int32_t orientation) const {
       kPublishedPortsSearchedInPlace;
   if (manyPublished) {
     for (const auto side : kBothSides) {
-      for (const auto& member : symbolicPortsInForce(side)) {
-        auto& port = static_cast<HXSymbolicPort&>(*member);
+      for (auto& port : membersOf<HXSymbolicPort>(symbolicPortsInForce(side))) {
         const String key = port.uniqueKey();
         if (!published.contains(key)) published.set(key, &port);
       }

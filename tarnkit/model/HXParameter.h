@@ -33,7 +33,7 @@ inline constinit const Symbol HXParameterValueDidChangeNotification{
 ///
 /// Owned by its node, which also attaches the definition's description. Until the user (or an
 /// archive) has set the value it follows the description's default. For one thread.
-class HXParameter : public Object {
+class HXParameter : public HXRParameterTwin {
  public:
   static const Class kClass;
 

@@ -15,6 +15,7 @@ namespace detail {
 template <class Value, class Description>
 class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
  public:
+  HXRValueHolderKind valueHolder() final { return static_cast<HXRValueHolder<Value>*>(this); }
   Value value() const override { return value_; }
   /// Stores the value unless it equals the present one, and tells the document and the node.
   void setValue(Value value) override {

@@ -3,6 +3,7 @@
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 #include "tarnkit/platform/numbers/Number.h"
 
 namespace tarnkit {
@@ -97,8 +98,8 @@ HXSymbolicPortGroup::HXSymbolicPortGroup(HXNode* node, String groupKey, std::int
 Ref<const OrderedSet> HXSymbolicPortGroup::portKeys() const {
   auto keys = make<OrderedSet>();
   if (!symbolicPorts_) return keys;
-  for (const auto& port : *symbolicPorts_) {
-    keys->add(static_cast<const HXSymbolicPort&>(*port).uniqueKey().object());
+  for (const auto& port : membersOf<HXSymbolicPort>(*symbolicPorts_)) {
+    keys->add(port.uniqueKey().object());
   }
   return keys;
 }

@@ -6,6 +6,7 @@
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 
 namespace tarnkit {
 
@@ -97,8 +98,8 @@ void HXPortGroupSync::syncSide(const Side& side, Changes& changes) {
   if (side.definition) keys = side.definition->portGroupKeys();
   if (!side.symbolicPorts->isEmpty()) {
     const auto all = make<OrderedSet>(*keys);
-    for (const auto& port : *side.symbolicPorts) {
-      all->add(static_cast<const HXSymbolicPort&>(*port).groupKey().object());
+    for (const auto& port : membersOf<HXSymbolicPort>(*side.symbolicPorts)) {
+      all->add(port.groupKey().object());
     }
     keys = all;
   }
@@ -200,8 +201,9 @@ void HXPortGroupSync::syncPublishedGroups(const Side& side, OrderedMap<Ref<HXPor
     const auto* group = side.groups.find(port.groupKey());
     return group ? as<HXSymbolicPortGroup>(group->get()) : nullptr;
   };
-  for (const auto& member : *side.symbolicPorts) {
-    auto* group = oldGroup(static_cast<const HXSymbolicPort&>(*member));
+  const auto symbolicPorts = membersOf<HXSymbolicPort>(*side.symbolicPorts);
+  for (const auto& port : symbolicPorts) {
+    auto* group = oldGroup(port);
     if (!group) continue;
     group->storeSymbolicPorts(make<OrderedSet>());
     if (group->standsBefore_) dropGroupBehind(side, *group, changes);
@@ -209,8 +211,7 @@ void HXPortGroupSync::syncPublishedGroups(const Side& side, OrderedMap<Ref<HXPor
   // Deliberately looked up among the old groups only, which the editor's views rely on: of several
   // ports under a key that is new, each makes a group, and the last one made stands until the next
   // synchronisation gathers the ports in it.
-  for (const auto& member : *side.symbolicPorts) {
-    const auto& port = static_cast<const HXSymbolicPort&>(*member);
+  for (auto& port : symbolicPorts) {
     Ref<HXSymbolicPortGroup> group(oldGroup(port));
     if (!group) {
       group = groupBeforeRebuild<HXSymbolicPortGroup>(side, port.groupKey());
@@ -218,7 +219,7 @@ void HXPortGroupSync::syncPublishedGroups(const Side& side, OrderedMap<Ref<HXPor
       group->storeSymbolicPorts(make<OrderedSet>());
       changes.added.push_back(group);
     }
-    group->symbolicPorts_->add(member);
+    group->symbolicPorts_->add(Ref<Object>(&port));
     Ref<HXPortGroup>* present = fresh.find(port.groupKey());
     if (!present) {
       fresh.set(port.groupKey(), group);

@@ -12,6 +12,7 @@
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/collections/Array.h"
 #include "tarnkit/platform/collections/Dictionary.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 #include "tarnkit/platform/system/Log.h"
 #include "tarnkit/platform/text/UUID.h"
 
@@ -195,8 +196,8 @@ void HXReplicatorNode::awakeAfterDecoding(Decoder& coder) {
   // Of a port that is published twice either publication will do.
   std::unordered_set<const HXPort*> published;
   for (const auto orientation : kBothSides) {
-    for (const auto& member : symbolicPortsInForce(orientation)) {
-      published.insert(static_cast<const HXSymbolicPort&>(*member).port());
+    for (const auto& port : membersOf<HXSymbolicPort>(symbolicPortsInForce(orientation))) {
+      published.insert(port.port());
     }
   }
   IdentityMap<HXPort, String> kept;

@@ -5,6 +5,7 @@
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXNode.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 
 namespace tarnkit {
 
@@ -48,7 +49,7 @@ const Symbol& HXSubviewGroup::processClassName() const {
 std::vector<Ref<HXNode>> HXSubviewGroup::subviewNodes() const {
   std::vector<Ref<HXNode>> nodes;
   nodes.reserve(subviewNodes_->count());
-  for (const auto& member : *subviewNodes_) nodes.emplace_back(static_cast<HXNode*>(member.get()));
+  for (auto& node : membersOf<HXNode>(*subviewNodes_)) nodes.emplace_back(&node);
   return nodes;
 }
 
@@ -76,8 +77,7 @@ bool HXSubviewGroup::insertView(HXNode& node) {
 bool HXSubviewGroup::removeView(const HXNode& node) { return subviewNodes_->remove(&node); }
 
 bool HXSubviewGroup::hasViewNode() const {
-  for (const auto& member : *subviewNodes_) {
-    const auto& node = static_cast<const HXNode&>(*member);
+  for (const auto& node : membersOf<HXNode>(*subviewNodes_)) {
     if (subnodeForKey(node.uniqueKey()) == &node && node.shouldBeTreatedAsViewNode()) return true;
   }
   return HXGroup::hasViewNode();
@@ -120,10 +120,9 @@ void HXSubviewGroup::initWithCoder(Decoder& coder) {
 void HXSubviewGroup::awakeAfterDecoding(Decoder& coder) {
   HXGroup::awakeAfterDecoding(coder);
   auto views = make<OrderedSet>();
-  for (const auto& member : *subviewNodes_) {
-    const auto& node = static_cast<const HXNode&>(*member);
+  for (auto& node : membersOf<HXNode>(*subviewNodes_)) {
     // One that is none of the subnodes is no view here either.
-    if (subnodeForKey(node.uniqueKey()) == &node) views->add(member);
+    if (subnodeForKey(node.uniqueKey()) == &node) views->add(Ref<Object>(&node));
   }
   subviewNodes_ = views;
 }

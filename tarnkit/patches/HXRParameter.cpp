@@ -40,7 +40,7 @@ void HXRParameter::setNode(HXRNode* node) {
   node_ = node;
 }
 void HXRParameter::linkNode(HXRNode* node, PassKey<HXRNode>) noexcept { node_ = node; }
-void HXRParameter::setParameter(Object* parameter) { parameter_ = parameter; }
+void HXRParameter::setParameter(HXRParameterTwin* parameter) { parameter_ = parameter; }
 
 Ref<HXRParameter> HXRParameter::copy() const { return make<HXRParameter>(*this); }
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <variant>
 
+#include "tarnkit/patches/RGBA.h"
 #include "tarnkit/platform/objects/Class.h"
 #include "tarnkit/platform/objects/Object.h"
 #include "tarnkit/platform/objects/PassKey.h"
@@ -26,6 +28,21 @@ using HXRParameterKind =
     std::variant<const HXRParameter*, const HXRBooleanParameter*, const HXRNumberParameter*,
                  const HXRIndexParameter*, const HXRStringParameter*, const HXRColorParameter*,
                  const HXRImageParameter*>;
+
+template <class Value>
+class HXRValueHolder;
+
+/// What a description's editor twin is to it: what holds a value of one of the kinds.
+using HXRValueHolderKind =
+    std::variant<HXRValueHolder<bool>*, HXRValueHolder<float>*, HXRValueHolder<std::int32_t>*,
+                 HXRValueHolder<String>*, HXRValueHolder<RGBA>*, HXRValueHolder<Ref<Object>>*>;
+
+/// The editor's twin of a description. Implemented by the editor parameters; it stands here so that
+/// definitions know nothing of the model.
+class HXRParameterTwin : public Object {
+ public:
+  virtual HXRValueHolderKind valueHolder() = 0;
+};
 
 /// The class record of a parameter description: with the editor's class for it and the device's.
 class HXRParameterClass : public Class {
@@ -75,10 +92,10 @@ class HXRParameter : public Object {
   void setNode(HXRNode* node);
   void linkNode(HXRNode* node, PassKey<HXRNode>) noexcept;
   /// The editor's twin, or null.
-  Object* parameter() const noexcept { return parameter_.get(); }
-  /// Set by the editor's twin, which must be a value holder of the parameter's kind (otherwise, and
-  /// for null, the parameter is left without a twin).
-  virtual void setParameter(Object* parameter);
+  HXRParameterTwin* parameter() const noexcept { return parameter_.get(); }
+  /// Set by the editor's twin, which must hold values of the parameter's kind (otherwise, and for
+  /// null, the parameter is left without a twin).
+  virtual void setParameter(HXRParameterTwin* parameter);
 
   /// A fresh description with the same contents and no twin, that belongs to no definition.
   virtual Ref<HXRParameter> copy() const;
@@ -89,7 +106,7 @@ class HXRParameter : public Object {
   String name_;
   String uniqueKey_;
   WeakRef<HXRNode> node_;
-  WeakRef<Object> parameter_;
+  WeakRef<HXRParameterTwin> parameter_;
   bool hidden_;
 };
 

@@ -12,7 +12,7 @@
 namespace tarnkit {
 
 /// Counts the changes of the headers that a plug-in may include after which it must be built anew.
-inline constexpr std::uint32_t kPluginInterfaceVersion = 1;
+inline constexpr std::uint32_t kPluginInterfaceVersion = 2;
 
 namespace detail {
 /// One number for the sizes of what a plug-in and its host hand to each other. It differs where

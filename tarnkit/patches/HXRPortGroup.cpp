@@ -1,8 +1,10 @@
 #include "tarnkit/patches/HXRPortGroup.h"
 
+#include <cassert>
 #include <stdexcept>
 
 #include "tarnkit/patches/HXRPortGroupCollection.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 #include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
@@ -15,7 +17,7 @@ HXRPortGroup::HXRPortGroup(String groupKey, std::int32_t orientation)
 std::vector<Ref<HXRPort>> HXRPortGroup::ports() const {
   std::vector<Ref<HXRPort>> ports;
   ports.reserve(ports_->count());
-  for (const Ref<Object>& port : *ports_) ports.emplace_back(static_cast<HXRPort*>(port.get()));
+  for (auto& port : membersOf<HXRPort>(*ports_)) ports.emplace_back(&port);
   return ports;
 }
 
@@ -23,8 +25,8 @@ Ref<const OrderedSet> HXRPortGroup::portKeys() const {
   if (!portKeys_) {
     portKeys_ = make<OrderedSet>();
     portKeys_->reserve(ports_->count());
-    for (const Ref<Object>& port : *ports_) {
-      portKeys_->add(static_cast<const HXRPort*>(port.get())->uniqueKey().object());
+    for (const auto& port : membersOf<HXRPort>(*ports_)) {
+      portKeys_->add(port.uniqueKey().object());
     }
   }
   return portKeys_;
@@ -40,6 +42,7 @@ void HXRPortGroup::addPort(HXRPort& port) {
   portsByKey_.set(port.uniqueKey(), Ref<HXRPort>(&port));
   portKeys_ = nullptr;
   portKeysBeforeEmptied_ = nullptr;
+  assert(portsByKey_.size() <= ports_->count());
 }
 
 void HXRPortGroup::removePort(HXRPort& port) {
@@ -59,7 +62,7 @@ void HXRPortGroup::requireOwn() const {
 void HXRPortGroup::share() {
   portKeys();  // as of the collection
   shared_ = true;
-  for (const Ref<Object>& port : *ports_) static_cast<HXRPort&>(*port).share();
+  for (auto& port : membersOf<HXRPort>(*ports_)) port.share();
 }
 
 HXRPort* HXRPortGroup::portForKey(const String& uniqueKey) const {

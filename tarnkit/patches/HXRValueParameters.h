@@ -8,8 +8,7 @@
 
 namespace tarnkit {
 
-/// What a parameter description needs of its editor twin: to read and set its value. Implemented by
-/// the editor parameters; it stands here so that definitions know nothing of the model.
+/// What a parameter description needs of its editor twin: to read and set its value.
 template <class Value>
 class HXRValueHolder {
  public:
@@ -45,8 +44,12 @@ class HXRValueParameter : public HXRParameter {
   /// The stored default, never the twin's value.
   const Value& defaultValue() const noexcept { return defaultValue_; }
 
-  void setParameter(Object* parameter) override {
-    holder_ = dynamic_cast<HXRValueHolder<Value>*>(parameter);
+  void setParameter(HXRParameterTwin* parameter) override {
+    holder_ = nullptr;
+    if (parameter) {
+      const auto kind = parameter->valueHolder();
+      if (const auto* holder = std::get_if<HXRValueHolder<Value>*>(&kind)) holder_ = *holder;
+    }
     HXRParameter::setParameter(holder_ ? parameter : nullptr);
   }
   HXRValueParameter(const HXRValueParameter& other)

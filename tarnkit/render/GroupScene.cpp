@@ -8,6 +8,7 @@
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 #include "tarnkit/render/ConnectionIndex.h"
 #include "tarnkit/render/WirePath.h"
 
@@ -206,9 +207,8 @@ void GroupScene::endWires() {
 
 void GroupScene::addEdgePorts(std::int32_t orientation) {
   const bool isInput = orientation == HXOrientationInput;
-  for (const auto& object :
-       isInput ? group.symbolicInputPortsInForce() : group.symbolicOutputPortsInForce()) {
-    const auto& port = static_cast<const HXSymbolicPort&>(*object);
+  for (const auto& port : membersOf<HXSymbolicPort>(isInput ? group.symbolicInputPortsInForce()
+                                                            : group.symbolicOutputPortsInForce())) {
     EdgePort& edgePort = edgePorts.emplace_back();
     edgePort.port = &port;
     edgePort.isInput = isInput;

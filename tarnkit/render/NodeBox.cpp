@@ -8,6 +8,7 @@
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 
 namespace tarnkit::detail {
 
@@ -64,7 +65,7 @@ void eachPortOfGroup(const HXNode& node, const HXPortGroup& group,
                      FunctionRef<void(const HXPort&)> visit) {
   if (const auto* symbolic = as<HXSymbolicPortGroup>(&group)) {
     if (!symbolic->symbolicPorts()) return;
-    for (const auto& port : *symbolic->symbolicPorts()) visit(static_cast<const HXPort&>(*port));
+    for (const auto& port : membersOf<HXPort>(*symbolic->symbolicPorts())) visit(port);
     return;
   }
   const Ref<const OrderedSet> keys = group.portKeys();

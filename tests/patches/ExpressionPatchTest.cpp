@@ -32,13 +32,14 @@ class LogCapture {
 
 /// The editor's twin of a text parameter: holds the value, and has the change come back to the
 /// definition as the editor node does.
-class TextTwin final : public Object, public HXRValueHolder<String> {
+class TextTwin final : public HXRParameterTwin, public HXRValueHolder<String> {
   TARNKIT_CLASS
  public:
   explicit TextTwin(HXRParameter& parameter)
       : parameter_(&parameter), value_(as<HXRStringParameter>(&parameter)->defaultValue()) {
     parameter.setParameter(this);
   }
+  HXRValueHolderKind valueHolder() override { return static_cast<HXRValueHolder<String>*>(this); }
   String value() const override { return value_; }
   void setValue(String value) override {
     value_ = std::move(value);

@@ -8,9 +8,10 @@ namespace {
 
 /// An editor parameter as far as a description needs one.
 template <class Value>
-class FakeTwin final : public Object, public HXRValueHolder<Value> {
+class FakeTwin final : public HXRParameterTwin, public HXRValueHolder<Value> {
   TARNKIT_CLASS
  public:
+  HXRValueHolderKind valueHolder() override { return static_cast<HXRValueHolder<Value>*>(this); }
   Value value() const override { return held; }
   void setValue(Value value) override { held = std::move(value); }
   Value held{};

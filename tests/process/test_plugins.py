@@ -61,7 +61,7 @@ class Plugins(HostTest):
         built_in = "its name is taken by a built-in patch"
         cases = {
             "mark": "it exports no tarnkitPluginEntry: it is no plug-in, or one of an older version",
-            "version": "it is built for version 2 of the plug-in interface, this is version 1",
+            "version": "it is built for version 3 of the plug-in interface, this is version 2",
             "layout": "it is built with headers or settings that do not fit this program",
             "copy": "it has a copy of the library of its own: a plug-in is linked against nothing",
             "nothing": "it brings no patch",

@@ -52,7 +52,7 @@ void writeGroups(JSONWriter& json, const HXRPortGroupCollection& groups) {
   for (const auto& [key, group] : groups.portGroupsInForce()) {
     json.beginObject().key("key").value(key.view()).key("ports").beginArray();
     for (const auto& port : group->ports()) {
-      writePortDescription(json, static_cast<const HXRPort&>(*port));
+      writePortDescription(json, *port);
     }
     json.endArray().endObject();
   }
@@ -114,7 +114,7 @@ std::vector<String> sortedKeys(const OrderedSet& keys) {
 void appendGroups(std::string& text, const char* side, const HXRPortGroupCollection& groups) {
   for (const auto& [key, group] : groups.portGroupsInForce()) {
     for (const auto& member : group->ports()) {
-      const auto& port = static_cast<const HXRPort&>(*member);
+      const HXRPort& port = *member;
       const auto* const input = as<HXRPrimitiveInputPort>(&port);
       text += fmt::format("  {:<9} {:<20} {:<32} {}", side, port.name().view(),
                           port.uniqueKey().view(), port.isa().name());

@@ -13,6 +13,7 @@
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 #include "tarnkit/platform/numbers/NumberText.h"
 #include "tarnkit/platform/text/UTF8.h"
 #include "tools/tarnkit/Output.h"
@@ -95,8 +96,8 @@ class OutlineWriter {
     line(level, text);
     for (const auto* published :
          {&node.symbolicInputPortsInForce(), &node.symbolicOutputPortsInForce()}) {
-      for (const auto& port : *published) {
-        writePublishedPort(static_cast<const HXSymbolicPort&>(*port), level + 1);
+      for (const auto& port : membersOf<HXSymbolicPort>(*published)) {
+        writePublishedPort(port, level + 1);
       }
     }
     for (const auto& entry : node.portsInForce()) writePort(*entry.value, level + 1);

@@ -13,6 +13,7 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/platform/collections/MembersOf.h"
 #include "tarnkit/platform/objects/Overloaded.h"
 #include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Command.h"
@@ -215,8 +216,8 @@ void endGroup(JSONWriter& json, const HXGroup& group) {
   json.endArray();
   if (const auto* subviewGroup = as<HXSubviewGroup>(&group)) {
     json.key("subviewNodes").beginArray();
-    for (const auto& node : subviewGroup->subviewNodesInForce()) {
-      writeString(json, static_cast<const HXNode&>(*node).uniqueKey());
+    for (const auto& node : membersOf<HXNode>(subviewGroup->subviewNodesInForce())) {
+      writeString(json, node.uniqueKey());
     }
     json.endArray();
   }

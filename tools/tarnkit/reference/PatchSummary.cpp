@@ -34,7 +34,7 @@ std::vector<std::string> portNames(const HXRPortGroupCollection& groups) {
   std::vector<std::string> names;
   for (const auto& entry : groups.portGroupsInForce()) {
     for (const auto& port : entry.value->ports()) {
-      const String& name = static_cast<const HXRPort&>(*port).name();
+      const String& name = port->name();
       if (!isBlank(name)) names.push_back(name.toStdString());
     }
   }

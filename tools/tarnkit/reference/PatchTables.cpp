@@ -50,9 +50,8 @@ PortGroups chosenPorts(const HXRPortGroupCollection& collection, Belongs belongs
   PortGroups chosen;
   for (const auto& [key, group] : collection.portGroupsInForce()) {
     PortGroup some{key, {}};
-    for (const auto& member : group->ports()) {
-      const auto& port = static_cast<const HXRPort&>(*member);
-      if (belongs(port)) some.ports.push_back(&port);
+    for (const auto& port : group->ports()) {
+      if (belongs(*port)) some.ports.push_back(port.get());
     }
     if (!some.ports.empty()) chosen.push_back(std::move(some));
   }
