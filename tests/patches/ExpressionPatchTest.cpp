@@ -187,6 +187,12 @@ TEST(JavascriptExpressionPatch, FindsTheSignature) {
       // To the last parenthesis of the line, as greedy matching does.
       {"function expression(x) { return (x); }", "x) { return (x"},
       {"function expression(x)\n(y)", "x"},
+      {"function expression(x)\r(y)", "x"},
+      {"function expression(x)\v(y)", "x"},
+      {"function expression(x)\u0085(y)", "x"},
+      {"function expression(x)\u2028(y)", "x"},
+      {"function expression(x)\u2029(y)", "x"},
+      {"function expression(x)\t(y)", "x)\t(y"},
       {"function expression()", nullptr},
       {"function expression() {} ()", ") {} ("},
       {"function expression(a\n, b)", nullptr},

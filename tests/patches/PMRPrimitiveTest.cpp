@@ -154,6 +154,10 @@ TEST(PMRPrimitive, KindIsPartOfTheValue) {
   EXPECT_EQ(P::primitiveWithIndexValue(-32)->hash(), ~std::uint64_t{0});
   EXPECT_EQ(P::primitiveWithNumberValue(1)->hash(), 65566U);
   EXPECT_EQ(P::primitiveWithColorValue({0, 0, 0, 1})->hash(), (31U * 31 * 31 * 31) + 255);
+  EXPECT_EQ(P::primitiveWithColorValue({1, 0, 0, 0})->hash(), (31U + 255) * 31 * 31 * 31);
+  // Where a sum needs the whole width, and where it has none any more.
+  EXPECT_EQ(P::primitiveWithColorValue({0, 0, 0, 0x1.010102p+55F})->hash(), std::uint64_t{1} << 63);
+  EXPECT_EQ(P::primitiveWithColorValue({0, 0, 0, 0x1.010102p+56F})->hash(), ~std::uint64_t{0});
 }
 
 TEST(PMRPrimitive, ChangesKindAndIsCopiedByValue) {

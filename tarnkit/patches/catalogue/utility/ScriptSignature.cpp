@@ -57,7 +57,7 @@ String scriptSignature(const String& script) {
   Line line;
   while (opening.find(status) && U_SUCCESS(status)) {
     const auto start = opening.end(status);
-    if (start > line.end || line.end == 0) line = lineAt(text, start);
+    if (start > line.end) line = lineAt(text, start);
     if (line.lastParenthesis > start) {
       return toString(text.tempSubStringBetween(start, line.lastParenthesis));
     }
