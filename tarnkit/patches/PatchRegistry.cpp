@@ -251,7 +251,7 @@ std::string faultOf(const HXRNodeClass& record, ClassesByName& met) {
 /// Keeps the names by which the device knows the patches, ports and parameters of the catalogue:
 /// not before a class comes that might take one, since every record is asked.
 void reserveDeviceNames() {
-  static const bool done = [] {
+  [[maybe_unused]] static const bool done = [] {
     const auto reserve = [](const String& name) { ClassRegistry::reserve(name.view()); };
     for (const auto* const patchClass : kCatalogue) reserve(patchClass->processClassName());
     for (const auto* const portClass : portClasses()) reserve(portClass->processClassName());
@@ -261,7 +261,6 @@ void reserveDeviceNames() {
     reserve(HXRNode::kClass.processClassName());
     return true;
   }();
-  static_cast<void>(done);
 }
 
 }  // namespace
