@@ -34,7 +34,7 @@ void PatchDeclaration::finish() const {
   const auto& layout = definition_.portLayout();
   std::uint32_t ports = 0;
   for (const auto* const side : {&layout.inputs(), &layout.outputs()}) {
-    for (const auto& entry : side->portGroups()) {
+    for (const auto& entry : side->portGroupsInForce()) {
       for (const auto& port : entry.value->ports()) {
         if (port->uniqueKey().view().empty()) fail("its declaration gives a port an empty key");
         ++ports;

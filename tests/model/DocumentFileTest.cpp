@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 
 #include "ModelFixture.h"
 #include "tarnkit/archive/HXCoding.h"
@@ -349,7 +350,7 @@ TEST_F(DocumentFileTest, TheNamesThatArchivesWriteAreTaken) {
   const auto inner = add("HXRClampNode", add("").get());
   inner->parentGroup()->addSymbolicPortForPort(port(*inner, "Tarn.valueInput"));
   connect(*add("HXRClampNode"), "Tarn.resultOutput", *add("HXRClampNode"), "Tarn.valueInput");
-  const auto entry = HXImageStore::createImageEntry(Image::imageWithPixels(1, 1, {1, 2, 3, 255}));
+  const auto entry = HXImageStore::createImageEntry(*Image::imageWithPixels(1, 1, {1, 2, 3, 255}));
   document->imageStore()->addImageEntry(entry);
   auto& image = *as<HXImageParameter>(add("HXRImageNode")->parameterForKey("Tarn.imageParameter"));
   image.setValue(entry);
