@@ -245,5 +245,96 @@ TEST(Log, AWarningIsOneLineWithoutControlCharacters) {
   EXPECT_EQ(lines, std::vector<std::string>{"WARNING: [Thing] a b [31m   é  \xFF"});
 }
 
+// What was taken is put back in the opposite order, as an undo does, among additions and takings
+// that are undone themselves.
+TEST(OrderedCollections, PutBackWhatWasTaken) {
+  struct Step {
+    bool taken;
+    String key;
+    int value;
+    OrderedMap<int>::Place place;
+  };
+  for (std::uint32_t seed = 0; seed < 200; ++seed) {
+    std::mt19937 source(seed);
+    const auto random = [&](std::uint32_t below) {
+      return static_cast<std::uint32_t>(source()) % below;
+    };
+    OrderedMap<int> map;
+    Model model;
+    std::uint32_t next = 0;
+    const std::uint32_t initial = random(seed % 2 == 0 ? 12 : 400);
+    for (; next < initial; ++next) {
+      map.set(keyOf(next), static_cast<int>(next));
+      model.set(keyOf(next), static_cast<int>(next));
+    }
+    const std::uint32_t way = random(4);
+    for (int round = 0; round < 6; ++round) {
+      const auto before = model.entries();
+      std::vector<Step> steps;
+      for (auto operations = random(300); operations > 0; --operations) {
+        if (random(3) == 0 || map.empty()) {
+          steps.push_back({false, keyOf(next), 1, {}});
+          map.set(keyOf(next), 1);
+          model.set(keyOf(next++), 1);
+          continue;
+        }
+        const auto size = map.size();
+        const auto at = way == 0 ? 0 : way == 1 ? size - 1 : way == 2 ? random(size) : size / 2;
+        const String key = model.entries()[at].first;
+        const auto place = map.place(key);
+        steps.push_back({true, key, map.take(key), place});
+        model.take(key);
+      }
+      expectSame(map, model.entries());
+      const auto keep = random(2) == 0 ? 0 : steps.size() / 2;
+      while (steps.size() > keep) {
+        const Step step = steps.back();
+        steps.pop_back();
+        if (step.taken) {
+          ASSERT_TRUE(map.insert(step.key, step.value, step.place));
+          EXPECT_FALSE(map.insert(step.key, 7, step.place));
+        } else {
+          ASSERT_EQ(map.take(step.key), 1);
+        }
+        ASSERT_TRUE(step.taken == map.contains(step.key));
+      }
+      if (keep == 0) {
+        model.entries() = before;
+        expectSame(map, before);
+      } else {
+        model.entries().clear();
+        for (const auto& entry : map) model.entries().emplace_back(entry.key, entry.value);
+      }
+      for (const auto& [key, value] : model.entries()) ASSERT_EQ(map.get(key), value);
+    }
+  }
+}
+
+TEST(OrderedCollections, PuttingBackCostsWhatTakingCost) {
+  constexpr std::uint32_t kCount = 200'000;
+  for (const auto order : {0, 1, 2}) {
+    OrderedMap<int> map;
+    std::vector<String> keys;
+    for (std::uint32_t i = 0; i < kCount; ++i) keys.push_back(keyOf(i));
+    for (const auto& key : keys) map.set(key, 0);
+    if (order == 1) std::reverse(keys.begin(), keys.end());
+    if (order == 2) std::shuffle(keys.begin(), keys.end(), std::mt19937(1));
+    const auto begin = std::chrono::steady_clock::now();
+    std::vector<OrderedMap<int>::Place> places;
+    for (const auto& key : keys) {
+      places.push_back(map.place(key));
+      map.take(key);
+    }
+    const auto middle = std::chrono::steady_clock::now();
+    for (auto at = keys.size(); at-- > 0;) map.insert(keys[at], 0, places[at]);
+    const auto end = std::chrono::steady_clock::now();
+    std::uint32_t number = 0;
+    for (const auto& entry : map) ASSERT_EQ(entry.key, keyOf(number++));
+    // A table that moved its entries for each that is put back would take thousands of times as
+    // long.
+    EXPECT_LT((end - middle).count(), 60 * (middle - begin).count()) << order;
+  }
+}
+
 }  // namespace
 }  // namespace tarnkit

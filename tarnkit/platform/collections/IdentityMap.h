@@ -49,6 +49,22 @@ class IdentityMap {
   }
   /// Removes the key and returns its value; a default-made one when it is absent.
   Value take(const T* key) { return table_.take(key).value; }
+  /// Where an entry stands among the others, for as long as the others stay as they are.
+  struct Place {
+    Ref<T> neighbour;      // null where there is no other
+    bool follows = false;  // whether the neighbour comes after the entry
+  };
+  /// The place of the key's entry, which must be present.
+  Place place(const T* key) const {
+    const auto beside = table_.neighbour(key);
+    return beside.entry ? Place{beside.entry->key, beside.follows} : Place{};
+  }
+  /// Puts back, at its place, what was taken; nothing when the key is present or null.
+  void insert(Ref<T> key, Value value, const Place& place) {
+    if (!key || contains(key.get())) return;
+    const T* const neighbour = place.neighbour.get();
+    table_.insertBeside(neighbour, place.follows, Entry{std::move(key), std::move(value)});
+  }
   void clear() noexcept { table_.clear(); }
 
  private:

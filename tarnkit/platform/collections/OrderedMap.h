@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <initializer_list>
 #include <utility>
 
@@ -61,8 +62,33 @@ class OrderedMap {
   }
   /// Removes the key and returns its value; a default-made one when it is absent.
   Value take(const String& key) { return table_.take(key).value; }
+  /// Where an entry stands among the others, for as long as the others stay as they are.
+  struct Place {
+    String neighbour;      // nil where there is no other
+    bool follows = false;  // whether the neighbour comes after the entry
+  };
+  /// The place of the key's entry, which must be present.
+  Place place(const String& key) const {
+    const auto beside = table_.neighbour(key);
+    return beside.entry ? Place{beside.entry->key, beside.follows} : Place{};
+  }
+  /// Puts back, at its place, what was taken. False, and nothing done, when the key is present or
+  /// nil.
+  bool insert(const String& key, Value value, const Place& place) {
+    if (key.isNil() || contains(key)) return false;
+    table_.insertBeside(place.neighbour, place.follows, Entry{key, std::move(value)});
+    return true;
+  }
   void clear() noexcept { table_.clear(); }
   void reserve(std::uint32_t capacity) { table_.reserve(capacity); }
+
+  /// Equal when the entries are equal in the same order.
+  friend bool operator==(const OrderedMap& a, const OrderedMap& b) {
+    return a.size() == b.size() &&
+           std::equal(a.begin(), a.end(), b.begin(), [](const Entry& x, const Entry& y) {
+             return x.key == y.key && x.value == y.value;
+           });
+  }
 
  private:
   struct Traits {

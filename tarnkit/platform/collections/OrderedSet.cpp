@@ -44,6 +44,21 @@ bool OrderedSet::remove(const Object* object) {
   return object && static_cast<bool>(table_.take(object));
 }
 
+OrderedSet::Place OrderedSet::place(const Object* member) const {
+  const auto beside = table_.neighbour(member);
+  return beside.entry ? Place{*beside.entry, beside.follows} : Place{};
+}
+
+bool OrderedSet::insert(Ref<Object> object, const Place& place) {
+  if (!object || contains(object.get())) return false;
+  if (place.neighbour) {
+    table_.insertBeside(place.neighbour.get(), place.follows, std::move(object));
+  } else {
+    table_.append(std::move(object));
+  }
+  return true;
+}
+
 bool OrderedSet::isEqual(const Object& other) const {
   const auto* set = as<OrderedSet>(&other);
   return set && set->count() == count() &&

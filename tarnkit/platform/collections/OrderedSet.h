@@ -34,6 +34,16 @@ class OrderedSet final : public Object {
   bool add(Ref<Object> object);
   /// Tells whether there was one to remove.
   bool remove(const Object* object);
+  /// Where a member stands among the others, for as long as the others stay as they are.
+  struct Place {
+    Ref<Object> neighbour;  // null where there is no other
+    bool follows = false;   // whether the neighbour comes after the member
+  };
+  /// The place of a member.
+  Place place(const Object* member) const;
+  /// Puts back, at its place, what was removed. False, and nothing done, when an equal object is a
+  /// member, and for null.
+  bool insert(Ref<Object> object, const Place& place);
   void clear() noexcept { table_.clear(); }
   void reserve(std::uint32_t capacity) { table_.reserve(capacity); }
   /// Moves the object at one index so that it stands at the other.
