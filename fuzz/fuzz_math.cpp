@@ -68,8 +68,8 @@ void evaluateInDecimals(const Ref<MXExpression>& tree, std::string_view substitu
   const auto value = evaluator->evaluateExpression(*tree, substitutions, &error);
   require(value.has_value() != static_cast<bool>(error));
   if (!value) return;
-  const Decimal decimal = detail::decimalOfNumber(*value);
-  require(detail::decimalOfNumber(detail::numberOfDecimal(decimal)) == decimal);
+  const Decimal decimal = value->decimal();
+  require(MXNumber(decimal).decimal() == decimal);
 
   const auto simplified = tree->simplifiedExpressionWithEvaluator(evaluator.get(), nullptr);
   require(simplified != nullptr);
@@ -78,7 +78,7 @@ void evaluateInDecimals(const Ref<MXExpression>& tree, std::string_view substitu
     return detail::lowerCase(from).find("random") != std::string::npos;
   };
   if (draws(tree->description().view()) || draws(substitution)) return;
-  require(again && detail::decimalOfNumber(*again) == decimal);
+  require(again && again->decimal() == decimal);
 }
 
 }  // namespace
