@@ -73,6 +73,7 @@ void HXRNode::addPort(HXRPort& port, const String& portGroup) {
     return;
   }
   const Ref<HXRPort> kept(&port);
+  const Ref<Object> change = willChange();
   ownLayout().addPort(port,
                       portGroup.isNil() ? String::interned(HXRDefaultPortGroupKey) : portGroup);
   if (const Ref<HXRNodeOwner> owner = node()) owner->addPatchPort(port);
@@ -81,6 +82,7 @@ void HXRNode::addPort(HXRPort& port, const String& portGroup) {
 void HXRNode::removePort(HXRPort& port) {
   if (port.node() != this) return;
   const Ref<HXRPort> kept(&port);
+  const Ref<Object> change = willChange();
   if (!ownLayout().removePort(port)) return;
   if (const Ref<HXRNodeOwner> owner = node()) owner->removePatchPort(port);
 }
@@ -97,6 +99,7 @@ void HXRNode::addParameter(HXRParameter& parameter) {
     Log::warning(isa().name(), "A parameter without a key is not added");
     return;
   }
+  const Ref<Object> change = willChange();
   parameters_.push_back(Ref<HXRParameter>(&parameter));
   parameter.linkNode(this, {});
   if (const Ref<HXRNodeOwner> owner = node()) owner->addPatchParameter(parameter);
@@ -106,6 +109,7 @@ void HXRNode::removeParameter(HXRParameter& parameter) {
   const auto found = std::find(parameters_.begin(), parameters_.end(), &parameter);
   if (found == parameters_.end()) return;
   const Ref<HXRParameter> kept = *found;
+  const Ref<Object> change = willChange();
   parameters_.erase(found);
   kept->linkNode(nullptr, {});
   if (const Ref<HXRNodeOwner> owner = node()) owner->removePatchParameter(*kept);
@@ -120,6 +124,7 @@ void HXRNode::rebuild(FunctionRef<void()> steps) {
     return;
   }
   const Ref<HXRNodeOwner> owner(node());
+  const Ref<Object> change = willChange();
   rebuilding_ = true;
   if (owner) owner->patchRebuildWillBegin(*this);
   // An exception of an observer leaves neither side in the middle of a rebuild.
@@ -136,6 +141,13 @@ void HXRNode::rebuild(FunctionRef<void()> steps) {
   }
   end();
 }
+
+Ref<Object> HXRNode::willChange() {
+  const Ref<HXRNodeOwner> owner = node();
+  return owner ? owner->patchWillChange(*this) : nullptr;
+}
+
+std::unique_ptr<HXRBuiltState> HXRNode::builtState() const { return nullptr; }
 
 void HXRNode::setNode(HXRNodeOwner* node) {
   const auto* present = this->node();

@@ -3,6 +3,7 @@
 #include <concepts>
 #include <vector>
 
+#include "tarnkit/patches/HXRBuiltState.h"
 #include "tarnkit/patches/HXRNodeClass.h"
 #include "tarnkit/patches/HXRNodeOwner.h"
 #include "tarnkit/patches/HXRParameter.h"
@@ -98,8 +99,18 @@ class HXRNode : public Object {
   /// whatever an observer of one of them does.
   void rebuild(FunctionRef<void()> steps);
 
+  /// What the definition remembers of having built its ports and parameters (`builtStateOf`), so
+  /// that an undo brings it back with them. A class that remembers something in members of its own
+  /// says so here; null, the answer of the base, means that there is nothing.
+  virtual std::unique_ptr<HXRBuiltState> builtState() const;
+
  private:
+  friend class HXRPort;
+  /// Tells the owner; to be held until the change is complete.
+  Ref<Object> willChange();
+
   friend class HXRNodeClass;
+  friend class HXRNodeSnapshot;
   template <class T, class... Args>
   friend Ref<T> make(Args&&... args);
 

@@ -4,6 +4,7 @@
 
 namespace tarnkit {
 
+Ref<Object> HXRNodeOwner::patchWillChange(HXRNode&) { return nullptr; }
 void HXRNodeOwner::patchRebuildWillBegin(HXRNode&) {}
 void HXRNodeOwner::patchRebuildDidEnd(HXRNode&) {}
 bool HXRNodeOwner::holdsPatch(const HXRNode&) const noexcept { return false; }

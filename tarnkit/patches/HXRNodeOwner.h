@@ -12,6 +12,9 @@ class HXRPort;
 /// stands here so that definitions know nothing of the model.
 class HXRNodeOwner : public Object {
  public:
+  /// The definition is about to change ports, groups or parameters. What is answered is held until
+  /// it has, and everything was told; null, the answer of the base, when that does not matter.
+  virtual Ref<Object> patchWillChange(HXRNode& definition);
   virtual void addPatchPort(HXRPort& port) = 0;
   virtual void removePatchPort(HXRPort& port) = 0;
   virtual void addPatchParameter(HXRParameter& parameter) = 0;

@@ -103,6 +103,8 @@ class HXRParameter : public Object {
   HXRParameter(const HXRParameter& other);
 
  private:
+  friend class HXRNodeSnapshot;
+
   String name_;
   String uniqueKey_;
   WeakRef<HXRNode> node_;

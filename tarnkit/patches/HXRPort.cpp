@@ -27,7 +27,14 @@ HXRPort::HXRPort(const HXRPort& other)
 void HXRPort::setName(String name) {
   if (name == name_) return;
   requireOwn();
+  const Ref<HXRPort> kept(this);
+  const Ref<HXRNode> node(node_.get());
+  const Ref<Object> change = node ? node->willChange() : nullptr;
   name_ = std::move(name);
+  announceName();
+}
+
+void HXRPort::announceName() {
   const Ref<HXRNode> node(node_.get());
   if (!node) return;
   if (const Ref<HXRNodeOwner> owner = node->node()) owner->patchPortNameDidChange(*this);

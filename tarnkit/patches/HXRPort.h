@@ -36,6 +36,8 @@ class HXRPort : public Object {
   /// Unless the name is the same, stores it and tells the editor node of the definition, which
   /// announces it. Throws std::logic_error for a shared description.
   void setName(String name);
+  /// Tells the editor node of the definition that the port has another name.
+  void announceName();
   std::int32_t orientation() const noexcept { return orientation_; }
   std::int32_t connectionRelationship() const noexcept { return connectionRelationship_; }
 
@@ -64,6 +66,8 @@ class HXRPort : public Object {
   void requireOwn() const;
 
  private:
+  friend class HXRNodeSnapshot;
+
   String uniqueKey_;
   WeakRef<HXRNode> node_;
   String name_;

@@ -47,6 +47,7 @@ class HXRPortGroup final : public Object {
   void share();
 
  private:
+  friend class HXRNodeSnapshot;
   void requireOwn() const;
 
   String groupKey_;

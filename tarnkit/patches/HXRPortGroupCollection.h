@@ -36,6 +36,7 @@ class HXRPortGroupCollection final : public Object {
   void share();
 
  private:
+  friend class HXRNodeSnapshot;
   void requireOwn() const;
 
   WeakRef<HXRNode> node_;

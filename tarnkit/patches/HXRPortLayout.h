@@ -39,6 +39,7 @@ class HXRPortLayout final : public Object {
   bool removePort(HXRPort& port);
 
  private:
+  friend class HXRNodeSnapshot;
   static void copyGroups(const HXRPortGroupCollection& from, HXRPortGroupCollection& to);
 
   bool shared_ = false;

@@ -71,4 +71,8 @@ HXRIndexParameter* CountedPortsNode::countParameter() const {
   return as<HXRIndexParameter>(parameterForKey(String::interned(description_.countParameterKey)));
 }
 
+std::unique_ptr<HXRBuiltState> CountedPortsNode::builtState() const {
+  return builtStateOf(*this, &CountedPortsNode::built_);
+}
+
 }  // namespace tarnkit

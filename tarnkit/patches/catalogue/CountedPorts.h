@@ -83,6 +83,7 @@ class CountedPortsNode : public HXRNode {
   void parameterValueDidChange(HXRParameter& parameter) override;
 
  protected:
+  std::unique_ptr<HXRBuiltState> builtState() const override;
   template <class Port>
   std::vector<Ref<Port>> portsOfRun() {
     return builtPorts<Port>(*this, description_.ports, built_);

@@ -52,4 +52,8 @@ OrderedMap<Ref<HXRPort>> NamedInputsNode::inputsByName() {
   return inputs;
 }
 
+std::unique_ptr<HXRBuiltState> NamedInputsNode::builtState() const {
+  return builtStateOf(*this, &NamedInputsNode::keysByName_);
+}
+
 }  // namespace tarnkit

@@ -20,6 +20,7 @@ struct NamedInputs {
 /// expression patches.
 class NamedInputsNode : public HXRNode {
  protected:
+  std::unique_ptr<HXRBuiltState> builtState() const override;
   /// `inputs` lives as long as the process.
   NamedInputsNode(const HXRNodeClass& patchClass, const NamedInputs& inputs);
 

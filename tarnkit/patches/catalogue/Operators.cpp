@@ -69,4 +69,8 @@ String operatorText(std::span<const char* const> operators, std::uint64_t index)
   return index < operators.size() ? String::interned(operators[index]) : String("");
 }
 
+std::unique_ptr<HXRBuiltState> OperatorsNode::builtState() const {
+  return builtStateOf(*this, &OperatorsNode::operators_, &OperatorsNode::operands_);
+}
+
 }  // namespace tarnkit

@@ -43,6 +43,7 @@ class OperatorsNode : public HXRNode {
   void parameterValueDidChange(HXRParameter& parameter) override;
 
  protected:
+  std::unique_ptr<HXRBuiltState> builtState() const override;
   OperatorsNode(const HXRNodeClass& patchClass, const OperatorsDescription& description);
 
  private:

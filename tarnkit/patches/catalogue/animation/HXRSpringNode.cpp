@@ -112,4 +112,8 @@ void HXRSpringNode::parameterValueDidChange(HXRParameter& parameter) {
   if (&parameter == dimensions()) hxr_buildPorts();
 }
 
+std::unique_ptr<HXRBuiltState> HXRSpringNode::builtState() const {
+  return builtStateOf(*this, &HXRSpringNode::rests_, &HXRSpringNode::positions_);
+}
+
 }  // namespace tarnkit

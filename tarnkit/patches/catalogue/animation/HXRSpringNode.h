@@ -36,6 +36,9 @@ class HXRSpringNode final : public HXRNode {
   void hxr_buildPorts();
   void parameterValueDidChange(HXRParameter& parameter) override;
 
+ protected:
+  std::unique_ptr<HXRBuiltState> builtState() const override;
+
  private:
   HXRIndexParameter* dimensions() const;
 

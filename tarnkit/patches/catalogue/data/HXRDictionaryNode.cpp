@@ -80,4 +80,8 @@ void HXRDictionaryNode::parameterValueDidChange(HXRParameter& parameter) {
   if (&parameter == parameterForKey(kCountKey)) hxr_buildEntryInputs();
 }
 
+std::unique_ptr<HXRBuiltState> HXRDictionaryNode::builtState() const {
+  return builtStateOf(*this, &HXRDictionaryNode::built_);
+}
+
 }  // namespace tarnkit

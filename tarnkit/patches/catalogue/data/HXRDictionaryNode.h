@@ -25,6 +25,9 @@ class HXRDictionaryNode final : public HXRNode {
   Ref<HXRDictionaryEntry> entryAtIndex(std::int32_t index);
   void parameterValueDidChange(HXRParameter& parameter) override;
 
+ protected:
+  std::unique_ptr<HXRBuiltState> builtState() const override;
+
  private:
   void addEntry(std::int32_t index);
   void removeEntry(std::int32_t index);
