@@ -10,11 +10,25 @@ std::uint32_t HXConnectionSet::count() const noexcept {
   return set ? set->count() : 1;
 }
 
-bool HXConnectionSet::contains(const HXConnection* connection) const noexcept {
-  if (!members_ || !connection) return false;
-  if (members_ == static_cast<const Object*>(connection)) return true;
+bool HXConnectionSet::contains(const Object* member) const noexcept {
+  if (!members_ || !member) return false;
+  if (members_ == member) return true;
   const auto* set = as<OrderedSet>(members_.get());
-  return set && set->contains(connection);
+  return set && set->contains(member);
+}
+
+HXConnectionSet::Place HXConnectionSet::place(const Object* member) const {
+  const auto* set = as<OrderedSet>(members_.get());
+  return set ? set->place(member) : Place{};
+}
+
+void HXConnectionSet::insert(const Ref<Object>& connection, const Place& place) {
+  if (!connection || contains(connection.get())) return;
+  if (!members_) {
+    members_ = connection;
+  } else {
+    mutableSet().insert(connection, place);
+  }
 }
 
 OrderedSet& HXConnectionSet::mutableSet() {
@@ -41,14 +55,18 @@ bool HXConnectionSet::add(HXConnection& connection) {
 }
 
 bool HXConnectionSet::remove(const HXConnection& connection) {
-  if (!contains(&connection)) return false;
-  if (members_ == static_cast<const Object*>(&connection)) {
+  return remove(static_cast<const Object*>(&connection));
+}
+
+bool HXConnectionSet::remove(const Object* member) {
+  if (!contains(member)) return false;
+  if (members_ == member) {
     members_ = nullptr;
     return true;
   }
   auto& set = mutableSet();
   assert(set.count() > 1);
-  set.remove(&connection);
+  set.remove(member);
   if (set.count() == 1) members_ = Ref<Object>(*set.begin());
   return true;
 }

@@ -14,11 +14,18 @@ class HXConnectionSet {
  public:
   std::uint32_t count() const noexcept;
   bool isEmpty() const noexcept { return !members_; }
-  bool contains(const HXConnection* connection) const noexcept;
   /// False when the connection was a member already.
   bool add(HXConnection& connection);
   /// False when the connection was no member.
   bool remove(const HXConnection& connection);
+
+  using Place = OrderedSet::Place;
+  /// The place of a member, for `insert`.
+  Place place(const Object* member) const;
+  bool contains(const Object* member) const noexcept;
+  bool remove(const Object* member);
+  /// Puts back, at its place, a connection that was removed.
+  void insert(const Ref<Object>& connection, const Place& place);
 
   /// Calls `visit(HXConnection&)` for each, in order.
   template <class Visit>

@@ -5,6 +5,7 @@
 #include <cassert>
 
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXChangeRecorder.h"
 #include "tarnkit/model/HXDecodedNodes.h"
 #include "tarnkit/model/HXPort.h"
 #include "tarnkit/model/KeyCounter.h"
@@ -45,6 +46,7 @@ const Symbol& HXDocument::deviceClassName() const {
 }
 
 Ref<HXConnection> HXDocument::connectPort(HXPort& first, HXPort& toPort) {
+  const detail::Operation operation(*this);
   BySide<HXPort*> ends{{nullptr, nullptr}};
   for (HXPort* port : {&first, &toPort}) {
     if (auto* end = ends.find(port->orientation())) *end = port;
@@ -72,6 +74,7 @@ Ref<HXConnection> HXDocument::connectPort(HXPort& first, HXPort& toPort) {
 // document ends the connection as a whole.
 
 void HXDocument::breakConnection(HXConnection& connection) {
+  const detail::Operation operation(*this);
   const Ref<HXDocument> self(this);
   const Ref<HXConnection> kept(&connection);
   const Ref<HXPort> output(connection.outputPort());
@@ -81,11 +84,11 @@ void HXDocument::breakConnection(HXConnection& connection) {
   assert(!connection.isHeld());
   if (outputHad) output->hx_fireDidDisconnectNotification(connection);
   if (inputHad) input->hx_fireDidDisconnectNotification(connection);
-  detail::announce(HXDocumentRemoveConnectionNotification, *this, *this,
-                   {{HXGraphInfo, this}, {HXConnectionInfo, kept.get()}});
+  announceConnection(connection, false);
 }
 
 void HXDocument::breakAllConnectionsToPort(HXPort& port) {
+  const detail::Operation operation(*this);
   const Ref<HXDocument> self(this);
   const Ref<HXPort> keptPort(&port);
   for (const auto& connection : port.connections().toVector()) {
@@ -97,6 +100,7 @@ void HXDocument::breakAllConnectionsToPort(HXPort& port) {
 void HXDocument::restoreConnection(HXConnection& connection) { hx_addConnection(connection); }
 
 void HXDocument::hx_addConnection(HXConnection& connection) {
+  const detail::Operation operation(*this);
   const Ref<HXDocument> self(this);
   const Ref<HXConnection> kept(&connection);
   const Ref<HXPort> output(connection.outputPort());
@@ -109,8 +113,13 @@ void HXDocument::hx_addConnection(HXConnection& connection) {
   if (outputTook) output->hx_fireDidConnectNotification(connection);
   if (inputTook && isHeldBy(input)) input->hx_fireDidConnectNotification(connection);
   if ((outputTook || inputTook) && !isHeldBy(output) && !isHeldBy(input)) return;
-  detail::announce(HXDocumentAddConnectionNotification, *this, *this,
-                   {{HXGraphInfo, this}, {HXConnectionInfo, kept.get()}});
+  announceConnection(connection, true);
+}
+
+void HXDocument::announceConnection(HXConnection& connection, bool isNew) {
+  detail::announce(
+      isNew ? HXDocumentAddConnectionNotification : HXDocumentRemoveConnectionNotification, *this,
+      *this, {{HXGraphInfo, this}, {HXConnectionInfo, &connection}});
 }
 
 void HXDocument::encodeWithCoder(Encoder& coder) const {

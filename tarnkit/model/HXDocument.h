@@ -6,6 +6,8 @@
 
 namespace tarnkit {
 
+class HXChangeRecorder;
+
 /// Posted by the document with "Graph" (the document) and "Connection".
 inline constinit const Symbol HXDocumentAddConnectionNotification{
     "HXDocumentAddConnectionNotification"};
@@ -49,6 +51,9 @@ class HXDocument final : public HXNode {
 
   static String hx_newDocumentKey();
 
+  /// Who records the changes of the document; null while nobody does.
+  HXChangeRecorder* recorder() const noexcept { return recorder_; }
+
  protected:
   const Symbol& deviceClassName() const override;
 
@@ -57,11 +62,16 @@ class HXDocument final : public HXNode {
   static Ref<Object> makeForDecoding(const Class&);
   template <class T, class... Args>
   friend Ref<T> make(Args&&... args);
+  friend struct HXPatchPortFields;
   void hx_addConnection(HXConnection& connection);
+  void announceConnection(HXConnection& connection, bool isNew);
   void checkTree(Decoder& coder);
+
+  friend class HXChangeRecorder;
 
   String documentKey_;
   Ref<HXImageStore> imageStore_;
+  HXChangeRecorder* recorder_ = nullptr;
 };
 
 }  // namespace tarnkit

@@ -2,9 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cassert>
 #include <unordered_set>
 
+#include "tarnkit/model/HXChangeRecorder.h"
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/model/HXNodeWalk.h"
@@ -20,6 +22,9 @@ namespace tarnkit {
 const Class HXGroup::kClass{"HXGroup", &Object::kClass, &HXGroup::makeForDecoding};
 
 namespace {
+
+// A node is let go of after so many rounds, though observers go on publishing its ports.
+constexpr int kMaximumWithdrawals = 16;
 
 std::vector<Ref<HXSymbolicPort>> publishedPorts(const OrderedSet& members) {
   std::vector<Ref<HXSymbolicPort>> ports;
@@ -103,7 +108,10 @@ void HXGroup::setNode(HXNode* node) {
   node_ = node;
 }
 
-void HXGroup::linkNode(HXNode* node, PassKey<HXNode>) noexcept { node_ = node; }
+void HXGroup::linkNode(HXNode* node, PassKey<HXNode>) noexcept {
+  node_ = node;
+  formerNode_ = nullptr;
+}
 
 void HXGroup::linkReplacedIn(HXNode& node, PassKey<HXNode>) noexcept {
   node_ = nullptr;
@@ -180,6 +188,7 @@ bool HXGroup::mayHold(HXNode& node) const {
 }
 
 void HXGroup::addNode(HXNode& node) {
+  const detail::Operation operation(inForce());
   const Ref<HXGroup> here(&inForce());
   const Ref<HXNode> kept(&node);
   if (!here->mayHold(node)) return;
@@ -266,12 +275,24 @@ void HXGroup::endViewGroupWithoutViews(HXGroup& group) {
 }
 
 void HXGroup::removeNode(HXNode* node) {
+  const detail::Operation operation(inForce());
   HXGroup& here = inForce();
   if (!node || here.subnodeForKey(node->uniqueKey()) != node) return;
   const Ref<HXGroup> keptGroup(&here);
   const Ref<HXNode> kept(node);
   here.forgetNode(*node);
-  here.inForce().withdraw(shownAndPublishedPorts(*node));
+  // Whoever observes that one port is withdrawn may publish or join another one.
+  for (int round = 0; round < kMaximumWithdrawals; ++round) {
+    const auto ports = shownAndPublishedPorts(*node);
+    const bool isInDocument = node->document() != nullptr;
+    if (std::none_of(ports.begin(), ports.end(), [&](const auto& port) {
+          return port->symbolicPort() || (isInDocument && !port->connections().isEmpty());
+        })) {
+      break;
+    }
+    here.inForce().withdraw(ports);
+    if (here.inForce().subnodeForKey(node->uniqueKey()) != node) break;
+  }
   const Ref<HXGroup> now(&here.inForce());
   if (now->subnodeForKey(node->uniqueKey()) != node) return;  // an observer took it out already
   now->release(*node);
@@ -326,6 +347,7 @@ void HXGroup::forgetNode(HXNode&) {}
 void HXGroup::viewTypeDidChange(HXNode&) {}
 
 Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
+  const detail::Operation operation(inForce());
   HXGroup& here = inForce();
   if (!symbolicPorts_.isSide(port.orientation())) return nullptr;
   const Ref<HXGroup> kept(&here);
@@ -358,6 +380,7 @@ void HXGroup::hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort) {
 }
 
 void HXGroup::restoreSymbolicPort(HXSymbolicPort& symbolicPort) {
+  const detail::Operation operation(inForce());
   const Ref<HXPort> port(symbolicPort.port());
   if (!port) return;
   const Ref<HXSymbolicPort> kept(&symbolicPort);
@@ -397,6 +420,7 @@ void HXGroup::endDeepPublications(HXPort& port) {
 }
 
 void HXGroup::removeSymbolicPortForPort(HXPort* port) {
+  const detail::Operation operation(inForce());
   const Ref<HXGroup> kept(this);
   const Ref<HXPort> keptPort(port);
   if (port && port->symbolicPort()) endDeepPublications(*port);
@@ -441,26 +465,6 @@ void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
                    {{HXGroupInfo, &now}, {HXPortInfo, &port}});
 }
 
-void HXGroup::insertSubnode(const Ref<HXNode>& node) {
-  assert(node->parentGroup() == this && !subnodes_.contains(node->uniqueKey()));
-  subnodes_.set(node->uniqueKey(), node);
-}
-void HXGroup::takeSubnode(const String& uniqueKey) {
-  assert(subnodes_.contains(uniqueKey) && subnodes_.get(uniqueKey)->parentGroup() != this);
-  subnodes_.take(uniqueKey);
-}
-void HXGroup::storeSubnodes(OrderedMap<Ref<HXNode>> subnodes) { std::swap(subnodes_, subnodes); }
-
-void HXGroup::insertPublication(std::int32_t orientation, HXSymbolicPort& symbolicPort) {
-  symbolicPorts_[orientation]->add(Ref<Object>(&symbolicPort));
-}
-void HXGroup::removePublication(const HXSymbolicPort& symbolicPort) {
-  for (const auto& ports : symbolicPorts_) ports->remove(&symbolicPort);
-}
-void HXGroup::storePublications(std::int32_t orientation, const OrderedSet& symbolicPorts) {
-  symbolicPorts_[orientation] = make<OrderedSet>(symbolicPorts);
-}
-
 void HXGroup::hierarchyWillChange() {
   for (const auto& node : subnodes()) node->hierarchyWillChange();
 }
@@ -468,6 +472,7 @@ void HXGroup::hierarchyDidChange() {
   for (const auto& node : subnodes()) node->hierarchyDidChange();
 }
 void HXGroup::pruneInvalidConnections() {
+  const detail::Operation operation(*this);
   for (const auto& node : subnodes()) node->pruneInvalidConnections();
 }
 

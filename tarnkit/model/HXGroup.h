@@ -114,9 +114,9 @@ class HXGroup : public Object {
   void restoreSymbolicPort(HXSymbolicPort& symbolicPort);
 
   bool isOpaque() const noexcept { return opaque_; }
-  void setOpaque(bool opaque) noexcept { storeOpaque(opaque); }
+  void setOpaque(bool opaque) { storeOpaque(opaque); }
   HXPoint canvasCenter() const noexcept { return canvasCenter_; }
-  void setCanvasCenter(HXPoint center) noexcept { storeCanvasCenter(center); }
+  void setCanvasCenter(HXPoint center) { storeCanvasCenter(center); }
 
   /// Class-level: the device-side class.
   virtual const Symbol& processClassName() const;
@@ -156,6 +156,8 @@ class HXGroup : public Object {
   virtual void viewTypeDidChange(HXNode& node);
 
  private:
+  friend class HXNode;
+  friend struct HXGroupFields;
   void hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort);
   void unpublish(HXPort& port, HXSymbolicPort& symbolicPort);
   void endDeepPublications(HXPort& port);
@@ -183,8 +185,8 @@ class HXGroup : public Object {
   /// From whichever side it stands on.
   void removePublication(const HXSymbolicPort& symbolicPort);
   void storePublications(std::int32_t orientation, const OrderedSet& symbolicPorts);
-  void storeOpaque(bool opaque) noexcept { opaque_ = opaque; }
-  void storeCanvasCenter(HXPoint center) noexcept { canvasCenter_ = center; }
+  void storeOpaque(bool opaque);
+  void storeCanvasCenter(HXPoint center);
 
   OrderedMap<Ref<HXNode>> subnodes_;
   BySide<Ref<OrderedSet>> symbolicPorts_;

@@ -11,6 +11,7 @@
 #include "tarnkit/foundation/MD5.h"
 #include "tarnkit/foundation/MapAdditions.h"
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXEntryChange.h"
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/platform/numbers/Number.h"
 #include "tarnkit/platform/system/Log.h"
@@ -28,6 +29,30 @@ constinit const Symbol kImageEntryCount{"HXImageStore.imageEntryCount"};
 }  // namespace
 
 HXImageStore::HXImageStore() { registerModelClasses(); }
+
+struct HXImageStoreFields {
+  struct Entry : detail::TableOf<HXImageStore, OrderedMap<Ref<HXImageStoreEntry>>> {
+    static constexpr const char* kName = "imageEntry";
+    static Collection& in(HXImageStore& store) { return store.entries_; }
+    static void addNotices(HXImageStore& store, const String&, const Ref<HXImageStoreEntry>* entry,
+                           bool came, HXChangeNotices& notices) {
+      if (!entry || !*entry) return;
+      using Order = HXChangeNotices::Order;
+      notices.addMember(store, **entry, came, Order::newImage, Order::goneImage,
+                        [&store, kept = *entry](bool here) {
+                          if (here) {
+                            store.imageStoreEntryWasAdded(*kept);
+                          } else {
+                            store.imageStoreEntryIsNoLongerReferenced(*kept);
+                          }
+                        });
+    }
+  };
+  struct Count : detail::TableOf<HXImageStore, OrderedMap<std::int32_t>> {
+    static constexpr const char* kName = "imageEntryCount";
+    static Collection& in(HXImageStore& store) { return store.counts_; }
+  };
+};
 
 Ref<HXImageStoreEntry> HXImageStore::createImageEntry(const Ref<Image>& image) {
   return entryWithImage(image).valueOr(nullptr);
@@ -55,6 +80,7 @@ void HXImageStore::addImageEntry(const Ref<HXImageStoreEntry>& entry) {
     Log::warning("HXImageStore", "Attempting to add an entry whose image is empty.");
     return;
   }
+  const detail::Operation operation(*this);
   const std::int32_t count = counts_.get(entry->key());
   storeCount(entry->key(), count + 1);
   if (count != 0) return;
@@ -65,6 +91,7 @@ void HXImageStore::addImageEntry(const Ref<HXImageStoreEntry>& entry) {
 void HXImageStore::removeImageEntry(const HXImageStoreEntry* entry) {
   if (!entry || entry->key().isNil()) return;
   const Ref<const HXImageStoreEntry> kept(entry);
+  const detail::Operation operation(*this);
   const std::int32_t count = counts_.get(entry->key());
   storeCount(entry->key(), count - 1);
   if (count > 1) return;
@@ -74,6 +101,8 @@ void HXImageStore::removeImageEntry(const HXImageStoreEntry* entry) {
 
 // An entry without a count has none.
 void HXImageStore::storeCount(const String& key, std::int32_t count) {
+  if (count <= 0 && !counts_.contains(key)) return;
+  detail::willChangeEntry<HXImageStoreFields::Count>(*this, key);
   if (count > 0) {
     counts_.set(key, count);
   } else {
@@ -81,10 +110,12 @@ void HXImageStore::storeCount(const String& key, std::int32_t count) {
   }
 }
 void HXImageStore::insertEntry(const Ref<HXImageStoreEntry>& entry) {
+  detail::willChangeEntry<HXImageStoreFields::Entry>(*this, entry->key());
   entries_.set(entry->key(), entry);
   assert(entries_.size() == counts_.size());
 }
 void HXImageStore::takeEntry(const String& key) {
+  if (entries_.contains(key)) detail::willChangeEntry<HXImageStoreFields::Entry>(*this, key);
   entries_.take(key);
   assert(entries_.size() == counts_.size());
 }

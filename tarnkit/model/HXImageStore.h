@@ -66,6 +66,8 @@ class HXImageStore final : public Object {
   void awakeAfterDecoding(Decoder& coder) override;
 
  private:
+  friend struct HXImageStoreFields;
+
   // All changes of the entries and their counts.
   void storeCount(const String& key, std::int32_t count);
   void insertEntry(const Ref<HXImageStoreEntry>& entry);

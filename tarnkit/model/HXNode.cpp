@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cassert>
 
+#include "tarnkit/model/HXChangeRecorder.h"
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/model/HXNodeWalk.h"
@@ -84,20 +85,41 @@ String HXNode::description() const {
 
 void HXNode::setName(String name) {
   if (name == name_) return;
+  const detail::Operation operation(*this);
   storeName(std::move(name));
-  detail::announce(HXNodeNameDidChangeNotification, *this, *this,
-                   {{HXNodeInfo, this}, {HXNameInfo, name_.object().get()}});
+  announceName();
 }
 
 void HXNode::setPosition(HXPoint position) {
   if (position == position_) return;
+  const detail::Operation operation(*this);
   storePosition(position);
-  detail::announce(HXNodePositionDidChangeNotification, *this, *this, {{HXNodeInfo, this}});
+  announcePosition();
 }
 
 void HXNode::setSelected(bool selected) {
   if (selected == selected_) return;
+  const detail::Operation operation(*this);
   storeSelected(selected);
+  announceSelection();
+}
+
+void HXNode::setInspectorPanel(std::uint64_t panel) {
+  if (panel == inspectorPanel_) return;
+  const detail::Operation operation(*this);
+  storeInspectorPanel(panel);
+}
+
+void HXNode::announceName() {
+  detail::announce(HXNodeNameDidChangeNotification, *this, *this,
+                   {{HXNodeInfo, this}, {HXNameInfo, name_.object().get()}});
+}
+
+void HXNode::announcePosition() {
+  detail::announce(HXNodePositionDidChangeNotification, *this, *this, {{HXNodeInfo, this}});
+}
+
+void HXNode::announceSelection() {
   detail::announce(HXNodeSelectionDidChangeNotification, *this, *this, {{HXNodeInfo, this}});
 }
 
@@ -113,6 +135,7 @@ const HXRNodeClass& HXNode::patchClass() const noexcept {
 void HXNode::setParentGroup(HXGroup* group) {
   if (group == parentGroup_.get()) return;
   const Ref<HXNode> self(this);
+  const detail::Operation operation(*this);
   if (group) return group->addNode(*this);
   const Ref<HXGroup> present(parentGroup());
   present->removeNode(this);
@@ -180,6 +203,7 @@ void HXNode::tellParametersHierarchyDidChange() {
 }
 
 void HXNode::pruneInvalidConnections() {
+  const detail::Operation operation(*this);
   for (HXNodeWalk walk(*this); HXNode* node = walk.next();) {
     for (const auto& entry : node->portsByUniqueKey_) entry.value->pruneInvalidConnections();
   }
@@ -187,6 +211,7 @@ void HXNode::pruneInvalidConnections() {
 
 void HXNode::setForceAllowsSubnodes(bool force) {
   if (force == forceAllowsSubnodes_) return;
+  const detail::Operation operation(*this);
   storeForceAllowsSubnodes(force);
   const Ref<HXNode> self(this);
   // What was published shows until the groups that showed it are announced to go.
@@ -220,17 +245,21 @@ Ref<HXGroup> HXNode::makeSubnodeGroup(bool ofViews) const {
 
 void HXNode::hx_swapSubnodeGroupToGroup(const Ref<HXGroup>& group) {
   const Ref<HXNode> self(this);
+  const detail::Operation operation(*this);
   exchangeSubnodeGroup(group);
   if (const Ref<HXGroup> parent{parentGroup()}) parent->subnodeViewTypeDidChange(*this);
 }
 
 void HXNode::exchangeSubnodeGroup(const Ref<HXGroup>& group) {
   assert(group && group != subnodeGroup_);
-  const Ref<HXGroup> old = storeSubnodeGroup(group);
-  if (old) old->linkReplacedIn(*this, {});
+  announceSubnodeGroup(storeSubnodeGroup(group));
+}
+
+void HXNode::announceSubnodeGroup(const Ref<HXGroup>& earlier) {
+  const Ref<HXGroup> group = subnodeGroup_;
   detail::announce(
       HXNodeSubnodeGroupDidChangeNotification, *this, *this,
-      {{HXNodeInfo, this}, {HXOldGroupInfo, old.get()}, {HXNewGroupInfo, group.get()}});
+      {{HXNodeInfo, this}, {HXOldGroupInfo, earlier.get()}, {HXNewGroupInfo, group.get()}});
 }
 
 HXPortGroup* HXNode::portGroupForKey(const String& key, std::int32_t orientation) const {
@@ -325,12 +354,9 @@ HXPort* HXNode::collectingPort(const HXPort&) const { return nullptr; }
 
 void HXNode::setPatch(const Ref<HXRNode>& patch) {
   const Ref<HXNode> self(this);
+  const detail::Operation operation(*this);
   const Ref<HXRNode> fresh = patch;
   willSetPatch(fresh);
-  if (fresh != patch_) {
-    if (fresh) takeUp(*fresh);
-    if (patch_) letGo(*patch_);
-  }
   storePatch(fresh, nullptr);
   sync_.hx_syncPatch();
   didSetPatch();
@@ -359,51 +385,6 @@ void HXNode::symbolicPortNameWasAdded(HXPort& port) {
 }
 void HXNode::symbolicPortNameWasRemoved(HXPort&, HXSymbolicPort& symbolicPort) {
   sync_.symbolicPortWasHidden(symbolicPort);
-}
-
-Ref<HXGroup> HXNode::storeSubnodeGroup(Ref<HXGroup> group) {
-  if (group) group->linkNode(this, {});
-  return std::exchange(subnodeGroup_, std::move(group));
-}
-
-void HXNode::storePatch(Ref<HXRNode> patch, String unknownPatchClass) noexcept {
-  patch_ = std::move(patch);
-  unknownPatchClass_ = std::move(unknownPatchClass);
-}
-
-void HXNode::insertParameter(const String& key, const Ref<HXParameter>& parameter) {
-  assert(parameter->node() == this && !parameters_.contains(key));
-  parameters_.set(key, parameter);
-}
-Ref<HXParameter> HXNode::takeParameter(const String& key) {
-  assert(parameters_.contains(key));
-  return parameters_.take(key);
-}
-
-void HXNode::insertPort(const String& key, const Ref<HXPatchPort>& port) {
-  assert(port->node() == this && port->uniqueKey() == key && !portsByUniqueKey_.contains(key));
-  portsByUniqueKey_.set(key, port);
-}
-Ref<HXPatchPort> HXNode::takePort(const String& key) {
-  assert(portsByUniqueKey_.contains(key));
-  return portsByUniqueKey_.take(key);
-}
-void HXNode::storePorts(OrderedMap<Ref<HXPatchPort>> ports) {
-  assert(std::all_of(ports.begin(), ports.end(), [this](const auto& entry) {
-    return entry.value->node() == this && entry.value->uniqueKey() == entry.key;
-  }));
-  std::swap(portsByUniqueKey_, ports);
-}
-
-void HXNode::insertPortGroup(std::int32_t orientation, const Ref<HXPortGroup>& group) {
-  assert(group->node() == this && group->orientation() == orientation);
-  sides_[orientation].groups.set(group->groupKey(), group);
-}
-Ref<HXPortGroup> HXNode::takePortGroup(std::int32_t orientation, const String& key) {
-  return sides_[orientation].groups.take(key);
-}
-void HXNode::storePortGroups(std::int32_t orientation, OrderedMap<Ref<HXPortGroup>> groups) {
-  std::swap(sides_[orientation].groups, groups);
 }
 
 }  // namespace tarnkit

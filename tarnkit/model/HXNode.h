@@ -78,7 +78,7 @@ class HXNode : public HXRNodeOwner {
   void setSelected(bool selected);
   /// The index of the inspector panel that the editor showed last; setting it announces nothing.
   std::uint64_t inspectorPanel() const noexcept { return inspectorPanel_; }
-  void setInspectorPanel(std::uint64_t panel) noexcept { storeInspectorPanel(panel); }
+  void setInspectorPanel(std::uint64_t panel);
   /// The view colour for a node with a subview group, otherwise the patch class's colour.
   RGBA defaultColor() const;
 
@@ -206,6 +206,7 @@ class HXNode : public HXRNodeOwner {
   bool holdsPatch(const HXRNode& definition) const noexcept override {
     return patch_ == &definition;
   }
+  Ref<Object> patchWillChange(HXRNode& definition) override;
   void addPatchPort(HXRPort& port) override;
   void removePatchPort(HXRPort& port) override;
   void addPatchParameter(HXRParameter& parameter) override;
@@ -250,6 +251,7 @@ class HXNode : public HXRNodeOwner {
   // The parts of a node that follow for it.
   friend class HXNodeSync;
   friend class HXPortGroupSync;
+  friend struct HXNodeFields;
 
   struct Side {
     Ref<HXPortGroupCollection> collection;
@@ -259,6 +261,10 @@ class HXNode : public HXRNodeOwner {
   void init();
   static KeyCounter& keyCounter() noexcept;
   void hx_swapSubnodeGroupToGroup(const Ref<HXGroup>& group);
+  void announceName();
+  void announcePosition();
+  void announceSelection();
+  void announceSubnodeGroup(const Ref<HXGroup>& earlier);
   /// A group of the other class that takes over the present one.
   Ref<HXGroup> makeSubnodeGroup(bool ofViews) const;
   /// The swap without telling the parent group.
@@ -275,16 +281,17 @@ class HXNode : public HXRNodeOwner {
 
   // All changes of the fields, but for what is read from an archive before the node is awake. They
   // announce nothing; `take` and `storeSubnodeGroup` return what stood there.
-  void storeName(String name) noexcept { name_ = std::move(name); }
-  void storePosition(HXPoint position) noexcept { position_ = position; }
-  void storeSelected(bool selected) noexcept { selected_ = selected; }
-  void storeInspectorPanel(std::uint64_t panel) noexcept { inspectorPanel_ = panel; }
-  void storeForceAllowsSubnodes(bool force) noexcept { forceAllowsSubnodes_ = force; }
-  void storeParentGroup(HXGroup* group) noexcept { parentGroup_ = group; }
+  void storeName(String name);
+  void storePosition(HXPoint position);
+  void storeSelected(bool selected);
+  void storeInspectorPanel(std::uint64_t panel);
+  void storeForceAllowsSubnodes(bool force);
+  void storeParentGroup(HXGroup* group);
   /// Becomes the group's node.
   Ref<HXGroup> storeSubnodeGroup(Ref<HXGroup> group);
+  void exchangeLinks(const Ref<HXGroup>& group);
   /// Known, or the stand-in of an unknown one.
-  void storePatch(Ref<HXRNode> patch, String unknownPatchClass) noexcept;
+  void storePatch(Ref<HXRNode> patch, String unknownPatchClass);
   void insertParameter(const String& key, const Ref<HXParameter>& parameter);
   Ref<HXParameter> takeParameter(const String& key);
   void insertPort(const String& key, const Ref<HXPatchPort>& port);
@@ -293,6 +300,7 @@ class HXNode : public HXRNodeOwner {
   void insertPortGroup(std::int32_t orientation, const Ref<HXPortGroup>& group);
   Ref<HXPortGroup> takePortGroup(std::int32_t orientation, const String& key);
   void storePortGroups(std::int32_t orientation, OrderedMap<Ref<HXPortGroup>> groups);
+  void storePortGroupsSettled(bool settled);
 
   String uniqueKey_;
   String name_;

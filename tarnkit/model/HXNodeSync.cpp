@@ -213,6 +213,7 @@ void HXNodeSync::removePatchPort(HXRPort& port) {
 }
 
 void HXNodeSync::patchLayoutWasCopied() {
+  if (!node_.patch_) return;
   for (const auto& entry : node_.patch_->portLayout().ports()) {
     if (const auto* port = node_.portsByUniqueKey_.find(entry.key)) {
       (*port)->linkPatchPort(entry.value, {});

@@ -62,6 +62,8 @@ class HXNodeSync {
   void symbolicPortWasRenamed(const HXSymbolicPort& symbolicPort);
 
  private:
+  friend class HXNode;
+  friend struct HXNodeFields;
   void hx_syncNameWithPatch();
   void hx_syncPortsWithPatch();
   /// Ends the publications and connections of ports that have gone.

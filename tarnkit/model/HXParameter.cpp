@@ -1,6 +1,7 @@
 #include "tarnkit/model/HXParameter.h"
 
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/platform/system/Log.h"
 
@@ -18,6 +19,20 @@ constinit const Symbol kDeviceNode{"PMParameter.node"};
 constinit const Symbol kDeviceProcessClassName{"PMParameter.processClassName"};
 
 }  // namespace
+
+struct HXParameterFields {
+  struct PatchParameter : detail::FieldOf<HXParameter> {
+    static constexpr const char* kName = "patchParameter";
+    static Ref<HXRParameter> get(const HXParameter& parameter) { return parameter.patchParameter_; }
+    static void set(HXParameter& parameter, Ref<HXRParameter> description) {
+      auto& present = parameter.patchParameter_;
+      if (present == description) return;
+      if (present) present->setParameter(nullptr);
+      present = std::move(description);
+      if (present) present->setParameter(&parameter);
+    }
+  };
+};
 
 Ref<HXParameter> HXParameter::create(const Class& parameterClass, HXNode* node) {
   if (parameterClass == kClass) {
@@ -42,9 +57,8 @@ void HXParameter::setPatchParameter(Ref<HXRParameter> patchParameter) {
 
 bool HXParameter::exchangePatchParameter(Ref<HXRParameter> patchParameter) {
   if (patchParameter == patchParameter_) return false;
-  if (patchParameter_) patchParameter_->setParameter(nullptr);
-  patchParameter_ = std::move(patchParameter);
-  if (patchParameter_) patchParameter_->setParameter(this);
+  detail::willSet<HXParameterFields::PatchParameter>(*this);
+  HXParameterFields::PatchParameter::set(*this, std::move(patchParameter));
   return true;
 }
 
@@ -58,9 +72,18 @@ void HXParameter::valueDidChange() {
   const Ref<HXNode> node(this->node());
   const Ref<HXParameter> kept(this);
   if (!node) return;
+  const detail::Operation operation(*this);
+  announceValue(node);
+  node->parameterDidChange(*this);
+}
+
+void HXParameter::announceExchangedValue() {
+  if (const Ref<HXNode> node{this->node()}) announceValue(node);
+}
+
+void HXParameter::announceValue(const Ref<HXNode>& node) {
   detail::announce(HXParameterValueDidChangeNotification, *this, *node,
                    {{HXNodeInfo, node.get()}, {HXParameterInfo, this}});
-  node->parameterDidChange(*this);
 }
 
 void HXParameter::hierarchyWillChange() {}

@@ -72,9 +72,14 @@ class HXParameter : public HXRParameterTwin {
   virtual HXParameterKind hx_kind() = 0;
   /// Links the descriptions; true when the description is another one than before.
   bool exchangePatchParameter(Ref<HXRParameter> patchParameter);
-  void setValueInitialized() noexcept { valueInitialized_ = true; }
+  void setValueInitialized(bool initialized = true) noexcept { valueInitialized_ = initialized; }
+  /// For an undo: announces the value, and leaves the definition alone.
+  void announceExchangedValue();
 
  private:
+  friend struct HXParameterFields;
+  void announceValue(const Ref<HXNode>& node);
+
   WeakRef<HXNode> node_;
   Ref<HXRParameter> patchParameter_;
   bool valueInitialized_ = false;

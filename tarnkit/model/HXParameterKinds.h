@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
+#include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXImageStoreEntry.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/patches/HXRValueParameters.h"
@@ -25,6 +27,7 @@ class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
     valueDidChange();
   }
   void setPatchParameter(Ref<HXRParameter> patchParameter) override {
+    const Operation operation(static_cast<const HXParameter&>(*this));
     const bool changed = exchangePatchParameter(std::move(patchParameter));
     if (!valueInitialized()) {
       if (const auto* definition = this->definition()) storeValue(definition->defaultValue());
@@ -41,6 +44,23 @@ class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
   void decodedValue(Value value) { value_ = std::move(value); }
 
  private:
+  // Whether the value was set goes back with it.
+  struct Field : FieldOf<HXValueParameter> {
+    static constexpr const char* kName = "value";
+    static constexpr bool kIsSimple = true;
+    static std::pair<Value, bool> get(const HXValueParameter& parameter) {
+      return {parameter.value_, parameter.valueInitialized()};
+    }
+    static void set(HXValueParameter& parameter, std::pair<Value, bool> value) {
+      parameter.value_ = std::move(value.first);
+      parameter.setValueInitialized(value.second);
+    }
+    static void addNotices(HXValueParameter& parameter, const std::pair<Value, bool>&,
+                           HXChangeNotices& notices) {
+      notices.addValue(parameter, kName, [&parameter] { parameter.announceExchangedValue(); });
+    }
+  };
+
   template <class T>
   static bool equals(const T& a, const T& b) {
     return a == b;
@@ -50,7 +70,10 @@ class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
   static bool equals(const String& a, const String& b) { return a.isSameObject(b); }
 
   /// All changes of the field, but for what is read from an archive.
-  void storeValue(Value value) { value_ = std::move(value); }
+  void storeValue(Value value) {
+    willSet<Field>(*this);
+    value_ = std::move(value);
+  }
 
   Value value_{};
 };

@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include "tarnkit/archive/HXCoding.h"
-#include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXEntryChange.h"
+#include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/platform/system/Log.h"
 
@@ -22,6 +24,48 @@ constinit const Symbol kDeviceProcessClassName{"PMPort.processClassName"};
 constinit const Symbol kDeviceDefaultValue{"PMPort.defaultValue"};
 
 }  // namespace
+
+struct HXPatchPortFields {
+  struct StaticValue : detail::FieldOf<HXPatchPort> {
+    static constexpr const char* kName = "staticValue";
+    static constexpr bool kIsSimple = true;
+    static Ref<PMRPrimitive> get(const HXPatchPort& port) { return port.staticValue_; }
+    static void set(HXPatchPort& port, Ref<PMRPrimitive> value) {
+      port.staticValue_ = std::move(value);
+    }
+    static void addNotices(HXPatchPort& port, const Ref<PMRPrimitive>& earlier,
+                           HXChangeNotices& notices) {
+      notices.addValue(port, kName, [&port, earlier] {
+        const Ref<PMRPrimitive> effective = earlier ? earlier : port.defaultValue();
+        port.announceStaticValue();
+        port.announceEffectiveValue(effective);
+      });
+    }
+  };
+  struct Connection : detail::TableOf<HXPatchPort, HXConnectionSet> {
+    static constexpr const char* kName = "connection";
+    static HXConnectionSet& in(HXPatchPort& port) { return port.connections_; }
+    static void addNotices(HXPatchPort& port, const Ref<Object>& member, const Value*, bool came,
+                           HXChangeNotices& notices) {
+      using Order = HXChangeNotices::Order;
+      const Ref<HXConnection> kept(static_cast<HXConnection*>(member.get()));
+      notices.addMember(port, *member, came, Order::newConnection, Order::brokenConnection,
+                        [&port, kept](bool here) {
+                          if (here) {
+                            port.hx_fireDidConnectNotification(*kept);
+                          } else {
+                            port.hx_fireDidDisconnectNotification(*kept);
+                          }
+                        });
+      const auto* node = port.node();
+      const Ref<HXDocument> document(node ? node->document() : nullptr);
+      if (!document) return;
+      notices.addMember(*document, *member, came, Order::newConnectionOfDocument,
+                        Order::brokenConnectionOfDocument,
+                        [document, kept](bool here) { document->announceConnection(*kept, here); });
+    }
+  };
+};
 
 HXPatchPort::HXPatchPort(HXNode* node, std::int32_t orientation,
                          std::int32_t connectionRelationship)
@@ -84,11 +128,13 @@ bool HXPatchPort::takeConnection(HXConnection& connection) {
 bool HXPatchPort::dropConnection(HXConnection& connection) { return removeConnection(connection); }
 
 void HXPatchPort::pruneInvalidConnections() {
-  HXConnectionSet valid;
-  connections_.forEach([&](HXConnection& connection) {
-    if (connection.displayInputPort() && connection.displayOutputPort()) valid.add(connection);
+  const detail::Operation operation(*this);
+  const HXConnectionSet all = connections_;
+  all.forEach([&](HXConnection& connection) {
+    if (!connection.displayInputPort() || !connection.displayOutputPort()) {
+      dropConnection(connection);
+    }
   });
-  storeConnections(std::move(valid));
 }
 
 RGBA HXPatchPort::defaultColor() const {
@@ -108,10 +154,36 @@ Ref<PMRPrimitive> HXPatchPort::defaultValue() const {
 void HXPatchPort::setStaticValue(Ref<PMRPrimitive> value) {
   if (value == staticValue_) return;
   const Ref<HXPatchPort> self(this);
+  const detail::Operation operation(*this);
   const Ref<PMRPrimitive> earlier = effectiveValue();
   storeStaticValue(std::move(value));
+  announceStaticValue();
+  announceEffectiveValue(earlier);
+}
+
+void HXPatchPort::insertConnection(HXConnection& connection) {
+  if (connections_.contains(&connection)) return;
+  detail::willChangeEntry<HXPatchPortFields::Connection>(*this, Ref<Object>(&connection));
+  connections_.add(connection);
+}
+
+bool HXPatchPort::removeConnection(HXConnection& connection) {
+  if (!connections_.contains(&connection)) return false;
+  detail::willChangeEntry<HXPatchPortFields::Connection>(*this, Ref<Object>(&connection));
+  return connections_.remove(connection);
+}
+
+void HXPatchPort::storeStaticValue(Ref<PMRPrimitive> value) {
+  detail::willSet<HXPatchPortFields::StaticValue>(*this);
+  staticValue_ = std::move(value);
+}
+
+void HXPatchPort::announceStaticValue() {
   detail::announce(HXPatchPortStaticValueDidChangeNotification, *this, *this,
                    {{HXPortInfo, this}, {HXStaticValueInfo, staticValue_.get()}});
+}
+
+void HXPatchPort::announceEffectiveValue(const Ref<PMRPrimitive>& earlier) {
   const Ref<PMRPrimitive> now = effectiveValue();
   // A missing earlier value never counts as equal, not even to a missing new one.
   if (earlier && now && earlier->isEqual(*now)) return;

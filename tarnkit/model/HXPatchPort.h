@@ -67,6 +67,7 @@ class HXPatchPort final : public HXPort {
   void abandonDecoding() override;
 
  private:
+  friend struct HXPatchPortFields;
   HXPatchPort() noexcept = default;
   static Ref<Object> makeForDecoding(const Class&);
   template <class T, class... Args>
@@ -78,10 +79,11 @@ class HXPatchPort final : public HXPort {
   void hx_fireDidDisconnectNotification(HXConnection& connection) override;
 
   // All changes of the fields, but for what is read from an archive.
-  void insertConnection(HXConnection& connection) { connections_.add(connection); }
-  bool removeConnection(HXConnection& connection) { return connections_.remove(connection); }
-  void storeConnections(HXConnectionSet connections) { connections_ = std::move(connections); }
-  void storeStaticValue(Ref<PMRPrimitive> value) noexcept { staticValue_ = std::move(value); }
+  void insertConnection(HXConnection& connection);
+  bool removeConnection(HXConnection& connection);
+  void storeStaticValue(Ref<PMRPrimitive> value);
+  void announceStaticValue();
+  void announceEffectiveValue(const Ref<PMRPrimitive>& earlier);
 
   Ref<HXRPort> patchPort_;
   HXConnectionSet connections_;

@@ -3,6 +3,7 @@
 #include <cassert>
 
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/system/Log.h"
@@ -24,6 +25,30 @@ constinit const Symbol kDeviceConnectionRelationship{"PMPort.connectionRelations
 
 }  // namespace
 
+struct HXPortFields {
+  struct Node : detail::FieldOf<HXPort> {
+    static constexpr const char* kName = "node";
+    static Ref<HXNode> get(const HXPort& port) { return Ref<HXNode>(port.node()); }
+    static void set(HXPort& port, const Ref<HXNode>& node) { port.node_ = node.get(); }
+  };
+  struct SymbolicPort : detail::FieldOf<HXPort> {
+    static constexpr const char* kName = "symbolicPort";
+    static Ref<HXSymbolicPort> get(const HXPort& port) {
+      return Ref<HXSymbolicPort>(port.symbolicPort());
+    }
+    static void set(HXPort& port, const Ref<HXSymbolicPort>& symbolicPort) {
+      port.symbolicPort_ = symbolicPort.get();
+    }
+    static void addNotices(HXPort& port, const Ref<HXSymbolicPort>&, HXChangeNotices& notices) {
+      const bool isPublished = port.symbolicPort() != nullptr;
+      notices.addValue(
+          port, kName, [&port] { port.announceSymbolicReference(port.symbolicPort() != nullptr); },
+          isPublished ? HXChangeNotices::Order::newPublication
+                      : HXChangeNotices::Order::gonePublication);
+    }
+  };
+};
+
 HXPort::HXPort(HXNode* node, std::int32_t orientation, std::int32_t connectionRelationship)
     : node_(node), orientation_(orientation), connectionRelationship_(connectionRelationship) {}
 
@@ -33,11 +58,21 @@ void HXPort::setNode(HXNode* node) {
     Log::warning("HXPort", "Attempting to take a port from the node that holds it.");
     return;
   }
+  const detail::Operation operation(*this);
+  detail::willSet<HXPortFields::Node>(*this);
   node_ = node;
 }
 
 void HXPort::linkNode(HXNode* node, PassKey<HXNode>) noexcept { node_ = node; }
-void HXPort::linkNode(HXNode* node, PassKey<HXGroup>) noexcept { node_ = node; }
+void HXPort::linkNode(HXNode* node, PassKey<HXGroup>) {
+  if (node == node_.get()) return;
+  if (node) {
+    detail::willSet<HXPortFields::Node>(*node, *this);
+  } else {
+    detail::willSet<HXPortFields::Node>(*this);
+  }
+  node_ = node;
+}
 
 HXSymbolicPort* HXPort::symbolicPort() const noexcept { return symbolicPort_.get(); }
 
@@ -54,24 +89,29 @@ void HXPort::setSymbolicPort(HXSymbolicPort* symbolicPort) {
   exchangeSymbolicPort(symbolicPort);
 }
 
-void HXPort::storeSymbolicPort(HXSymbolicPort* symbolicPort) noexcept {
-  symbolicPort_ = symbolicPort;
-}
-
 void HXPort::exchangeSymbolicPort(HXSymbolicPort* symbolicPort) {
   assert(!symbolicPort || symbolicPort->port() == this);
   if (symbolicPort == symbolicPort_.get()) return;
   const Ref<HXPort> self(this);
+  const detail::Operation operation(*this);
   if (!symbolicPort) {
     const Ref<HXSymbolicPort> earlier(symbolicPort_.get());
-    detail::announce(HXPortDidRemoveSymbolicReferenceNotification, *this, *this,
-                     {{HXPortInfo, this}});
+    announceSymbolicReference(false);
     if (symbolicPort_.get() != earlier.get()) return;  // an observer published the port anew
   }
   storeSymbolicPort(symbolicPort);
-  if (symbolicPort) {
-    detail::announce(HXPortDidAddSymbolicReferenceNotification, *this, *this, {{HXPortInfo, this}});
-  }
+  if (symbolicPort) announceSymbolicReference(true);
+}
+
+void HXPort::announceSymbolicReference(bool isPublished) {
+  detail::announce(isPublished ? HXPortDidAddSymbolicReferenceNotification
+                               : HXPortDidRemoveSymbolicReferenceNotification,
+                   *this, *this, {{HXPortInfo, this}});
+}
+
+void HXPort::storeSymbolicPort(HXSymbolicPort* symbolicPort) {
+  detail::willSet<HXPortFields::SymbolicPort>(*this);
+  symbolicPort_ = symbolicPort;
 }
 
 const HXPort* HXPort::endOfChain() const noexcept {
@@ -99,12 +139,14 @@ void HXPort::hx_fireDidConnectNotification(HXConnection&) {}
 void HXPort::hx_fireDidDisconnectNotification(HXConnection&) {}
 
 bool HXPort::connectConnection(HXConnection& connection) {
+  const detail::Operation operation(*this);
   if (!takeConnection(connection)) return false;
   hx_fireDidConnectNotification(connection);
   return true;
 }
 
 bool HXPort::disconnectConnection(HXConnection& connection) {
+  const detail::Operation operation(*this);
   const Ref<HXConnection> kept(&connection);
   if (!dropConnection(connection)) return false;
   hx_fireDidDisconnectNotification(connection);

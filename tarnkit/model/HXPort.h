@@ -40,7 +40,7 @@ class HXPort : public HXRCollectedPort {
   /// Leaves alone, with one line logged, a port that its node, or the group that publishes, holds.
   void setNode(HXNode* node);
   void linkNode(HXNode* node, PassKey<HXNode>) noexcept;
-  void linkNode(HXNode* node, PassKey<HXGroup>) noexcept;
+  void linkNode(HXNode* node, PassKey<HXGroup>);
   std::int32_t orientation() const noexcept { return orientation_; }
   std::int32_t connectionRelationship() const noexcept { return connectionRelationship_; }
   /// The port that publishes this one; null when none does.
@@ -109,10 +109,12 @@ class HXPort : public HXRCollectedPort {
 
  private:
   friend class HXDocument;
+  friend struct HXPortFields;
+  void announceSymbolicReference(bool isPublished);
   const HXPort* endOfChain() const noexcept;
   void exchangeSymbolicPort(HXSymbolicPort* symbolicPort);
   /// All changes of the field, but for what is read from an archive.
-  void storeSymbolicPort(HXSymbolicPort* symbolicPort) noexcept;
+  void storeSymbolicPort(HXSymbolicPort* symbolicPort);
 
   WeakRef<HXNode> node_;
   WeakRef<HXSymbolicPort> symbolicPort_;

@@ -1,6 +1,8 @@
 #include "tarnkit/model/HXPortGroup.h"
 
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXEntryChange.h"
+#include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/collections/MembersOf.h"
@@ -25,6 +27,56 @@ constinit const Symbol kHidden{"HXPortGroup.hidden"};
 
 }  // namespace
 
+struct HXPortGroupFields {
+  static constexpr const char* kSymbolicPort = "symbolicPort";
+
+  template <bool HXPortGroup::*flag>
+  struct Flag : detail::FieldOf<HXPortGroup> {
+    static constexpr const char* kName = flag == &HXPortGroup::hidden_ ? "hidden"
+                                         : flag == &HXPortGroup::collapsedCanvasGroup_
+                                             ? "collapsedCanvasGroup"
+                                             : "collapsedSidebarGroup";
+    static bool get(const HXPortGroup& group) { return group.*flag; }
+    static void set(HXPortGroup& group, bool value) { group.*flag = value; }
+    static void addNotices(HXPortGroup& group, bool, HXChangeNotices& notices) {
+      notices.addValue(group, kName, [&group] { group.announceFlag(flag); });
+    }
+  };
+  struct HasGone : detail::FieldOf<HXPortGroup> {
+    static constexpr const char* kName = "hasGone";
+    static bool get(const HXPortGroup& group) { return group.hasGone_; }
+    static void set(HXPortGroup& group, bool value) { group.hasGone_ = value; }
+  };
+  struct SymbolicPorts : detail::FieldOf<HXSymbolicPortGroup> {
+    static constexpr const char* kName = "symbolicPorts";
+    static constexpr const char* kTable = kSymbolicPort;
+    static Ref<OrderedSet> get(const HXSymbolicPortGroup& group) { return group.symbolicPorts_; }
+    static void set(HXSymbolicPortGroup& group, Ref<OrderedSet> ports) {
+      group.symbolicPorts_ = std::move(ports);
+    }
+  };
+  struct SymbolicPort : detail::TableOf<HXSymbolicPortGroup, OrderedSet> {
+    static constexpr const char* kName = kSymbolicPort;
+    // A set that was handed out never changes.
+    static OrderedSet& in(HXSymbolicPortGroup& group) {
+      auto& ports = group.symbolicPorts_;
+      if (!ports) {
+        ports = make<OrderedSet>();
+      } else if (ports->isShared()) {
+        ports = make<OrderedSet>(*ports);
+      }
+      return *ports;
+    }
+  };
+  struct StandsBefore : detail::FieldOf<HXSymbolicPortGroup> {
+    static constexpr const char* kName = "standsBefore";
+    static Ref<HXPortGroup> get(const HXSymbolicPortGroup& group) { return group.standsBefore_; }
+    static void set(HXSymbolicPortGroup& group, Ref<HXPortGroup> before) {
+      group.standsBefore_ = std::move(before);
+    }
+  };
+};
+
 HXPortGroup::HXPortGroup(HXNode* node, String groupKey, std::int32_t orientation)
     : node_(node), groupKey_(std::move(groupKey)), orientation_(orientation) {}
 
@@ -35,6 +87,7 @@ String HXPortGroup::documentKey() const {
 
 void HXPortGroup::change(Flag flag, bool value, const Symbol& notification, const Symbol& infoKey) {
   if (this->*flag == value) return;
+  const detail::Operation operation(*this);
   storeFlag(flag, value);
   announceChange(flag, notification, infoKey);
 }
@@ -56,6 +109,29 @@ void HXPortGroup::setCollapsedCanvasGroup(bool collapsed) {
 
 void HXPortGroup::setHidden(bool hidden) {
   change(&HXPortGroup::hidden_, hidden, HXPortGroupHiddenDidChangeNotification, HXHiddenInfo);
+}
+
+void HXPortGroup::storeFlag(Flag flag, bool value) {
+  if (flag == &HXPortGroup::hidden_) {
+    detail::willSet<HXPortGroupFields::Flag<&HXPortGroup::hidden_>>(*this);
+  } else if (flag == &HXPortGroup::collapsedCanvasGroup_) {
+    detail::willSet<HXPortGroupFields::Flag<&HXPortGroup::collapsedCanvasGroup_>>(*this);
+  } else if (flag == &HXPortGroup::hasGone_) {
+    detail::willSet<HXPortGroupFields::HasGone>(*this);
+  } else {
+    detail::willSet<HXPortGroupFields::Flag<&HXPortGroup::collapsedSidebarGroup_>>(*this);
+  }
+  this->*flag = value;
+}
+
+void HXPortGroup::announceFlag(Flag flag) {
+  if (flag == &HXPortGroup::hidden_) {
+    announceHidden();
+  } else if (flag == &HXPortGroup::collapsedCanvasGroup_) {
+    announceChange(flag, HXPortGroupCollapsedCanvasGroupDidChangeNotification, HXCollapsedInfo);
+  } else {
+    announceChange(flag, HXPortGroupCollapsedSidebarGroupDidChangeNotification, HXCollapsedInfo);
+  }
 }
 
 void HXPortGroup::announceHidden() {
@@ -94,6 +170,27 @@ Ref<const OrderedSet> HXPatchPortGroup::portKeys() const {
 
 HXSymbolicPortGroup::HXSymbolicPortGroup(HXNode* node, String groupKey, std::int32_t orientation)
     : HXPortGroup(node, std::move(groupKey), orientation) {}
+
+void HXSymbolicPortGroup::storeSymbolicPorts(Ref<OrderedSet> ports) {
+  detail::willSet<HXPortGroupFields::SymbolicPorts>(*this);
+  symbolicPorts_ = std::move(ports);
+}
+
+void HXSymbolicPortGroup::insertSymbolicPort(const Ref<Object>& port) {
+  detail::willChangeEntry<HXPortGroupFields::SymbolicPort>(*this, port);
+  HXPortGroupFields::SymbolicPort::in(*this).add(port);
+}
+
+void HXSymbolicPortGroup::removeSymbolicPort(const Object& port) {
+  detail::willChangeEntry<HXPortGroupFields::SymbolicPort>(*this,
+                                                           Ref<Object>(const_cast<Object*>(&port)));
+  HXPortGroupFields::SymbolicPort::in(*this).remove(&port);
+}
+
+Ref<HXPortGroup> HXSymbolicPortGroup::storeStandsBefore(Ref<HXPortGroup> group) {
+  if (group != standsBefore_) detail::willSet<HXPortGroupFields::StandsBefore>(*this);
+  return std::exchange(standsBefore_, std::move(group));
+}
 
 Ref<const OrderedSet> HXSymbolicPortGroup::portKeys() const {
   auto keys = make<OrderedSet>();

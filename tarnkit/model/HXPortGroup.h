@@ -60,13 +60,15 @@ class HXPortGroup : public Object {
 
  private:
   friend class HXPortGroupSync;
+  friend struct HXPortGroupFields;
   using Flag = bool HXPortGroup::*;
   void change(Flag flag, bool value, const Symbol& notification, const Symbol& infoKey);
   void announceChange(Flag flag, const Symbol& notification, const Symbol& infoKey);
   void announceHidden();
+  void announceFlag(Flag flag);
 
   // All changes of the fields.
-  void storeFlag(Flag flag, bool value) noexcept { this->*flag = value; }
+  void storeFlag(Flag flag, bool value);
 
   WeakRef<HXNode> node_;
   String groupKey_;
@@ -113,13 +115,14 @@ class HXSymbolicPortGroup final : public HXPortGroup {
 
  private:
   friend class HXPortGroupSync;
+  friend struct HXPortGroupFields;
 
   // All changes of the fields.
-  void storeSymbolicPorts(Ref<OrderedSet> ports) noexcept { symbolicPorts_ = std::move(ports); }
+  void storeSymbolicPorts(Ref<OrderedSet> ports);
+  void insertSymbolicPort(const Ref<Object>& port);
+  void removeSymbolicPort(const Object& port);
   /// Returns the earlier one.
-  Ref<HXPortGroup> storeStandsBefore(Ref<HXPortGroup> group) noexcept {
-    return std::exchange(standsBefore_, std::move(group));
-  }
+  Ref<HXPortGroup> storeStandsBefore(Ref<HXPortGroup> group);
 
   Ref<OrderedSet> symbolicPorts_;
   Ref<HXPortGroup> standsBefore_;  // the definition's group of the same key, kept for its flags

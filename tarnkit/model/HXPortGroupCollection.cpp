@@ -3,6 +3,7 @@
 #include <cassert>
 
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
 
 namespace tarnkit {
@@ -23,16 +24,36 @@ const Ref<OrderedSet>& noKeys() {
 
 }  // namespace
 
+struct HXPortGroupCollectionFields {
+  struct Keys : detail::FieldOf<HXPortGroupCollection> {
+    static constexpr const char* kName = "portGroupKeys";
+    static Ref<const OrderedSet> get(const HXPortGroupCollection& collection) {
+      return collection.portGroupKeys_;
+    }
+    static void set(HXPortGroupCollection& collection, Ref<const OrderedSet> keys) {
+      collection.portGroupKeys_ = std::move(keys);
+    }
+  };
+  struct FollowsNode : detail::FieldOf<HXPortGroupCollection> {
+    static constexpr const char* kName = "followsNode";
+    static bool get(const HXPortGroupCollection& collection) { return collection.followsNode_; }
+    static void set(HXPortGroupCollection& collection, bool follows) {
+      collection.followsNode_ = follows;
+    }
+  };
+};
+
 HXPortGroupCollection::HXPortGroupCollection(HXNode* node, std::int32_t orientation)
     : node_(node), portGroupKeys_(noKeys()), orientation_(orientation) {}
 
 void HXPortGroupCollection::followNode(const Ref<const OrderedSet>& keys) {
   update(keys);
-  followsNode_ = true;
+  storeFollowsNode(true);
 }
 
 void HXPortGroupCollection::updateWithPortGroupKeys(const Ref<OrderedSet>& keys) {
-  followsNode_ = false;
+  const detail::Operation operation(*this);
+  storeFollowsNode(false);
   update(keys ? make<OrderedSet>(*keys) : make<OrderedSet>());
 }
 
@@ -46,6 +67,17 @@ void HXPortGroupCollection::update(const Ref<const OrderedSet>& keys) {
   for (const auto& key : *keys) updated->add(key);
   storeKeys(updated->isEqual(*keys) ? keys : Ref<const OrderedSet>(updated));
   assert(portGroupKeys_->count() == keys->count());
+}
+
+void HXPortGroupCollection::storeKeys(Ref<const OrderedSet> keys) {
+  detail::willSet<HXPortGroupCollectionFields::Keys>(*this);
+  portGroupKeys_ = std::move(keys);
+}
+
+void HXPortGroupCollection::storeFollowsNode(bool follows) {
+  if (follows == followsNode_) return;
+  detail::willSet<HXPortGroupCollectionFields::FollowsNode>(*this);
+  followsNode_ = follows;
 }
 
 void HXPortGroupCollection::encodeWithCoder(Encoder& coder) const {

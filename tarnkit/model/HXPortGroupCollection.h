@@ -33,11 +33,13 @@ class HXPortGroupCollection final : public Object {
 
  private:
   friend class HXPortGroupSync;
+  friend struct HXPortGroupCollectionFields;
   /// The same with a set that nobody changes any more.
   void followNode(const Ref<const OrderedSet>& keys);
   void update(const Ref<const OrderedSet>& keys);
   /// All changes of the keys.
-  void storeKeys(Ref<const OrderedSet> keys) noexcept { portGroupKeys_ = std::move(keys); }
+  void storeKeys(Ref<const OrderedSet> keys);
+  void storeFollowsNode(bool follows);
 
   WeakRef<HXNode> node_;
   Ref<const OrderedSet>

@@ -39,16 +39,6 @@ struct HXPortGroupSync::Memory {
   BySide<Side> sides;
 };
 
-namespace {
-
-// The set, safe to be changed: one that was handed out never changes.
-Ref<OrderedSet> unshared(const Ref<OrderedSet>& set) {
-  if (!set) return make<OrderedSet>();
-  return set->isShared() ? make<OrderedSet>(*set) : set;
-}
-
-}  // namespace
-
 HXPortGroupSync::HXPortGroupSync(HXNode& node) noexcept : node_(node) {}
 HXPortGroupSync::~HXPortGroupSync() = default;
 
@@ -64,6 +54,8 @@ bool HXPortGroupSync::isSettled() const noexcept {
                                    [](const auto& side) { return side.collection->followsNode(); });
 }
 
+void HXPortGroupSync::unsettle() { node_.storePortGroupsSettled(false); }
+
 void HXPortGroupSync::rebuildDidEnd() noexcept {
   assert(rebuilds_ != 0);
   if (--rebuilds_ == 0) memory_ = nullptr;
@@ -72,7 +64,7 @@ void HXPortGroupSync::rebuildDidEnd() noexcept {
 void HXPortGroupSync::hx_syncPortGroupsWithPatch() {
   const Ref<HXNode> self(&node_);
   Changes changes;
-  isSettled_ = true;
+  node_.storePortGroupsSettled(true);
   for (const auto orientation : kBothSides) syncSide(side(orientation), changes);
   for (const auto& group : changes.gone) group->storeFlag(&HXPortGroup::hasGone_, true);
   for (const auto& group : changes.startHidden) {
@@ -225,7 +217,7 @@ void HXPortGroupSync::syncPublishedGroups(const Side& side, OrderedMap<Ref<HXPor
       fresh.set(port.groupKey(), group);
     } else if (*present != group.get()) {
       if (auto* earlier = as<HXSymbolicPortGroup>(present->get())) {
-        isSettled_ = false;  // another synchronisation gathers the ports
+        node_.storePortGroupsSettled(false);  // another synchronisation gathers the ports
         changes.replaced.push_back(*present);
         group->storeStandsBefore(earlier->storeStandsBefore(nullptr));
       } else {
@@ -239,6 +231,7 @@ void HXPortGroupSync::syncPublishedGroups(const Side& side, OrderedMap<Ref<HXPor
 void HXPortGroupSync::takeUpDefinedGroups() {
   for (const auto orientation : kBothSides) {
     const Side side = this->side(orientation);
+    if (!side.definition) continue;
     for (const auto& entry : side.definition->portGroupsInForce()) {
       Ref<HXPortGroup> group = side.groups.get(entry.key);
       if (auto* published = as<HXSymbolicPortGroup>(group.get())) group = published->standsBefore_;
@@ -257,9 +250,7 @@ bool HXPortGroupSync::hx_showSymbolicPort(const HXSymbolicPort& symbolicPort) {
   if (const auto* present = side.groups.find(key)) {
     auto* group = as<HXSymbolicPortGroup>(present->get());
     if (!group) return false;
-    auto ports = unshared(group->symbolicPorts_);
-    ports->add(member);
-    group->storeSymbolicPorts(ports);
+    group->insertSymbolicPort(member);
     return true;
   }
   auto keys = make<OrderedSet>(*side.collection.portGroupKeys());
@@ -284,9 +275,7 @@ bool HXPortGroupSync::hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort) {
     return false;
   }
   if (group->symbolicPorts_->count() > 1) {
-    auto ports = unshared(group->symbolicPorts_);
-    ports->remove(&symbolicPort);
-    group->storeSymbolicPorts(ports);
+    group->removeSymbolicPort(symbolicPort);
     return true;
   }
   // The last port leaves with its group, which is announced with what it showed.

@@ -40,7 +40,7 @@ class HXPortGroupSync {
   /// Whether synchronising once more would change nothing.
   bool isSettled() const noexcept;
   /// Something else has changed that shows in the groups.
-  void unsettle() noexcept { isSettled_ = false; }
+  void unsettle();
 
   /// Around steps that take the definition from one set of ports to another: groups that go and
   /// come back in between stay what they were. May be nested.
@@ -48,6 +48,8 @@ class HXPortGroupSync {
   void rebuildDidEnd() noexcept;
 
  private:
+  friend class HXNode;
+  friend struct HXNodeFields;
   struct Side;
   struct Changes;
   struct Memory;

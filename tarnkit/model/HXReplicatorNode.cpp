@@ -7,6 +7,7 @@
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/foundation/MapAdditions.h"
+#include "tarnkit/model/HXEntryChange.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/model/HXSymbolicPort.h"
@@ -44,6 +45,26 @@ Ref<Array> arrayOf(const std::vector<String>& strings) {
 }
 
 }  // namespace
+
+struct HXReplicatorNodeFields {
+  struct ArrayOutput : detail::TableOf<HXReplicatorNode, IdentityMap<HXPort, String>> {
+    static constexpr const char* kName = "arrayOutput";
+    static Collection& in(HXReplicatorNode& node) { return node.arrayOutputKeys_; }
+    static void addNotices(HXReplicatorNode& node, const Ref<HXPort>& port, const String* key,
+                           bool came, HXChangeNotices& notices) {
+      if (!key) return;
+      using Order = HXChangeNotices::Order;
+      notices.addMember(node, *port, came, Order::newPublication, Order::gonePublication,
+                        [&node, port, key = *key](bool here) {
+                          if (here) {
+                            node.announceAddedOutput(*port, key);
+                          } else {
+                            node.announceRemovedOutput(key);
+                          }
+                        });
+    }
+  };
+};
 
 Ref<Object> HXReplicatorNode::makeForDecoding(const Class&) {
   return make<HXReplicatorNode>(Decoding{});
@@ -95,20 +116,12 @@ void HXReplicatorNode::symbolicPortNameWasAdded(HXPort& port) {
     endArrayOutput(port);  // a port that is published once more is collected once
     const String key(fmt::format("ReplicatorOutput.{}", newUUIDString().view()));
     // Noted first: whoever observes the rest may end the publication, and with it the array output.
+    detail::willChangeEntry<HXReplicatorNodeFields::ArrayOutput>(*this, keptPort);
     arrayOutputKeys_.set(keptPort, key);
     if (patch()) addArrayOutput(*Ref<HXRNode>(patch()), port, key);
     hx_hideSymbolicOutputPortGroups();
     if (arrayOutputKeys_.get(&port) != key) return;
-    NotificationCenter::defaultCenter().postLazily(
-        HXReplicatorNodeAddOutputPortNotification, *this, [&] {
-          const auto* resolved = std::as_const(port).resolvedPort();
-          return UserInfo{{HXDocumentKeyInfo, documentKey().object()},
-                          {HXNodeInfo, Ref<Object>(this)},
-                          {kResolvedPortNodeKeyPath,
-                           arrayOf(hx_keyPathForNode(resolved ? resolved->node() : nullptr))},
-                          {kResolvedPortKey, resolved ? resolved->uniqueKey().object() : nullptr},
-                          {kReplicatorOutputPortKey, key.object()}};
-        });
+    announceAddedOutput(port, key);
   }
   HXNode::symbolicPortNameWasAdded(port);
 }
@@ -124,9 +137,27 @@ void HXReplicatorNode::symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& 
 void HXReplicatorNode::endArrayOutput(HXPort& port) {
   const auto output = hx_replicatorArrayOutputPortForPort(port);
   // Forgotten first: an observer of the rest may publish the port anew.
+  detail::willChangeEntry<HXReplicatorNodeFields::ArrayOutput>(*this, Ref<HXPort>(&port));
   const String key = arrayOutputKeys_.take(&port);
   if (output) Ref<HXRNode>(patch())->removePort(*output);
   if (key.isNil()) return;
+  announceRemovedOutput(key);
+}
+
+void HXReplicatorNode::announceAddedOutput(const HXPort& port, const String& key) {
+  NotificationCenter::defaultCenter().postLazily(
+      HXReplicatorNodeAddOutputPortNotification, *this, [&] {
+        const auto* resolved = port.resolvedPort();
+        return UserInfo{{HXDocumentKeyInfo, documentKey().object()},
+                        {HXNodeInfo, Ref<Object>(this)},
+                        {kResolvedPortNodeKeyPath,
+                         arrayOf(hx_keyPathForNode(resolved ? resolved->node() : nullptr))},
+                        {kResolvedPortKey, resolved ? resolved->uniqueKey().object() : nullptr},
+                        {kReplicatorOutputPortKey, key.object()}};
+      });
+}
+
+void HXReplicatorNode::announceRemovedOutput(const String& key) {
   NotificationCenter::defaultCenter().postLazily(
       HXReplicatorNodeRemoveOutputPortNotification, *this, [&] {
         return UserInfo{{HXDocumentKeyInfo, documentKey().object()},

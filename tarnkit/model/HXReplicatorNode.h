@@ -62,6 +62,10 @@ class HXReplicatorNode final : public HXNode {
   void hx_hideSymbolicOutputPortGroups();
   std::vector<String> hx_keyPathForNode(const HXNode* node) const;
 
+  friend struct HXReplicatorNodeFields;
+  void announceAddedOutput(const HXPort& port, const String& key);
+  void announceRemovedOutput(const String& key);
+
   IdentityMap<HXPort, String> arrayOutputKeys_;
 };
 

@@ -4,6 +4,7 @@
 #include <cassert>
 
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXEntryChange.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/platform/collections/MembersOf.h"
 
@@ -18,6 +19,18 @@ constinit const Symbol kSubviewNodes{"HXSubviewGroup.subviewNodes"};
 constinit const Symbol kDeviceSubviewNodes{"PMSubviewGroup.subviewNodes"};
 
 }  // namespace
+
+struct HXSubviewGroupFields {
+  struct View : detail::TableOf<HXSubviewGroup, OrderedSet> {
+    static constexpr const char* kName = "view";
+    static OrderedSet& in(HXSubviewGroup& group) { return *group.subviewNodes_; }
+    static void addNotices(HXSubviewGroup& group, const Ref<Object>&, const Value*, bool,
+                           HXChangeNotices& notices) {
+      notices.addValue(group, kName,
+                       [kept = Ref<HXSubviewGroup>(&group)] { kept->announceOrder(); });
+    }
+  };
+};
 
 HXSubviewGroup::HXSubviewGroup() : subviewNodes_(make<OrderedSet>()) {}
 
@@ -61,7 +74,9 @@ void HXSubviewGroup::moveSubviewNode(HXNode& node, std::uint64_t toIndex) {
   const auto index = subviewNodes_->indexOf(&node);
   if (index == kNotFoundIndex) return;
   const auto last = std::uint64_t{subviewNodes_->count()} - 1;
-  moveView(static_cast<std::uint32_t>(index), static_cast<std::uint32_t>(std::min(toIndex, last)));
+  const detail::Operation operation(*this);
+  moveView(node, static_cast<std::uint32_t>(index),
+           static_cast<std::uint32_t>(std::min(toIndex, last)));
   announceOrder();
 }
 
@@ -72,9 +87,25 @@ void HXSubviewGroup::announceOrder() {
 
 bool HXSubviewGroup::insertView(HXNode& node) {
   assert(subnodeForKey(node.uniqueKey()) == &node);
+  if (subviewNodes_->contains(&node)) return false;
+  detail::willChangeEntry<HXSubviewGroupFields::View>(*this, Ref<Object>(&node));
   return subviewNodes_->add(Ref<Object>(&node));
 }
-bool HXSubviewGroup::removeView(const HXNode& node) { return subviewNodes_->remove(&node); }
+
+bool HXSubviewGroup::removeView(const HXNode& node) {
+  if (!subviewNodes_->contains(&node)) return false;
+  detail::willChangeEntry<HXSubviewGroupFields::View>(*this,
+                                                      Ref<Object>(const_cast<HXNode*>(&node)));
+  return subviewNodes_->remove(&node);
+}
+
+void HXSubviewGroup::moveView(HXNode& node, std::uint32_t from, std::uint32_t to) {
+  if (auto* const recorder = detail::recorderOf(*this)) {
+    recorder->record(std::make_unique<detail::PlaceChange<HXSubviewGroupFields::View>>(
+        *this, Ref<Object>(&node)));
+  }
+  subviewNodes_->move(from, to);
+}
 
 bool HXSubviewGroup::hasViewNode() const {
   for (const auto& node : membersOf<HXNode>(*subviewNodes_)) {

@@ -44,12 +44,13 @@ class HXSubviewGroup final : public HXGroup {
   static Ref<Object> makeForDecoding(const Class&);
   template <class T, class... Args>
   friend Ref<T> make(Args&&... args);
+  friend struct HXSubviewGroupFields;
   void announceOrder();
 
   // All changes of the order, but for what is read from an archive; false when nothing changed.
   bool insertView(HXNode& node);
   bool removeView(const HXNode& node);
-  void moveView(std::uint32_t from, std::uint32_t to) { subviewNodes_->move(from, to); }
+  void moveView(HXNode& node, std::uint32_t from, std::uint32_t to);
   void storeViews(const OrderedSet& views) { subviewNodes_ = make<OrderedSet>(views); }
 
   Ref<OrderedSet> subviewNodes_;

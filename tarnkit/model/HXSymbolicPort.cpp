@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/platform/system/Log.h"
 
@@ -56,6 +57,30 @@ String sharedGroupKey(const String& name) {
 
 }  // namespace
 
+struct HXSymbolicPortFields {
+  struct Port : detail::FieldOf<HXSymbolicPort> {
+    static constexpr const char* kName = "port";
+    static Ref<HXPort> get(const HXSymbolicPort& symbolicPort) {
+      return Ref<HXPort>(const_cast<HXPort*>(symbolicPort.port()));
+    }
+    static void set(HXSymbolicPort& symbolicPort, const Ref<HXPort>& port) {
+      symbolicPort.port_ = port.get();
+    }
+  };
+  struct Name : detail::FieldOf<HXSymbolicPort> {
+    static constexpr const char* kName = "name";
+    static constexpr bool kIsSimple = true;
+    static String get(const HXSymbolicPort& port) { return port.name_; }
+    static void set(HXSymbolicPort& port, String name) {
+      port.name_ = std::move(name);
+      port.groupKey_ = nullptr;
+    }
+    static void addNotices(HXSymbolicPort& port, const String&, HXChangeNotices& notices) {
+      notices.addValue(port, kName, [&port] { port.announceName(); });
+    }
+  };
+};
+
 HXSymbolicPort::HXSymbolicPort(HXPort* port, HXNode* node, std::int32_t orientation,
                                std::int32_t connectionRelationship)
     : HXPort(node, orientation, connectionRelationship), port_(port) {}
@@ -70,6 +95,7 @@ void HXSymbolicPort::setPort(HXPort* port) {
   }
   HXPort* const earlier = this->port();
   if (port == earlier) return;
+  const detail::Operation operation(*this);
   if (earlier && earlier->symbolicPort() == this) {
     earlier->linkSymbolicPort(nullptr, PassKey<HXSymbolicPort>());
   }
@@ -85,9 +111,14 @@ bool HXSymbolicPort::isHeld() const {
                   node->symbolicOutputPortsInForce().contains(this));
 }
 
-void HXSymbolicPort::storeName(String name) noexcept {
-  name_ = std::move(name);
-  groupKey_ = nullptr;
+void HXSymbolicPort::storePort(HXPort* port) {
+  detail::willSet<HXSymbolicPortFields::Port>(*this);
+  port_ = port;
+}
+
+void HXSymbolicPort::storeName(String name) {
+  detail::willSet<HXSymbolicPortFields::Name>(*this);
+  HXSymbolicPortFields::Name::set(*this, std::move(name));
 }
 
 // Two keys that never change make this one, so the text is made again only when either is another.
@@ -118,8 +149,13 @@ String HXSymbolicPort::uniqueKey() const {
 
 void HXSymbolicPort::setName(String name) {
   const Ref<HXSymbolicPort> self(this);
+  const detail::Operation operation(*this);
   storeName(std::move(name));
   if (const Ref<HXNode> node{this->node()}) node->symbolicPortNameDidChange(*this);
+  announceName();
+}
+
+void HXSymbolicPort::announceName() {
   detail::announce(HXPortNameDidChangeNotification, *this, *this,
                    {{HXPortInfo, this}, {HXNameInfo, name_.object().get()}});
 }

@@ -41,6 +41,9 @@ class HXSymbolicPort final : public HXPort {
   void initWithCoder(Decoder& coder) override;
 
  private:
+  friend struct HXSymbolicPortFields;
+  void announceName();
+
   friend class HXGroup;
   HXSymbolicPort() noexcept = default;
   static Ref<Object> makeForDecoding(const Class&);
@@ -51,8 +54,8 @@ class HXSymbolicPort final : public HXPort {
   enum class Chain : std::uint8_t { unknown, walked, ends };
 
   // All changes of the fields, but for what is read from an archive.
-  void storePort(HXPort* port) noexcept { port_ = port; }
-  void storeName(String name) noexcept;
+  void storePort(HXPort* port);
+  void storeName(String name);
 
   WeakRef<HXPort> port_;
   String name_;

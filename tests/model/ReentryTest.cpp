@@ -287,4 +287,24 @@ TEST_F(ReentryModelTest, ParametersThatWereHandedOutStayAsTheyAre) {
   EXPECT_FALSE(node->parameters().empty());
 }
 
+// Of a node that leaves its group nothing stays published there, though an observer publishes
+// another of its ports while the first one is withdrawn.
+TEST(ReentryTest, APortPublishedWhileItsNodeLeavesIsWithdrawnToo) {
+  Scene scene;
+  const Ref<HXNode> math(scene.math);
+  int publications = 0;
+  const NotificationCenter::Observation observation(
+      HXPortDidRemoveSymbolicReferenceNotification, [&](const Notification&) {
+        auto* const other = math->portForKey("Tarn.operand2Input");
+        if (!math->parentGroup() || other->symbolicPort()) return;
+        ++publications;
+        math->parentGroup()->addSymbolicPortForPort(*other);
+      });
+  scene.group->subnodeGroup()->removeNode(scene.math);
+  EXPECT_GE(publications, 1);
+  EXPECT_EQ(math->portForKey("Tarn.operand2Input")->symbolicPort(), nullptr);
+  EXPECT_TRUE(scene.group->symbolicInputPortsInForce().isEmpty());
+  EXPECT_THAT(faultsOf(*scene.document), IsEmpty());
+}
+
 }  // namespace tarnkit::test

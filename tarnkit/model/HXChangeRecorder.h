@@ -1,0 +1,91 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+#include "tarnkit/model/HXChange.h"
+
+namespace tarnkit {
+
+class HXDocument;
+class HXGroup;
+class HXImageStore;
+class HXNode;
+class HXParameter;
+class HXPort;
+class HXPortGroup;
+class HXPortGroupCollection;
+
+/// Who is told, before they happen, of all changes of one document: the base of an undo history.
+/// While no recorder is at work in the process, the model pays one test for this.
+///
+/// Every function of the model that changes a field or a table says so through `detail::willChange`
+/// and its kin below; there is no other way to change one. Lives on the thread of its document.
+class HXChangeRecorder : public Object {
+ public:
+  /// The recorder at work for the document that holds the node, or from which the node was taken in
+  /// a change that the recorder still holds; null for none, and for null. Costs the depth.
+  static HXChangeRecorder* of(const HXNode* node);
+  /// Whether `of` could find one.
+  static bool anyAtWork() noexcept { return atWork_.load(std::memory_order_relaxed) != 0; }
+
+  /// The change is about to happen.
+  virtual void record(std::unique_ptr<HXChange> change) = 0;
+  /// A public operation of the model begins and ends, maybe one inside another: what it changes
+  /// belongs together.
+  virtual void operationWillBegin() = 0;
+  virtual void operationDidEnd() = 0;
+
+ protected:
+  HXChangeRecorder();
+  ~HXChangeRecorder() override;
+  /// A document has one recorder at most (std::logic_error).
+  void beginRecording(HXDocument& document);
+  void endRecording(HXDocument& document) noexcept;
+  /// Whether a change that is held has the node come or go.
+  virtual bool holdsSubnode(const HXNode& node) const = 0;
+
+ private:
+  static inline std::atomic<std::uint32_t> atWork_{0};
+};
+
+namespace detail {
+
+const HXNode* nodeOfChange(const HXNode& node) noexcept;
+const HXNode* nodeOfChange(const HXGroup& group) noexcept;
+const HXNode* nodeOfChange(const HXPort& port) noexcept;
+const HXNode* nodeOfChange(const HXPortGroup& group) noexcept;
+const HXNode* nodeOfChange(const HXPortGroupCollection& collection) noexcept;
+const HXNode* nodeOfChange(const HXParameter& parameter) noexcept;
+const HXNode* nodeOfChange(const HXImageStore& store) noexcept;
+
+/// The recorder that wants to know of changes of `source`; null, at the cost of one test, while
+/// none is at work.
+template <class Source>
+HXChangeRecorder* recorderOf(const Source& source) {
+  if (!HXChangeRecorder::anyAtWork()) [[likely]] {
+    return nullptr;
+  }
+  return HXChangeRecorder::of(nodeOfChange(source));
+}
+
+/// While one lives, a public operation on `source` is under way.
+class Operation {
+ public:
+  template <class Source>
+  explicit Operation(const Source& source) : recorder_(recorderOf(source)) {
+    if (recorder_) recorder_->operationWillBegin();
+  }
+  ~Operation() {
+    if (recorder_) recorder_->operationDidEnd();
+  }
+  Operation(const Operation&) = delete;
+  Operation& operator=(const Operation&) = delete;
+
+ private:
+  Ref<HXChangeRecorder> recorder_;
+};
+
+}  // namespace detail
+
+}  // namespace tarnkit

@@ -1,0 +1,130 @@
+#include <cassert>
+
+#include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXEntryChange.h"
+#include "tarnkit/model/HXFieldChange.h"
+#include "tarnkit/model/HXGroup.h"
+#include "tarnkit/model/HXPort.h"
+#include "tarnkit/model/HXSymbolicPort.h"
+
+// The one place where the fields of a group change, and what a recorder holds of each.
+
+namespace tarnkit {
+
+using detail::FieldOf;
+using detail::TableOf;
+using detail::willChangeEntry;
+using detail::willSet;
+using Order = HXChangeNotices::Order;
+
+struct HXGroupFields {
+  struct Opaque : FieldOf<HXGroup> {
+    static constexpr const char* kName = "opaque";
+    static bool get(const HXGroup& group) { return group.opaque_; }
+    static void set(HXGroup& group, bool opaque) { group.opaque_ = opaque; }
+  };
+  struct CanvasCenter : FieldOf<HXGroup> {
+    static constexpr const char* kName = "canvasCenter";
+    static constexpr bool kIsViewState = true;
+    static HXPoint get(const HXGroup& group) { return group.canvasCenter_; }
+    static void set(HXGroup& group, HXPoint center) { group.canvasCenter_ = center; }
+  };
+  struct Subnode : TableOf<HXGroup, OrderedMap<Ref<HXNode>>> {
+    static constexpr const char* kName = "subnode";
+    static OrderedMap<Ref<HXNode>>& in(HXGroup& group) { return group.subnodes_; }
+    static HXNode* subnode(const Ref<HXNode>* node) noexcept {
+      return node ? node->get() : nullptr;
+    }
+    static void addNotices(HXGroup& group, const String&, const Ref<HXNode>* node, bool came,
+                           HXChangeNotices& notices) {
+      if (!node || !*node) return;
+      const Ref<HXGroup> keptGroup(&group);
+      notices.addMember(group, **node, came, Order::newNode, Order::goneNode,
+                        [keptGroup, kept = *node](bool here) {
+                          auto& now = keptGroup->inForce();
+                          detail::announce(
+                              here ? HXGroupAddNodeNotification : HXGroupRemoveNodeNotification,
+                              now, now, {{HXGroupInfo, &now}, {HXNodeInfo, kept.get()}});
+                        });
+    }
+  };
+  template <std::int32_t orientation>
+  struct Publication : TableOf<HXGroup, OrderedSet> {
+    static constexpr const char* kName =
+        orientation == HXOrientationInput ? "publishedInput" : "publishedOutput";
+    static OrderedSet& in(HXGroup& group) { return *group.symbolicPorts_[orientation]; }
+    static void addNotices(HXGroup& group, const Ref<Object>& member, const Value*, bool came,
+                           HXChangeNotices& notices) {
+      const Ref<HXGroup> keptGroup(&group);
+      const Ref<HXSymbolicPort> kept(static_cast<HXSymbolicPort*>(member.get()));
+      notices.addMember(group, *member, came, Order::newPublication, Order::gonePublication,
+                        [keptGroup, kept](bool here) {
+                          auto& now = keptGroup->inForce();
+                          const Ref<HXPort> port(kept->port());
+                          if (!port) return;
+                          detail::announce(here ? HXGroupAddSymbolicPortForPortNotification
+                                                : HXGroupRemoveSymbolicPortForPortNotification,
+                                           now, now,
+                                           {{HXGroupInfo, &now}, {HXPortInfo, port.get()}});
+                        });
+    }
+  };
+};
+
+void HXGroup::insertSubnode(const Ref<HXNode>& node) {
+  assert(node->parentGroup() == this && !subnodes_.contains(node->uniqueKey()));
+  willChangeEntry<HXGroupFields::Subnode>(*this, node->uniqueKey());
+  subnodes_.set(node->uniqueKey(), node);
+}
+
+void HXGroup::takeSubnode(const String& uniqueKey) {
+  assert(subnodes_.contains(uniqueKey) && subnodes_.get(uniqueKey)->parentGroup() != this);
+  willChangeEntry<HXGroupFields::Subnode>(*this, uniqueKey);
+  subnodes_.take(uniqueKey);
+}
+
+// A group takes all at once only before it is anybody's.
+void HXGroup::storeSubnodes(OrderedMap<Ref<HXNode>> subnodes) { std::swap(subnodes_, subnodes); }
+
+void HXGroup::insertPublication(std::int32_t orientation, HXSymbolicPort& symbolicPort) {
+  const Ref<Object> member(&symbolicPort);
+  if (orientation == HXOrientationInput) {
+    willChangeEntry<HXGroupFields::Publication<HXOrientationInput>>(*this, member);
+  } else {
+    willChangeEntry<HXGroupFields::Publication<HXOrientationOutput>>(*this, member);
+  }
+  symbolicPorts_[orientation]->add(member);
+}
+
+void HXGroup::removePublication(const HXSymbolicPort& symbolicPort) {
+  const Ref<Object> member(const_cast<HXSymbolicPort*>(&symbolicPort));
+  if (symbolicPorts_[HXOrientationInput]->contains(&symbolicPort)) {
+    willChangeEntry<HXGroupFields::Publication<HXOrientationInput>>(*this, member);
+    symbolicPorts_[HXOrientationInput]->remove(&symbolicPort);
+  }
+  if (symbolicPorts_[HXOrientationOutput]->contains(&symbolicPort)) {
+    willChangeEntry<HXGroupFields::Publication<HXOrientationOutput>>(*this, member);
+    symbolicPorts_[HXOrientationOutput]->remove(&symbolicPort);
+  }
+}
+
+// As all subnodes.
+void HXGroup::storePublications(std::int32_t orientation, const OrderedSet& symbolicPorts) {
+  symbolicPorts_[orientation] = make<OrderedSet>(symbolicPorts);
+}
+
+void HXGroup::storeOpaque(bool opaque) {
+  if (opaque == opaque_) return;
+  const detail::Operation operation(*this);
+  willSet<HXGroupFields::Opaque>(*this);
+  opaque_ = opaque;
+}
+
+void HXGroup::storeCanvasCenter(HXPoint center) {
+  if (center == canvasCenter_) return;
+  const detail::Operation operation(*this);
+  willSet<HXGroupFields::CanvasCenter>(*this);
+  canvasCenter_ = center;
+}
+
+}  // namespace tarnkit
