@@ -66,6 +66,17 @@ void ModelEditor::run() {
   }
 }
 
+void ModelEditor::keepTo(HXDocument& document) {
+  document_ = Ref<HXDocument>(&document);
+  keepsDocument_ = true;
+}
+
+bool ModelEditor::runOne() {
+  if (isDone()) return false;
+  edit();
+  return true;
+}
+
 void ModelEditor::observe(const Notification& notification) {
   HXNode* node = as<HXNode>(&notification.object);
   if (const auto* port = as<HXPort>(&notification.object)) node = port->node();
@@ -75,8 +86,8 @@ void ModelEditor::observe(const Notification& notification) {
     node = as<HXNode>(notification.userInfo[HXNodeInfo]);
     if (!node) node = group->node();
   }
-  if (node && node->document()) document_ = Ref<HXDocument>(node->document());
-  if (depth_ >= kMaximumDepth || isDone() || !document_ || byte() % 3 != 0) return;
+  if (node && node->document() && !keepsDocument_) document_ = Ref<HXDocument>(node->document());
+  if (paused_ || depth_ >= kMaximumDepth || isDone() || !document_ || byte() % 3 != 0) return;
   const WeakRef<HXNode> outer = std::exchange(toldOf_, WeakRef<HXNode>(node));
   ++depth_;
   edit();
@@ -368,7 +379,7 @@ void ModelEditor::changeViews() {
 void ModelEditor::changeDocument() {
   const auto choice = byte();
   if (choice % 16 == 0) {
-    document_ = nullptr;
+    if (!keepsDocument_) document_ = nullptr;
   } else if (auto* node = anyNode()) {
     node->setPosition({static_cast<float>(choice), 1});
     if (choice % 2 == 0 && document_) document_->pruneInvalidConnections();

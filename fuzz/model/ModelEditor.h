@@ -23,6 +23,15 @@ class ModelEditor {
 
   /// Edits until the bytes are used up.
   void run();
+  /// Edits this document only, which is not let go either.
+  void keepTo(HXDocument& document);
+  /// Makes one edit, with those of observers in the middle of it; false when the bytes are used up.
+  bool runOne();
+  bool isUsedUp() const noexcept { return isDone(); }
+  /// While set, observers do not edit.
+  void setPaused(bool paused) noexcept { paused_ = paused; }
+  /// The next byte, which edits nothing; 0 when they are used up.
+  std::uint32_t nextByte() { return byte(); }
   /// Only what others do is followed by edits no more.
   void stop() noexcept { next_ = end_; }
   /// The document that was edited last; null when there was none.
@@ -70,6 +79,8 @@ class ModelEditor {
   NotificationCenter::Token token_;
   int depth_ = 0;
   bool doublePublications_ = false;
+  bool keepsDocument_ = false;
+  bool paused_ = false;
   WeakRef<HXNode> toldOf_;
   // Removed ones that may come back.
   std::vector<Ref<HXNode>> nodes_;

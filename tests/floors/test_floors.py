@@ -17,7 +17,9 @@ FLOORS = {
     "math": {"platform", "foundation"},
     "patches": {"platform", "foundation", "archive", "math"},
     "model": {"platform", "images", "foundation", "archive", "math", "patches"},
-    "render": {"platform", "images", "foundation", "archive", "math", "patches", "model"},
+    "editing": {"platform", "images", "foundation", "archive", "math", "patches", "model"},
+    "render": {"platform", "images", "foundation", "archive", "math", "patches", "model",
+               "editing"},
 }
 # The shelves of the platform, and what the headers on each may include beside their own. Sources may
 # look further: an object describes itself by a string, and a string is an object.
