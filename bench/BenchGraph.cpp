@@ -22,9 +22,15 @@ const HXRNodeClass& benchPatch() {
 }
 
 Ref<HXDocument> buildGraph(std::int64_t nodeCount) {
+  auto document = make<HXDocument>();
+  fillGraph(*document, nodeCount);
+  return document;
+}
+
+void fillGraph(HXDocument& graph, std::int64_t nodeCount) {
   static const String input = String::interned("Tarn.valueInput");
   static const String output = String::interned("Tarn.resultOutput");
-  auto document = make<HXDocument>();
+  HXDocument* const document = &graph;
   Ref<HXNode> group;
   HXNode* previous = nullptr;
   int port = 0;
@@ -48,7 +54,6 @@ Ref<HXDocument> buildGraph(std::int64_t nodeCount) {
     }
     previous = node.get();
   }
-  return document;
 }
 
 HXNode& lastNode(const HXDocument& document) {

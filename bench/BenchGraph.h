@@ -16,6 +16,8 @@ inline constexpr int kPublishedPortStride = 10;
 const HXRNodeClass& benchPatch();
 /// A document of `nodeCount` nodes beside the nodes that hold the groups.
 Ref<HXDocument> buildGraph(std::int64_t nodeCount);
+/// The same in an empty document.
+void fillGraph(HXDocument& graph, std::int64_t nodeCount);
 /// The last node of the last group.
 HXNode& lastNode(const HXDocument& document);
 

@@ -39,6 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto script = input.substr(0, input.find('\0'));
   fuzz::ModelEditor editor(data + script.size(), size - script.size());
   tool::SessionRun run;
+  run.recordsHistory = true;
   run.output = tool::SessionRun::Output::trace;
   run.allowsFiles = false;
   std::string trace;

@@ -83,7 +83,9 @@ class Session {
       return hasEdited;
     }
     checkConsistency("edited");
-    if (now != steps + 1) fault(fmt::format("an edit is no single step: {} instead of {}, abandons {}", now, steps + 1, abandons));
+    if (now != steps + 1)
+      fault(fmt::format("an edit is no single step: {} instead of {}, abandons {}", now, steps + 1,
+                        abandons));
     states_.resize(++at_);
     states_.push_back(state);
     return hasEdited;

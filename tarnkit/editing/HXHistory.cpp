@@ -45,7 +45,10 @@ void HXHistory::record(std::unique_ptr<HXChange> change) {
     return;
   }
   if (open_.holds(change->subject())) return;
-  if (const auto* node = change->subnode()) openSubnodes_.insert(node);
+  if (auto* const node = change->subnode()) {
+    openSubnodes_.insert(node);
+    mark(*node);
+  }
   open_.add(std::move(change));
 }
 
@@ -89,7 +92,10 @@ void HXHistory::commit() {
   if (!coalesce(step)) {
     step.id = ++lastId_;
     for (const auto& change : step.changes()) {
-      if (const auto* node = change->subnode()) ++subnodes_[node];
+      if (auto* const node = change->subnode()) {
+        ++subnodes_[node];
+        mark(*node);
+      }
     }
     byteCount_ += step.byteCount();
     done_.push_back(std::move(step));

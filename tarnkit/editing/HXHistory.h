@@ -129,7 +129,8 @@ class HXHistory final : public HXChangeRecorder {
   void operationWillBegin() override { ++operations_; }
   void operationDidEnd() override;
   bool holdsSubnode(const HXNode& node) const override {
-    return subnodes_.contains(&node) || openSubnodes_.contains(&node);
+    return (!subnodes_.empty() && subnodes_.contains(&node)) ||
+           (!openSubnodes_.empty() && openSubnodes_.contains(&node));
   }
 
  private:

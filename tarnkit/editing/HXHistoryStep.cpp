@@ -12,6 +12,7 @@ namespace {
 
 // Beyond so many changes the subjects that are held are looked up in a table.
 constexpr std::size_t kSearchedInPlace = 12;
+constexpr std::size_t kUsualChanges = 3;
 
 struct SubjectHash {
   std::size_t operator()(const HXChange::Subject& subject) const noexcept {
@@ -41,6 +42,7 @@ bool HXHistoryStep::holds(const HXChange::Subject& subject) const {
 }
 
 void HXHistoryStep::add(std::unique_ptr<HXChange> change) {
+  if (changes_.empty()) changes_.reserve(kUsualChanges);
   changes_.push_back(std::move(change));
   if (changes_.size() <= kSearchedInPlace) return;
   if (subjects_) {
@@ -63,10 +65,27 @@ HXHistoryStep::Changes HXHistoryStep::takeAll() {
   return std::exchange(changes_, {});
 }
 
+// Most steps are of a few changes of different things.
+bool HXHistoryStep::mayCancelOut() const {
+  if (changes_.size() > kSearchedInPlace) return true;
+  for (std::size_t i = 0; i < changes_.size(); ++i) {
+    const auto table = changes_[i]->table();
+    if (!table.object || changes_[i]->subject().object) {
+      if (changes_[i]->isNeutral()) return true;
+      continue;
+    }
+    for (std::size_t before = 0; before < i; ++before) {
+      if (changes_[before]->table() == table) return true;
+    }
+  }
+  return false;
+}
+
 // A value that is what it was goes. Of the entries of a table those go that came and went again, or
 // the other way round, with nothing of that table left in between; a table that was exchanged as a
 // whole goes only when no entry of it is left.
 HXHistoryStep::Changes HXHistoryStep::takeWhatCancelsOut() {
+  if (!mayCancelOut()) return {};
   std::vector<bool> goes(changes_.size());
   std::unordered_map<HXChange::Subject, std::vector<std::size_t>, SubjectHash> tables;
   for (std::size_t i = 0; i < changes_.size(); ++i) {

@@ -47,6 +47,8 @@ class HXHistoryStep {
 
  private:
   class Subjects;
+  bool mayCancelOut() const;
+
   Changes changes_;
   std::unique_ptr<Subjects> subjects_;  // null while there are few changes
 };

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "tarnkit/platform/objects/BlockPool.h"
 #include "tarnkit/platform/objects/Object.h"
 
 namespace tarnkit {
@@ -21,6 +22,11 @@ class HXChange {
   virtual ~HXChange() = default;
   HXChange(const HXChange&) = delete;
   HXChange& operator=(const HXChange&) = delete;
+  // There are many, and all are small.
+  static void* operator new(std::size_t size) { return BlockPool::allocate(size); }
+  static void operator delete(void* change, std::size_t size) noexcept {
+    BlockPool::release(change, size);
+  }
 
   /// Puts what is held in force and holds what was. Announces nothing. Costs what the change did.
   virtual void exchange() = 0;

@@ -38,11 +38,14 @@ void HXChangeRecorder::endRecording(HXDocument& document) noexcept {
   if (document.recorder_ == this) document.recorder_ = nullptr;
 }
 
+void HXChangeRecorder::mark(HXNode& node) noexcept { node.hasBeenRecorded_ = true; }
+
 HXChangeRecorder* HXChangeRecorder::of(const HXNode* node) {
   if (!node) return nullptr;
   const HXNode* root = node;
   while (const auto* enclosing = root->enclosingNode()) root = enclosing;
   if (const auto* document = as<HXDocument>(root)) return document->recorder_;
+  if (!root->hasBeenRecorded_) return nullptr;
   const auto found = std::find_if(recorders().begin(), recorders().end(),
                                   [&](auto* recorder) { return recorder->holdsSubnode(*root); });
   return found == recorders().end() ? nullptr : *found;

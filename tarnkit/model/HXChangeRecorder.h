@@ -42,6 +42,8 @@ class HXChangeRecorder : public Object {
   /// A document has one recorder at most (std::logic_error).
   void beginRecording(HXDocument& document);
   void endRecording(HXDocument& document) noexcept;
+  /// From now on `holdsSubnode` is asked about the node.
+  static void mark(HXNode& node) noexcept;
   /// Whether a change that is held has the node come or go.
   virtual bool holdsSubnode(const HXNode& node) const = 0;
 

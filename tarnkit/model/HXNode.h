@@ -252,6 +252,7 @@ class HXNode : public HXRNodeOwner {
   friend class HXNodeSync;
   friend class HXPortGroupSync;
   friend struct HXNodeFields;
+  friend class HXChangeRecorder;
 
   struct Side {
     Ref<HXPortGroupCollection> collection;
@@ -317,6 +318,7 @@ class HXNode : public HXRNodeOwner {
   bool forceAllowsSubnodes_ : 1 = false;
   bool selected_ : 1 = false;
   bool hasKeyPath_ : 1 = false;
+  bool hasBeenRecorded_ : 1 = false;  // a recorder may hold that it left a document
 };
 
 }  // namespace tarnkit

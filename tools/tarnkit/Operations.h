@@ -33,6 +33,7 @@ std::span<const Operation> groupOperations();
 std::span<const Operation> portOperations();
 std::span<const Operation> imageOperations();
 std::span<const Operation> valueOperations();
+std::span<const Operation> historyOperations();
 
 /// Null for an unknown one. Costs one look-up.
 const Operation* operationNamed(std::string_view name);

@@ -14,6 +14,7 @@ struct RunOptions {
   std::string script;
   bool trace = false;
   bool json = false;
+  bool history = false;
 };
 
 void run(const RunOptions& options) {
@@ -24,6 +25,7 @@ void run(const RunOptions& options) {
   } else if (options.json) {
     run.output = SessionRun::Output::json;
   }
+  run.recordsHistory = options.history;
   run.perform({reinterpret_cast<const char*>(bytes.data()), bytes.size()},
               [](std::string_view text) { writeToStandardOutput(text); });
 }
@@ -42,6 +44,8 @@ void addRunCommand(CLI::App& app) {
                     "Print every notification, logged line and result as JSON lines");
   command->add_flag("--json", options->json,
                     "Print the results as one JSON array (a trace stays JSON lines)");
+  command->add_flag("--history", options->history,
+                    "Record the changes of each document, so that they can be undone");
   command->callback([options] { run(*options); });
 }
 

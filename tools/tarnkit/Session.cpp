@@ -66,6 +66,13 @@ void Session::takeDocument(const std::string& name, const Ref<HXDocument>& docum
   nameNode(name, document);
   document_ = document;
   isDocumentIndexed_ = false;
+  history_ = recordsHistory_ ? make<HXHistory>(*document) : nullptr;
+}
+
+HXHistory& Session::history() const {
+  if (!recordsHistory_) throw CommandFailure("the session records no history (--history does)");
+  if (!history_) throw CommandFailure("there is no document yet");
+  return *history_;
 }
 
 Ref<HXDocument> Session::document() const {

@@ -4,6 +4,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "tarnkit/editing/HXHistory.h"
 #include "tarnkit/model/HXDocument.h"
 
 namespace tarnkit {
@@ -24,6 +25,11 @@ class Session {
  public:
   /// Whether operations may read and write files.
   explicit Session(bool allowsFiles = true) : allowsFiles_(allowsFiles) {}
+
+  /// Documents that are taken in hand from now on record their changes.
+  void recordHistory() noexcept { recordsHistory_ = true; }
+  /// Of the document in hand; throws when the session records none.
+  HXHistory& history() const;
 
   /// Throws when the session may touch no files, or when the path is that of a standard stream.
   void checkFile(const std::string& path) const;
@@ -63,7 +69,9 @@ class Session {
   void indexNodesBelow(const Ref<HXNode>& root);
 
   bool allowsFiles_;
+  bool recordsHistory_ = false;
   Ref<HXDocument> document_;
+  Ref<HXHistory> history_;  // of the document; null while none is recorded
   /// Whether the nodes of the document in hand are among `nodesByKey_`.
   bool isDocumentIndexed_ = true;
   Names<HXNode> nodes_;

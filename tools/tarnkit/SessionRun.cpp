@@ -85,6 +85,7 @@ void SessionRun::perform(std::string_view script, const JSONWriter::Sink& sink) 
   Report report(output, sink);
   try {
     Session session(allowsFiles);
+    if (recordsHistory) session.recordHistory();
     Progress progress("performing operation");
     Script(script).eachOperation([&](std::size_t number, const Json& operation) {
       report.begin(number);

@@ -19,6 +19,8 @@ struct SessionRun {
   Output output = Output::results;
   /// Whether operations may read and write files.
   bool allowsFiles = true;
+  /// Whether the changes of documents are recorded, to be undone.
+  bool recordsHistory = false;
 
   /// Performs the operations of the script one after the other, in a session of its own that ends
   /// with the run. The first that cannot be performed ends it with a CommandFailure that names its
