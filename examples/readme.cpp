@@ -9,8 +9,7 @@ using namespace tarnkit;
 int main() {
   const auto document = make<HXDocument>();
   const auto place = [&](const char* patch) {
-    const auto node = make<HXNode>();
-    node->setPatch(patchClassNamed(patch)->makeDefinition());
+    const auto node = HXNode::makeForPatch(*patchClassNamed(patch));
     document->subnodeGroup()->addNode(*node);
     return node;
   };

@@ -11,6 +11,7 @@
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXPatchPort.h"
+#include "tarnkit/model/HXRefusal.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/model/KeyCounter.h"
@@ -177,14 +178,33 @@ bool HXGroup::isInside(const HXNode& node) const {
 // Whatever is called out to below (observers, the owner's swaps) may replace this group, so every
 // step looks up the group in force anew.
 
-bool HXGroup::mayHold(HXNode& node) const {
-  if (node.asDocument()) {
-    Log::warning("HXGroup", "Attempting to add a document to a group.");
-    return false;
-  }
-  if (!isInside(node)) return true;
-  Log::warning("HXGroup", "Attempting to add a node to a group inside itself.");
+bool HXGroup::mayHold(const HXNode& node) const {
+  const HXRefusal refusal = whyNotAddNode(node);
+  if (!refusal) return true;
+  Log::warning("HXGroup", refusal.code() == HXRefusal::Code::isDocument
+                              ? "Attempting to add a document to a group."
+                              : "Attempting to add a node to a group inside itself.");
   return false;
+}
+
+HXRefusal HXGroup::whyNotAddNode(const HXNode& node) const {
+  if (node.isMemberOf(HXDocument::kClass)) {
+    return HXRefusal(HXRefusal::Code::isDocument, "a document stands in no group");
+  }
+  if (!inForce().isInside(node)) return {};
+  return HXRefusal(HXRefusal::Code::insideItself, "the group stands inside the node");
+}
+
+HXRefusal HXGroup::whyNotMoveNode(const HXNode& node) const {
+  if (HXRefusal refusal = whyNotAddNode(node)) return refusal;
+  if (!node.parentGroup()) {
+    return HXRefusal(HXRefusal::Code::noParent, "the node stands in no group");
+  }
+  const auto* owner = inForce().node();
+  const auto* document = owner ? owner->document() : nullptr;
+  if (document && document == node.document()) return {};
+  return HXRefusal(HXRefusal::Code::anotherDocument,
+                   "the node and the group stand in different documents");
 }
 
 void HXGroup::addNode(HXNode& node) {
@@ -345,6 +365,12 @@ void HXGroup::subnodeViewTypeDidChange(HXNode& node) {
 void HXGroup::didAddNode(HXNode&) {}
 void HXGroup::forgetNode(HXNode&) {}
 void HXGroup::viewTypeDidChange(HXNode&) {}
+
+HXRefusal HXGroup::whyNotAddSymbolicPortForPort(const HXPort& port) const {
+  if (symbolicPorts_.isSide(port.orientation())) return {};
+  return HXRefusal(HXRefusal::Code::noSide, "the port is neither an input nor an output", &port,
+                   nullptr);
+}
 
 Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
   const detail::Operation operation(inForce());

@@ -14,6 +14,7 @@ namespace tarnkit {
 
 class HXNode;
 class HXPort;
+class HXRefusal;
 class HXSymbolicPort;
 
 /// Posted by a group with "Group" and "Node".
@@ -82,6 +83,11 @@ class HXGroup : public Object {
   /// that one's place, with one line logged: the other's publications and connections end, its
   /// removal is not announced.
   void addNode(HXNode& node);
+  /// Why `addNode` refuses the node; empty when it takes it.
+  HXRefusal whyNotAddNode(const HXNode& node) const;
+  /// Why a node cannot come from its group into this one with what it is joined to: as for adding,
+  /// and both groups have to be in the same document. Empty when it can.
+  HXRefusal whyNotMoveNode(const HXNode& node) const;
   /// Unpublishes and disconnects every port of the node and takes it out. A node that is not in the
   /// group is ignored.
   void removeNode(HXNode* node);
@@ -105,6 +111,8 @@ class HXGroup : public Object {
   /// Publishes the port under its own name; null when it is neither input nor output. It is not
   /// asked whether the port is published already.
   Ref<HXSymbolicPort> addSymbolicPortForPort(HXPort& port);
+  /// Why that is null; empty when the port can be published.
+  HXRefusal whyNotAddSymbolicPortForPort(const HXPort& port) const;
   /// Ends the publication of the port here and at every level above, and every connection of the
   /// port that it resolves to. A port that is null or not published is ignored.
   void removeSymbolicPortForPort(HXPort* port);
@@ -143,6 +151,7 @@ class HXGroup : public Object {
 
   /// The group that is in force in place of this one: itself unless its node replaced it.
   HXGroup& inForce() noexcept;
+  const HXGroup& inForce() const noexcept { return const_cast<HXGroup*>(this)->inForce(); }
   /// The node whose subnode group this is; null, other than `node`, once the node dropped it.
   HXNode* owner() const noexcept;
   void takeOver(HXGroup* group);
@@ -170,7 +179,7 @@ class HXGroup : public Object {
   /// A subview group that has lost its last view becomes a plain one.
   static void endViewGroupWithoutViews(HXGroup& group);
   /// Logs one line when it may not.
-  bool mayHold(HXNode& node) const;
+  bool mayHold(const HXNode& node) const;
   /// Whether the node holds this group, or a node that does.
   bool isInside(const HXNode& node) const;
   void settlePublications(OrderedSet& ports);

@@ -19,11 +19,8 @@ namespace tarnkit {
 namespace {
 
 Ref<Object> makeDocumentGraph(const HXRNodeClass& patchClass) {
-  const auto node = HXNode::makeOfClass(patchClass.nodeClassName());
-  const auto patch = patchClass.makeDefinition();
-  if (!node || !patch) return nullptr;
-  node->setPatch(patch);
-  patch->setExternal(HXRNode::hx_isExternalClass(patchClass));
+  const auto node = HXNode::makeForPatch(patchClass);
+  if (!node) return nullptr;
   auto document = make<HXDocument>();
   document->subnodeGroup()->addNode(*node);
   return document;

@@ -62,6 +62,15 @@ Ref<HXNode> HXNode::makeOfClass(std::string_view className) {
   return node;
 }
 
+Ref<HXNode> HXNode::makeForPatch(const HXRNodeClass& patchClass) {
+  auto node = makeOfClass(patchClass.nodeClassName());
+  const auto patch = patchClass.makeDefinition();
+  if (!node || !patch) return nullptr;
+  patch->setExternal(HXRNode::hx_isExternalClass(patchClass));
+  node->setPatch(patch);
+  return node;
+}
+
 void HXNode::init() {
   uniqueKey_ = hx_newUniqueKey();
   for (const auto orientation : kBothSides) {

@@ -66,6 +66,10 @@ class HXNode : public HXRNodeOwner {
   /// A node of the class of that name (`HXNode` or a kind of it, but no document); null for
   /// another.
   static Ref<HXNode> makeOfClass(std::string_view className);
+  /// A node of the class that goes with the patch (a replicator for the Replicator, …) and with a
+  /// fresh definition, as an editor places it; null for a patch class that makes no definitions or
+  /// whose node class is not there.
+  static Ref<HXNode> makeForPatch(const HXRNodeClass& patchClass);
 
   /// "node_%i".
   const String& uniqueKey() const noexcept { return uniqueKey_; }

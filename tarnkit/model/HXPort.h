@@ -14,6 +14,7 @@ namespace tarnkit {
 
 class HXGroup;
 class HXNode;
+class HXRefusal;
 class HXSymbolicPort;
 
 /// Posted by a port whose symbolic port was set; no further user info than "Port".
@@ -77,6 +78,8 @@ class HXPort : public HXRCollectedPort {
   /// Whether the port takes a connection with the other (a published one stands for what it
   /// resolves to).
   virtual bool canConnectToPort(const HXPort* other) const = 0;
+  /// Why it does not; empty when it does.
+  HXRefusal whyNotConnectToPort(const HXPort* other) const;
   virtual bool acceptsNewConnections() const;
   /// Records the connection; false when the port refuses it. A port of relationship one refuses a
   /// second connection and keeps the first; one of relationship many keeps one entry for a

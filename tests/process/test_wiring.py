@@ -87,12 +87,27 @@ class Wiring(HostTest):
         self.assertEqual(trace.results[len(PLACED):], list(pairs.values()))
 
     def test_ends_that_do_not_fit_fail(self):
-        for start, end in [("first/Tarn.output", "view/Tarn.interactionInput"),
-                           ("first/Tarn.output", "second/Tarn.output"),
-                           ("first/Tarn.input", "second/Tarn.input")]:
+        kinds = "the input takes an interaction, the output gives a number, text or colour"
+        for start, end, reason in [
+                ("first/Tarn.output", "view/Tarn.interactionInput", kinds),
+                ("first/Tarn.output", "second/Tarn.output", "both ports are outputs"),
+                ("first/Tarn.input", "second/Tarn.input", "both ports are inputs")]:
             with self.subTest(start=start, end=end):
                 line = self.failure(*PLACED, op("wire", from_=start, to=end))
-                self.assertEqual(line, f'operation 11, wire, "{start}" does not fit "{end}"')
+                self.assertEqual(line,
+                                 f'operation 11, wire, "{start}" does not fit "{end}": {reason}')
+
+    def test_why_not_gives_the_reason(self):
+        fits, refused = self.trace(
+            *PLACED, op("whyNot", port="second/Tarn.input", other="first/Tarn.output"),
+            op("whyNot", port="view/Tarn.interactionInput",
+               other="first/Tarn.output")).results[-2:]
+        self.assertEqual(fits, {"fits": True, "canConnect": True})
+        self.assertEqual(refused, {
+            "fits": False, "canConnect": False, "code": "kind",
+            "reason": "the input takes an interaction, the output gives a number, text or colour",
+            "ports": [{"port": "node_4/Tarn.interactionInput", "kind": "interaction"},
+                      {"port": "node_1/Tarn.output", "kind": "primitive"}]})
 
     def test_two_inputs_are_not_connected_but_logged(self):
         trace = self.trace(*PLACED,

@@ -29,11 +29,13 @@ const HXRNodeClass* patchClassOf(const Arguments& arguments) {
   return patchClass;
 }
 
+CommandFailure noPatches(const HXRNodeClass& patchClass) {
+  return CommandFailure(fmt::format("the patch class \"{}\" makes no patches", patchClass.name()));
+}
+
 void setFreshPatch(HXNode& node, const HXRNodeClass& patchClass) {
   const auto patch = patchClass.makeDefinition();
-  if (!patch) {
-    throw CommandFailure(fmt::format("the patch class \"{}\" makes no patches", patchClass.name()));
-  }
+  if (!patch) throw noPatches(patchClass);
   patch->setExternal(HXRNode::hx_isExternalClass(patchClass));
   node.setPatch(patch);
 }
@@ -41,14 +43,17 @@ void setFreshPatch(HXNode& node, const HXRNodeClass& patchClass) {
 Result newNode(Session& session, const Arguments& arguments) {
   const auto name = arguments.optionalText("as");
   const HXRNodeClass* patchClass = patchClassOf(arguments);
-  std::string className = arguments.optionalText("class");
-  if (className.empty()) {
-    className = patchClass ? patchClass->nodeClassName().toStdString() : "HXNode";
+  const std::string className = arguments.optionalText("class");
+  Ref<HXNode> node;
+  if (patchClass && className.empty()) {
+    node = HXNode::makeForPatch(*patchClass);
+    if (!node) throw noPatches(*patchClass);
+  } else {
+    node = HXNode::makeOfClass(className.empty() ? "HXNode" : className);
+    if (!node) throw CommandFailure(fmt::format("there is no node class \"{}\"", className));
+    if (patchClass) setFreshPatch(*node, *patchClass);
   }
-  const auto node = HXNode::makeOfClass(className);
-  if (!node) throw CommandFailure(fmt::format("there is no node class \"{}\"", className));
   session.nameNode(name, node);
-  if (patchClass) setFreshPatch(*node, *patchClass);
   return [node](JSONWriter& json) {
     json.beginObject().key("uniqueKey").value(node->uniqueKey().view()).endObject();
   };

@@ -9,6 +9,7 @@
 
 #include "tarnkit/foundation/MapAdditions.h"
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXLookup.h"
 #include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSubviewGroup.h"
@@ -104,7 +105,7 @@ class OutlineWriter {
   }
 
   void writePublishedPort(const HXSymbolicPort& port, std::size_t level) {
-    const auto inner = portAddress(port.port());
+    const auto inner = HXLookup::addressOf(port.port());
     line(level, fmt::format("publishes {} {} as {}",
                             port.orientation() == HXOrientationInput ? "input" : "output",
                             inner.empty() ? "that is gone" : brief(inner), quoted(port.name())));
@@ -116,7 +117,7 @@ class OutlineWriter {
     }
     if (port.orientation() != HXOrientationInput) return;
     port.connections().forEach([&](HXConnection& connection) {
-      const auto from = portAddress(connection.displayOutputPort());
+      const auto from = HXLookup::addressOf(connection.displayOutputPort());
       line(level, fmt::format("{} <- {}", brief(port.uniqueKey()),
                               from.empty() ? "a port that is gone" : brief(from)));
     });

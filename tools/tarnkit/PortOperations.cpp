@@ -1,7 +1,9 @@
 #include <fmt/format.h>
 
+#include "tarnkit/editing/HXWiring.h"
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXPatchPort.h"
+#include "tarnkit/model/HXRefusal.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Arguments.h"
@@ -32,6 +34,30 @@ Result canConnect(Session& session, const Arguments& arguments) {
   return truth(port->canConnectToPort(other.get()));
 }
 
+void writeEnd(JSONWriter& json, const HXRefusal::End& end) {
+  json.beginObject().key("port");
+  writePortAddress(json, end.port.get());
+  json.key("kind").value(end.kind).endObject();
+}
+
+// "fits" and "canConnect" say the same: readers of either are served.
+Result whyNot(Session& session, const Arguments& arguments) {
+  const auto port = portOf(session, arguments);
+  const auto other = session.port(arguments.text("other"));
+  const auto refusal = port->whyNotConnectToPort(other.get());
+  return [refusal](JSONWriter& json) {
+    json.beginObject().key("fits").value(!refusal).key("canConnect").value(!refusal);
+    if (refusal) {
+      json.key("code").value(nameOf(refusal.code()));
+      json.key("reason").value(refusal.reason().view()).key("ports").beginArray();
+      writeEnd(json, refusal.port());
+      writeEnd(json, refusal.other());
+      json.endArray();
+    }
+    json.endObject();
+  };
+}
+
 Result acceptsNewConnections(Session& session, const Arguments& arguments) {
   return truth(portOf(session, arguments)->acceptsNewConnections());
 }
@@ -52,15 +78,11 @@ Result wire(Session& session, const Arguments& arguments) {
   const auto from = session.port(fromAddress);
   const auto to = session.port(toAddress);
   const auto document = session.document();
-  if (!from->canConnectToPort(to.get()) && !to->canConnectToPort(from.get())) {
-    throw CommandFailure(fmt::format("\"{}\" does not fit \"{}\"", fromAddress, toAddress));
+  if (const auto refusal = HXWiring::whyNotWire(*from, *to)) {
+    throw CommandFailure(fmt::format("\"{}\" does not fit \"{}\": {}", fromAddress, toAddress,
+                                     refusal.reason().view()));
   }
-  for (const auto& end : {Ref<HXPort>(from->resolvedPort()), Ref<HXPort>(to->resolvedPort())}) {
-    if (!end || end->orientation() != HXOrientationInput) continue;
-    if (end->connectionRelationship() != HXConnectionRelationshipOne) continue;
-    document->breakAllConnectionsToPort(*end);
-  }
-  const auto connection = document->connectPort(*from, *to);
+  const auto connection = HXWiring::wire(*document, *from, *to);
   if (!connection) {
     throw CommandFailure(fmt::format("\"{}\" cannot be joined to \"{}\"", fromAddress, toAddress));
   }
@@ -139,6 +161,7 @@ Result setStaticValue(Session& session, const Arguments& arguments) {
 
 constexpr Operation kOperations[] = {
     {"canConnect", "port other", canConnect},
+    {"whyNot", "port other", whyNot},
     {"acceptsNewConnections", "port", acceptsNewConnections},
     {"connect", "first second as?", connect},
     {"wire", "from to as?", wire},

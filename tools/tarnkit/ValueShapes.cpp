@@ -1,6 +1,7 @@
 #include "tools/tarnkit/ValueShapes.h"
 
 #include "tarnkit/model/HXConnection.h"
+#include "tarnkit/model/HXLookup.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXPort.h"
 #include "tarnkit/platform/text/JSONWriter.h"
@@ -66,17 +67,8 @@ void writeColor(JSONWriter& json, RGBA color) {
 
 void writePoint(JSONWriter& json, HXPoint point) { json.floats({point.x, point.y}); }
 
-std::string portAddress(const HXPort* port) {
-  const auto* node = port ? port->node() : nullptr;
-  if (!node) return {};
-  std::string address(node->uniqueKey().view());
-  address += '/';
-  address += port->uniqueKey().view();
-  return address;
-}
-
 void writePortAddress(JSONWriter& json, const HXPort* port) {
-  const auto address = portAddress(port);
+  const auto address = HXLookup::addressOf(port);
   if (address.empty()) {
     json.null();
   } else {

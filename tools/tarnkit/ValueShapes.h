@@ -25,7 +25,4 @@ void writePoint(JSONWriter& json, HXPoint point);
 void writePortAddress(JSONWriter& json, const HXPort* port);
 void writeConnection(JSONWriter& json, const HXConnection* connection);
 
-/// "node_3/Tarn.valueInput"; "" when the port or its node is gone.
-std::string portAddress(const HXPort* port);
-
 }  // namespace tarnkit::tool
