@@ -102,6 +102,18 @@ std::vector<String> Arguments::texts(std::string_view name) const {
   return texts;
 }
 
+OrderedMap<String> Arguments::textsByKey(std::string_view name) const {
+  OrderedMap<String> texts;
+  if (!has(name)) return texts;
+  const Json& object = at(name);
+  if (!object.is_object()) {
+    throw CommandFailure(fmt::format("\"{}\" must be an object, not {}", name, kindOf(object)));
+  }
+  for (const auto& [key, value] : object.items())
+    texts.set(String(key), String(readText(value, name)));
+  return texts;
+}
+
 std::int32_t Arguments::orientation(std::string_view name) const {
   const auto orientation = integer(name);
   if (orientation != HXOrientationInput && orientation != HXOrientationOutput) {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tarnkit/platform/collections/OrderedMap.h"
 #include "tools/tarnkit/ValueReading.h"
 
 namespace tarnkit::tool {
@@ -39,6 +40,8 @@ class Arguments {
   /// Null for null.
   Ref<PMRPrimitive> primitiveOrNull(std::string_view name) const;
   std::vector<String> texts(std::string_view name) const;
+  /// Of an object whose values are strings; empty when it is missing.
+  OrderedMap<String> textsByKey(std::string_view name) const;
   /// 1 or 2.
   std::int32_t orientation(std::string_view name) const;
   /// One of the given words.

@@ -8,9 +8,9 @@ namespace {
 
 std::unordered_map<std::string_view, const Operation*> allOperations() {
   std::unordered_map<std::string_view, const Operation*> table;
-  for (const auto& operations : {documentOperations(), nodeOperations(), groupOperations(),
-                                 portOperations(), imageOperations(), valueOperations(),
-                                 historyOperations()}) {
+  for (const auto& operations :
+       {documentOperations(), nodeOperations(), groupOperations(), portOperations(),
+        imageOperations(), valueOperations(), historyOperations(), replacementOperations()}) {
     for (const Operation& operation : operations) table.emplace(operation.name, &operation);
   }
   return table;

@@ -34,6 +34,7 @@ std::span<const Operation> portOperations();
 std::span<const Operation> imageOperations();
 std::span<const Operation> valueOperations();
 std::span<const Operation> historyOperations();
+std::span<const Operation> replacementOperations();
 
 /// Null for an unknown one. Costs one look-up.
 const Operation* operationNamed(std::string_view name);
