@@ -86,32 +86,6 @@ void refuseNodesInCircles(Decoder& coder) {
   }
 }
 
-NodeContents contentsOf(const HXNode& node) {
-  NodeContents contents;
-  for (const auto& entry : node.portsInForce()) {
-    if (entry.value->staticValue() || !entry.value->connections().isEmpty()) ++contents.portsInUse;
-  }
-  if (node.subnodeGroup()) contents.subnodes = node.subnodeGroup()->subnodesInForce().size();
-  return contents;
-}
-
-void warnOfLostContents(const HXNode& node, const NodeContents& archived) {
-  const NodeContents now = contentsOf(node);
-  if (now.portsInUse >= archived.portsInUse && now.subnodes >= archived.subnodes) return;
-  const auto patch = node.patch() ? node.patch()->isa().name() : "a node without a patch";
-  if (now.portsInUse < archived.portsInUse) {
-    Log::warning("HXNode",
-                 fmt::format("Dropping {} ports of {} with their connections and values, "
-                             "which {} does not have",
-                             archived.portsInUse - now.portsInUse, node.uniqueKey().view(), patch));
-  }
-  if (now.subnodes < archived.subnodes) {
-    Log::warning("HXNode",
-                 fmt::format("Dropping {} nodes inside {}, since {} holds none",
-                             archived.subnodes - now.subnodes, node.uniqueKey().view(), patch));
-  }
-}
-
 void dropRepeated(const HXNode& node, OrderedMap<Ref<HXPatchPort>>& ports) {
   dropRepeatedIn(ports, node, "port");
 }

@@ -26,15 +26,6 @@ std::unordered_set<const HXNode*> nodesWithin(const std::vector<const HXNode*>& 
 /// only the nodes that it holds are left, so there is nothing to look at.
 void refuseNodesInCircles(Decoder& coder);
 
-/// What a node holds that setting its patch may take from it.
-struct NodeContents {
-  std::size_t portsInUse = 0;  // with a connection or a static value
-  std::size_t subnodes = 0;
-};
-NodeContents contentsOf(const HXNode& node);
-/// Tells what of those contents the patch did not take.
-void warnOfLostContents(const HXNode& node, const NodeContents& archived);
-
 /// An object that stands under several keys keeps the first one.
 void dropRepeated(const HXNode& node, OrderedMap<Ref<HXPatchPort>>& ports);
 void dropRepeated(const HXNode& node, OrderedMap<Ref<HXPortGroup>>& groups);

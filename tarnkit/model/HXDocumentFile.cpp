@@ -7,6 +7,7 @@
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/archive/HXKeyedArchiver.h"
+#include "tarnkit/model/HXDecodedLosses.h"
 #include "tarnkit/model/HXModel.h"
 #include "tarnkit/platform/coding/StandardKeyedArchiver.h"
 #include "tarnkit/platform/coding/StandardKeyedUnarchiver.h"
@@ -31,19 +32,23 @@ bool canNameFile(const String& key) {
 
 }  // namespace
 
-Result<Ref<HXDocument>> HXDocumentFile::document(ByteSpan bytes, std::int32_t codingType) {
+Result<Ref<HXDocument>> HXDocumentFile::document(ByteSpan bytes, std::int32_t codingType,
+                                                 std::vector<HXNodeLosses>* losses) {
   if (auto status = checkCodingType(codingType); !status) return status;
   auto list = PropertyListReader::read(bytes);
   if (!list) return std::move(list).status();
-  return document(*list, codingType);
+  return document(*list, codingType, losses);
 }
 
-Result<Ref<HXDocument>> HXDocumentFile::document(const PropertyList& list,
-                                                 std::int32_t codingType) {
+Result<Ref<HXDocument>> HXDocumentFile::document(const PropertyList& list, std::int32_t codingType,
+                                                 std::vector<HXNodeLosses>* losses) {
   if (auto status = checkCodingType(codingType); !status) return status;
   registerModelClasses();
+  detail::DecodedLosses gathered;
   auto root = StandardKeyedUnarchiver::unarchive(list, codingType);
   if (!root) return std::move(root).status();
+  auto told = gathered.tell();
+  if (losses) *losses = std::move(told);
   if (auto document = as<HXDocument>(*root)) return document;
   return Status::failure(StatusCode::unsupported,
                          fmt::format("the root is a {}, not a document", (*root)->isa().name()));
@@ -70,10 +75,11 @@ Result<std::vector<std::uint8_t>> HXDocumentFile::deviceGraph(const HXDocument& 
   return std::move(data->mutableBytes());
 }
 
-Result<Ref<HXDocument>> HXDocumentFile::open(const std::string& path, std::int32_t codingType) {
+Result<Ref<HXDocument>> HXDocumentFile::open(const std::string& path, std::int32_t codingType,
+                                             std::vector<HXNodeLosses>* losses) {
   auto bytes = File::read(path);
   if (!bytes) return std::move(bytes).status();
-  return document(*bytes, codingType).at(path);
+  return document(*bytes, codingType, losses).at(path);
 }
 
 Status HXDocumentFile::save(const HXDocument& document, const std::string& path,

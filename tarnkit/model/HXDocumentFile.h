@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXNodeReport.h"
 #include "tarnkit/platform/objects/Data.h"
 #include "tarnkit/platform/system/Result.h"
 
@@ -20,9 +21,12 @@ class HXDocumentFile {
   /// draw fresh unique keys, 3 keeps those of the file. A failure for anything that is not a
   /// readable document; the bytes need not be trusted. What a document holds and this library
   /// cannot keep (under another type than its own: its nodes) is told in the log, one line each.
-  static Result<Ref<HXDocument>> document(ByteSpan bytes, std::int32_t codingType);
+  /// What nodes lost of that because their patch has changed is handed out in `losses`, too.
+  static Result<Ref<HXDocument>> document(ByteSpan bytes, std::int32_t codingType,
+                                          std::vector<HXNodeLosses>* losses = nullptr);
   /// The same of a property list that was read already, whose bytes are still there.
-  static Result<Ref<HXDocument>> document(const PropertyList& list, std::int32_t codingType);
+  static Result<Ref<HXDocument>> document(const PropertyList& list, std::int32_t codingType,
+                                          std::vector<HXNodeLosses>* losses = nullptr);
   /// The coding type under which a document was written, as far as that matters to a reader: 3 when
   /// it holds unique keys, otherwise 0. Costs a few look-ups.
   static std::int32_t codingTypeOf(const PropertyList& list);
@@ -33,7 +37,8 @@ class HXDocumentFile {
   static Result<std::vector<std::uint8_t>> deviceGraph(const HXDocument& document);
 
   /// The same with files. A file is written whole or not at all.
-  static Result<Ref<HXDocument>> open(const std::string& path, std::int32_t codingType);
+  static Result<Ref<HXDocument>> open(const std::string& path, std::int32_t codingType,
+                                      std::vector<HXNodeLosses>* losses = nullptr);
   static Status save(const HXDocument& document, const std::string& path, std::int32_t codingType);
   static Status send(const HXDocument& document, const std::string& path);
   /// Writes one archive for each image, "KEY.plist", into the directory, which is made at need. The

@@ -1,5 +1,6 @@
 #include "tarnkit/model/HXModel.h"
 
+#include "tarnkit/model/HXDecodedLosses.h"
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXLoopNode.h"
 #include "tarnkit/model/HXParameterKinds.h"
@@ -89,7 +90,10 @@ void registerModelClasses() { [[maybe_unused]] static const bool done = register
 
 Result<Ref<Object>> unarchivedModelObject(ByteSpan bytes, std::int32_t codingType) {
   registerModelClasses();
-  return StandardKeyedUnarchiver::unarchive(bytes, codingType);
+  detail::DecodedLosses losses;
+  auto root = StandardKeyedUnarchiver::unarchive(bytes, codingType);
+  if (root) losses.tell();
+  return root;
 }
 
 }  // namespace tarnkit

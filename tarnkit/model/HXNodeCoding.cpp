@@ -1,6 +1,9 @@
 #include <fmt/format.h>
 
+#include <utility>
+
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXDecodedLosses.h"
 #include "tarnkit/model/HXDecodedNodes.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXParameter.h"
@@ -187,10 +190,10 @@ void HXNode::awakeAfterDecoding(Decoder& coder) {
   }
   if (unknownPatchClass_.isNil()) {
     const std::size_t archivedPorts = portsByUniqueKey_.size();
-    const detail::NodeContents archived = detail::contentsOf(*this);
     const Ref<HXRNode> patch = std::exchange(patch_, nullptr);
+    detail::DecodedLosses::Watch watch(*this, patch.get());
     setPatch(patch);
-    detail::warnOfLostContents(*this, archived);
+    watch.end();
     // An expression may name as many ports as the document has letters, and many nodes share it.
     const std::size_t ports = portsByUniqueKey_.size();
     if (ports > archivedPorts) coder.countMade(ports - archivedPorts);

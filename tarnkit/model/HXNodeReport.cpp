@@ -77,11 +77,15 @@ class Gatherer {
         addPublishedPort(static_cast<HXSymbolicPort&>(*member));
       }
     }
-    for (const auto& entry : node_.parameters()) addParameter(entry.key, *entry.value);
+    addParameters();
     if (!node_.subnodeGroup()) return;
     for (const auto& entry : node_.subnodeGroup()->subnodesInForce()) {
       add(Kind::node, entry.key, entry.value->name(), entry.value.get());
     }
+  }
+
+  void addParameters() {
+    for (const auto& entry : node_.parameters()) addParameter(entry.key, *entry.value);
   }
 
  private:
@@ -219,6 +223,12 @@ bool HXNodeReport::losesAnything() const {
 }
 
 HXNodeState::HXNodeState(const HXNode& node) { Gatherer(node, items_).addAll(); }
+
+std::vector<HXNodeItem> HXNodeState::itemsOfParameters(const HXNode& node) {
+  std::vector<HXNodeItem> items;
+  Gatherer(node, items).addParameters();
+  return items;
+}
 
 HXNodeReport HXNodeState::reportSince(const HXNodeState& later,
                                       const OrderedMap<String>& newKeys) const {

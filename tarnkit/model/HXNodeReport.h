@@ -68,6 +68,12 @@ struct HXNodeReport {
   bool losesAnything() const;
 };
 
+/// What a node lost when it was read from an archive, since its patch is not what it was.
+struct HXNodeLosses {
+  Ref<HXNode> node;
+  std::vector<HXNodeItem> dropped;
+};
+
 /// What a node has at one moment, to be compared with what it has later: whoever wants to know what
 /// `setPatch`, a parameter, or anything else does to a node takes the state before it.
 ///
@@ -82,6 +88,8 @@ class HXNodeState {
   /// Of what a node is expected to have.
   explicit HXNodeState(std::vector<HXNodeItem> items) : items_(std::move(items)) {}
 
+  /// The parameters of a node, each followed by its value.
+  static std::vector<HXNodeItem> itemsOfParameters(const HXNode& node);
   /// Ports first, each followed by what hangs on it; then parameters, then nodes.
   const std::vector<HXNodeItem>& items() const noexcept { return items_; }
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "tarnkit/archive/HXCoding.h"
@@ -12,6 +13,7 @@
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/patches/PatchRegistry.h"
+#include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 namespace {
@@ -243,11 +245,56 @@ TEST_F(Replacement, a_parameter_that_takes_ports_away_is_reported) {
       UnorderedElementsAre("the port Tarn.cInput", std::string("the value \"$a + $c\" of ") + key));
 }
 
+// As after the plug-in of a patch has changed: the file says another class than it was written by.
+TEST_F(Replacement, what_an_opened_document_lost_is_handed_out_and_logged) {
+  const auto clamp = add("HXRClampNode");
+  const auto source = add("HXRTransitionNode");
+  const auto group = addGroup();
+  const auto inner = add("HXRClampNode", group.get());
+  port(clamp, "Tarn.minimumInput").setStaticValue(PMRPrimitive::primitiveWithNumberValue(5));
+  HXWiring::wire(*document, port(source, "Tarn.output"), port(clamp, "Tarn.valueInput"));
+  group->subnodeGroup()->addSymbolicPortForPort(port(inner, "Tarn.maximumInput"))->setName("Top");
+  auto archive = bytes();
+  std::vector<HXNodeLosses> losses;
+  std::vector<std::string> log;
+  const auto earlier = Log::setSink([&](std::string_view line) { log.emplace_back(line); });
+  EXPECT_TRUE(HXDocumentFile::document(archive, HXCodingTypeEditorWithKeys, &losses));
+  EXPECT_THAT(losses, IsEmpty());
+  EXPECT_THAT(log, IsEmpty());
+  const std::string was = "HXRClampNode";
+  const std::string is = "HXRPulseNode";
+  const auto found = std::search(archive.begin(), archive.end(), was.begin(), was.end());
+  ASSERT_NE(found, archive.end());
+  std::copy(is.begin(), is.end(), found);
+  const auto opened = HXDocumentFile::document(archive, HXCodingTypeEditorWithKeys, &losses);
+  Log::setSink(earlier);
+  ASSERT_TRUE(opened);
+  ASSERT_EQ(losses.size(), 2U);
+  EXPECT_EQ(losses[0].node->document(), (*opened).get());
+  std::vector<std::string> lost;
+  for (const auto& ofNode : losses) {
+    for (const auto& line : lines(ofNode.dropped)) {
+      lost.push_back("WARNING: [HXNode] Dropping from " +
+                     std::string(ofNode.node->uniqueKey().view()) + ", HXRPulseNode: " + line);
+    }
+  }
+  EXPECT_EQ(log, lost);
+  const auto isOf = [](const Ref<HXNode>& node, const std::string& what) {
+    return "WARNING: [HXNode] Dropping from " + std::string(node->uniqueKey().view()) +
+           ", HXRPulseNode: " + what;
+  };
+  EXPECT_THAT(log,
+              UnorderedElementsAre(isOf(clamp, "the value \"5\" of Tarn.minimumInput"),
+                                   isOf(clamp, "the connection of Tarn.valueInput with " +
+                                                   address(source, "Tarn.output")),
+                                   isOf(inner, "the publication of Tarn.maximumInput as \"Top\"")));
+}
+
 TEST_F(Replacement, does_what_it_said_whatever_patches_meet) {
   std::mt19937 random(7);
   const auto classes = catalogue();
   const auto group = addGroup();
-  for (int round = 0; round < 150; ++round) {
+  for (int round = 0; round < 60; ++round) {
     const auto pick = [&] { return classes[random() % classes.size()]; };
     const auto node = add(pick()->name().data(), random() % 2 == 0 ? group.get() : nullptr);
     const auto other = add(pick()->name().data());
