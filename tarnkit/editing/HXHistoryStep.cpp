@@ -88,22 +88,26 @@ HXHistoryStep::Changes HXHistoryStep::takeWhatCancelsOut() {
   if (!mayCancelOut()) return {};
   std::vector<bool> goes(changes_.size());
   std::unordered_map<HXChange::Subject, std::vector<std::size_t>, SubjectHash> tables;
+  std::unordered_map<HXChange::Subject, std::vector<std::size_t>, SubjectHash> members;
   for (std::size_t i = 0; i < changes_.size(); ++i) {
     const auto table = changes_[i]->table();
     if (!table.object) {
       goes[i] = changes_[i]->isNeutral();
       continue;
     }
+    members[table].push_back(i);
     auto& open = tables[table];
     if (!open.empty() && changes_[open.back()]->isUndoneBy(*changes_[i])) {
-      goes[i] = goes[open.back()] = true;
       open.pop_back();
     } else {
       open.push_back(i);
     }
   }
+  // All of a table or nothing: where an entry stood is told by what stood beside it, so that what
+  // stays needs the rest.
   for (const auto& [table, open] : tables) {
-    if (open.size() == 1 && changes_[open[0]]->isNeutral()) goes[open[0]] = true;
+    if (!open.empty() && (open.size() != 1 || !changes_[open[0]]->isNeutral())) continue;
+    for (const auto i : members[table]) goes[i] = true;
   }
   Changes gone;
   Changes kept;

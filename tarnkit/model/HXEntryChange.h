@@ -180,6 +180,8 @@ class PlaceChange final : public HXChange {
     const auto present = Table::in(*owner_).place(member_.get());
     return held_.neighbour == present.neighbour && held_.follows == present.follows;
   }
+  /// Where an entry comes and goes depends on the places of the others.
+  Subject table() const noexcept override { return {owner_.get(), Table::kName}; }
   std::size_t byteCount() const noexcept override { return sizeof(*this); }
 
  private:
