@@ -395,5 +395,6 @@ void HXNode::symbolicPortNameWasAdded(HXPort& port) {
 void HXNode::symbolicPortNameWasRemoved(HXPort&, HXSymbolicPort& symbolicPort) {
   sync_.symbolicPortWasHidden(symbolicPort);
 }
+void HXNode::symbolicPortWasPointed(HXSymbolicPort&, HXPort*) {}
 
 }  // namespace tarnkit

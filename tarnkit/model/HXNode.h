@@ -226,6 +226,8 @@ class HXNode : public HXRNodeOwner {
   /// already.
   virtual void symbolicPortNameWasAdded(HXPort& port);
   virtual void symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& symbolicPort);
+  /// Told by a published port that stands for another inner port now than `earlier` (null: none).
+  virtual void symbolicPortWasPointed(HXSymbolicPort& symbolicPort, HXPort* earlier);
 
   String description() const override;
   void encodeWithCoder(Encoder& coder) const override;

@@ -50,6 +50,9 @@ struct HXReplicatorNodeFields {
   struct ArrayOutput : detail::TableOf<HXReplicatorNode, IdentityMap<HXPort, String>> {
     static constexpr const char* kName = "arrayOutput";
     static Collection& in(HXReplicatorNode& node) { return node.arrayOutputKeys_; }
+    static void follow(HXReplicatorNode& node, const Ref<HXPort>& port) {
+      node.followCollectedPort(port);
+    }
     static void addNotices(HXReplicatorNode& node, const Ref<HXPort>& port, const String* key,
                            bool came, HXChangeNotices& notices) {
       if (!key) return;
@@ -132,6 +135,35 @@ void HXReplicatorNode::symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& 
   const Ref<HXSymbolicPort> keptSymbolicPort(&symbolicPort);
   if (hx_shouldMatchPortWithArrayOutputPort(port)) endArrayOutput(port);
   HXNode::symbolicPortNameWasRemoved(port, symbolicPort);
+}
+
+void HXReplicatorNode::symbolicPortWasPointed(HXSymbolicPort& symbolicPort, HXPort* earlier) {
+  const Ref<HXPort> port(symbolicPort.port());
+  const String key = earlier ? arrayOutputKeys_.get(earlier) : String();
+  if (key.isNil() || !port || arrayOutputKeys_.contains(port.get())) return;
+  const Ref<HXNode> kept(this);
+  const Ref<HXPort> keptEarlier(earlier);
+  detail::willChangeEntry<HXReplicatorNodeFields::ArrayOutput>(*this, keptEarlier);
+  arrayOutputKeys_.take(earlier);
+  detail::willChangeEntry<HXReplicatorNodeFields::ArrayOutput>(*this, port);
+  arrayOutputKeys_.set(port, key);
+  followCollectedPort(port);
+  if (isOfSubnode(*earlier)) announceRemovedOutput(key);
+  if (isOfSubnode(*port) && arrayOutputKeys_.get(port.get()) == key)
+    announceAddedOutput(*port, key);
+}
+
+bool HXReplicatorNode::isOfSubnode(const HXPort& port) const {
+  const auto* node = port.node();
+  return node && node->enclosingNode() == this;
+}
+
+void HXReplicatorNode::followCollectedPort(const Ref<HXPort>& port) const {
+  const String key = arrayOutputKeys_.get(port.get());
+  if (key.isNil() || !patch()) return;
+  const auto* output = patch()->portLayout().ports().find(key);
+  auto* collecting = output ? as<HXRReplicatorArrayOutputPort>(output->get()) : nullptr;
+  if (collecting && !collecting->isShared()) collecting->setPort(port);
 }
 
 void HXReplicatorNode::endArrayOutput(HXPort& port) {

@@ -36,6 +36,9 @@ class HXReplicatorNode final : public HXNode {
   void symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) override;
   void symbolicPortNameWasAdded(HXPort& port) override;
   void symbolicPortNameWasRemoved(HXPort& port, HXSymbolicPort& symbolicPort) override;
+  /// The array output stays, with its key and connections, and collects the other port. It is
+  /// announced to go from a port of a subnode, and to come to one.
+  void symbolicPortWasPointed(HXSymbolicPort& symbolicPort, HXPort* earlier) override;
 
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;
@@ -60,6 +63,9 @@ class HXReplicatorNode final : public HXNode {
   /// Takes away the array output that stands for the port, if there is one.
   void endArrayOutput(HXPort& port);
   void hx_hideSymbolicOutputPortGroups();
+  /// The array output that stands for the port, if there is one, is told so.
+  void followCollectedPort(const Ref<HXPort>& port) const;
+  bool isOfSubnode(const HXPort& port) const;
   std::vector<String> hx_keyPathForNode(const HXNode* node) const;
 
   friend struct HXReplicatorNodeFields;

@@ -93,16 +93,16 @@ void HXSymbolicPort::setPort(HXPort* port) {
     Log::warning("HXSymbolicPort", "Attempting to publish a port through itself.");
     return;
   }
-  HXPort* const earlier = this->port();
-  if (port == earlier) return;
+  const Ref<HXPort> earlier(this->port());
+  if (port == earlier.get()) return;
   const detail::Operation operation(*this);
   if (earlier && earlier->symbolicPort() == this) {
     earlier->linkSymbolicPort(nullptr, PassKey<HXSymbolicPort>());
   }
   storePort(port);
-  if (port && !port->symbolicPort() && isHeld()) {
-    port->linkSymbolicPort(this, PassKey<HXSymbolicPort>());
-  }
+  if (!isHeld()) return;
+  if (port && !port->symbolicPort()) port->linkSymbolicPort(this, PassKey<HXSymbolicPort>());
+  Ref<HXNode>(node())->symbolicPortWasPointed(*this, earlier.get());
 }
 
 bool HXSymbolicPort::isHeld() const {

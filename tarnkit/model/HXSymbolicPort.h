@@ -18,9 +18,10 @@ class HXSymbolicPort final : public HXPort {
 
   /// The inner port that this one publishes; null once gone.
   HXPort* port() const noexcept { return port_.get(); }
-  /// Announces nothing. A port that stands for this one, by way of others or itself, is refused
-  /// with one line logged. The earlier one is published by this port no more; the new one is, as
-  /// long as a group publishes by this port and the new one is published by no other.
+  /// Announces nothing, but for a replicator whose array output collects another port with it. A
+  /// port that stands for this one, by way of others or itself, is refused with one line logged.
+  /// The earlier one is published by this port no more; the new one is, as long as a group
+  /// publishes by this port and the new one is published by no other.
   void setPort(HXPort* port);
 
   /// "Symbolic.%@.%@" with the keys of the inner port's node and of the inner port.

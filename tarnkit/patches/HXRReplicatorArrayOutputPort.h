@@ -24,6 +24,8 @@ class HXRReplicatorArrayOutputPort final
 
   /// The editor port whose values the output collects.
   const Ref<HXRCollectedPort>& port() const noexcept { return port_; }
+  /// Keeps the name.
+  void setPort(Ref<HXRCollectedPort> port) noexcept { port_ = std::move(port); }
 
  private:
   Ref<HXRCollectedPort> port_;
