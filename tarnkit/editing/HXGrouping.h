@@ -23,6 +23,7 @@ struct HXLosses {
   struct Publication {
     Ref<HXSymbolicPort> symbolicPort;  ///< published by no group any more
     Ref<HXNode> node;                  ///< on whose outside it stood
+    String key;                        ///< under which the node found it
     std::string reason;
   };
   std::vector<Connection> connections;

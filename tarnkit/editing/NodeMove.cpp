@@ -178,8 +178,9 @@ void NodeMove::notePublications() {
 }
 
 void NodeMove::noteLost(HXSymbolicPort& symbolicPort, const std::string& reason) {
-  losses_.publications.push_back(
-      {Ref<HXSymbolicPort>(&symbolicPort), Ref<HXNode>(symbolicPort.node()), reason});
+  losses_.publications.push_back({Ref<HXSymbolicPort>(&symbolicPort),
+                                  Ref<HXNode>(symbolicPort.node()), symbolicPort.uniqueKey(),
+                                  reason});
   const auto* node = symbolicPort.node();
   auto* collecting =
       node && symbolicPort.port() ? node->collectingPort(*symbolicPort.port()) : nullptr;
@@ -195,8 +196,9 @@ void NodeMove::losePort(HXPort& port, const std::string& reason) {
     wires_.lose(*gone, reason, losses_);
     auto* symbolicPort = gone->symbolicPort();
     if (!symbolicPort || !symbolicPort->isHeld()) continue;
-    losses_.publications.push_back(
-        {Ref<HXSymbolicPort>(symbolicPort), Ref<HXNode>(symbolicPort->node()), reason});
+    losses_.publications.push_back({Ref<HXSymbolicPort>(symbolicPort),
+                                    Ref<HXNode>(symbolicPort->node()), symbolicPort->uniqueKey(),
+                                    reason});
     pending.emplace_back(symbolicPort);
     if (auto* outer = symbolicPort->node()->collectingPort(*gone)) pending.emplace_back(outer);
   }

@@ -10,7 +10,8 @@ std::unordered_map<std::string_view, const Operation*> allOperations() {
   std::unordered_map<std::string_view, const Operation*> table;
   for (const auto& operations :
        {documentOperations(), nodeOperations(), groupOperations(), portOperations(),
-        imageOperations(), valueOperations(), historyOperations(), replacementOperations()}) {
+        imageOperations(), valueOperations(), historyOperations(), replacementOperations(),
+        groupingOperations()}) {
     for (const Operation& operation : operations) table.emplace(operation.name, &operation);
   }
   return table;

@@ -30,6 +30,7 @@ struct Operation {
 std::span<const Operation> documentOperations();
 std::span<const Operation> nodeOperations();
 std::span<const Operation> groupOperations();
+std::span<const Operation> groupingOperations();
 std::span<const Operation> portOperations();
 std::span<const Operation> imageOperations();
 std::span<const Operation> valueOperations();
