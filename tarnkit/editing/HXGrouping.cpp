@@ -153,6 +153,10 @@ class Bypass {
     return kOutside;
   }
 
+  static bool fit(const HXPort& output, const HXPort& input) {
+    return output.canConnectToPort(&input) || input.canConnectToPort(&output);
+  }
+
   // The nearest ones come first, and of one node those of its first ports.
   const WireRecord::Wire* feederOf(const WireRecord::Wire& to, std::size_t start) const {
     std::vector<std::size_t> pending{start};
@@ -163,8 +167,7 @@ class Bypass {
         const auto before = indexOf(wire.outputNode.get());
         if (before != kOutside) {
           if (seen.insert(before).second) pending.push_back(before);
-        } else if (wire.outputNode != to.inputNode &&
-                   to.input->canConnectToPort(wire.output.get())) {
+        } else if (wire.outputNode != to.inputNode && fit(*wire.output, *to.input)) {
           return &wire;
         }
       }
@@ -191,7 +194,7 @@ Result<Ref<HXNode>> HXGrouping::group(const std::vector<Ref<HXNode>>& nodes, con
   node->setPosition(middleOf(nodes));
   node->subnodeGroup()->setCanvasCenter(node->position());
   place->owner->subnodeGroup()->addNode(*node);
-  if (!node->parentGroup() || node->enclosingNode() != place->owner.get()) {
+  if (node->enclosingNode() != place->owner.get() || !node->subnodeGroup()) {
     return refusal("an observer took the new group away");
   }
   NodeMove move(*place->document, nodes, *place->owner, *node);

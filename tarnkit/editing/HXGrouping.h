@@ -85,7 +85,8 @@ class HXGrouping {
   static Result<HXLosses> move(const std::vector<Ref<HXNode>>& nodes, HXGroup& toGroup);
 
   /// Removes the nodes, and joins each input that one of them fed to the first output that fed it
-  /// (or one before it among them) and fits, by `canConnectToPort`. Returns the new connections.
+  /// (or one before it among them) and fits, by the `canConnectToPort` of either. Returns the new
+  /// connections.
   static Result<std::vector<Ref<HXConnection>>> removeKeepingWires(
       const std::vector<Ref<HXNode>>& nodes);
 };

@@ -85,6 +85,7 @@ void NodeMove::orderNodes(const std::vector<Ref<HXNode>>& nodes) {
 
 void NodeMove::noteEnclosers(HXNode& innermost) {
   for (HXNode* at = &innermost; at; at = at->enclosingNode()) {
+    if (!at->subnodeGroup()) continue;
     Encloser encloser{Ref<HXNode>(at),
                       {},
                       false,

@@ -13,6 +13,11 @@ const HXNode* ownerOf(const HXPort* port) {
   return node ? node->enclosingNode() : nullptr;
 }
 
+bool standSideBySide(const HXPort* first, const HXPort* second) {
+  const auto* owner = ownerOf(first);
+  return owner && owner == ownerOf(second);
+}
+
 // The port on the outside of the node around it; null when it is not published there.
 HXSymbolicPort* publicationOf(const HXPort& port) {
   auto* symbolicPort = port.symbolicPort();
@@ -29,6 +34,7 @@ bool standsFor(const HXPort* display, const HXPort* resolved) {
 
 // The innermost node in whose group both ports stand, or nodes that enclose them.
 HXNode* commonOwner(const HXPort& first, const HXPort& second) {
+  if (ownerOf(&first) && ownerOf(&first) == ownerOf(&second)) return first.node()->enclosingNode();
   std::unordered_set<const HXNode*> owners;
   for (auto* at = ownerOf(&first); at; at = at->enclosingNode()) owners.insert(at);
   for (auto* at = second.node() ? second.node()->enclosingNode() : nullptr; at;
@@ -71,7 +77,7 @@ void WireRecord::add(HXConnection& connection) {
   wire.inputNode = Ref<HXNode>(wire.input->node());
   wire.isWhole = wire.output->connections().contains(&connection) &&
                  wire.input->connections().contains(&connection);
-  wire.isInOneGroup = ownerOf(wire.displayOutput.get()) == ownerOf(wire.displayInput.get());
+  wire.isInOneGroup = standSideBySide(wire.displayOutput.get(), wire.displayInput.get());
   wires_.push_back(std::move(wire));
 }
 
@@ -109,7 +115,7 @@ bool WireRecord::keepsDisplay(const Wire& wire) const {
   const auto* output = wire.displayOutput.get();
   const auto* input = wire.displayInput.get();
   return standsFor(output, wire.output.get()) && standsFor(input, wire.input.get()) &&
-         (!wire.isInOneGroup || ownerOf(output) == ownerOf(input));
+         (!wire.isInOneGroup || standSideBySide(output, input));
 }
 
 void WireRecord::restore(const Wire& wire, HXLosses& losses) {
@@ -134,7 +140,7 @@ Ref<HXConnection> WireRecord::joinAcross(const Wire& from, const Wire& to) {
   auto* output = from.displayOutput.get();
   auto* input = to.displayInput.get();
   if (standsFor(output, from.output.get()) && standsFor(input, to.input.get()) &&
-      ownerOf(output) == ownerOf(input)) {
+      standSideBySide(output, input)) {
     return document_.connectPort(*output, *input);
   }
   std::string reason;

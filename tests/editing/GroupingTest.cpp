@@ -145,6 +145,21 @@ std::multiset<std::string> normalForm(HXDocument& document) {
   return form;
 }
 
+/// The wires that do not join two ports side by side: an editor draws none, other code may.
+std::size_t crookedWires(HXDocument& document) {
+  std::set<const HXConnection*> crooked;
+  for (HXNodeWalk walk(document); const HXNode* node = walk.next();) {
+    for (const auto& entry : node->portsInForce()) {
+      entry.value->connections().forEach([&](HXConnection& connection) {
+        if (levelOf(connection.displayOutputPort()) != levelOf(connection.displayInputPort())) {
+          crooked.insert(&connection);
+        }
+      });
+    }
+  }
+  return crooked.size();
+}
+
 /// What stands in one form and not in the other.
 std::vector<std::string> difference(const std::multiset<std::string>& before,
                                     const std::multiset<std::string>& after) {
@@ -470,7 +485,7 @@ bool isTidy(HXDocument& document) {
 
 TEST_F(RandomGrouping, GroupAndUngroupAreInverse) {
   std::size_t compared = 0;
-  for (std::uint32_t seed = 0; seed < 1000; ++seed) {
+  for (std::uint32_t seed = 0; seed < 700; ++seed) {
     SCOPED_TRACE(seed);
     const auto document = makeDocument(seed);
     if (!test::faultsOf(*document).empty()) continue;
@@ -480,6 +495,7 @@ TEST_F(RandomGrouping, GroupAndUngroupAreInverse) {
     const auto nodes = someNodes(*owner);
     const bool returns = isTidy(*document) && !hasScatteredViews(*owner, nodes);
     const auto joined = joinedPorts(*document);
+    const auto crooked = crookedWires(*document);
     const auto before = normalForm(*document);
     const auto history = make<HXHistory>(*document);
     std::vector<std::string> states{bytesOf(*document)};
@@ -487,6 +503,7 @@ TEST_F(RandomGrouping, GroupAndUngroupAreInverse) {
     auto group = HXGrouping::group(nodes, "Group");
     ASSERT_TRUE(group);
     ASSERT_EQ(joinedPorts(*document), joined);
+    ASSERT_LE(crookedWires(*document), crooked);
     ASSERT_THAT(test::faultsOf(*document), IsEmpty());
     states.push_back(bytesOf(*document));
     auto back = HXGrouping::ungroup(**group);
@@ -508,12 +525,12 @@ TEST_F(RandomGrouping, GroupAndUngroupAreInverse) {
     }
     ASSERT_THAT(difference(before, normalForm(*document)), IsEmpty());
   }
-  EXPECT_GT(compared, 300u);
+  EXPECT_GT(compared, 200u);
 }
 
 TEST_F(RandomGrouping, MovesLoseOnlyWhatTheyReport) {
   std::size_t lossless = 0;
-  for (std::uint32_t seed = 0; seed < 1000; ++seed) {
+  for (std::uint32_t seed = 0; seed < 700; ++seed) {
     SCOPED_TRACE(seed);
     const auto document = makeDocument(seed);
     if (!test::faultsOf(*document).empty()) continue;
@@ -561,11 +578,53 @@ TEST_F(RandomGrouping, MovesLoseOnlyWhatTheyReport) {
       ASSERT_EQ(bytesOf(*document) == states[at], true) << at;
     }
   }
-  EXPECT_GT(lossless, 500u);
+  EXPECT_GT(lossless, 400u);
+}
+
+// Observers that edit in the middle get what they ask for; the document stays whole.
+TEST_F(RandomGrouping, WhoeverObservesMayEdit) {
+  for (std::uint32_t seed = 0; seed < 400; ++seed) {
+    SCOPED_TRACE(seed);
+    const auto document = makeDocument(seed);
+    if (!test::faultsOf(*document).empty()) continue;
+    const auto history = make<HXHistory>(*document);
+    const auto before = bytesOf(*document);
+    std::vector<std::uint8_t> bytes(200);
+    for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random_());
+    fuzz::ModelEditor editor(bytes.data(), bytes.size());
+    editor.keepTo(*document);
+    for (int step = 0; step < 3; ++step) {
+      const auto owners = containers(*document, false);
+      if (owners.empty()) break;
+      const auto owner = owners[upTo(owners.size())];
+      const auto nodes = someNodes(*owner);
+      bool isDone = false;
+      switch (upTo(4)) {
+        case 0:
+          isDone = HXGrouping::group(nodes, "Group").isOK();
+          break;
+        case 1:
+          isDone = HXGrouping::ungroup(*owner).isOK();
+          break;
+        case 2:
+          isDone = HXGrouping::move(nodes, *owners[upTo(owners.size())]->subnodeGroup()).isOK();
+          break;
+        default:
+          isDone = HXGrouping::removeKeepingWires(nodes).isOK();
+      }
+      if (!isDone) continue;
+      const test::Leniency leniency{.doublePublications = true};
+      ASSERT_THAT(test::faultsOf(*document, leniency), IsEmpty());
+    }
+    editor.setPaused(true);
+    while (history->undo()) {
+    }
+    ASSERT_EQ(bytesOf(*document) == before, true);
+  }
 }
 
 TEST_F(RandomGrouping, RemovingKeepsTheDocumentWhole) {
-  for (std::uint32_t seed = 0; seed < 600; ++seed) {
+  for (std::uint32_t seed = 0; seed < 400; ++seed) {
     SCOPED_TRACE(seed);
     const auto document = makeDocument(seed);
     if (!test::faultsOf(*document).empty()) continue;
@@ -577,7 +636,8 @@ TEST_F(RandomGrouping, RemovingKeepsTheDocumentWhole) {
     auto made = HXGrouping::removeKeepingWires(nodes);
     ASSERT_TRUE(made);
     for (const auto& connection : *made) {
-      ASSERT_TRUE(connection->inputPort()->canConnectToPort(connection->outputPort()));
+      ASSERT_TRUE(connection->inputPort()->canConnectToPort(connection->outputPort()) ||
+                  connection->outputPort()->canConnectToPort(connection->inputPort()));
     }
     for (const auto& node : nodes) ASSERT_FALSE(node->document());
     ASSERT_THAT(test::faultsOf(*document), IsEmpty());
