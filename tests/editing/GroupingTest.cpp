@@ -518,7 +518,7 @@ TEST_F(RandomGrouping, GroupAndUngroupAreInverse) {
     states.push_back(bytesOf(*document));
 
     ASSERT_EQ(history->undoCount(), 2u);
-    for (const std::size_t at : {1, 0, 1, 2, 1, 0}) {
+    for (const std::size_t at : {1u, 0u, 1u, 2u, 1u, 0u}) {
       ASSERT_TRUE(at < history->undoCount() ? history->undo() : history->redo());
       ASSERT_EQ(bytesOf(*document) == states[at], true) << at;
       ASSERT_THAT(test::faultsOf(*document), IsEmpty());
