@@ -34,7 +34,8 @@ void HXGroup::encodeWithCoder(Encoder& coder) const {
       coder.encodeMap(subnodes_, kSubnodesByUniqueKey);
     } else {
       // Sorted, so that two documents can be compared; the device graph deliberately is not.
-      coder.encodeList(allValuesSortedByKey(subnodes_), kSubnodes);
+      coder.encodeList(coder.keepsOrder() ? subnodes() : allValuesSortedByKey(subnodes_),
+                       kSubnodes);
     }
     coder.encodeFloat(canvasCenter_.x, kCanvasCenterX);
     coder.encodeFloat(canvasCenter_.y, kCanvasCenterY);

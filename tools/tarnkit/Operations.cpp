@@ -11,7 +11,7 @@ std::unordered_map<std::string_view, const Operation*> allOperations() {
   for (const auto& operations :
        {documentOperations(), nodeOperations(), groupOperations(), portOperations(),
         imageOperations(), valueOperations(), historyOperations(), replacementOperations(),
-        groupingOperations()}) {
+        groupingOperations(), clipboardOperations()}) {
     for (const Operation& operation : operations) table.emplace(operation.name, &operation);
   }
   return table;

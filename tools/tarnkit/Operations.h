@@ -36,6 +36,7 @@ std::span<const Operation> imageOperations();
 std::span<const Operation> valueOperations();
 std::span<const Operation> historyOperations();
 std::span<const Operation> replacementOperations();
+std::span<const Operation> clipboardOperations();
 
 /// Null for an unknown one. Costs one look-up.
 const Operation* operationNamed(std::string_view name);

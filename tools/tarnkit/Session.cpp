@@ -62,6 +62,10 @@ void Session::nameImage(const std::string& name, const Ref<HXImageStoreEntry>& i
   give(images_, name, image);
 }
 
+void Session::nameClipboard(const std::string& name, const Ref<Data>& bytes) {
+  give(clipboards_, name, bytes);
+}
+
 void Session::takeDocument(const std::string& name, const Ref<HXDocument>& document) {
   nameNode(name, document);
   document_ = document;
@@ -163,6 +167,11 @@ Ref<HXImageStoreEntry> Session::image(const std::string& name) const {
     }
   }
   throw CommandFailure(fmt::format("there is no image \"{}\"", name));
+}
+
+Ref<Data> Session::clipboard(const std::string& name) const {
+  if (auto bytes = find(clipboards_, name)) return bytes;
+  throw CommandFailure(fmt::format("there is no clipboard \"{}\"", name));
 }
 
 }  // namespace tarnkit::tool

@@ -17,10 +17,11 @@ namespace tarnkit::tool {
 /// What an editing session remembers between its operations: the objects that it gave names to,
 /// which it keeps alive, the document in hand, and nothing else.
 ///
-/// A name is used for the object it was given to last; nodes, connections, ports and images have
-/// names of their own each. An object that is asked for and is not there throws CommandFailure. A
-/// look-up takes constant time, except the first by unique key after a document was made or opened,
-/// which walks that document, and one of a key that is not there, which walks all. For one thread.
+/// A name is used for the object it was given to last; nodes, connections, ports, images and
+/// clipboards have names of their own each. An object that is asked for and is not there throws
+/// CommandFailure. A look-up takes constant time, except the first by unique key after a document
+/// was made or opened, which walks that document, and one of a key that is not there, which walks
+/// all. For one thread.
 class Session {
  public:
   /// Whether operations may read and write files.
@@ -40,6 +41,7 @@ class Session {
   void nameConnection(const std::string& name, const Ref<HXConnection>& connection);
   void namePort(const std::string& name, const Ref<HXSymbolicPort>& port);
   void nameImage(const std::string& name, const Ref<HXImageStoreEntry>& image);
+  void nameClipboard(const std::string& name, const Ref<Data>& bytes);
   /// Takes a document that was made or opened in hand; its nodes are reached by their unique keys.
   void takeDocument(const std::string& name, const Ref<HXDocument>& document);
 
@@ -58,6 +60,8 @@ class Session {
   Ref<HXSymbolicPort> symbolicPort(const std::string& address);
   /// By name, or by key in the store of the document in hand.
   Ref<HXImageStoreEntry> image(const std::string& name) const;
+  /// The bytes of nodes that were copied under the name.
+  Ref<Data> clipboard(const std::string& name) const;
 
  private:
   template <class T>
@@ -78,6 +82,7 @@ class Session {
   Names<HXConnection> connections_;
   Names<HXSymbolicPort> ports_;
   Names<HXImageStoreEntry> images_;
+  Names<Data> clipboards_;
   std::unordered_map<std::string, WeakRef<HXNode>> nodesByKey_;
   static constexpr std::size_t kFirstSweep = 1000;
   /// The size of `nodesByKey_` at which those that are gone are taken out.

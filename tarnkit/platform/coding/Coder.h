@@ -53,6 +53,11 @@ class Coder {
 /// during the call: an archive's depth is not bounded by the stack.
 class Encoder : public Coder {
  public:
+  /// Whether members that a class sorts, so that two archives can be compared, are written in the
+  /// order that they really have. False until set.
+  bool keepsOrder() const noexcept { return keepsOrder_; }
+  void setKeepsOrder(bool keepsOrder) noexcept { keepsOrder_ = keepsOrder; }
+
   virtual void encodeBool(bool value, const Symbol& key) = 0;
   virtual void encodeInt(std::int32_t value, const Symbol& key) = 0;
   virtual void encodeInt64(std::int64_t value, const Symbol& key) = 0;
@@ -115,6 +120,9 @@ class Encoder : public Coder {
         },
         key);
   }
+
+ private:
+  bool keepsOrder_ = false;
 };
 
 /// The reading half of keyed coding, over a file that need not be trusted.

@@ -89,23 +89,33 @@ void KeyedArchiver::encodeBytes(ByteSpan bytes, const Symbol& key) {
 }
 
 void KeyedArchiver::encodeObject(const Object* object, const Symbol& key) {
-  if (object) perform([&] { layout_->putObject(key, *object, false); });
+  if (written(object)) perform([&] { layout_->putObject(key, *object, false); });
 }
 
 void KeyedArchiver::encodeConditionalObject(const Object* object, const Symbol& key) {
-  if (object) perform([&] { layout_->putObject(key, *object, true); });
+  if (written(object)) perform([&] { layout_->putObject(key, *object, true); });
 }
 
 void KeyedArchiver::encodeCollection(CodingKind kind, std::size_t count,
                                      FunctionRef<const Object*(std::size_t)> at,
                                      const Symbol& key) {
-  perform([&] { layout_->putCollection(key, kind, count, at); });
+  if (!isWritten_) return perform([&] { layout_->putCollection(key, kind, count, at); });
+  perform([&] {
+    layout_->putCollection(key, kind, count, [&](std::size_t i) { return written(at(i)); });
+  });
 }
 
 void KeyedArchiver::encodeMap(std::size_t count, FunctionRef<MapEntry(std::size_t)> at,
                               const Symbol& key) {
   perform([&] {
-    if (layout_->putMap(key, count, at)) return;
+    const bool isPut = isWritten_
+                           ? layout_->putMap(key, count,
+                                             [&](std::size_t i) {
+                                               const MapEntry entry = at(i);
+                                               return MapEntry{entry.key, written(entry.value)};
+                                             })
+                           : layout_->putMap(key, count, at);
+    if (isPut) return;
     failure_ = Status::failure(StatusCode::refused, "a key of a map is not a string");
   });
 }

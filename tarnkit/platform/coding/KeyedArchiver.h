@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "tarnkit/platform/coding/Coder.h"
@@ -46,6 +48,14 @@ class KeyedArchiver : public Encoder {
  public:
   ~KeyedArchiver() override;
 
+  /// From now on an object of which `isWritten` says no stands nowhere in the archive: where an
+  /// object refers to it, conditionally or not, the key is left out, or the place in a collection
+  /// or map. It is not asked of the root, nor of what stands in a container that is an object of
+  /// its own. Null: all are written.
+  void setFilter(std::function<bool(const Object& object)> isWritten) {
+    isWritten_ = std::move(isWritten);
+  }
+
   void encodeBool(bool value, const Symbol& key) final;
   void encodeInt(std::int32_t value, const Symbol& key) final;
   void encodeInt64(std::int64_t value, const Symbol& key) final;
@@ -75,8 +85,13 @@ class KeyedArchiver : public Encoder {
   void perform(Step step);
   template <class Add>
   void putScalar(const Symbol& key, Add add);
+  /// Null for what the filter refuses.
+  const Object* written(const Object* object) const {
+    return object && isWritten_ && !isWritten_(*object) ? nullptr : object;
+  }
 
   std::unique_ptr<detail::KeyedArchiveLayout> layout_;
+  std::function<bool(const Object&)> isWritten_;
   Status failure_;  // why the archive will not be finished
 };
 
