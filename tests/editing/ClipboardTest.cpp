@@ -589,4 +589,33 @@ TEST_F(ClipboardTest, RandomDocumentsArePastedAsTheyAre) {
   EXPECT_GT(compared, static_cast<int>(kSeeds) / 2);
 }
 
+// Observers take out, join and publish what has just come, and other things.
+TEST_F(ClipboardTest, ObserversMayEditWhileItIsPasted) {
+  const auto earlier = Log::setSink([](std::string_view) {});
+  for (std::uint32_t seed = 0; seed < 150 && !HasFailure(); ++seed) {
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    std::vector<std::uint8_t> script(1500);
+    for (auto& byte : script) byte = static_cast<std::uint8_t>(random());
+    const auto target = make<HXDocument>();
+    fuzz::ModelEditor editor(script.data(), script.size());
+    editor.keepTo(*target);
+    for (int i = 0; i < 40; ++i) editor.runOne();
+    const auto nodes = target->subnodeGroup()->subnodes();
+    if (nodes.empty()) continue;
+    const auto history = make<HXHistory>(*target);
+    const auto before = savedBytes(*target, HXCodingTypeEditorWithKeys);
+    EXPECT_EQ(pasted(copied(nodes), *target, {1, 2}).size(), nodes.size());
+    const auto rest = target->subnodeGroup()->subnodes();
+    if (!rest.empty()) duplicated(rest, true);
+    editor.setPaused(true);
+    const Leniency leniency{.doublePublications = editor.doublePublications()};
+    EXPECT_THAT(faultsOf(*target, leniency), IsEmpty());
+    while (history->undo()) {
+    }
+    EXPECT_EQ(savedBytes(*target, HXCodingTypeEditorWithKeys), before);
+  }
+  Log::setSink(earlier);
+}
+
 }  // namespace tarnkit::test

@@ -167,6 +167,37 @@ TEST_F(StandardKeyedCoders, AnArchiverMayBeUsedAgain) {
   EXPECT_EQ(*archiver.finishEncoding(), first);
 }
 
+TEST_F(StandardKeyedCoders, WhatAFilterRefusesStandsNowhere) {
+  auto root = make<ArchivedThing>("root");
+  const auto kept = root->addPart("kept");
+  const auto refused = root->addPart("refused");
+  refused->addPart("below");
+  kept->whole = refused;
+  root->payload = refused;
+  root->table.set("entry", refused);
+  root->table.set("other", kept);
+  StandardKeyedArchiver archiver;
+  archiver.setFilter([&](const Object& object) { return &object != refused.get(); });
+  archiver.encodeRootObject(root.get());
+  const auto bytes = *archiver.finishEncoding();
+  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  EXPECT_EQ(text.find("refused"), std::string_view::npos);
+  EXPECT_EQ(text.find("below"), std::string_view::npos);
+  const auto unarchived = StandardKeyedUnarchiver::unarchive(bytes, 0);
+  ASSERT_TRUE(unarchived) << unarchived.status().message();
+  const auto read = as<ArchivedThing>(*unarchived);
+  ASSERT_EQ(read->parts.size(), 1U);
+  EXPECT_EQ(read->parts[0]->name, "kept");
+  EXPECT_FALSE(read->parts[0]->whole);
+  EXPECT_FALSE(read->payload);
+  EXPECT_EQ(read->table.size(), 1U);
+
+  archiver.setFilter(nullptr);
+  archiver.encodeRootObject(root.get());
+  EXPECT_EQ(*archiver.finishEncoding(),
+            (*StandardKeyedArchiver::archivedData(root.get(), 0))->mutableBytes());
+}
+
 // The layout is checked, and the values read, by a reader that shares no code with the library.
 TEST_F(StandardKeyedCoders, AnIndependentReaderOpensTheArchive) {
   auto root = make<ArchivedThing>("root");
