@@ -44,9 +44,8 @@ Result go(Session& session, const Arguments& arguments, bool back) {
   while (steps < count && (back ? history.canUndo() : history.canRedo())) {
     const String next = back ? history.undoName() : history.redoName();
     if (!(back ? history.undo() : history.redo())) {
-      throw CommandFailure(
-          back ? "the step cannot be undone, and the history is empty now"
-               : "the step cannot be redone, and the history is empty now");
+      throw CommandFailure(back ? "the step cannot be undone, and the history is empty now"
+                                : "the step cannot be redone, and the history is empty now");
     }
     name = next;
     ++steps;
