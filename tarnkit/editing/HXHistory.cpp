@@ -171,15 +171,17 @@ String HXHistory::redoName() const { return undone_.empty() ? String() : undone_
 bool HXHistory::undo() { return move(Direction::undoing); }
 bool HXHistory::redo() { return move(Direction::redoing); }
 
-// A node that comes back must not stand anywhere else.
+// A node that comes back must stand nowhere, in the document, in what a step holds, or where the step
+// itself takes it from.
 bool HXHistory::canExchange(const HXHistoryStep& step) const {
   const HXNode* const document = document_.get();
   for (const auto& change : step.changes()) {
-    const HXNode* root = change->subnode();
-    if (!root) continue;
+    const auto* const node = change->subnode();
+    const Object* const group = node ? node->parentGroup() : nullptr;
+    if (!group || change->table().object == group) continue;
+    const HXNode* root = node;
     while (const auto* enclosing = root->enclosingNode()) root = enclosing;
     if (root != document && !holdsSubnode(*root)) return false;
-    if (const_cast<HXNode*>(root)->document() && root != document) return false;
   }
   return true;
 }
@@ -197,7 +199,7 @@ bool HXHistory::move(Direction direction) {
   }
   if (from.empty()) return false;
   if (!canExchange(from.back())) {
-    warn("A node of the step stands in another document: the history is emptied.");
+    warn("A node of the step stands somewhere else by now: the history is emptied.");
     base_ = ++lastId_;
     removeAllSteps();
     return false;
@@ -250,7 +252,7 @@ bool HXHistory::abandonStep() {
   openSteps_ = 0;
   HXHistoryStep step = std::exchange(open_, {});
   if (!canExchange(step)) {
-    warn("A node of the step stands in another document: the step stays.");
+    warn("A node of the step stands somewhere else by now: the step stays.");
     open_ = std::move(step);
     commit();
     return false;

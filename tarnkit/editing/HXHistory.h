@@ -35,7 +35,7 @@ inline constinit const Symbol HXHistoryDidChangeNotification{"HXHistoryDidChange
 ///
 /// Code that changes the document because of an undo or redo that it observes makes an error: one
 /// line is logged and the history is emptied. So does an undo that cannot be made since a node
-/// stands in another document by now.
+/// stands somewhere else by now.
 ///
 /// Selection, inspector panel and canvas centre are how the editor looks at the document: they make
 /// no step of their own, and go back and forth with the step before them.
