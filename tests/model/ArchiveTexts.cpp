@@ -3,11 +3,11 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <regex>
 #include <sstream>
 
 #include "tarnkit/archive/HXArchiveReader.h"
@@ -290,21 +290,47 @@ std::string propertyText(const HXDocument& document) {
   return out;
 }
 
+namespace {
+
+// The length of a key that was drawn, which begins there; 0 when none does. `kind` becomes its
+// kind.
+std::size_t drawnKey(std::string_view text, std::string_view& kind) {
+  constexpr std::string_view kOutput = "ReplicatorOutput.";
+  constexpr std::size_t kUUID = 36;
+  for (const std::string_view prefix : {"node_", "group_", "connection_"}) {
+    if (!text.starts_with(prefix)) continue;
+    const auto end = text.find_first_not_of("0123456789", prefix.size());
+    const auto size = std::min(end, text.size());
+    if (size == prefix.size()) return 0;
+    kind = prefix.substr(0, prefix.size() - 1);
+    return size;
+  }
+  if (!text.starts_with(kOutput)) return 0;
+  const auto end = text.find_first_not_of("0123456789ABCDEF-", kOutput.size());
+  if (std::min(end, text.size()) < kOutput.size() + kUUID) return 0;
+  kind = kOutput.substr(0, kOutput.size() - 1);
+  return kOutput.size() + kUUID;
+}
+
+}  // namespace
+
 std::string withOwnKeys(const std::string& text) {
-  static const std::regex drawn("(node|group|connection)_[0-9]+|ReplicatorOutput\\.[0-9A-F-]{36}");
   std::map<std::string, std::string> known;
   std::map<std::string, int> counts;
   std::string out;
-  auto last = text.begin();
-  for (std::sregex_iterator at(text.begin(), text.end(), drawn), end; at != end; ++at) {
-    const std::string kind = (*at)[1].matched ? (*at)[1].str() : "ReplicatorOutput";
-    auto [entry, isNew] = known.try_emplace(at->str());
-    if (isNew) entry->second = fmt::format("{}_{}", kind, counts[kind]++);
-    out.append(last, (*at)[0].first);
+  for (std::size_t at = 0; at < text.size();) {
+    std::string_view kind;
+    const auto size = drawnKey(std::string_view(text).substr(at), kind);
+    if (size == 0) {
+      out += text[at++];
+      continue;
+    }
+    auto [entry, isNew] = known.try_emplace(text.substr(at, size));
+    if (isNew) entry->second = fmt::format("{}_{}", kind, counts[std::string(kind)]++);
     out += entry->second;
-    last = (*at)[0].second;
+    at += size;
   }
-  return out.append(last, text.end());
+  return out;
 }
 
 void drawKeysOfOneLength() {
