@@ -171,8 +171,8 @@ String HXHistory::redoName() const { return undone_.empty() ? String() : undone_
 bool HXHistory::undo() { return move(Direction::undoing); }
 bool HXHistory::redo() { return move(Direction::redoing); }
 
-// A node that comes back must stand nowhere, in the document, in what a step holds, or where the step
-// itself takes it from.
+// A node that comes back must stand nowhere, in the document, in what a step holds, or where the
+// step itself takes it from.
 bool HXHistory::canExchange(const HXHistoryStep& step) const {
   const HXNode* const document = document_.get();
   for (const auto& change : step.changes()) {
