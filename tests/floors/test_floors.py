@@ -18,8 +18,10 @@ FLOORS = {
     "patches": {"platform", "foundation", "archive", "math"},
     "model": {"platform", "images", "foundation", "archive", "math", "patches"},
     "editing": {"platform", "images", "foundation", "archive", "math", "patches", "model"},
+    "compare": {"platform", "images", "foundation", "archive", "math", "patches", "model",
+                "editing"},
     "render": {"platform", "images", "foundation", "archive", "math", "patches", "model",
-               "editing"},
+               "editing", "compare"},
 }
 # The shelves of the platform, and what the headers on each may include beside their own. Sources may
 # look further: an object describes itself by a string, and a string is an object.

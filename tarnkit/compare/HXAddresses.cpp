@@ -1,0 +1,93 @@
+#include "tarnkit/compare/HXAddresses.h"
+
+#include <fmt/format.h>
+
+#include <cstdint>
+#include <unordered_set>
+#include <vector>
+
+#include "tarnkit/model/HXGroup.h"
+#include "tarnkit/model/HXNode.h"
+#include "tarnkit/model/HXPort.h"
+#include "tarnkit/platform/text/JSONWriter.h"
+
+namespace tarnkit {
+
+namespace {
+
+// What a node goes by as long as nothing else tells it apart.
+std::string_view ownName(const HXNode& node) {
+  if (node.name()) return node.name().view();
+  if (node.unknownPatchClass()) return node.unknownPatchClass().view();
+  const String& name = node.patchClass().defaultName();
+  return name ? name.view() : "Untitled";
+}
+
+}  // namespace
+
+std::string HXAddresses::escaped(std::string_view name) {
+  std::string text;
+  JSONWriter::appendEscaped(text, name);
+  return text;
+}
+
+void HXAddresses::count(const HXGroup& group) {
+  // A label that is given may be the own name of a later node ("Page [2]"), which then moves on.
+  std::unordered_map<std::string_view, std::uint32_t> numbers;
+  std::unordered_set<std::string> taken;
+  for (const auto& subnode : group.subnodesInForce()) {
+    const HXNode& node = *subnode.value;
+    const std::string_view name = ownName(node);
+    std::uint32_t& number = numbers[name];
+    std::string label;
+    do {
+      ++number;
+      label = number == 1 ? escaped(name) : fmt::format("{} [{}]", escaped(name), number);
+    } while (!taken.insert(label).second);
+    labels_[&node] = std::move(label);
+  }
+}
+
+const std::string& HXAddresses::labelOf(const HXNode& node) {
+  if (const auto found = labels_.find(&node); found != labels_.end()) return found->second;
+  if (const HXGroup* group = node.parentGroup()) count(*group);
+  const auto [entry, isNew] = labels_.try_emplace(&node);
+  if (isNew) entry->second = escaped(ownName(node));
+  return entry->second;
+}
+
+std::string HXAddresses::of(const HXNode& node) {
+  std::vector<const HXNode*> path;
+  for (const HXNode* place = &node; place->enclosingNode(); place = place->enclosingNode()) {
+    path.push_back(place);
+  }
+  if (path.empty()) return "/";
+  std::string address;
+  for (auto place = path.rbegin(); place != path.rend(); ++place) {
+    if (!address.empty()) address += " / ";
+    address += labelOf(**place);
+  }
+  return address;
+}
+
+std::string HXAddresses::labelOf(const HXPort& port) {
+  const String name = port.displayName();
+  const HXNode* node = port.node();
+  if (!name) return escaped(port.uniqueKey().view());
+  if (node) {
+    for (const Ref<HXPort>& other :
+         port.orientation() == HXOrientationInput ? node->inputPorts() : node->outputPorts()) {
+      if (other.get() != &port && other->displayName() == name) {
+        return escaped(port.uniqueKey().view());
+      }
+    }
+  }
+  return escaped(name.view());
+}
+
+std::string HXAddresses::of(const HXPort& port) {
+  const HXNode* node = port.node();
+  return node ? of(*node) + ": " + labelOf(port) : escaped(port.uniqueKey().view());
+}
+
+}  // namespace tarnkit
