@@ -445,6 +445,16 @@ void HXGroup::endDeepPublications(HXPort& port) {
   }
 }
 
+// A move withdraws only what is shown, so the publication of a hidden port may stand in a group
+// that its node has left. Whoever ends it then asks the group that the node is in.
+HXGroup* HXGroup::holderOf(const HXSymbolicPort& symbolicPort, HXGroup& asked) {
+  const auto* owner = symbolicPort.node();
+  auto* group = owner ? owner->subnodeGroup().get() : nullptr;
+  const std::int32_t side = symbolicPort.orientation();
+  if (!group || group == &asked.inForce() || !group->symbolicPorts_.isSide(side)) return &asked;
+  return group->symbolicPorts_[side]->contains(&symbolicPort) ? group : &asked;
+}
+
 void HXGroup::removeSymbolicPortForPort(HXPort* port) {
   const detail::Operation operation(inForce());
   const Ref<HXGroup> kept(this);
@@ -459,8 +469,9 @@ void HXGroup::removeSymbolicPortForPort(HXPort* port) {
   std::vector<Level> levels;
   HXGroup* group = this;
   while (group && port && port->symbolicPort()) {
+    const Ref<HXSymbolicPort> symbolicPort(port->symbolicPort());
     levels.push_back(
-        {Ref<HXGroup>(group), Ref<HXPort>(port), Ref<HXSymbolicPort>(port->symbolicPort())});
+        {Ref<HXGroup>(holderOf(*symbolicPort, *group)), Ref<HXPort>(port), symbolicPort});
     port = levels.back().symbolicPort.get();
     group = port->node() ? port->node()->parentGroup() : nullptr;
   }

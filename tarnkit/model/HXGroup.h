@@ -168,6 +168,8 @@ class HXGroup : public Object {
   friend class HXNode;
   friend struct HXGroupFields;
   void hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort);
+  /// The group that holds the publication; the asked one when none does.
+  static HXGroup* holderOf(const HXSymbolicPort& symbolicPort, HXGroup& asked);
   void unpublish(HXPort& port, HXSymbolicPort& symbolicPort);
   void endDeepPublications(HXPort& port);
   /// Ends the publications and connections of the ports.

@@ -1,5 +1,6 @@
 #include <thread>
 
+#include "Consistency.h"
 #include "ModelFixture.h"
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXDocumentFile.h"
@@ -292,6 +293,30 @@ TEST_F(IdentityTest, APublishedPortOfAHiddenGroupThatMovedWithItsNodeSurvivesAFi
     again->subnodeGroup()->removeSymbolicPortForPort(&moved);
     EXPECT_TRUE(again->symbolicOutputPortsInForce().isEmpty());
     EXPECT_FALSE(again->portForKey(key));
+  }
+}
+
+TEST_F(IdentityTest, ThePublicationOfAHiddenPortEndsWhereItStandsAndNotWhereItsNodeIs) {
+  for (const bool byRemoval : {false, true}) {
+    const auto first = add("");
+    const auto second = add("");
+    const auto clamp = add("HXRClampNode", first.get());
+    auto& result = port(*clamp, "Tarn.resultOutput");
+    const auto published = first->subnodeGroup()->addSymbolicPortForPort(result);
+    for (const auto& group : clamp->outputPortGroups()) group->setHidden(true);
+    second->subnodeGroup()->addNode(*clamp);
+    for (const auto& group : clamp->outputPortGroups()) group->setHidden(false);
+    Recorder recorder;
+    if (byRemoval) {
+      second->subnodeGroup()->removeNode(clamp.get());
+    } else {
+      second->subnodeGroup()->removeSymbolicPortForPort(&result);
+    }
+    EXPECT_FALSE(result.symbolicPort());
+    EXPECT_TRUE(first->symbolicOutputPortsInForce().isEmpty());
+    EXPECT_TRUE(first->outputPorts().empty());
+    EXPECT_THAT(recorder.take(), Contains(HasSubstr("HXGroupRemoveSymbolicPortForPort")));
+    EXPECT_THAT(faultsOf(*document), IsEmpty());
   }
 }
 
