@@ -11,21 +11,34 @@ namespace tarnkit::bench {
 
 namespace {
 
-void buildGraph(benchmark::State& state, bool records) {
+enum class Recording { none, everyChange, oneStep };
+
+void buildGraph(benchmark::State& state, Recording recording) {
   for (auto _ : state) {
     auto document = make<HXDocument>();
-    auto history = records ? make<HXHistory>(*document) : nullptr;
+    auto history = recording == Recording::none ? nullptr : make<HXHistory>(*document);
+    if (recording == Recording::oneStep) history->beginStep();
     fillGraph(*document, state.range(0));
+    if (recording == Recording::oneStep) history->endStep();
     state.PauseTiming();
+    if (history) {
+      const auto perNode = [&](std::size_t count) {
+        return static_cast<double>(count) / static_cast<double>(state.range(0));
+      };
+      state.counters["steps_per_node"] = perNode(history->undoCount());
+      state.counters["bytes_per_node"] = perNode(history->byteCount());
+    }
     history = nullptr;
     document = nullptr;
     state.ResumeTiming();
   }
 }
-void BM_Build(benchmark::State& state) { buildGraph(state, false); }
-void BM_BuildRecorded(benchmark::State& state) { buildGraph(state, true); }
+void BM_Build(benchmark::State& state) { buildGraph(state, Recording::none); }
+void BM_BuildRecorded(benchmark::State& state) { buildGraph(state, Recording::everyChange); }
+void BM_BuildInOneStep(benchmark::State& state) { buildGraph(state, Recording::oneStep); }
 BENCHMARK(BM_Build)->Arg(10'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_BuildRecorded)->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_BuildInOneStep)->Arg(10'000)->Unit(benchmark::kMillisecond);
 
 void BM_UndoAndRedoBuild(benchmark::State& state) {
   auto document = make<HXDocument>();

@@ -65,48 +65,59 @@ void HXHistory::endStep() {
   if (--openSteps_ == 0 && operations_ == 0) commit();
 }
 
-void HXHistory::forget(HXHistoryStep::Changes changes) {
-  for (; !changes.empty(); changes.pop_back()) {
-    const auto* node = changes.back()->subnode();
+void HXHistory::forget(HXChangeList changes) {
+  while (const auto change = changes.takeLast()) {
+    const auto* node = change->subnode();
     const auto found = node ? subnodes_.find(node) : subnodes_.end();
     if (found != subnodes_.end() && --found->second == 0) subnodes_.erase(found);
   }
 }
 
 void HXHistory::commit() {
-  HXHistoryStep step = std::exchange(open_, {});
-  openSubnodes_.clear();
-  if (direction_ != Direction::none || step.isEmpty()) return;
-  step.takeWhatCancelsOut();
-  if (step.isEmpty()) return;
-  if (!recordsViewState_ && step.isViewState()) {
-    if (done_.empty()) return;
-    byteCount_ -= done_.back().byteCount();
-    done_.back().append(std::move(step));
-    byteCount_ += done_.back().byteCount();
+  if (!openSubnodes_.empty()) openSubnodes_.clear();
+  if (open_.isEmpty() || direction_ != Direction::none) {
+    open_ = {};
     return;
   }
+  open_.takeWhatCancelsOut();
+  if (open_.isEmpty()) {
+    open_ = {};
+    return;
+  }
+  if (!recordsViewState_ && open_.isViewState()) return commitViewState();
   while (!undone_.empty()) forgetStep(undone_, false);
-  step.coalescingKey = coalescingKey_;
-  step.time = time_;
-  if (!coalesce(step)) {
-    step.id = ++lastId_;
-    for (const auto& change : step.changes()) {
-      if (auto* const node = change->subnode()) {
+  open_.coalescingKey = coalescingKey_;
+  open_.time = time_;
+  if (!coalesce(open_)) {
+    open_.id = ++lastId_;
+    for (const HXChange& change : open_.changes()) {
+      if (auto* const node = change.subnode()) {
         ++subnodes_[node];
         mark(*node);
       }
     }
-    byteCount_ += step.byteCount();
-    done_.push_back(std::move(step));
-    applyLimits();
+    byteCount_ += open_.byteCount();
+    done_.push_back(std::move(open_));
+    if (maximumSteps_ != 0 || maximumBytes_ != 0) applyLimits();
+  } else {
+    open_ = {};
   }
   announceChange();
 }
 
+void HXHistory::commitViewState() {
+  if (!done_.empty()) {
+    byteCount_ -= done_.back().byteCount();
+    done_.back().append(std::move(open_));
+    byteCount_ += done_.back().byteCount();
+  } else {
+    open_ = {};
+  }
+}
+
 // The step before holds the earlier values already, so that the later step has nothing to add.
 bool HXHistory::coalesce(HXHistoryStep& step) {
-  if (!coalesces_ || done_.empty()) return false;
+  if (!coalesces_ || done_.empty() || !step.changes().first()->isSimple()) return false;
   auto& last = done_.back();
   if (last.id == clean_ || last.name != step.name || last.coalescingKey != step.coalescingKey ||
       (coalescingInterval_ > 0 && step.time - last.time > coalescingInterval_) ||
@@ -175,10 +186,10 @@ bool HXHistory::redo() { return move(Direction::redoing); }
 // step itself takes it from.
 bool HXHistory::canExchange(const HXHistoryStep& step) const {
   const HXNode* const document = document_.get();
-  for (const auto& change : step.changes()) {
-    const auto* const node = change->subnode();
+  for (const HXChange& change : step.changes()) {
+    const auto* const node = change.subnode();
     const Object* const group = node ? node->parentGroup() : nullptr;
-    if (!group || change->table().object == group) continue;
+    if (!group || change.table().object == group) continue;
     const HXNode* root = node;
     while (const auto* enclosing = root->enclosingNode()) root = enclosing;
     if (root != document && !holdsSubnode(*root)) return false;

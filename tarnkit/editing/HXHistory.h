@@ -138,9 +138,11 @@ class HXHistory final : public HXChangeRecorder {
   bool openChanges() const noexcept;
   std::uint64_t position() const noexcept { return done_.empty() ? base_ : done_.back().id; }
   void commit();
+  /// Goes along with the step before it.
+  void commitViewState();
   /// Whether the step became part of the one before it.
   bool coalesce(HXHistoryStep& step);
-  void forget(HXHistoryStep::Changes changes);
+  void forget(HXChangeList changes);
   void forgetStep(std::deque<HXHistoryStep>& steps, bool oldest);
   void applyLimits();
   bool canExchange(const HXHistoryStep& step) const;

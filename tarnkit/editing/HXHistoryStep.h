@@ -3,9 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
-#include "tarnkit/model/HXChange.h"
+#include "tarnkit/model/HXChangeList.h"
 #include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
@@ -14,9 +13,8 @@ namespace tarnkit {
 /// `HXHistory`.
 class HXHistoryStep {
  public:
-  using Changes = std::vector<std::unique_ptr<HXChange>>;
-
   HXHistoryStep() noexcept;
+  /// Leaves an empty step behind.
   HXHistoryStep(HXHistoryStep&&) noexcept;
   HXHistoryStep& operator=(HXHistoryStep&&) noexcept;
   ~HXHistoryStep();
@@ -26,16 +24,16 @@ class HXHistoryStep {
   double time = 0;
   std::uint64_t id = 0;
 
-  const Changes& changes() const noexcept { return changes_; }
-  bool isEmpty() const noexcept { return changes_.empty(); }
+  const HXChangeList& changes() const noexcept { return changes_; }
+  bool isEmpty() const noexcept { return changes_.isEmpty(); }
   /// Whether a change of that subject is held.
   bool holds(const HXChange::Subject& subject) const;
   void add(std::unique_ptr<HXChange> change);
   /// Takes out what changes nothing in the end.
-  Changes takeWhatCancelsOut();
+  HXChangeList takeWhatCancelsOut();
   /// Takes over the changes of a later step, but those of a subject that is held already.
   void append(HXHistoryStep later);
-  Changes takeAll();
+  HXChangeList takeAll();
 
   /// Whether the step does nothing but set values, the same ones as the other step.
   bool setsTheSameAs(const HXHistoryStep& other) const;
@@ -43,13 +41,15 @@ class HXHistoryStep {
   bool isViewState() const noexcept;
   /// The last change first, or the first one.
   void exchange(bool backward, HXChangeNotices& notices);
-  std::size_t byteCount() const noexcept;
+  /// What the step costs, roughly; of each change what it cost when it was made.
+  std::size_t byteCount() const noexcept { return sizeof(*this) + changeBytes_; }
 
  private:
   class Subjects;
   bool mayCancelOut() const;
 
-  Changes changes_;
+  HXChangeList changes_;
+  std::size_t changeBytes_ = 0;
   std::unique_ptr<Subjects> subjects_;  // null while there are few changes
 };
 

@@ -4,6 +4,7 @@
 
 #include "tarnkit/platform/objects/BlockPool.h"
 #include "tarnkit/platform/objects/Object.h"
+#include "tarnkit/platform/objects/Ref.h"
 
 namespace tarnkit {
 
@@ -43,27 +44,52 @@ class HXChange {
     const char* property = nullptr;  // one address for each property
     friend bool operator==(const Subject&, const Subject&) = default;
   };
-  virtual Subject subject() const noexcept { return {}; }
+  Subject subject() const noexcept { return subjectOf(kind_.property); }
   /// Whether it sets one value that a user sets again and again, as by dragging or typing.
-  virtual bool isSimple() const noexcept { return false; }
+  bool isSimple() const noexcept { return kind_.isSimple; }
   /// Whether the value is how the editor looks at the document, and not what the document says.
-  virtual bool isViewState() const noexcept { return false; }
+  bool isViewState() const noexcept { return kind_.isViewState; }
 
   /// The table (of which owner) in which an entry comes or goes, or which is exchanged as a whole;
   /// null for another change.
-  virtual Subject table() const noexcept { return {}; }
+  Subject table() const noexcept { return subjectOf(kind_.table); }
   /// Whether a later change, of an entry of the same table and the next one of that table, has
   /// taken this one back.
   virtual bool isUndoneBy(const HXChange&) const { return false; }
 
   /// The node that comes to a group, or leaves one; null for another change.
-  virtual HXNode* subnode() const noexcept { return nullptr; }
+  HXNode* subnode() const noexcept { return kind_.movesSubnodes ? movedSubnode() : nullptr; }
 
   /// What holding the change costs, roughly, without the objects that the document has as well.
   virtual std::size_t byteCount() const noexcept = 0;
 
  protected:
-  HXChange() noexcept = default;
+  /// What all changes of one property or table have in common.
+  struct Kind {
+    const char* property = nullptr;  // null for a change of something else than one value
+    const char* table = nullptr;     // null for a change outside of a table
+    bool isSimple = false;
+    bool isViewState = false;
+    bool movesSubnodes = false;
+  };
+  /// `kind` lives as long as the program.
+  HXChange(const Kind& kind, Object& owner) noexcept : owner_(&owner), kind_(kind) {}
+  /// Whose property or table it is.
+  Object& owner() const noexcept { return *owner_; }
+
+  /// Of a kind that moves subnodes.
+  virtual HXNode* movedSubnode() const noexcept { return nullptr; }
+
+ private:
+  friend class HXChangeList;
+  Subject subjectOf(const char* property) const noexcept {
+    return property ? Subject{owner_.get(), property} : Subject{};
+  }
+
+  Ref<Object> owner_;
+  const Kind& kind_;
+  HXChange* previous_ = nullptr;
+  HXChange* next_ = nullptr;
 };
 
 }  // namespace tarnkit

@@ -30,6 +30,7 @@ HXChangeRecorder::~HXChangeRecorder() {
 void HXChangeRecorder::beginRecording(HXDocument& document) {
   if (document.recorder_) throw std::logic_error("a document has one recorder at most");
   document.recorder_ = this;
+  mark(document);
   recorders().push_back(this);
   atWork_.fetch_add(1, std::memory_order_relaxed);
 }
@@ -38,14 +39,19 @@ void HXChangeRecorder::endRecording(HXDocument& document) noexcept {
   if (document.recorder_ == this) document.recorder_ = nullptr;
 }
 
-void HXChangeRecorder::mark(HXNode& node) noexcept { node.hasBeenRecorded_ = true; }
+void HXChangeRecorder::mark(HXNode& node) noexcept { node.mayBeRecorded_ = true; }
 
+// Asked for every change, and of fresh nodes most of the time.
 HXChangeRecorder* HXChangeRecorder::of(const HXNode* node) {
   if (!node) return nullptr;
   const HXNode* root = node;
-  while (const auto* enclosing = root->enclosingNode()) root = enclosing;
+  while (const HXGroup* group = root->parentGroup_.get()) {
+    const HXNode* const enclosing = group->node();
+    if (!enclosing) break;
+    root = enclosing;
+  }
+  if (!root->mayBeRecorded_) return nullptr;
   if (const auto* document = as<HXDocument>(root)) return document->recorder_;
-  if (!root->hasBeenRecorded_) return nullptr;
   const auto found = std::find_if(recorders().begin(), recorders().end(),
                                   [&](auto* recorder) { return recorder->holdsSubnode(*root); });
   return found == recorders().end() ? nullptr : *found;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -76,10 +77,12 @@ struct TableOf {
   using Collection = C;
   using Key = typename EntriesOf<C>::Key;
   using Value = typename EntriesOf<C>::Value;
-  /// The node that comes to a group with the entry, or leaves it.
-  static HXNode* subnode(const Value*) noexcept { return nullptr; }
-  /// Brings in line what follows from the entry, right after it came, went or was replaced.
-  static void follow(T&, const Key&) {}
+  /// Whether its entries are the nodes of a group; then `subnode(const Value*)` gives the node of
+  /// an entry.
+  static constexpr bool kHoldsSubnodes = false;
+  /// Brings in line what follows from the entry, right after it came, went or was replaced
+  /// (told as what came).
+  static void follow(T&, const Key&, const Value*, bool) {}
   /// Adds what is to be told of the entry that came or went. `value` is null where it has none.
   static void addNotices(T&, const Key&, const Value*, bool, HXChangeNotices&) {}
 };
@@ -97,58 +100,71 @@ class EntryChange final : public HXChange {
   using Key = typename Entries::Key;
   using Value = typename Entries::Value;
 
-  EntryChange(Owner& owner, Key key) : owner_(&owner), key_(std::move(key)) {
-    auto& table = Table::in(*owner_);
+  EntryChange(Owner& owner, Key key) : HXChange(kKind, owner), key_(std::move(key)) {
+    auto& table = Table::in(owner);
     if (const auto* const value = Entries::find(table, key_)) {
       held_ = *value;
       place_ = Entries::place(table, key_);
     }
   }
 
+  /// Of an entry that is not there yet, as the caller knows.
+  struct Comes {};
+  EntryChange(Owner& owner, Key key, Comes) : HXChange(kKind, owner), key_(std::move(key)) {
+    assert(!Entries::find(Table::in(owner), key_));
+  }
+
   void exchange() override {
-    auto& table = Table::in(*owner_);
+    auto& table = Table::in(ofOwner());
     auto* const present = Entries::find(table, key_);
     if (present && held_) {
       std::swap(*present, *held_);
+      Table::follow(ofOwner(), key_, present, true);
     } else if (present) {
       place_ = Entries::place(table, key_);
       held_ = Entries::take(table, key_);
+      Table::follow(ofOwner(), key_, held(), false);
     } else if (held_) {
-      Entries::insert(table, key_, std::move(*held_), place_);
+      Value value = std::move(*held_);
+      Entries::insert(table, key_, value, place_);
       held_.reset();
       place_ = {};
+      Table::follow(ofOwner(), key_, &value, true);
     }
-    Table::follow(*owner_, key_);
   }
   void addNotices(HXChangeNotices& notices) const override {
-    auto* const present = Entries::find(Table::in(*owner_), key_);
-    Table::addNotices(*owner_, key_, present ? present : held(), present != nullptr, notices);
+    auto* const present = Entries::find(Table::in(ofOwner()), key_);
+    Table::addNotices(ofOwner(), key_, present ? present : held(), present != nullptr, notices);
   }
   bool isNeutral() const override {
-    auto& table = Table::in(*owner_);
+    auto& table = Table::in(ofOwner());
     auto* const present = Entries::find(table, key_);
     if (!present || !held_) return !present && !held_;
     return *present == *held_ && samePlace(Entries::place(table, key_));
   }
-  Subject table() const noexcept override { return {owner_.get(), Table::kName}; }
   bool isUndoneBy(const HXChange& later) const override {
     const auto* const other = dynamic_cast<const EntryChange*>(&later);
     return other && other->key_ == key_ && isNeutral();
-  }
-  HXNode* subnode() const noexcept override {
-    auto* const present = Entries::find(Table::in(*owner_), key_);
-    return Table::subnode(present ? present : held());
   }
   std::size_t byteCount() const noexcept override { return sizeof(*this); }
 
  private:
   const Value* held() const noexcept { return held_ ? &*held_ : nullptr; }
+  HXNode* movedSubnode() const noexcept override {
+    if constexpr (Table::kHoldsSubnodes) {
+      auto* const present = Entries::find(Table::in(ofOwner()), key_);
+      return Table::subnode(present ? present : held());
+    }
+    return nullptr;
+  }
   bool samePlace(const decltype(Entries::place(std::declval<typename Table::Collection&>(),
                                                std::declval<const Key&>()))& other) const {
     return place_.neighbour == other.neighbour && place_.follows == other.follows;
   }
 
-  Ref<Owner> owner_;
+  static constexpr Kind kKind{.table = Table::kName, .movesSubnodes = Table::kHoldsSubnodes};
+  Owner& ofOwner() const noexcept { return static_cast<Owner&>(owner()); }
+
   Key key_;
   std::optional<Value> held_;  // what is not in force: the entry's value, or nothing
   std::decay_t<decltype(Entries::place(std::declval<typename Table::Collection&>(),
@@ -164,28 +180,31 @@ class PlaceChange final : public HXChange {
   using Key = typename Table::Key;
 
   PlaceChange(Owner& owner, Key member)
-      : owner_(&owner), member_(std::move(member)), held_(Table::in(owner).place(member_.get())) {}
+      : HXChange(kKind, owner),
+        member_(std::move(member)),
+        held_(Table::in(owner).place(member_.get())) {}
 
   void exchange() override {
-    auto& set = Table::in(*owner_);
+    auto& set = Table::in(ofOwner());
     auto present = set.place(member_.get());
     set.remove(member_.get());
     set.insert(member_, held_);
     held_ = std::move(present);
   }
   void addNotices(HXChangeNotices& notices) const override {
-    Table::addNotices(*owner_, member_, nullptr, true, notices);
+    Table::addNotices(ofOwner(), member_, nullptr, true, notices);
   }
   bool isNeutral() const override {
-    const auto present = Table::in(*owner_).place(member_.get());
+    const auto present = Table::in(ofOwner()).place(member_.get());
     return held_.neighbour == present.neighbour && held_.follows == present.follows;
   }
-  /// Where an entry comes and goes depends on the places of the others.
-  Subject table() const noexcept override { return {owner_.get(), Table::kName}; }
   std::size_t byteCount() const noexcept override { return sizeof(*this); }
 
  private:
-  Ref<Owner> owner_;
+  // Where an entry comes and goes depends on the places of the others.
+  static constexpr Kind kKind{.table = Table::kName};
+  Owner& ofOwner() const noexcept { return static_cast<Owner&>(owner()); }
+
   Key member_;
   typename Table::Collection::Place held_;
 };
@@ -202,6 +221,15 @@ void willChangeEntry(const Source& source, typename Table::Owner& owner,
 template <class Table>
 void willChangeEntry(typename Table::Owner& owner, typename EntryChange<Table>::Key key) {
   willChangeEntry<Table>(owner, owner, std::move(key));
+}
+/// Likewise, of an entry of a key that the table does not have: saves the search for it.
+template <class Table, class Key>
+void willInsertEntry(typename Table::Owner& owner, const Key& key) {
+  if (auto* const recorder = recorderOf(owner)) {
+    using Change = EntryChange<Table>;
+    recorder->record(
+        std::make_unique<Change>(owner, typename Change::Key(key), typename Change::Comes()));
+  }
 }
 
 }  // namespace tarnkit::detail

@@ -36,29 +36,28 @@ class FieldChange final : public HXChange {
   using Owner = typename Field::Owner;
   using Value = std::decay_t<decltype(Field::get(std::declval<const Owner&>()))>;
 
-  explicit FieldChange(Owner& owner) : owner_(&owner), held_(Field::get(owner)) {}
+  explicit FieldChange(Owner& owner) : HXChange(kKind, owner), held_(Field::get(owner)) {}
 
   void exchange() override {
-    Value present = Field::get(*owner_);
-    Field::set(*owner_, std::move(held_));
+    Value present = Field::get(ofOwner());
+    Field::set(ofOwner(), std::move(held_));
     held_ = std::move(present);
-    Field::follow(*owner_);
+    Field::follow(ofOwner());
   }
   void addNotices(HXChangeNotices& notices) const override {
-    Field::addNotices(*owner_, held_, notices);
+    Field::addNotices(ofOwner(), held_, notices);
   }
-  bool isNeutral() const override { return held_ == Field::get(*owner_); }
-  Subject subject() const noexcept override { return {owner_.get(), Field::kName}; }
-  Subject table() const noexcept override {
-    if constexpr (requires { Field::kTable; }) return {owner_.get(), Field::kTable};
-    return {};
-  }
-  bool isSimple() const noexcept override { return Field::kIsSimple; }
-  bool isViewState() const noexcept override { return Field::kIsViewState; }
+  bool isNeutral() const override { return held_ == Field::get(ofOwner()); }
   std::size_t byteCount() const noexcept override { return sizeof(*this); }
 
  private:
-  Ref<Owner> owner_;
+  static constexpr const char* tableName() noexcept {
+    if constexpr (requires { Field::kTable; }) return Field::kTable;
+    return nullptr;
+  }
+  static constexpr Kind kKind{Field::kName, tableName(), Field::kIsSimple, Field::kIsViewState};
+  Owner& ofOwner() const noexcept { return static_cast<Owner&>(owner()); }
+
   Value held_;
 };
 

@@ -232,7 +232,7 @@ void HXGroup::addNode(HXNode& node) {
   }
   const Ref<HXGroup> target(&here->inForce());
   const bool wasSubviewGroup = target->isSubviewGroup();
-  node.linkParentGroup(target.get(), HXNode::Told::everythingBelow, {});
+  node.linkHolder(target.get(), {});
   target->insertSubnode(kept);
   detail::announce(HXGroupAddNodeNotification, *target, *target,
                    {{HXGroupInfo, target.get()}, {HXNodeInfo, &node}});
@@ -282,7 +282,7 @@ void HXGroup::release(HXNode& node) {
   if (subnodeForKey(node.uniqueKey()) != &node) return;
   const Ref<HXGroup> kept(this);
   if (node.parentGroup() == this) {
-    node.linkParentGroup(nullptr, HXNode::Told::everythingBelow, {});
+    node.linkHolder(nullptr, {});
   }
   takeSubnode(node.uniqueKey());
   forgetNode(node);  // again: an observer may have made it a view meanwhile

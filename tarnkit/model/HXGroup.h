@@ -195,6 +195,8 @@ class HXGroup : public Object {
   void insertPublication(std::int32_t orientation, HXSymbolicPort& symbolicPort);
   /// From whichever side it stands on.
   void removePublication(const HXSymbolicPort& symbolicPort);
+  /// The change of the node's entry was exchanged.
+  void relink(HXNode& node, bool came);
   void storePublications(std::int32_t orientation, const OrderedSet& symbolicPorts);
   void storeOpaque(bool opaque);
   void storeCanvasCenter(HXPoint center);

@@ -14,6 +14,7 @@ namespace tarnkit {
 using detail::FieldOf;
 using detail::TableOf;
 using detail::willChangeEntry;
+using detail::willInsertEntry;
 using detail::willSet;
 using Order = HXChangeNotices::Order;
 
@@ -31,9 +32,14 @@ struct HXGroupFields {
   };
   struct Subnode : TableOf<HXGroup, OrderedMap<Ref<HXNode>>> {
     static constexpr const char* kName = "subnode";
+    static constexpr bool kHoldsSubnodes = true;
     static OrderedMap<Ref<HXNode>>& in(HXGroup& group) { return group.subnodes_; }
     static HXNode* subnode(const Ref<HXNode>* node) noexcept {
       return node ? node->get() : nullptr;
+    }
+    // Who is in the group has it as its parent.
+    static void follow(HXGroup& group, const String&, const Ref<HXNode>* node, bool came) {
+      if (node && *node) group.relink(**node, came);
     }
     static void addNotices(HXGroup& group, const String&, const Ref<HXNode>* node, bool came,
                            HXChangeNotices& notices) {
@@ -71,9 +77,11 @@ struct HXGroupFields {
   };
 };
 
+void HXGroup::relink(HXNode& node, bool came) { node.followEntry(*this, came, {}); }
+
 void HXGroup::insertSubnode(const Ref<HXNode>& node) {
   assert(node->parentGroup() == this && !subnodes_.contains(node->uniqueKey()));
-  willChangeEntry<HXGroupFields::Subnode>(*this, node->uniqueKey());
+  willInsertEntry<HXGroupFields::Subnode>(*this, node->uniqueKey());
   subnodes_.set(node->uniqueKey(), node);
 }
 

@@ -149,14 +149,24 @@ void HXNode::setParentGroup(HXGroup* group) {
   const Ref<HXGroup> present(parentGroup());
   present->removeNode(this);
   // One that says that it is in a group which does not hold it.
-  if (parentGroup() == present.get()) enterGroup(nullptr, Told::everythingBelow);
+  if (parentGroup() != present.get()) return;
+  enterGroup(nullptr, Told::everythingBelow, Recorded::byItself);
 }
 
-void HXNode::enterGroup(HXGroup* group, Told told) {
+void HXNode::followEntry(HXGroup& group, bool came, PassKey<HXGroup>) noexcept {
+  if (came && !parentGroup()) parentGroup_ = &group;
+  if (!came && parentGroup() == &group) parentGroup_ = nullptr;
+}
+
+void HXNode::enterGroup(HXGroup* group, Told told, Recorded recorded) {
   if (group == parentGroup_.get()) return;
   if (told == Told::everythingBelow) hierarchyWillChange();
   if (told == Told::itself) tellParametersHierarchyWillChange();
-  storeParentGroup(group);
+  if (recorded == Recorded::byItself) {
+    storeParentGroup(group);
+  } else {
+    parentGroup_ = group;
+  }
   if (told == Told::everythingBelow) hierarchyDidChange();
   if (told == Told::itself) tellParametersHierarchyDidChange();
 }

@@ -94,7 +94,15 @@ class HXNode : public HXRNodeOwner {
   /// Who is told of a new parent group: the parameters of the node and of everything below, or of
   /// the node alone when what is below stays where it is; nobody while a document is opened.
   enum class Told : std::uint8_t { everythingBelow, itself, nobody };
-  void linkParentGroup(HXGroup* group, Told told, PassKey<HXGroup>) { enterGroup(group, told); }
+  void linkParentGroup(HXGroup* group, Told told, PassKey<HXGroup>) {
+    enterGroup(group, told, Recorded::byItself);
+  }
+  /// By a group that holds the node right after, or (null) no longer holds it.
+  void linkHolder(HXGroup* group, PassKey<HXGroup>) {
+    enterGroup(group, Told::everythingBelow, Recorded::withItsEntry);
+  }
+  /// The node is in the group again, or no longer: the change of the group's entry was exchanged.
+  void followEntry(HXGroup& group, bool came, PassKey<HXGroup>) noexcept;
   /// The node whose subnode group holds this one; null at the top.
   HXNode* enclosingNode() const noexcept;
   /// Null while the node is in no document. Costs the depth.
@@ -276,7 +284,8 @@ class HXNode : public HXRNodeOwner {
   Ref<HXGroup> makeSubnodeGroup(bool ofViews) const;
   /// The swap without telling the parent group.
   void exchangeSubnodeGroup(const Ref<HXGroup>& group);
-  void enterGroup(HXGroup* group, Told told);
+  enum class Recorded : std::uint8_t { byItself, withItsEntry };
+  void enterGroup(HXGroup* group, Told told, Recorded recorded);
   /// Tells the parameters of this node only.
   void tellParametersHierarchyWillChange();
   void tellParametersHierarchyDidChange();
@@ -324,7 +333,7 @@ class HXNode : public HXRNodeOwner {
   bool forceAllowsSubnodes_ : 1 = false;
   bool selected_ : 1 = false;
   bool hasKeyPath_ : 1 = false;
-  bool hasBeenRecorded_ : 1 = false;  // a recorder may hold that it left a document
+  bool mayBeRecorded_ : 1 = false;  // it is a recorded document, or may have left one
 };
 
 }  // namespace tarnkit

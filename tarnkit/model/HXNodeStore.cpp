@@ -152,7 +152,7 @@ struct HXNodeFields {
   struct Port : TableOf<HXNode, Ports> {
     static constexpr const char* kName = kPorts;
     static Ports& in(HXNode& node) { return node.portsByUniqueKey_; }
-    static void follow(HXNode& node, const String&) { takeUp(node); }
+    static void follow(HXNode& node, const String&, const Ref<HXPatchPort>*, bool) { takeUp(node); }
     static void addNotices(HXNode& node, const String&, const Ref<HXPatchPort>* port, bool came,
                            HXChangeNotices& notices) {
       if (port && *port) addPortNotice(node, **port, came, notices);
@@ -199,7 +199,7 @@ struct HXNodeFields {
   // The definition changes itself; the node is asked before.
   class Definition final : public HXChange {
    public:
-    explicit Definition(HXRNode& definition) : snapshot_(definition) {}
+    explicit Definition(HXRNode& definition) : HXChange(kKind, definition), snapshot_(definition) {}
     void exchange() override {
       snapshot_.exchange();
       if (const Ref<HXRNodeOwner> owner = snapshot_.definition().node()) {
@@ -212,12 +212,13 @@ struct HXNodeFields {
       }
     }
     bool isNeutral() const override { return snapshot_.isNeutral(); }
-    Subject subject() const noexcept override { return {&snapshot_.definition(), "definition"}; }
     std::size_t byteCount() const noexcept override {
       return sizeof(*this) + snapshot_.byteCount();
     }
 
    private:
+    static constexpr Kind kKind{.property = "definition"};
+
     HXRNodeSnapshot snapshot_;
   };
   // What holds an operation open until the definition has changed.

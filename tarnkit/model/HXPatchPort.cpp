@@ -163,7 +163,7 @@ void HXPatchPort::setStaticValue(Ref<PMRPrimitive> value) {
 
 void HXPatchPort::insertConnection(HXConnection& connection) {
   if (connections_.contains(&connection)) return;
-  detail::willChangeEntry<HXPatchPortFields::Connection>(*this, Ref<Object>(&connection));
+  detail::willInsertEntry<HXPatchPortFields::Connection>(*this, Ref<Object>(&connection));
   connections_.add(connection);
 }
 

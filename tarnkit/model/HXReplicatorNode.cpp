@@ -50,7 +50,7 @@ struct HXReplicatorNodeFields {
   struct ArrayOutput : detail::TableOf<HXReplicatorNode, IdentityMap<HXPort, String>> {
     static constexpr const char* kName = "arrayOutput";
     static Collection& in(HXReplicatorNode& node) { return node.arrayOutputKeys_; }
-    static void follow(HXReplicatorNode& node, const Ref<HXPort>& port) {
+    static void follow(HXReplicatorNode& node, const Ref<HXPort>& port, const String*, bool) {
       node.followCollectedPort(port);
     }
     static void addNotices(HXReplicatorNode& node, const Ref<HXPort>& port, const String* key,

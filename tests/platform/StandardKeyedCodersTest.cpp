@@ -17,6 +17,7 @@
 #include "tarnkit/platform/objects/Null.h"
 #include "tarnkit/platform/propertylist/PropertyListReader.h"
 #include "tarnkit/platform/system/File.h"
+#include "tests/ProcessorTime.h"
 #include "tests/platform/ArchivedThing.h"
 
 namespace tarnkit {
@@ -446,9 +447,9 @@ TEST_F(StandardKeyedCoders, SearchesAWideRecordOnce) {
     return made.replace(made.find('@'), 1, wide + last + classEntry);
   };
   const auto read = [&](const std::string& objects, std::string& error) {
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = test::ProcessorTime::now();
     error = unarchive(objects).status().message();
-    return std::chrono::steady_clock::now() - start;
+    return test::ProcessorTime::now() - start;
   };
   std::string error;
   const auto inOneList = thing(entry("Thing.payload", uid(3)),
