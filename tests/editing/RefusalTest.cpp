@@ -12,25 +12,16 @@
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/patches/PatchRegistry.h"
 #include "tarnkit/platform/system/Log.h"
+#include "tests/model/ModelFixture.h"
 
 namespace tarnkit {
 namespace {
 
 using Code = HXRefusal::Code;
 
-class Refusals : public ::testing::Test {
+class Refusals : public test::ModelTest {
  protected:
-  Ref<HXNode> add(const char* patchClass, HXNode* to = nullptr) {
-    auto node = HXNode::makeForPatch(*patchClassNamed(patchClass));
-    (to ? to : document.get())->subnodeGroup()->addNode(*node);
-    return node;
-  }
-  Ref<HXNode> addGroup(HXNode* to = nullptr) {
-    const auto node = make<HXNode>();
-    node->setForceAllowsSubnodes(true);
-    (to ? to : document.get())->subnodeGroup()->addNode(*node);
-    return node;
-  }
+  Ref<HXNode> addGroup(HXNode* to = nullptr) { return add("", to); }
   static HXPort& port(const Ref<HXNode>& node, const char* key) { return *node->portForKey(key); }
   static std::string why(const HXPort& port, const HXPort* other) {
     const auto refusal = port.whyNotConnectToPort(other);
@@ -39,8 +30,6 @@ class Refusals : public ::testing::Test {
   std::vector<std::uint8_t> bytes() const {
     return *HXDocumentFile::dataWithDocument(*document, HXCodingTypeEditorWithKeys);
   }
-
-  Ref<HXDocument> document = make<HXDocument>();
 };
 
 TEST_F(Refusals, of_a_connection_is_empty_exactly_when_the_port_takes_it) {

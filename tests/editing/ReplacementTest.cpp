@@ -14,6 +14,7 @@
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/patches/PatchRegistry.h"
 #include "tarnkit/platform/system/Log.h"
+#include "tests/model/ModelFixture.h"
 
 namespace tarnkit {
 namespace {
@@ -36,20 +37,9 @@ std::vector<std::string> lines(const std::vector<HXNodeItem>& items, bool all = 
   return lines;
 }
 
-class Replacement : public ::testing::Test {
+class Replacement : public test::ModelTest {
  protected:
-  Ref<HXNode> add(const char* patchClass, HXNode* to = nullptr) {
-    auto node = HXNode::makeForPatch(*patchClassNamed(patchClass));
-    (to ? to : document.get())->subnodeGroup()->addNode(*node);
-    return node;
-  }
-  Ref<HXNode> addGroup(HXNode* to = nullptr) {
-    const auto node = make<HXNode>();
-    node->setForceAllowsSubnodes(true);
-    node->setName("Group");
-    (to ? to : document.get())->subnodeGroup()->addNode(*node);
-    return node;
-  }
+  Ref<HXNode> addGroup(HXNode* to = nullptr) { return add("", to); }
   static Ref<HXRNode> definition(const char* patchClass) {
     return patchClassNamed(patchClass)->makeDefinition();
   }
@@ -89,8 +79,6 @@ class Replacement : public ::testing::Test {
     EXPECT_EQ(bytes(), after);
     return *report;
   }
-
-  Ref<HXDocument> document = make<HXDocument>();
 };
 
 TEST_F(Replacement, tells_what_goes_with_its_values_and_what_it_was_joined_to) {
