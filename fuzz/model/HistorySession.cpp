@@ -8,6 +8,7 @@
 
 #include "fuzz/model/ModelEditor.h"
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/compare/HXDocumentRepair.h"
 #include "tarnkit/editing/HXHistory.h"
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tests/model/Consistency.h"
@@ -42,6 +43,7 @@ class Session {
     }
     undo(states_.size());
     redo(states_.size());
+    if (faults_.empty()) repair();
     undo(states_.size());
     if (faults_.empty() && at_ != 0) fault("not everything was undone");
     return faults_;
@@ -107,6 +109,34 @@ class Session {
       editor_.setPaused(false);
       ++at_;
       check("redone");
+    }
+  }
+  // All that has one safe answer is answered, in one step, and stays so when the document is saved
+  // and opened.
+  void repair() {
+    editor_.setPaused(true);
+    const auto steps = history_->undoCount();
+    HXDocumentCheck::check(*document_);
+    const auto answered = HXDocumentRepair::repair(*document_);
+    requireRepaired(*document_, "repaired");
+    checkConsistency("repaired");
+    const auto bytes = HXDocumentFile::dataWithDocument(*document_, HXCodingTypeEditorWithKeys);
+    if (!bytes) return fault("the repaired document cannot be saved");
+    const auto opened = HXDocumentFile::document(*bytes, HXCodingTypeEditorWithKeys);
+    if (!opened) return fault("the repaired document cannot be opened");
+    requireRepaired(**opened, "repaired and opened");
+    if (history_->undoCount() > steps + 1) fault("a repair is no single step");
+    if (history_->undoCount() > steps && !history_->undo()) fault("a repair cannot be undone");
+    const auto state = archive();
+    if (state != states_[at_]) differs("repair undone", states_[at_], state);
+    editor_.setPaused(false);
+  }
+  void requireRepaired(HXDocument& document, const char* what) {
+    HXCheckOptions fixable;
+    fixable.fixableOnly = true;
+    for (const HXFinding& finding : HXDocumentCheck::check(document, fixable).findings) {
+      fault(fmt::format("{}: {}: {} [{}]", what, finding.address, finding.sentence,
+                        finding.kind().name));
     }
   }
   void check(const char* what) {

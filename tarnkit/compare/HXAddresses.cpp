@@ -15,6 +15,9 @@ namespace tarnkit {
 
 namespace {
 
+// Up to so many ports are compared one by one.
+constexpr std::uint32_t kFewPorts = 64;
+
 // What a node goes by as long as nothing else tells it apart.
 std::string_view ownName(const HXNode& node) {
   if (node.name()) return node.name().view();
@@ -70,19 +73,39 @@ std::string HXAddresses::of(const HXNode& node) {
   return address;
 }
 
+const HXAddresses::PortsByName& HXAddresses::portsByName(const HXNode& node, bool inputs) {
+  const auto [entry, isNew] = (inputs ? inputs_ : outputs_).try_emplace(&node);
+  if (!isNew) return entry->second;
+  for (const Ref<HXPort>& port : inputs ? node.inputPorts() : node.outputPorts()) {
+    const String name = port->displayName();
+    if (!name) continue;
+    const auto [known, isFirst] = entry->second.try_emplace(name.toStdString(), port.get());
+    if (!isFirst) known->second = nullptr;
+  }
+  return entry->second;
+}
+
+bool HXAddresses::sharesName(const HXPort& port, const String& name) {
+  const HXNode* node = port.node();
+  if (!node) return false;
+  const bool isInput = port.orientation() == HXOrientationInput;
+  const bool hasFew =
+      node->portsInForce().size() <= kFewPorts &&
+      node->symbolicPortsInForce(isInput ? HXOrientationInput : HXOrientationOutput).count() == 0;
+  if (!hasFew) {
+    const auto& ports = portsByName(*node, isInput);
+    const auto found = ports.find(name.toStdString());
+    return found != ports.end() && found->second != &port;
+  }
+  for (const Ref<HXPort>& other : isInput ? node->inputPorts() : node->outputPorts()) {
+    if (other.get() != &port && other->displayName() == name) return true;
+  }
+  return false;
+}
+
 std::string HXAddresses::labelOf(const HXPort& port) {
   const String name = port.displayName();
-  const HXNode* node = port.node();
-  if (!name) return escaped(port.uniqueKey().view());
-  if (node) {
-    for (const Ref<HXPort>& other :
-         port.orientation() == HXOrientationInput ? node->inputPorts() : node->outputPorts()) {
-      if (other.get() != &port && other->displayName() == name) {
-        return escaped(port.uniqueKey().view());
-      }
-    }
-  }
-  return escaped(name.view());
+  return escaped(!name || sharesName(port, name) ? port.uniqueKey().view() : name.view());
 }
 
 std::string HXAddresses::of(const HXPort& port) {

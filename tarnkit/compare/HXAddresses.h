@@ -23,7 +23,8 @@ class HXPort;
 /// quotation marks of names are escaped as in JSON, so an address is one line.
 ///
 /// Of a document that does not change meanwhile. The names of a group are counted when the first of
-/// its nodes is asked for, so addresses of all nodes cost their number and depth. For one thread.
+/// its nodes is asked for, and those of a node's ports when the first of them is, so addresses of
+/// all nodes and ports cost their number and depth. For one thread.
 class HXAddresses {
  public:
   HXAddresses() = default;
@@ -44,9 +45,16 @@ class HXAddresses {
   static std::string escaped(std::string_view name);
 
  private:
+  /// The shown ports of a side by their names; null for a name that several have.
+  using PortsByName = std::unordered_map<std::string, const HXPort*>;
+
   void count(const HXGroup& group);
+  bool sharesName(const HXPort& port, const String& name);
+  const PortsByName& portsByName(const HXNode& node, bool inputs);
 
   std::unordered_map<const HXNode*, std::string> labels_;
+  std::unordered_map<const HXNode*, PortsByName> inputs_;
+  std::unordered_map<const HXNode*, PortsByName> outputs_;
 };
 
 }  // namespace tarnkit

@@ -24,10 +24,42 @@ Status checkCodingType(std::int32_t codingType) {
                          fmt::format("coding type {} is not an editor's (0, 1 or 3)", codingType));
 }
 
-// The keys of a document that was read are what the document says.
-bool canNameFile(const String& key) {
-  return !key.view().empty() && key.view().find('/') == std::string_view::npos &&
-         key.view().find('\0') == std::string_view::npos;
+// The images that `encode` makes a file of, in ascending order of their keys; null leaves one out.
+// All are made before the first is written. The keys of a document that was read are what the
+// document says.
+template <class Encode>
+Result<std::vector<String>> writeImages(const HXDocument& document, const std::string& directory,
+                                        std::string_view ending, Encode encode) {
+  const auto& entries = document.imageStore()->imageEntriesInForce();
+  std::vector<String> keys;
+  for (const auto& entry : entries) {
+    if (!HXImageStoreEntry::canNameFile(entry.key)) {
+      return Status::failure(
+          StatusCode::refused,
+          fmt::format("the image key \"{}\" cannot name a file", entry.key.view()), directory);
+    }
+    keys.push_back(entry.key);
+  }
+  if (auto status = File::makeDirectory(directory); !status) return status;
+  std::sort(keys.begin(), keys.end());
+  std::vector<std::pair<String, Ref<const Data>>> files;
+  for (const auto& key : keys) {
+    auto data = encode(**entries.find(key));
+    if (!data) {
+      return std::move(data)
+          .status()
+          .within(fmt::format("the image {} could not be encoded", key.view()))
+          .at(directory);
+    }
+    if (*data) files.emplace_back(key, *std::move(data));
+  }
+  std::vector<String> written;
+  for (const auto& file : files) {
+    const auto path = fmt::format("{}/{}.{}", directory, file.first.view(), ending);
+    if (auto status = File::write(path, file.second->bytes()); !status) return status;
+    written.push_back(file.first);
+  }
+  return written;
 }
 
 }  // namespace
@@ -95,34 +127,20 @@ Status HXDocumentFile::send(const HXDocument& document, const std::string& path)
 
 Result<std::vector<String>> HXDocumentFile::sendImages(const HXDocument& document,
                                                        const std::string& directory) {
-  const auto& entries = document.imageStore()->imageEntriesInForce();
-  std::vector<String> keys;
-  for (const auto& entry : entries) {
-    if (!canNameFile(entry.key)) {
-      return Status::failure(
-          StatusCode::refused,
-          fmt::format("the image key \"{}\" cannot name a file", entry.key.view()), directory);
-    }
-    keys.push_back(entry.key);
-  }
-  if (auto status = File::makeDirectory(directory); !status) return status;
-  std::sort(keys.begin(), keys.end());
-  std::vector<Ref<Data>> archives;
-  for (const auto& key : keys) {
-    auto archive = HXImageStore::dataRepresentationOfEntry(**entries.find(key));
-    if (!archive) {
-      return std::move(archive)
-          .status()
-          .within(fmt::format("the image {} could not be encoded", key.view()))
-          .at(directory);
-    }
-    archives.push_back(*std::move(archive));
-  }
-  for (std::size_t i = 0; i < keys.size(); ++i) {
-    const auto path = fmt::format("{}/{}.plist", directory, keys[i].view());
-    if (auto status = File::write(path, archives[i]->bytes()); !status) return status;
-  }
-  return keys;
+  return writeImages(document, directory, "plist", [](const HXImageStoreEntry& entry) {
+    return HXImageStore::dataRepresentationOfEntry(entry);
+  });
+}
+
+Result<std::vector<String>> HXDocumentFile::saveImages(const HXDocument& document,
+                                                       const std::string& directory) {
+  return writeImages(document, directory, "png",
+                     [](const HXImageStoreEntry& entry) -> Result<Ref<const Data>> {
+                       const auto& image = entry.image();
+                       if (!image || !HXImageStoreEntry::canBeWritten(*image))
+                         return Ref<const Data>();
+                       return image->PNGRepresentation();
+                     });
 }
 
 }  // namespace tarnkit

@@ -46,6 +46,9 @@ class HXDocumentFile {
   /// document from elsewhere may hold any) is refused before anything is written.
   static Result<std::vector<String>> sendImages(const HXDocument& document,
                                                 const std::string& directory);
+  /// The same with the pictures themselves, "KEY.png". An image without a picture is left out.
+  static Result<std::vector<String>> saveImages(const HXDocument& document,
+                                                const std::string& directory);
 };
 
 }  // namespace tarnkit

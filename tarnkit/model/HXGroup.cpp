@@ -481,6 +481,30 @@ void HXGroup::removeSymbolicPortForPort(HXPort* port) {
   }
 }
 
+void HXGroup::removeSymbolicPort(HXSymbolicPort& symbolicPort) {
+  const detail::Operation operation(inForce());
+  const Ref<HXGroup> kept(this);
+  const Ref<HXSymbolicPort> keptPort(&symbolicPort);
+  const auto isPublished = [&] {
+    return inForce().symbolicInputPortsInForce().contains(&symbolicPort) ||
+           inForce().symbolicOutputPortsInForce().contains(&symbolicPort);
+  };
+  if (!isPublished()) return;
+  if (HXPort* inner = symbolicPort.port(); inner && inner->symbolicPort() == &symbolicPort) {
+    return removeSymbolicPortForPort(inner);
+  }
+  if (const Ref<HXNode> owner{inForce().node()}; owner && symbolicPort.symbolicPort()) {
+    const Ref<HXGroup> outer(owner->parentGroup());
+    if (outer) outer->removeSymbolicPortForPort(&symbolicPort);
+  }
+  if (!isPublished()) return;  // an observer ended it already
+  inForce().removePublication(symbolicPort);
+  // No inner port can be told of, so the group's node is told of the published one alone.
+  if (const Ref<HXNode> owner{inForce().node()}) {
+    owner->symbolicPortNameWasRemoved(symbolicPort, symbolicPort);
+  }
+}
+
 void HXGroup::unpublish(HXPort& port, HXSymbolicPort& symbolicPort) {
   const Ref<HXGroup> kept(this);
   const Ref<HXPort> resolved(symbolicPort.resolvedPort());

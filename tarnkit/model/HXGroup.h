@@ -116,6 +116,10 @@ class HXGroup : public Object {
   /// Ends the publication of the port here and at every level above, and every connection of the
   /// port that it resolves to. A port that is null or not published is ignored.
   void removeSymbolicPortForPort(HXPort* port);
+  /// The same for a published port, whose inner port may be gone, or know of another publication
+  /// only; then it ends here and at the levels above, and breaks no connection of another port. One
+  /// that this group does not publish is ignored.
+  void removeSymbolicPort(HXSymbolicPort& symbolicPort);
   /// Publishes again under a symbolic port that was removed: the same object, with its name, of
   /// this group's node. One whose inner port is gone is ignored; one whose inner port is neither
   /// input nor output stands on neither side.

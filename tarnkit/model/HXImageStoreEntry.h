@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "tarnkit/platform/coding/Coder.h"
 #include "tarnkit/platform/images/Image.h"
 #include "tarnkit/platform/objects/Object.h"
@@ -22,6 +24,14 @@ class HXImageStoreEntry final : public Object {
   /// Whether there is anything in the picture that a file could hold.
   static bool canBeWritten(const Image& image) noexcept {
     return image.width() != 0 && image.height() != 0;
+  }
+
+  /// Whether a file can have the key as its name, as on the device; a document from elsewhere may
+  /// hold any key.
+  static bool canNameFile(const String& key) noexcept {
+    const auto text = key.view();
+    return !text.empty() && text.find('/') == std::string_view::npos &&
+           text.find('\0') == std::string_view::npos;
   }
 
   /// In the device's vocabulary the image is PNG data. An empty picture is written as none.

@@ -22,20 +22,21 @@ void DocumentOptions::addTo(CLI::App& command) {
 }
 
 DocumentInput openDocument(std::string_view what, const DocumentOptions& options,
-                           const PropertyList& list) {
+                           const PropertyList& list, std::vector<HXNodeLosses>* losses) {
   DocumentInput input;
   input.codingType = options.codingType ? *options.codingType : HXDocumentFile::codingTypeOf(list);
-  auto document = HXDocumentFile::document(list, input.codingType);
+  auto document = HXDocumentFile::document(list, input.codingType, losses);
   if (!document) failWithFile(what, options.file, document.status());
   input.document = *std::move(document);
   return input;
 }
 
-DocumentInput openDocument(std::string_view what, const DocumentOptions& options) {
+DocumentInput openDocument(std::string_view what, const DocumentOptions& options,
+                           std::vector<HXNodeLosses>* losses) {
   const auto bytes = readFile(what, options.file);
   const auto list = PropertyListReader::read(bytes);
   if (!list) failWithFile(what, options.file, list.status());
-  return openDocument(what, options, *list);
+  return openDocument(what, options, *list, losses);
 }
 
 void requireShape(std::string_view what, const std::string& path, const HXDocument& document) {

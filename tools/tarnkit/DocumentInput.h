@@ -4,8 +4,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tarnkit/model/HXDocument.h"
+#include "tarnkit/model/HXNodeReport.h"
 
 namespace CLI {
 class App;
@@ -34,12 +36,14 @@ struct DocumentInput {
 
 /// Opens an editor document out of a file or standard input; `what` is the command. Without a
 /// coding type it is read as it was written: with the unique keys of the file when it holds any
-/// (3), otherwise with fresh ones (0). Throws CommandFailure.
-DocumentInput openDocument(std::string_view what, const DocumentOptions& options);
+/// (3), otherwise with fresh ones (0). What nodes lost is handed out in `losses`. Throws
+/// CommandFailure.
+DocumentInput openDocument(std::string_view what, const DocumentOptions& options,
+                           std::vector<HXNodeLosses>* losses = nullptr);
 
 /// The same of a property list that was read already.
 DocumentInput openDocument(std::string_view what, const DocumentOptions& options,
-                           const PropertyList& list);
+                           const PropertyList& list, std::vector<HXNodeLosses>* losses = nullptr);
 
 /// Throws CommandFailure when the document is nested too deep for its shape to be written.
 void requireShape(std::string_view what, const std::string& path, const HXDocument& document);

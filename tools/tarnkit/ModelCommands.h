@@ -22,5 +22,11 @@ void addInspectCommand(CLI::App& app);
 void addRenderCommand(CLI::App& app);
 /// `tarnkit reference`: writes the patch reference as HTML pages.
 void addReferenceCommand(CLI::App& app);
+/// `tarnkit check`: tells what is wrong in documents.
+void addCheckCommand(CLI::App& app);
+/// `tarnkit find`: finds nodes and ports in documents.
+void addFindCommand(CLI::App& app);
+/// `tarnkit images`: writes the images of a document as PNG files.
+void addImagesCommand(CLI::App& app);
 
 }  // namespace tarnkit::tool

@@ -35,6 +35,11 @@ void writeFile(std::string_view what, const std::string& path, ByteSpan bytes) {
 
 void complain(std::string_view text) { Log::line("tarnkit: " + oneLine(text)); }
 
+void endWithTrouble(std::string_view why) {
+  complain(why);
+  throw CommandStatus{2};
+}
+
 std::string oneLine(std::string_view text) { return Log::oneLine(text); }
 
 void failWithFile(std::string_view what, const std::string& path, std::string_view why) {

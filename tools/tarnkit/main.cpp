@@ -59,6 +59,9 @@ void addCommands(CLI::App& program) {
   tool::addInspectCommand(program);
   tool::addRenderCommand(program);
   tool::addReferenceCommand(program);
+  tool::addCheckCommand(program);
+  tool::addFindCommand(program);
+  tool::addImagesCommand(program);
 }
 
 int run(int argc, char** argv) {
@@ -86,6 +89,8 @@ int run(int argc, char** argv) {
   try {
     program.parse(argc, argv);
     return kDone;
+  } catch (const tool::CommandStatus& ended) {
+    return ended.status;
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
       return program.exit(error);  // --help, --version
