@@ -187,7 +187,7 @@ bool HXHistory::redo() { return move(Direction::redoing); }
 bool HXHistory::canExchange(const HXHistoryStep& step) const {
   const HXNode* const document = document_.get();
   for (const HXChange& change : step.changes()) {
-    const auto* const node = change.subnode();
+    const auto* const node = change.comingSubnode();
     const Object* const group = node ? node->parentGroup() : nullptr;
     if (!group || change.table().object == group) continue;
     const HXNode* root = node;

@@ -117,6 +117,10 @@ HXChangeList HXHistoryStep::takeWhatCancelsOut() {
     if (!open.empty() && (open.size() != 1 || !open[0]->isNeutral())) continue;
     goes.insert(table.members.begin(), table.members.end());
   }
+  // What stays may concern what stands below a node that came and went, or the other way round.
+  if (goes.size() != changes_.count()) {
+    std::erase_if(goes, [](const HXChange* change) { return change->movesSubnodes(); });
+  }
   HXChangeList gone;
   if (goes.empty()) return gone;
   HXChangeList all = takeAll();

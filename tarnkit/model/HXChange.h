@@ -57,8 +57,13 @@ class HXChange {
   /// taken this one back.
   virtual bool isUndoneBy(const HXChange&) const { return false; }
 
-  /// The node that comes to a group, or leaves one; null for another change.
+  /// Whether a node comes to a group, or leaves one.
+  bool movesSubnodes() const noexcept { return kind_.movesSubnodes; }
+  /// That node, as long as it is in the group or held; otherwise, and for another change, null.
   HXNode* subnode() const noexcept { return kind_.movesSubnodes ? movedSubnode() : nullptr; }
+  /// The node that exchanging brings to a group; null when it takes one out, and for another
+  /// change.
+  HXNode* comingSubnode() const noexcept { return kind_.movesSubnodes ? heldSubnode() : nullptr; }
 
   /// What holding the change costs, roughly, without the objects that the document has as well.
   virtual std::size_t byteCount() const noexcept = 0;
@@ -79,6 +84,7 @@ class HXChange {
 
   /// Of a kind that moves subnodes.
   virtual HXNode* movedSubnode() const noexcept { return nullptr; }
+  virtual HXNode* heldSubnode() const noexcept { return nullptr; }
 
  private:
   friend class HXChangeList;

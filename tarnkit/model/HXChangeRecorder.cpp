@@ -41,15 +41,16 @@ void HXChangeRecorder::endRecording(HXDocument& document) noexcept {
 
 void HXChangeRecorder::mark(HXNode& node) noexcept { node.mayBeRecorded_ = true; }
 
+const HXNode* HXChangeRecorder::holderOf(const HXNode& node) noexcept {
+  const HXGroup* const group = node.parentGroup_.get();
+  return group ? group->presentOrFormerNode() : nullptr;
+}
+
 // Asked for every change, and of fresh nodes most of the time.
 HXChangeRecorder* HXChangeRecorder::of(const HXNode* node) {
   if (!node) return nullptr;
   const HXNode* root = node;
-  while (const HXGroup* group = root->parentGroup_.get()) {
-    const HXNode* const enclosing = group->node();
-    if (!enclosing) break;
-    root = enclosing;
-  }
+  while (const HXNode* const holder = holderOf(*root)) root = holder;
   if (!root->mayBeRecorded_) return nullptr;
   if (const auto* document = as<HXDocument>(root)) return document->recorder_;
   const auto found = std::find_if(recorders().begin(), recorders().end(),

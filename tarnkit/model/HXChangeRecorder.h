@@ -37,6 +37,10 @@ class HXChangeRecorder : public Object {
   virtual void operationDidEnd() = 0;
 
  protected:
+  /// The node that encloses the node, or would if the group that the node stands in had not been
+  /// replaced: what a group took along that was dropped comes back with it. Null at the top.
+  static const HXNode* holderOf(const HXNode& node) noexcept;
+
   HXChangeRecorder();
   ~HXChangeRecorder() override;
   /// A document has one recorder at most (std::logic_error).

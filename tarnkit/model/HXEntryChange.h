@@ -157,6 +157,10 @@ class EntryChange final : public HXChange {
     }
     return nullptr;
   }
+  HXNode* heldSubnode() const noexcept override {
+    if constexpr (Table::kHoldsSubnodes) return Table::subnode(held());
+    return nullptr;
+  }
   bool samePlace(const decltype(Entries::place(std::declval<typename Table::Collection&>(),
                                                std::declval<const Key&>()))& other) const {
     return place_.neighbour == other.neighbour && place_.follows == other.follows;

@@ -213,21 +213,23 @@ void HXGroup::addNode(HXNode& node) {
   const Ref<HXNode> kept(&node);
   if (!here->mayHold(node)) return;
   // Whoever observes what happens before the node is added may put it, this group, or another node
-  // of its key somewhere else.
-  const auto isHeld = [&node] {
+  // of its key somewhere else, or take the group away.
+  const bool isOwned = here->owner();
+  const auto isSettled = [&] {
     const auto* group = node.parentGroup();
-    return group && group->subnodeForKey(node.uniqueKey()) == &node;
+    return (group && group->subnodeForKey(node.uniqueKey()) == &node) ||
+           (isOwned && !here->inForce().owner());
   };
   if (const Ref<HXGroup> parent{node.parentGroup()}) {
     parent->removeNode(&node);
-    if (isHeld() || !here->inForce().mayHold(node)) return;
+    if (isSettled() || !here->inForce().mayHold(node)) return;
   }
   const Ref<HXNode> displaced(here->inForce().subnodeForKey(node.uniqueKey()));
   if (displaced) {
     Log::warning("HXGroup", fmt::format("Replacing the node {} by another one that has its key.",
                                         node.uniqueKey().view()));
     here->inForce().displace(*displaced);
-    if (isHeld() || !here->inForce().mayHold(node)) return;
+    if (isSettled() || !here->inForce().mayHold(node)) return;
     if (here->inForce().subnodeForKey(node.uniqueKey())) return;
   }
   const Ref<HXGroup> target(&here->inForce());
@@ -393,8 +395,12 @@ void HXGroup::hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort) {
   if (symbolicPort.port() != &toPort) return;  // an observer gave it another port
   const Ref<HXGroup> kept(this);
   const Ref<HXPort> keptPort(&toPort);
+  const bool isOwned = inForce().owner();
   toPort.linkSymbolicPort(&symbolicPort, PassKey<HXGroup>());
   if (toPort.symbolicPort() != &symbolicPort) return;  // an observer ended it, or published anew
+  if (isOwned && !inForce().owner()) {                 // an observer took the group away
+    return toPort.linkSymbolicPort(nullptr, PassKey<HXGroup>());
+  }
   if (symbolicPorts_.isSide(toPort.orientation())) {
     inForce().insertPublication(toPort.orientation(), symbolicPort);
   }

@@ -53,6 +53,11 @@ class HXGroup : public Object {
   const String& uniqueKey() const noexcept { return uniqueKey_; }
   /// The node whose subnode group this is; null while none is.
   HXNode* node() const noexcept { return node_.get(); }
+  /// The same; of a group that another one has replaced, the node whose group it was.
+  HXNode* presentOrFormerNode() const noexcept {
+    auto* const node = node_.get();
+    return node ? node : formerNode_.get();
+  }
   /// Leaves alone, with one line logged, a group that its node holds: the node drops or replaces
   /// it.
   void setNode(HXNode* node);
