@@ -137,6 +137,7 @@ void HXNodeSync::hx_syncPortsWithPatch() {
           port->connectionRelationship() != description.connectionRelationship()) {
         port = make<HXPatchPort>(&node_, description.orientation(),
                                  description.connectionRelationship());
+        if (added.empty()) added.reserve(descriptions.size());
         added.push_back(port);
       }
       port->linkPatchPort(entry.value, {});
