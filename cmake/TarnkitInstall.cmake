@@ -21,7 +21,7 @@ install(FILES "${PROJECT_BINARY_DIR}/tarnkitConfig.cmake"
 # pkg-config has no notion of a floor: each file lists the archives in linking order.
 set(TARNKIT_PC_MATH_LIBS "")
 set(TARNKIT_PC_LIBS "")
-foreach(room render compare editing model patches archive images math foundation platform)
+foreach(room render compare text editing model patches archive images math foundation platform)
   get_target_property(type tarnkit_${room} TYPE)
   if(type STREQUAL "STATIC_LIBRARY")
     string(APPEND TARNKIT_PC_LIBS " -ltarnkit_${room}")

@@ -119,6 +119,12 @@ void HXNode::setInspectorPanel(std::uint64_t panel) {
   storeInspectorPanel(panel);
 }
 
+void HXNode::setComment(String comment) {
+  if (comment == comment_) return;
+  const detail::Operation operation(*this);
+  storeComment(std::move(comment));
+}
+
 void HXNode::announceName() {
   detail::announce(HXNodeNameDidChangeNotification, *this, *this,
                    {{HXNodeInfo, this}, {HXNameInfo, name_.object().get()}});

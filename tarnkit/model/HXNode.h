@@ -83,6 +83,10 @@ class HXNode : public HXRNodeOwner {
   /// The index of the inspector panel that the editor showed last; setting it announces nothing.
   std::uint64_t inspectorPanel() const noexcept { return inspectorPanel_; }
   void setInspectorPanel(std::uint64_t panel);
+  /// What somebody has noted about the node, for other people; nil for nothing. Nobody acts on it
+  /// and setting it announces nothing; archives hold it only where there is one.
+  const String& comment() const noexcept { return comment_; }
+  void setComment(String comment);
   /// The view colour for a node with a subview group, otherwise the patch class's colour.
   RGBA defaultColor() const;
 
@@ -162,6 +166,11 @@ class HXNode : public HXRNodeOwner {
   std::vector<Ref<HXPortGroup>> outputPortGroups() const { return portGroups(HXOrientationOutput); }
   /// None for another orientation than input and output.
   std::vector<Ref<HXPortGroup>> portGroups(std::int32_t orientation) const;
+  /// The groups of a side by key, those that its collection leaves out too; for reading by who
+  /// changes neither the node nor its definition meanwhile.
+  const OrderedMap<Ref<HXPortGroup>>& portGroupsInForce(std::int32_t orientation) const noexcept {
+    return sides_[orientation].groups;
+  }
   /// The node's own ports, hidden ones too, by unique key, as a copy of the caller's own.
   OrderedMap<Ref<HXPatchPort>> portsByUniqueKey() const;
   /// The same, for reading by who changes neither the node nor its definition meanwhile.
@@ -195,6 +204,8 @@ class HXNode : public HXRNodeOwner {
   /// Key to parameter, in order, as a copy of the caller's own: it stays as it is whatever happens
   /// to the node, and the other way round. Parameters that the definition no longer has are kept.
   OrderedMap<Ref<HXParameter>> parameters() const;
+  /// The same, for reading by who changes neither the node nor its definition meanwhile.
+  const OrderedMap<Ref<HXParameter>>& parametersInForce() const noexcept { return parameters_; }
   HXParameter* parameterForKey(const String& key) const;
   /// Told by a parameter whose value has changed; passes it on to the definition.
   void parameterDidChange(HXParameter& parameter);
@@ -301,6 +312,7 @@ class HXNode : public HXRNodeOwner {
   void storePosition(HXPoint position);
   void storeSelected(bool selected);
   void storeInspectorPanel(std::uint64_t panel);
+  void storeComment(String comment);
   void storeForceAllowsSubnodes(bool force);
   void storeParentGroup(HXGroup* group);
   /// Becomes the group's node.
@@ -320,6 +332,7 @@ class HXNode : public HXRNodeOwner {
 
   String uniqueKey_;
   String name_;
+  String comment_;
   BySide<Side> sides_;
   OrderedMap<Ref<HXPatchPort>> portsByUniqueKey_;
   OrderedMap<Ref<HXParameter>> parameters_;

@@ -27,6 +27,7 @@ constinit const Symbol kPositionX{"HXNode.position.x"};
 constinit const Symbol kPositionY{"HXNode.position.y"};
 constinit const Symbol kInspectorPanel{"HXNode.inspectorPanel"};
 constinit const Symbol kSelected{"HXNode.selected"};
+constinit const Symbol kComment{"HXNode.comment"};
 constinit const BySide<Symbol> kPortGroupCollection{
     {Symbol{"HXNode.inputPortGroupCollection"}, Symbol{"HXNode.outputPortGroupCollection"}}};
 constinit const BySide<Symbol> kPortGroupsByKey{
@@ -81,6 +82,7 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
     coder.encodeMap(portsByUniqueKey_, kPortsByUniqueKey);
     encodeParameters(parameters_, coder, kParameters);
     coder.encodeMap(parameters_, kParametersByUniqueKey);
+    coder.encodeString(comment_, kComment);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(deviceClassName(), isa());
     coder.encodeString(uniqueKey_, kDeviceUniqueKey);
@@ -119,6 +121,7 @@ void HXNode::initWithCoder(Decoder& coder) {
         [&](const String& key, auto& group) { side.groups.set(key, group); });
   }
   decodeParameters(coder);
+  comment_ = coder.decodeString(kComment);
   coder.decodeEachEntry<HXPatchPort>(
       kPortsByUniqueKey, [&](const String& key, auto& port) { portsByUniqueKey_.set(key, port); });
 }

@@ -66,6 +66,12 @@ struct HXNodeFields {
     static std::uint64_t get(const HXNode& node) { return node.inspectorPanel_; }
     static void set(HXNode& node, std::uint64_t panel) { node.inspectorPanel_ = panel; }
   };
+  struct Comment : FieldOf<HXNode> {
+    static constexpr const char* kName = "comment";
+    static constexpr bool kIsSimple = true;
+    static String get(const HXNode& node) { return node.comment_; }
+    static void set(HXNode& node, String comment) { node.comment_ = std::move(comment); }
+  };
   struct ForceAllowsSubnodes : FieldOf<HXNode> {
     static constexpr const char* kName = "forceAllowsSubnodes";
     static bool get(const HXNode& node) { return node.forceAllowsSubnodes_; }
@@ -253,6 +259,11 @@ void HXNode::storeSelected(bool selected) {
 void HXNode::storeInspectorPanel(std::uint64_t panel) {
   willSet<HXNodeFields::InspectorPanel>(*this);
   inspectorPanel_ = panel;
+}
+
+void HXNode::storeComment(String comment) {
+  willSet<HXNodeFields::Comment>(*this);
+  comment_ = std::move(comment);
 }
 
 void HXNode::storeForceAllowsSubnodes(bool force) {

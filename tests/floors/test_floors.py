@@ -18,10 +18,11 @@ FLOORS = {
     "patches": {"platform", "foundation", "archive", "math"},
     "model": {"platform", "images", "foundation", "archive", "math", "patches"},
     "editing": {"platform", "images", "foundation", "archive", "math", "patches", "model"},
+    "text": {"platform", "images", "foundation", "archive", "math", "patches", "model"},
     "compare": {"platform", "images", "foundation", "archive", "math", "patches", "model",
-                "editing"},
+                "editing", "text"},
     "render": {"platform", "images", "foundation", "archive", "math", "patches", "model",
-               "editing", "compare"},
+               "editing", "text", "compare"},
 }
 # The shelves of the platform, and what the headers on each may include beside their own. Sources may
 # look further: an object describes itself by a string, and a string is an object.

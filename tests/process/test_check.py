@@ -195,10 +195,13 @@ class CheckTest(CheckedDocuments):
             return [plain(inner) for inner in value] if isinstance(value, list) else value
         path.write_bytes(plistlib.dumps(plain(plistlib.loads(path.read_bytes())),
                                         fmt=plistlib.FMT_XML))
-        before = path.read_bytes()
-        _, errors = self.host("check", path, "--fix", status=2)
-        self.assertIn("binary form", self.one_line(errors))
-        self.assertEqual(path.read_bytes(), before)
+        text = path.with_suffix(".json")
+        self.host("save", self.broken(), "-o", text)
+        for file, beginning in ((path, b"<?xml"), (text, b"{")):
+            fixed = self.json(file, "--fix", status=1)["files"][0]["fixed"]
+            self.assertEqual([f["code"] for f in fixed], ["group-empty", "image-unused"])
+            self.assertTrue(file.read_bytes().startswith(beginning))
+            self.assertEqual(self.json(file, "--fix", status=1)["files"][0]["fixed"], [])
 
     @unittest.skipUnless(PLUGIN, "no plug-in was built")
     def test_patches_of_plug_ins(self):

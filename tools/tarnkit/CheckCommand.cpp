@@ -7,10 +7,10 @@
 #include "tarnkit/compare/HXDocumentCheck.h"
 #include "tarnkit/compare/HXDocumentRepair.h"
 #include "tarnkit/compare/HXOpeningRecord.h"
-#include "tarnkit/model/HXDocumentFile.h"
 #include "tools/tarnkit/CheckOutput.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/DocumentInput.h"
+#include "tools/tarnkit/DocumentOutput.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/Progress.h"
@@ -51,12 +51,6 @@ bool hasLosses(const HXOpeningRecord& opening) {
   });
 }
 
-bool isBinary(const std::string& file) {
-  constexpr std::string_view kMagic = "bplist";
-  const auto bytes = readFile("check", file);
-  return bytes.size() >= kMagic.size() && std::equal(kMagic.begin(), kMagic.end(), bytes.begin());
-}
-
 // Writes the file again as it was, when something was answered. What opening it lost is still in
 // the file and would be gone from it, so such a file is left alone.
 void fix(CheckedFile& checked, const DocumentInput& input, const HXOpeningRecord& opening,
@@ -68,12 +62,8 @@ void fix(CheckedFile& checked, const DocumentInput& input, const HXOpeningRecord
   }
   auto answered = HXDocumentRepair::repair(*input.document, wanted);
   if (answered.empty()) return;
-  if (!isBinary(checked.file)) {
-    failWithFile("check", checked.file, "only files of the binary form are fixed; save it as one");
-  }
-  const auto bytes = HXDocumentFile::dataWithDocument(*input.document, input.codingType);
-  if (!bytes) failWithFile("check", checked.file, bytes.status());
-  writeFile("check", checked.file, *bytes);
+  writeFile("check", checked.file,
+            documentBytes("check", checked.file, *input.document, input.form, input.codingType));
   checked.fixed = std::move(answered);
 }
 

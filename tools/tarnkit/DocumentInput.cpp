@@ -1,9 +1,12 @@
 #include "tools/tarnkit/DocumentInput.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/platform/propertylist/PropertyListReader.h"
+#include "tarnkit/platform/system/File.h"
+#include "tarnkit/text/HXTextFile.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/Shapes.h"
@@ -33,10 +36,37 @@ DocumentInput openDocument(std::string_view what, const DocumentOptions& options
 
 DocumentInput openDocument(std::string_view what, const DocumentOptions& options,
                            std::vector<HXNodeLosses>* losses) {
-  const auto bytes = readFile(what, options.file);
+  return openDocument(what, options, readFile(what, options.file), losses);
+}
+
+DocumentForm formOf(ByteSpan bytes) noexcept {
+  constexpr std::string_view kBinary = "bplist";
+  if (HXTextFile::isText(bytes)) return DocumentForm::text;
+  const bool isBinary =
+      bytes.size() >= kBinary.size() && std::equal(kBinary.begin(), kBinary.end(), bytes.begin());
+  return isBinary ? DocumentForm::binary : DocumentForm::xml;
+}
+
+DocumentInput openDocument(std::string_view what, const DocumentOptions& options, ByteSpan bytes,
+                           std::vector<HXNodeLosses>* losses) {
+  const DocumentForm form = formOf(bytes);
+  if (form == DocumentForm::text) {
+    DocumentInput input;
+    input.form = form;
+    input.codingType = options.codingType.value_or(HXCodingTypeEditorWithKeys);
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const bool isFile = options.file != kStandardStream;
+    auto document = HXTextFile::document(
+        text, input.codingType, isFile ? File::directoryOf(options.file) : std::string(), losses);
+    if (!document) failWithFile(what, options.file, document.status());
+    input.document = *std::move(document);
+    return input;
+  }
   const auto list = PropertyListReader::read(bytes);
   if (!list) failWithFile(what, options.file, list.status());
-  return openDocument(what, options, *list, losses);
+  auto input = openDocument(what, options, *list, losses);
+  input.form = form;
+  return input;
 }
 
 void requireShape(std::string_view what, const std::string& path, const HXDocument& document) {

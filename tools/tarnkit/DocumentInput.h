@@ -8,6 +8,7 @@
 
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXNodeReport.h"
+#include "tarnkit/platform/objects/Data.h"
 
 namespace CLI {
 class App;
@@ -27,18 +28,29 @@ struct DocumentOptions {
   void addTo(CLI::App& command);
 };
 
+/// The forms of an editor document as a file.
+enum class DocumentForm : std::uint8_t { binary, xml, text };
+/// Told by the first bytes.
+DocumentForm formOf(ByteSpan bytes) noexcept;
+
 /// A document that a command opened.
 struct DocumentInput {
   Ref<HXDocument> document;
+  /// The form in which it was read; of a property list that was read already, the binary one.
+  DocumentForm form = DocumentForm::binary;
   /// The coding type under which it was read.
   std::int32_t codingType = 0;
 };
 
-/// Opens an editor document out of a file or standard input; `what` is the command. Without a
-/// coding type it is read as it was written: with the unique keys of the file when it holds any
-/// (3), otherwise with fresh ones (0). What nodes lost is handed out in `losses`. Throws
-/// CommandFailure.
+/// Opens an editor document out of a file or standard input, an archive or a text, told apart by
+/// the first bytes; `what` is the command. Without a coding type it is read as it was written: with
+/// the unique keys of the file when it holds any (3), as a text always does, otherwise with fresh
+/// ones (0). What nodes lost is handed out in `losses`. Throws CommandFailure.
 DocumentInput openDocument(std::string_view what, const DocumentOptions& options,
+                           std::vector<HXNodeLosses>* losses = nullptr);
+
+/// The same of the bytes that are in it.
+DocumentInput openDocument(std::string_view what, const DocumentOptions& options, ByteSpan bytes,
                            std::vector<HXNodeLosses>* losses = nullptr);
 
 /// The same of a property list that was read already.

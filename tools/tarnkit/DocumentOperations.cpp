@@ -1,8 +1,11 @@
 #include <fmt/format.h>
 
+#include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXDocumentFile.h"
 #include "tarnkit/patches/PatchRegistry.h"
+#include "tarnkit/platform/system/File.h"
 #include "tarnkit/platform/text/JSONWriter.h"
+#include "tarnkit/text/HXTextFile.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/Operations.h"
@@ -50,8 +53,13 @@ Result documentGraph(Session& session, const Arguments& arguments) {
 
 Result open(Session& session, const Arguments& arguments) {
   const auto name = arguments.optionalText("as");
-  const auto codingType = arguments.integer("codingType", 0);
-  const auto document = required(HXDocumentFile::open(filePath(session, arguments), codingType));
+  const auto path = filePath(session, arguments);
+  const auto bytes = required(File::read(path).at(path));
+  const bool isText = HXTextFile::isText(bytes);
+  // A text calls its nodes by their keys, which are therefore kept unless somebody says otherwise.
+  const auto codingType = arguments.integer("codingType", isText ? HXCodingTypeEditorWithKeys : 0);
+  const auto document = required(isText ? HXTextFile::open(path, codingType)
+                                        : HXDocumentFile::document(bytes, codingType).at(path));
   session.takeDocument(name, document);
   return keysOf(document);
 }
@@ -59,7 +67,14 @@ Result open(Session& session, const Arguments& arguments) {
 Result save(Session& session, const Arguments& arguments) {
   const auto codingType = arguments.integer("codingType", 0);
   const auto path = filePath(session, arguments);
-  require(HXDocumentFile::save(*session.document(), path, codingType));
+  const auto format = arguments.optionalText("format");
+  if (format == "json") {
+    require(HXTextFile::save(*session.document(), path));
+  } else if (format.empty() || format == "binary") {
+    require(HXDocumentFile::save(*session.document(), path, codingType));
+  } else {
+    throw CommandFailure(fmt::format("there is no format \"{}\"", format));
+  }
   return {};
 }
 
@@ -91,7 +106,7 @@ constexpr Operation kOperations[] = {
     {"newDocument", "as?", newDocument},
     {"documentGraph", "class as?", documentGraph},
     {"open", "file codingType? as?", open},
-    {"save", "file codingType?", save},
+    {"save", "file codingType? format?", save},
     {"send", "file", send},
     {"sendImages", "directory", sendImages},
     {"dump", "node?", dump},

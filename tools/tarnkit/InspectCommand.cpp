@@ -7,6 +7,7 @@
 #include "tarnkit/archive/HXArchiveText.h"
 #include "tarnkit/platform/propertylist/PropertyListReader.h"
 #include "tarnkit/platform/text/JSONWriter.h"
+#include "tarnkit/text/HXTextFile.h"
 #include "tools/tarnkit/DocumentInput.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Outline.h"
@@ -49,6 +50,9 @@ void printDocument(const DocumentInput& input, const InspectOptions& options) {
 void inspect(const InspectOptions& options) {
   const Progress progress("inspecting " + options.file);
   const auto bytes = readFile("inspect", options.file);
+  if (HXTextFile::isText(bytes)) {
+    return printDocument(openDocument("inspect", {options.file, std::nullopt}, bytes), options);
+  }
   HXArchiveReader archive;
   if (archive.open(bytes)) return printArchive(archive, options.json);
   const auto list = PropertyListReader::read(bytes);

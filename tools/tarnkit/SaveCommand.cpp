@@ -3,8 +3,10 @@
 #include <optional>
 #include <string>
 
-#include "tarnkit/model/HXDocumentFile.h"
+#include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/text/HXTextFile.h"
 #include "tools/tarnkit/DocumentInput.h"
+#include "tools/tarnkit/DocumentOutput.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/Progress.h"
@@ -17,15 +19,47 @@ struct SaveOptions {
   DocumentOptions document;
   std::string output;
   std::optional<std::int32_t> to;
+  std::string format;
+  std::string images;
 };
+
+DocumentForm formOf(const SaveOptions& options) {
+  const bool isNamed = !options.format.empty();
+  if (isNamed ? options.format == "json" : options.output.ends_with(".json")) {
+    return DocumentForm::text;
+  }
+  if (isNamed ? options.format == "xml" : options.output.ends_with(".xml"))
+    return DocumentForm::xml;
+  return DocumentForm::binary;
+}
+
+// A text has the unique keys of its own, and may have files beside it.
+void checkTextOptions(const SaveOptions& options, DocumentForm form) {
+  if (form != DocumentForm::text) {
+    if (!options.images.empty()) failWithFile("save", options.output, "--images is for texts only");
+    return;
+  }
+  if (options.to && options.to != HXCodingTypeEditorWithKeys) {
+    failWithFile("save", options.output, "a text always keeps unique keys (--to 3)");
+  }
+  if (!options.images.empty() && options.output == kStandardStream) {
+    failWithFile("save", options.output, "--images needs a file beside which they stand");
+  }
+}
 
 void save(const SaveOptions& options) {
   const Progress progress("saving " + options.output);
   const auto input = openDocument("save", options.document);
-  const auto bytes =
-      HXDocumentFile::dataWithDocument(*input.document, options.to.value_or(input.codingType));
-  if (!bytes) failWithFile("save", options.document.file, bytes.status());
-  writeFile("save", options.output, *bytes);
+  const DocumentForm form = formOf(options);
+  checkTextOptions(options, form);
+  if (!options.images.empty()) {
+    const auto status = HXTextFile::save(*input.document, options.output, options.images);
+    if (!status) failWithFile("save", options.output, status);
+    return;
+  }
+  writeFile("save", options.output,
+            documentBytes("save", options.document.file, *input.document, form,
+                          options.to.value_or(input.codingType)));
 }
 
 }  // namespace
@@ -41,6 +75,16 @@ void addSaveCommand(CLI::App& app) {
       ->add_option("--to", options->to,
                    "Write as 0 or 1: without unique keys; 3: with them (default: as it was read)")
       ->type_name("N");
+  command
+      ->add_option("--format", options->format,
+                   "binary, xml or json, a text (default: after the ending of OUT, .xml or .json; "
+                   "otherwise binary)")
+      ->check(CLI::IsMember({"binary", "xml", "json"}))
+      ->type_name("FORMAT");
+  command
+      ->add_option("--images", options->images,
+                   "With a text: write the images as files into this folder, below that of OUT")
+      ->type_name("DIR");
   command->callback([options] { save(*options); });
 }
 

@@ -105,6 +105,12 @@ Status File::write(const std::string& path, ByteSpan bytes) {
   return detail::replaceFile(target, bytes, isThere ? &old : nullptr).at(path);
 }
 
+std::string File::directoryOf(const std::string& path) {
+  const auto slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
 Status File::makeDirectory(const std::string& path) {
   std::error_code failure;
   std::filesystem::create_directories(path, failure);

@@ -41,6 +41,8 @@ class File {
                                                       std::size_t expected = 0);
   static Status writeStream(int descriptor, ByteSpan bytes);
 
+  /// The directory in which the file of that path stands; "." where the path names none.
+  static std::string directoryOf(const std::string& path);
   /// Makes the directory, and those above it, where they are missing.
   static Status makeDirectory(const std::string& path);
 };

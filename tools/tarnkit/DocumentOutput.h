@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "tarnkit/model/HXDocument.h"
+#include "tools/tarnkit/DocumentInput.h"
+
+namespace tarnkit::tool {
+
+/// The document as a file of that form; of an archive under that coding type. `path` is the
+/// document's file, for the sentence. A text holds its images. Throws CommandFailure.
+std::vector<std::uint8_t> documentBytes(std::string_view what, const std::string& path,
+                                        const HXDocument& document, DocumentForm form,
+                                        std::int32_t codingType);
+
+}  // namespace tarnkit::tool
