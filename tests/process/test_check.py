@@ -196,7 +196,7 @@ class CheckTest(CheckedDocuments):
         path.write_bytes(plistlib.dumps(plain(plistlib.loads(path.read_bytes())),
                                         fmt=plistlib.FMT_XML))
         text = path.with_suffix(".json")
-        self.host("save", self.broken(), "-o", text)
+        self.host("save", self.broken("other.document"), "-o", text)
         for file, beginning in ((path, b"<?xml"), (text, b"{")):
             fixed = self.json(file, "--fix", status=1)["files"][0]["fixed"]
             self.assertEqual([f["code"] for f in fixed], ["group-empty", "image-unused"])
