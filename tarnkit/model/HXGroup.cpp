@@ -336,6 +336,46 @@ void HXGroup::withdraw(const std::vector<Ref<HXPort>>& ports) {
   }
 }
 
+void HXGroup::arrangeSubnodes(const std::vector<Ref<HXNode>>& order) {
+  HXGroup& here = inForce();
+  const detail::Operation operation(here);
+  std::vector<Ref<HXNode>> arranged;
+  std::unordered_set<const HXNode*> taken;
+  for (const auto& node : order) {
+    if (node && here.subnodeForKey(node->uniqueKey()) == node.get() &&
+        taken.insert(node.get()).second) {
+      arranged.push_back(node);
+    }
+  }
+  for (const auto& entry : here.subnodes_) {
+    if (taken.insert(entry.value.get()).second) arranged.push_back(entry.value);
+  }
+  if (arranged != here.subnodes()) here.storeOrder(arranged);
+}
+
+// The port groups of the owner show the ports in the order in which they are published.
+void HXGroup::arrangePublications(std::int32_t orientation,
+                                  const std::vector<Ref<HXSymbolicPort>>& order) {
+  HXGroup& here = inForce();
+  if (!symbolicPorts_.isSide(orientation)) return;
+  const detail::Operation operation(here);
+  const OrderedSet& present = *here.symbolicPorts_[orientation];
+  std::vector<Ref<Object>> arranged;
+  std::unordered_set<const Object*> taken;
+  for (const auto& port : order) {
+    if (port && present.contains(port.get()) && taken.insert(port.get()).second) {
+      arranged.emplace_back(port.get());
+    }
+  }
+  for (const auto& port : present) {
+    if (taken.insert(port.get()).second) arranged.push_back(port);
+  }
+  if (std::equal(arranged.begin(), arranged.end(), present.begin(), present.end())) return;
+  const Ref<HXSymbolicPort> first = as<HXSymbolicPort>(arranged.front());
+  here.storeOrder(orientation, std::move(arranged));
+  if (const Ref<HXNode> owner{here.owner()}) owner->symbolicPortNameDidChange(*first);
+}
+
 bool HXGroup::hasViewNode() const {
   for (const auto& entry : subnodes_) {
     if (entry.value->shouldBeTreatedAsViewNode()) return true;

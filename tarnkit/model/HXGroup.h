@@ -96,6 +96,10 @@ class HXGroup : public Object {
   /// Unpublishes and disconnects every port of the node and takes it out. A node that is not in the
   /// group is ignored.
   void removeNode(HXNode* node);
+  /// Puts the subnodes into the order given; those that are not named come after them, in the order
+  /// that they have. Others than subnodes are passed over. Announces nothing, as no node comes or
+  /// goes. Linear.
+  void arrangeSubnodes(const std::vector<Ref<HXNode>>& order);
   /// Told by a subnode that may have become, or ceased to be, a view node.
   void subnodeViewTypeDidChange(HXNode& node);
 
@@ -129,6 +133,9 @@ class HXGroup : public Object {
   /// this group's node. One whose inner port is gone is ignored; one whose inner port is neither
   /// input nor output stands on neither side.
   void restoreSymbolicPort(HXSymbolicPort& symbolicPort);
+
+  /// Puts the published ports of one side into the order given, as `arrangeSubnodes` does.
+  void arrangePublications(std::int32_t orientation, const std::vector<Ref<HXSymbolicPort>>& order);
 
   bool isOpaque() const noexcept { return opaque_; }
   void setOpaque(bool opaque) { storeOpaque(opaque); }
@@ -207,6 +214,8 @@ class HXGroup : public Object {
   /// The change of the node's entry was exchanged.
   void relink(HXNode& node, bool came);
   void storePublications(std::int32_t orientation, const OrderedSet& symbolicPorts);
+  void storeOrder(const std::vector<Ref<HXNode>>& subnodes);
+  void storeOrder(std::int32_t orientation, std::vector<Ref<Object>> symbolicPorts);
   void storeOpaque(bool opaque);
   void storeCanvasCenter(HXPoint center);
 

@@ -19,6 +19,8 @@ using detail::willSet;
 using Order = HXChangeNotices::Order;
 
 struct HXGroupFields {
+  template <std::int32_t orientation>
+  struct PublicationOrder;
   struct Opaque : FieldOf<HXGroup> {
     static constexpr const char* kName = "opaque";
     static bool get(const HXGroup& group) { return group.opaque_; }
@@ -54,6 +56,19 @@ struct HXGroupFields {
                         });
     }
   };
+  // The same subnodes in another order.
+  struct SubnodeOrder : FieldOf<HXGroup> {
+    static constexpr const char* kName = "subnodeOrder";
+    static constexpr const char* kTable = Subnode::kName;
+    static std::vector<Ref<HXNode>> get(const HXGroup& group) { return group.subnodes(); }
+    static void set(HXGroup& group, const std::vector<Ref<HXNode>>& order) {
+      OrderedMap<Ref<HXNode>> subnodes;
+      subnodes.reserve(group.subnodes_.size());
+      for (const auto& node : order) subnodes.set(node->uniqueKey(), node);
+      assert(subnodes.size() == group.subnodes_.size());
+      std::swap(group.subnodes_, subnodes);
+    }
+  };
   template <std::int32_t orientation>
   struct Publication : TableOf<HXGroup, OrderedSet> {
     static constexpr const char* kName =
@@ -78,6 +93,22 @@ struct HXGroupFields {
 };
 
 void HXGroup::relink(HXNode& node, bool came) { node.followEntry(*this, came, {}); }
+template <std::int32_t orientation>
+struct HXGroupFields::PublicationOrder : FieldOf<HXGroup> {
+  static constexpr const char* kName =
+      orientation == HXOrientationInput ? "publishedInputOrder" : "publishedOutputOrder";
+  static constexpr const char* kTable = Publication<orientation>::kName;
+  static std::vector<Ref<Object>> get(const HXGroup& group) {
+    const OrderedSet& ports = *group.symbolicPorts_[orientation];
+    return {ports.begin(), ports.end()};
+  }
+  static void set(HXGroup& group, const std::vector<Ref<Object>>& order) {
+    auto ports = make<OrderedSet>();
+    for (const auto& port : order) ports->add(port);
+    assert(ports->count() == group.symbolicPorts_[orientation]->count());
+    group.symbolicPorts_[orientation] = ports;
+  }
+};
 
 void HXGroup::insertSubnode(const Ref<HXNode>& node) {
   assert(node->parentGroup() == this && !subnodes_.contains(node->uniqueKey()));
@@ -119,6 +150,21 @@ void HXGroup::removePublication(const HXSymbolicPort& symbolicPort) {
 // As all subnodes.
 void HXGroup::storePublications(std::int32_t orientation, const OrderedSet& symbolicPorts) {
   symbolicPorts_[orientation] = make<OrderedSet>(symbolicPorts);
+}
+
+void HXGroup::storeOrder(const std::vector<Ref<HXNode>>& subnodes) {
+  willSet<HXGroupFields::SubnodeOrder>(*this);
+  HXGroupFields::SubnodeOrder::set(*this, subnodes);
+}
+
+void HXGroup::storeOrder(std::int32_t orientation, std::vector<Ref<Object>> symbolicPorts) {
+  if (orientation == HXOrientationInput) {
+    willSet<HXGroupFields::PublicationOrder<HXOrientationInput>>(*this);
+    HXGroupFields::PublicationOrder<HXOrientationInput>::set(*this, symbolicPorts);
+  } else {
+    willSet<HXGroupFields::PublicationOrder<HXOrientationOutput>>(*this);
+    HXGroupFields::PublicationOrder<HXOrientationOutput>::set(*this, symbolicPorts);
+  }
 }
 
 void HXGroup::storeOpaque(bool opaque) {

@@ -65,6 +65,19 @@ struct HXPatchPortFields {
                         [document, kept](bool here) { document->announceConnection(*kept, here); });
     }
   };
+  // The same connections in another order.
+  struct ConnectionOrder : detail::FieldOf<HXPatchPort> {
+    static constexpr const char* kName = "connectionOrder";
+    static constexpr const char* kTable = Connection::kName;
+    static std::vector<Ref<HXConnection>> get(const HXPatchPort& port) {
+      return port.connections_.toVector();
+    }
+    static void set(HXPatchPort& port, const std::vector<Ref<HXConnection>>& order) {
+      HXConnectionSet connections;
+      for (const auto& connection : order) connections.add(*connection);
+      port.connections_ = connections;
+    }
+  };
 };
 
 HXPatchPort::HXPatchPort(HXNode* node, std::int32_t orientation,
@@ -126,6 +139,19 @@ bool HXPatchPort::takeConnection(HXConnection& connection) {
 }
 
 bool HXPatchPort::dropConnection(HXConnection& connection) { return removeConnection(connection); }
+
+void HXPatchPort::arrangeConnections(const std::vector<Ref<HXConnection>>& order) {
+  const detail::Operation operation(*this);
+  HXConnectionSet arranged;
+  for (const auto& connection : order) {
+    if (connections_.contains(connection.get())) arranged.add(*connection);
+  }
+  connections_.forEach([&](HXConnection& connection) { arranged.add(connection); });
+  const auto connections = arranged.toVector();
+  if (connections == connections_.toVector()) return;
+  detail::willSet<HXPatchPortFields::ConnectionOrder>(*this);
+  HXPatchPortFields::ConnectionOrder::set(*this, connections);
+}
 
 void HXPatchPort::pruneInvalidConnections() {
   const detail::Operation operation(*this);

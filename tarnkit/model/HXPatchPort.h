@@ -46,6 +46,9 @@ class HXPatchPort final : public HXPort {
   bool canConnectToPort(const HXPort* other) const override;
   /// Always while it has no connection; then only when it takes many.
   bool acceptsNewConnections() const override;
+  /// Puts the connections into the order given; those that are not named come after them. Others
+  /// than the port's are passed over. Announces nothing, as none comes or goes. Linear.
+  void arrangeConnections(const std::vector<Ref<HXConnection>>& order);
   void pruneInvalidConnections() override;
   RGBA defaultColor() const override;
 

@@ -118,12 +118,7 @@ void HXReplicatorNode::symbolicPortNameWasAdded(HXPort& port) {
   if (hx_shouldMatchPortWithArrayOutputPort(port)) {
     endArrayOutput(port);  // a port that is published once more is collected once
     const String key(fmt::format("ReplicatorOutput.{}", newUUIDString().view()));
-    // Noted first: whoever observes the rest may end the publication, and with it the array output.
-    detail::willChangeEntry<HXReplicatorNodeFields::ArrayOutput>(*this, keptPort);
-    arrayOutputKeys_.set(keptPort, key);
-    if (patch()) addArrayOutput(*Ref<HXRNode>(patch()), port, key);
-    hx_hideSymbolicOutputPortGroups();
-    if (arrayOutputKeys_.get(&port) != key) return;
+    if (!collect(keptPort, key)) return;
     announceAddedOutput(port, key);
   }
   HXNode::symbolicPortNameWasAdded(port);
@@ -174,6 +169,37 @@ void HXReplicatorNode::endArrayOutput(HXPort& port) {
   if (output) Ref<HXRNode>(patch())->removePort(*output);
   if (key.isNil()) return;
   announceRemovedOutput(key);
+}
+
+void HXReplicatorNode::setArrayOutputs(const IdentityMap<HXPort, String>& keys) {
+  const Ref<HXNode> kept(this);
+  const detail::Operation operation(static_cast<const HXNode&>(*this));
+  std::vector<std::pair<Ref<HXPort>, String>> wanted;
+  for (const auto& entry : keys) {
+    const auto* published = entry.key->symbolicPort();
+    if (published && published->isHeld() && published->node() == this && !entry.value.isNil() &&
+        hx_shouldMatchPortWithArrayOutputPort(*entry.key)) {
+      wanted.emplace_back(entry.key, entry.value);
+    }
+  }
+  const auto present = arrayOutputKeys_;
+  const auto isSame = [](const auto& entry, const std::pair<Ref<HXPort>, String>& other) {
+    return entry.key == other.first && entry.value == other.second;
+  };
+  if (std::equal(present.begin(), present.end(), wanted.begin(), wanted.end(), isSame)) return;
+  for (const auto& entry : present) endArrayOutput(*entry.key);
+  for (const auto& [port, key] : wanted) {
+    if (collect(port, key)) announceAddedOutput(*port, key);
+  }
+}
+
+bool HXReplicatorNode::collect(const Ref<HXPort>& port, const String& key) {
+  // Noted first: whoever observes the rest may end the publication, and with it the array output.
+  detail::willChangeEntry<HXReplicatorNodeFields::ArrayOutput>(*this, port);
+  arrayOutputKeys_.set(port, key);
+  if (patch()) addArrayOutput(*Ref<HXRNode>(patch()), *port, key);
+  hx_hideSymbolicOutputPortGroups();
+  return arrayOutputKeys_.get(port.get()) == key;
 }
 
 void HXReplicatorNode::announceAddedOutput(const HXPort& port, const String& key) {

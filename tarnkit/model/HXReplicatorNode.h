@@ -32,6 +32,12 @@ class HXReplicatorNode final : public HXNode {
     return arrayOutputKeys_;
   }
 
+  /// Has the published inner ports collected by array outputs of those keys, in that order, instead
+  /// of the keys that were drawn when they were published. What is not published by this node, or
+  /// takes one connection only, is passed over; of a port that is not named nothing is collected.
+  /// Where that changes anything the present array outputs end, with what hangs on them.
+  void setArrayOutputs(const IdentityMap<HXPort, String>& keys);
+
   HXPort* collectingPort(const HXPort& port) const override;
   void symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) override;
   void symbolicPortNameWasAdded(HXPort& port) override;
@@ -60,6 +66,8 @@ class HXReplicatorNode final : public HXNode {
   static bool hx_shouldMatchPortWithArrayOutputPort(const HXPort& port);
   Ref<HXRPort> hx_replicatorArrayOutputPortForPort(const HXPort& port) const;
   void addArrayOutput(HXRNode& patch, HXPort& port, const String& key) const;
+  /// Whether it is collected still when all who observe that were told.
+  bool collect(const Ref<HXPort>& port, const String& key);
   /// Takes away the array output that stands for the port, if there is one.
   void endArrayOutput(HXPort& port);
   void hx_hideSymbolicOutputPortGroups();

@@ -5,6 +5,7 @@
 
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXEntryChange.h"
+#include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/platform/collections/MembersOf.h"
 
@@ -27,6 +28,22 @@ struct HXSubviewGroupFields {
     static void addNotices(HXSubviewGroup& group, const Ref<Object>&, const Value*, bool,
                            HXChangeNotices& notices) {
       notices.addValue(group, kName,
+                       [kept = Ref<HXSubviewGroup>(&group)] { kept->announceOrder(); });
+    }
+  };
+  struct AllViews : detail::FieldOf<HXSubviewGroup> {
+    static constexpr const char* kName = "views";
+    static constexpr const char* kTable = View::kName;
+    static std::vector<Ref<Object>> get(const HXSubviewGroup& group) {
+      return {group.subviewNodes_->begin(), group.subviewNodes_->end()};
+    }
+    static void set(HXSubviewGroup& group, const std::vector<Ref<Object>>& order) {
+      group.subviewNodes_->clear();
+      for (const auto& view : order) group.subviewNodes_->add(view);
+    }
+    static void addNotices(HXSubviewGroup& group, const std::vector<Ref<Object>>&,
+                           HXChangeNotices& notices) {
+      notices.addValue(group, View::kName,
                        [kept = Ref<HXSubviewGroup>(&group)] { kept->announceOrder(); });
     }
   };
@@ -77,6 +94,18 @@ void HXSubviewGroup::moveSubviewNode(HXNode& node, std::uint64_t toIndex) {
   const detail::Operation operation(*this);
   moveView(node, static_cast<std::uint32_t>(index),
            static_cast<std::uint32_t>(std::min(toIndex, last)));
+  announceOrder();
+}
+
+void HXSubviewGroup::setSubviewNodes(const std::vector<Ref<HXNode>>& views) {
+  const detail::Operation operation(*this);
+  auto wanted = make<OrderedSet>();
+  for (const auto& view : views) {
+    if (view && subnodeForKey(view->uniqueKey()) == view.get()) wanted->add(view);
+  }
+  if (wanted->isEqual(*subviewNodes_)) return;
+  detail::willSet<HXSubviewGroupFields::AllViews>(*this);
+  HXSubviewGroupFields::AllViews::set(*this, {wanted->begin(), wanted->end()});
   announceOrder();
 }
 

@@ -26,6 +26,10 @@ class HXSubviewGroup final : public HXGroup {
   /// Moves a view node; an index past the end means the end. Another node is ignored.
   void moveSubviewNode(HXNode& node, std::uint64_t toIndex);
 
+  /// Makes these the view nodes, in this order, as a document says that they are: of a node of an
+  /// unknown patch only this tells whether it is one. Others than subnodes are passed over. Linear.
+  void setSubviewNodes(const std::vector<Ref<HXNode>>& views);
+
   const Symbol& processClassName() const override;
   void encodeWithCoder(Encoder& coder) const override;
   void initWithCoder(Decoder& coder) override;

@@ -11,7 +11,7 @@ import unittest
 from host import HOST, HostTest, op
 
 COMMANDS = ("run", "open", "save", "send", "inspect", "catalogue", "eval", "tokens", "parse",
-            "simplify", "rewrite", "math", "render", "reference")
+            "simplify", "rewrite", "math", "render", "reference", "diff", "merge", "git")
 
 
 class CommandLine(HostTest):

@@ -23,6 +23,12 @@ std::vector<std::uint8_t> copyOf(std::string_view text) {
 
 }  // namespace
 
+std::optional<DocumentForm> formOfName(std::string_view path) noexcept {
+  if (path.ends_with(".json")) return DocumentForm::text;
+  if (path.ends_with(".xml")) return DocumentForm::xml;
+  return std::nullopt;
+}
+
 std::vector<std::uint8_t> documentBytes(std::string_view what, const std::string& path,
                                         const HXDocument& document, DocumentForm form,
                                         std::int32_t codingType) {

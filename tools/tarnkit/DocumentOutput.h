@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -8,6 +9,10 @@
 #include "tools/tarnkit/DocumentInput.h"
 
 namespace tarnkit::tool {
+
+/// The form that the ending of a file's name asks for: .json a text, .xml the XML list; none for
+/// another one.
+std::optional<DocumentForm> formOfName(std::string_view path) noexcept;
 
 /// The document as a file of that form; of an archive under that coding type. `path` is the
 /// document's file, for the sentence. A text holds its images. Throws CommandFailure.

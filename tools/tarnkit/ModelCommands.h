@@ -28,5 +28,11 @@ void addCheckCommand(CLI::App& app);
 void addFindCommand(CLI::App& app);
 /// `tarnkit images`: writes the images of a document as PNG files.
 void addImagesCommand(CLI::App& app);
+/// `tarnkit diff`: tells what leads from one document to another.
+void addDiffCommand(CLI::App& app);
+/// `tarnkit merge`: merges what two branches made of a document.
+void addMergeCommand(CLI::App& app);
+/// `tarnkit git`: has git compare and merge documents.
+void addGitCommand(CLI::App& app);
 
 }  // namespace tarnkit::tool

@@ -10,6 +10,7 @@
 #include "tarnkit/foundation/MapAdditions.h"
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXLookup.h"
+#include "tarnkit/model/HXNodeReport.h"
 #include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/model/HXSubviewGroup.h"
@@ -100,6 +101,10 @@ class OutlineWriter {
       for (const auto& port : membersOf<HXSymbolicPort>(*published)) {
         writePublishedPort(port, level + 1);
       }
+    }
+    for (const auto& item : HXNodeState::itemsOfParameters(node)) {
+      if (item.kind != HXNodeItem::Kind::value) continue;
+      line(level + 1, fmt::format("{} = {}", brief(item.key), quoted(item.text)));
     }
     for (const auto& entry : node.portsInForce()) writePort(*entry.value, level + 1);
   }

@@ -24,13 +24,8 @@ struct SaveOptions {
 };
 
 DocumentForm formOf(const SaveOptions& options) {
-  const bool isNamed = !options.format.empty();
-  if (isNamed ? options.format == "json" : options.output.ends_with(".json")) {
-    return DocumentForm::text;
-  }
-  if (isNamed ? options.format == "xml" : options.output.ends_with(".xml"))
-    return DocumentForm::xml;
-  return DocumentForm::binary;
+  const std::string name = options.format.empty() ? options.output : "." + options.format;
+  return formOfName(name).value_or(DocumentForm::binary);
 }
 
 // A text has the unique keys of its own, and may have files beside it.

@@ -62,6 +62,9 @@ void addCommands(CLI::App& program) {
   tool::addCheckCommand(program);
   tool::addFindCommand(program);
   tool::addImagesCommand(program);
+  tool::addDiffCommand(program);
+  tool::addMergeCommand(program);
+  tool::addGitCommand(program);
 }
 
 int run(int argc, char** argv) {

@@ -1,0 +1,431 @@
+#include "tarnkit/compare/StateMerge.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "tarnkit/model/HXPatchPort.h"
+#include "tarnkit/patches/HXRNodeClass.h"
+
+// Nodes and what they are; what joins them is the other source, StateMergeWires.cpp.
+
+namespace tarnkit::detail {
+
+namespace {
+
+std::size_t at(std::int32_t number) { return static_cast<std::size_t>(number); }
+
+std::string quoted(const String& text) {
+  return text.isNil() ? "no name" : "\"" + HXAddresses::escaped(text.view()) + "\"";
+}
+
+std::string patchText(const HXDocumentState::Node& node) {
+  return node.patchClass.isNil() ? "none" : HXAddresses::escaped(node.patchClass.view());
+}
+
+template <class Items>
+const typename Items::value_type* itemOf(const Items& items, const String& key) {
+  const auto found =
+      std::find_if(items.begin(), items.end(), [&](const auto& item) { return item.key == key; });
+  return found == items.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+StateMerge::StateMerge(MergeBranch& base, MergeBranch& ours, MergeBranch& theirs, std::size_t count,
+                       const HXDocumentMerge::Options& options)
+    : base_(base), ours_(ours), theirs_(theirs), options_(options), isKept_(count, false) {
+  merged_.nodes.resize(count);
+}
+
+HXDocumentState StateMerge::run() {
+  const auto count = static_cast<std::int32_t>(merged_.nodes.size());
+  decidePresence();
+  decideParents();
+  breakCircles();
+  for (std::int32_t i = 0; i < count; ++i) {
+    if (isKept_[at(i)]) mergeNode(i);
+  }
+  for (std::int32_t i = 0; i < count; ++i) {
+    if (isKept_[at(i)]) mergeSubnodes(i);
+  }
+  for (std::int32_t i = 0; i < count; ++i) {
+    if (isKept_[at(i)]) mergePublications(i);
+  }
+  mergeConnections();
+  for (std::int32_t i = 0; i < count; ++i) {
+    if (isKept_[at(i)]) mergeWireOrder(i);
+  }
+  return std::move(merged_);
+}
+
+MergeBranch& StateMerge::branchWith(std::int32_t number) {
+  for (auto* branch : {&ours_, &theirs_}) {
+    if (branch->find(number)) return *branch;
+  }
+  return base_;
+}
+
+std::string StateMerge::addressOf(std::int32_t number) {
+  auto& branch = branchWith(number);
+  return branch.addresses.of(*branch.nodes[at(branch.own[at(number)])]);
+}
+
+HXMergeSide StateMerge::decide(Kind kind, std::int32_t number, const std::string& subject,
+                               const std::string& ours, const std::string& theirs) {
+  const std::string address = addressOf(number);
+  HXMergeSide side = options_.preference;
+  bool isDecided = options_.isPreferenceDecided;
+  for (const auto& place : {address, address + ": " + subject}) {
+    if (const auto found = options_.favored.find(place); found != options_.favored.end()) {
+      side = found->second;
+      isDecided = true;
+    }
+  }
+  conflicts_.push_back(
+      {kind, address, subject, ours, theirs, side == HXMergeSide::ours ? ours : theirs, isDecided});
+  return side;
+}
+
+void StateMerge::tell(Kind kind, std::int32_t number, const std::string& subject,
+                      const std::string& ours, const std::string& theirs,
+                      const std::string& taken) {
+  conflicts_.push_back(
+      {kind, addressOf(number), subject, ours, theirs, taken, options_.isPreferenceDecided});
+}
+
+// Whether a branch has made something of the node beside taking away.
+bool StateMerge::hasChanged(const Node& before, const Node& now, const MergeBranch& branch) const {
+  if (before.name != now.name || before.patchClass != now.patchClass ||
+      before.parent != now.parent || before.forcesSubnodes != now.forcesSubnodes ||
+      before.opaque != now.opaque || before.parameters != now.parameters ||
+      before.values != now.values || !(before.position == now.position)) {
+    return true;
+  }
+  const auto hiddenOf = [](const Node& of, std::int32_t side) {
+    std::vector<String> hidden;
+    for (const auto& group : of.flaggedGroups[side]) {
+      if (group.hidden) hidden.push_back(group.key);
+    }
+    return hidden;
+  };
+  for (const auto side : kBothSides) {
+    if (hiddenOf(before, side) != hiddenOf(now, side)) return true;
+    for (const auto& publication : now.publications[side]) {
+      const auto& had = before.publications[side];
+      if (std::find(had.begin(), had.end(), publication) == had.end()) return true;
+    }
+  }
+  for (const auto& wires : now.wires) {
+    for (const auto wire : wires.connections) {
+      const auto& connection = branch.state.connections[at(wire)];
+      const auto* had = itemOf(before.wires, wires.key);
+      const bool isOld =
+          had &&
+          std::any_of(had->connections.begin(), had->connections.end(), [&](std::int32_t other) {
+            return base_.state.connections[at(other)] == connection;
+          });
+      if (!isOld) return true;
+    }
+  }
+  return false;
+}
+
+void StateMerge::keep(std::int32_t number) {
+  for (auto place = number; place >= 0 && !isKept_[at(place)];) {
+    isKept_[at(place)] = true;
+    const auto& node = *branchWith(place).find(place);
+    place = node.parent;
+  }
+}
+
+void StateMerge::decidePresence() {
+  const auto count = static_cast<std::int32_t>(isKept_.size());
+  for (std::int32_t i = 0; i < count; ++i) {
+    const auto* b = base_.find(i);
+    const auto* o = ours_.find(i);
+    const auto* t = theirs_.find(i);
+    if ((o && t) || (!b && (o || t))) keep(i);
+  }
+  for (std::int32_t i = 0; i < count; ++i) {
+    const auto* b = base_.find(i);
+    const auto* o = ours_.find(i);
+    const auto* t = theirs_.find(i);
+    if (!b || (o != nullptr) == (t != nullptr)) continue;
+    const auto& now = o ? *o : *t;
+    const bool changed = hasChanged(*b, now, o ? ours_ : theirs_);
+    if (!changed && !isKept_[at(i)]) continue;
+    const std::string change = changed ? "changed" : "holds what was made";
+    const auto address = addressOf(i);
+    const auto favored = options_.favored.find(address);
+    const auto remover = o ? HXMergeSide::theirs : HXMergeSide::ours;
+    const bool goes = changed && !isKept_[at(i)] &&
+                      (favored != options_.favored.end()
+                           ? favored->second == remover
+                           : options_.isPreferenceDecided && options_.preference == remover);
+    if (!goes) keep(i);
+    conflicts_.push_back({Kind::removedAndChanged, address, "node", o ? change : "removed",
+                          o ? "removed" : change, goes ? "removed" : change,
+                          options_.isPreferenceDecided || favored != options_.favored.end()});
+  }
+}
+
+void StateMerge::decideParents() {
+  for (std::size_t i = 1; i < isKept_.size(); ++i) {
+    if (!isKept_[i]) continue;
+    const auto number = static_cast<std::int32_t>(i);
+    const auto* b = base_.find(number);
+    const auto* o = ours_.find(number);
+    const auto* t = theirs_.find(number);
+    const auto textOf = [this](std::int32_t parent) { return addressOf(parent); };
+    auto& parent = merged_.nodes[i].parent;
+    if (o && t && b) {
+      parent = pick(b->parent, o->parent, t->parent, number, "group", textOf, Kind::movedTwice);
+    } else {
+      parent = (o ? o : t ? t : b)->parent;
+    }
+    // A group that one branch removed is kept for what the other put there.
+    if (!isKept_[at(parent)]) keep(parent);
+  }
+}
+
+// Whatever one branch has is a tree, so nodes that go back to where ours has them close no circle
+// among themselves.
+void StateMerge::breakCircles() {
+  std::vector<std::int32_t> met(isKept_.size(), -1);
+  for (std::size_t i = 1; i < isKept_.size(); ++i) {
+    if (!isKept_[i]) continue;
+    const auto start = static_cast<std::int32_t>(i);
+    auto place = start;
+    for (; place > 0 && met[at(place)] < 0; place = merged_.nodes[at(place)].parent) {
+      met[at(place)] = start;
+    }
+    if (place <= 0 || met[at(place)] != start) continue;
+    const auto& preferred = options_.preference == HXMergeSide::ours ? ours_ : theirs_;
+    const auto first = place;
+    do {
+      auto& parent = merged_.nodes[at(place)].parent;
+      const auto next = parent;
+      const auto* o = ours_.find(place);
+      const auto* t = theirs_.find(place);
+      const auto* wanted = preferred.find(place);
+      if (wanted && wanted->parent != parent) {
+        parent = wanted->parent;
+        tell(Kind::movedIntoItself, place, "group", addressOf(o->parent), addressOf(t->parent),
+             addressOf(parent));
+      }
+      place = next;
+    } while (place != first);
+  }
+}
+
+void StateMerge::mergeNode(std::int32_t number) {
+  const auto* b = base_.find(number);
+  const auto* o = ours_.find(number);
+  const auto* t = theirs_.find(number);
+  auto& node = merged_.nodes[at(number)];
+  const auto parent = node.parent;
+  if (!o || !t || !b) {
+    node = *(o ? o : t ? t : b);
+    node.parent = parent;
+    node.subnodes.clear();
+    node.views.clear();
+    node.wires.clear();
+    for (auto& side : node.publications) side.clear();
+    node.arrayOutputs.clear();
+    return;
+  }
+  node.key = o->key;
+  node.nodeClass = o->nodeClass;
+  node.name = pick(b->name, o->name, t->name, number, "name", quoted);
+  node.position = pick(b->position, o->position, t->position, number, "position",
+                       [](HXPoint point) { return fmt::format("({}, {})", point.x, point.y); });
+  const auto look = [](const auto& before, const auto& ours, const auto& theirs) {
+    return ours == before ? theirs : ours;
+  };
+  node.selected = look(b->selected, o->selected, t->selected);
+  node.inspectorPanel = look(b->inspectorPanel, o->inspectorPanel, t->inspectorPanel);
+  node.canvasCenter = look(b->canvasCenter, o->canvasCenter, t->canvasCenter);
+  const auto flagText = [](bool flag) { return std::string(flag ? "yes" : "no"); };
+  node.forcesSubnodes = pick(b->forcesSubnodes, o->forcesSubnodes, t->forcesSubnodes, number,
+                             "holds nodes", flagText);
+  node.opaque = pick(b->opaque, o->opaque, t->opaque, number, "opaque", flagText);
+  node.showsViews = look(b->showsViews, o->showsViews, t->showsViews);
+  mergeShape(number, *b, *o, *t);
+  mergeValues(number, *b, *o, *t);
+  mergePortGroups(number, *b, *o, *t);
+}
+
+void StateMerge::mergeShape(std::int32_t number, const Node& b, const Node& o, const Node& t) {
+  auto& node = merged_.nodes[at(number)];
+  node.patchClass = pick(
+      b.patchClass, o.patchClass, t.patchClass, number, "patch",
+      [&](const String& name) { return patchText(name == o.patchClass ? o : t); },
+      Kind::patchReplaced);
+  const bool byTheirs = node.patchClass == t.patchClass && node.patchClass != o.patchClass;
+  const auto& first = byTheirs ? t : o;
+  const auto& second = byTheirs ? o : t;
+  node.patch = first.patch;
+  if (t.parameters == b.parameters && !byTheirs) {
+    node.parameters = o.parameters;
+    node.shape = o.shape;
+    return;
+  }
+  if (o.parameters == b.parameters && (byTheirs || o.patchClass == t.patchClass)) {
+    node.parameters = t.parameters;
+    node.shape = t.shape;
+    return;
+  }
+  const HXStateValue none;
+  const auto valueOf = [&none](const Node& of, const String& key) {
+    const auto* parameter = itemOf(of.parameters, key);
+    return parameter ? parameter->value : none;
+  };
+  node.parameters = first.parameters;
+  for (const auto& parameter : second.parameters) {
+    if (!itemOf(first.parameters, parameter.key) && !itemOf(b.parameters, parameter.key)) {
+      node.parameters.push_back(parameter);
+    }
+  }
+  for (auto& parameter : node.parameters) {
+    const auto ours = valueOf(o, parameter.key);
+    const auto theirs = valueOf(t, parameter.key);
+    if (ours.isNone() || theirs.isNone()) continue;
+    parameter.value =
+        pick(valueOf(b, parameter.key), ours, theirs, number, parameter.key.toStdString(),
+             [](const HXStateValue& value) { return value.description(); });
+  }
+  node.shape = o.shape == t.shape ? o.shape : 0;
+}
+
+void StateMerge::mergeValues(std::int32_t number, const Node& b, const Node& o, const Node& t) {
+  auto& node = merged_.nodes[at(number)];
+  if (t.values == b.values) {
+    node.values = o.values;
+    return;
+  }
+  if (o.values == b.values) {
+    node.values = t.values;
+    return;
+  }
+  const auto indexOf = [](const Node& of) {
+    std::unordered_map<String, HXStateValue> values;
+    for (const auto& value : of.values) values.emplace(value.key, value.value);
+    return values;
+  };
+  auto before = indexOf(b);
+  auto ours = indexOf(o);
+  auto theirs = indexOf(t);
+  std::unordered_set<String> met;
+  for (const auto* list : {&o.values, &t.values, &b.values}) {
+    for (const auto& value : *list) {
+      if (!met.insert(value.key).second) continue;
+      const auto picked = pick(before[value.key], ours[value.key], theirs[value.key], number,
+                               portText(branchWith(number), {number, 0, value.key}),
+                               [](const HXStateValue& one) { return one.description(); });
+      if (!picked.isNone()) node.values.push_back({value.key, picked});
+    }
+  }
+  // In the order of the ports.
+  std::unordered_map<String, std::size_t> places;
+  auto& branch = branchWith(number);
+  std::size_t place = 0;
+  for (const auto& entry : branch.nodes[at(branch.own[at(number)])]->portsInForce()) {
+    places.emplace(entry.key, place++);
+  }
+  std::stable_sort(node.values.begin(), node.values.end(), [&](const auto& a, const auto& c) {
+    const auto first = places.find(a.key);
+    const auto second = places.find(c.key);
+    return (first == places.end() ? places.size() : first->second) <
+           (second == places.end() ? places.size() : second->second);
+  });
+}
+
+void StateMerge::mergePortGroups(std::int32_t number, const Node& b, const Node& o, const Node& t) {
+  auto& node = merged_.nodes[at(number)];
+  for (const auto side : kBothSides) {
+    std::unordered_set<String> present(o.groupOrder[side].begin(), o.groupOrder[side].end());
+    present.insert(t.groupOrder[side].begin(), t.groupOrder[side].end());
+    for (const auto& key : b.groupOrder[side]) {
+      const auto has = [&](const Node& of) {
+        return std::find(of.groupOrder[side].begin(), of.groupOrder[side].end(), key) !=
+               of.groupOrder[side].end();
+      };
+      if (!has(o) || !has(t)) present.erase(key);
+    }
+    bool conflict = false;
+    node.groupOrder[side] =
+        mergedOrder(b.groupOrder[side], o.groupOrder[side], t.groupOrder[side], present, conflict);
+    if (conflict) decide(Kind::twoOrders, number, "port groups", "ours", "theirs");
+    for (const auto& key : node.groupOrder[side]) {
+      const auto flagsOf = [&](const Node& of) {
+        const auto* group = itemOf(of.flaggedGroups[side], key);
+        return group ? *group : State::PortGroup{key, false, false, false};
+      };
+      const auto before = flagsOf(b);
+      const auto ours = flagsOf(o);
+      const auto theirs = flagsOf(t);
+      State::PortGroup group{key, false, false, false};
+      group.hidden = ours.hidden == before.hidden ? theirs.hidden : ours.hidden;
+      group.collapsedCanvas = ours.collapsedCanvas == before.collapsedCanvas
+                                  ? theirs.collapsedCanvas
+                                  : ours.collapsedCanvas;
+      group.collapsedSidebar = ours.collapsedSidebar == before.collapsedSidebar
+                                   ? theirs.collapsedSidebar
+                                   : ours.collapsedSidebar;
+      if (group.hidden || group.collapsedCanvas || group.collapsedSidebar) {
+        node.flaggedGroups[side].push_back(group);
+      }
+    }
+  }
+}
+
+void StateMerge::mergeSubnodes(std::int32_t number) {
+  auto& node = merged_.nodes[at(number)];
+  const auto* b = base_.find(number);
+  const auto* o = ours_.find(number);
+  const auto* t = theirs_.find(number);
+  static const Node kNothing;
+  const Node& before = b ? *b : kNothing;
+  const Node& ours = o ? *o : before;
+  const Node& theirs = t ? *t : before;
+  std::unordered_set<std::int32_t> present;
+  Numbers arrived;
+  const auto gather = [&](const Node& of) {
+    for (const auto subnode : of.subnodes) {
+      if (isKept_[at(subnode)] && merged_.nodes[at(subnode)].parent == number) {
+        present.insert(subnode);
+      }
+    }
+  };
+  gather(before);
+  gather(ours);
+  gather(theirs);
+  bool conflict = false;
+  // Of two branches that do not know of each other's nodes ours come first.
+  node.subnodes = mergedOrder(before.subnodes, ours.subnodes, theirs.subnodes, present, conflict);
+  if (conflict) decide(Kind::twoOrders, number, "nodes", "ours", "theirs");
+  std::unordered_set<std::int32_t> views;
+  for (const auto* of : {&ours, &theirs}) {
+    for (const auto view : of->views) {
+      if (present.contains(view)) views.insert(view);
+    }
+  }
+  node.views = mergedOrder(before.views, ours.views, theirs.views, views, conflict);
+  if (conflict) decide(Kind::twoOrders, number, "views", "ours", "theirs");
+  if (!node.views.empty()) node.showsViews = true;
+  node.hasGroup = !node.subnodes.empty() || (o ? o->hasGroup : t ? t->hasGroup : before.hasGroup);
+  const bool isUnknown = !node.patch && !node.patchClass.isNil();
+  const bool isHeldByPatch = node.forcesSubnodes || (node.patch && node.patch->allowsSubnodes());
+  if (isUnknown) return;
+  if (isHeldByPatch || node.subnodes.empty()) {
+    node.hasGroup = isHeldByPatch;
+    return;
+  }
+  // Nodes that one branch put into a group that the other took away.
+  node.hasGroup = node.forcesSubnodes = true;
+  tell(Kind::hungOnRemoved, number, "group", o && o->hasGroup ? "kept" : "taken away",
+       t && t->hasGroup ? "kept" : "taken away", "kept");
+}
+
+}  // namespace tarnkit::detail

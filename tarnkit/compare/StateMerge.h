@@ -1,0 +1,170 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "tarnkit/compare/HXAddresses.h"
+#include "tarnkit/compare/HXDocumentMerge.h"
+#include "tarnkit/compare/HXDocumentState.h"
+#include "tarnkit/model/HXNode.h"
+
+namespace tarnkit::detail {
+
+/// One of the three documents, in numbers that all three share: a node of the base has its number
+/// there, those that the branches made follow.
+struct MergeBranch {
+  HXDocumentState state;
+  std::vector<Ref<HXNode>> nodes;     // by the state's own numbers
+  std::vector<std::int32_t> numbers;  // shared, by its own
+  std::vector<std::int32_t> own;      // its own, by the shared; -1: not there
+  HXAddresses addresses;
+
+  const HXDocumentState::Node* find(std::int32_t shared) const {
+    const auto number = own[static_cast<std::size_t>(shared)];
+    return number < 0 ? nullptr : &state.nodes[static_cast<std::size_t>(number)];
+  }
+};
+
+/// Merges two states on their base: the part of `HXDocumentMerge` that decides. The states are in
+/// shared numbers already, references too.
+class StateMerge {
+ public:
+  StateMerge(MergeBranch& base, MergeBranch& ours, MergeBranch& theirs, std::size_t count,
+             const HXDocumentMerge::Options& options);
+
+  /// The merged state in shared numbers; a node that is not there has no class.
+  HXDocumentState run();
+  std::vector<HXMergeConflict> takeConflicts() { return std::move(conflicts_); }
+
+ private:
+  using State = HXDocumentState;
+  using Node = HXDocumentState::Node;
+  using Port = HXDocumentState::Port;
+  using Kind = HXMergeConflict::Kind;
+  using Numbers = std::vector<std::int32_t>;
+
+  // StateMerge.cpp: nodes.
+  void decidePresence();
+  void keep(std::int32_t number);
+  bool hasChanged(const Node& before, const Node& now, const MergeBranch& branch) const;
+  void decideParents();
+  void breakCircles();
+  void mergeNode(std::int32_t number);
+  void mergeShape(std::int32_t number, const Node& b, const Node& o, const Node& t);
+  void mergeValues(std::int32_t number, const Node& b, const Node& o, const Node& t);
+  void mergePortGroups(std::int32_t number, const Node& b, const Node& o, const Node& t);
+  void mergeSubnodes(std::int32_t number);
+
+  // StateMergeWires.cpp: publications and connections.
+  using Publications = std::vector<State::Publication>;
+  void mergePublications(std::int32_t number);
+  Publications mergedPublications(std::int32_t number, const Publications& before,
+                                  const Publications& ours, const Publications& theirs);
+  /// Says so when somebody made it.
+  void tellLostPublication(std::int32_t number, const State::Publication& publication,
+                           const Publications& before, bool isOurs);
+  /// Whether the port stands, or is published, right inside of the node.
+  bool standsWithin(const Port& port, std::int32_t number) const;
+  void mergeConnections();
+  void mergeWireOrder(std::int32_t number);
+  bool isThere(const Port& port) const;
+  /// Whether the branch removed the node of the port, which stays for what the other made of it.
+  bool hasReturned(const MergeBranch& branch, const Port& port) const;
+  std::string portText(MergeBranch& branch, const Port& port) const;
+  std::string wireText(MergeBranch& branch, const State::Connection& wire) const;
+  bool takesOne(const Port& port) const;
+
+  /// What is taken of a property, by the texts of what each says.
+  HXMergeSide decide(Kind kind, std::int32_t number, const std::string& subject,
+                     const std::string& ours, const std::string& theirs);
+  /// A conflict in which nothing is to be decided.
+  void tell(Kind kind, std::int32_t number, const std::string& subject, const std::string& ours,
+            const std::string& theirs, const std::string& taken);
+  template <class Value, class TextOf>
+  Value pick(const Value& b, const Value& o, const Value& t, std::int32_t number,
+             const std::string& subject, TextOf textOf, Kind kind = Kind::twoValues);
+  std::string addressOf(std::int32_t number);
+  MergeBranch& branchWith(std::int32_t number);
+  /// Members of either list that `isThere` says are there; in the order of the one that has another
+  /// order than the base, of ours where both have.
+  template <class Item, class Hash>
+  std::vector<Item> mergedOrder(const std::vector<Item>& b, const std::vector<Item>& o,
+                                const std::vector<Item>& t,
+                                const std::unordered_set<Item, Hash>& present,
+                                bool& conflict) const;
+
+  MergeBranch& base_;
+  MergeBranch& ours_;
+  MergeBranch& theirs_;
+  const HXDocumentMerge::Options& options_;
+  State merged_;
+  std::vector<bool> isKept_;
+  std::unordered_set<std::uint64_t> published_;  // hashes of the inner ports
+  std::unordered_map<std::uint64_t, std::vector<std::int32_t>> wireNumbers_;  // by what they join
+  std::vector<HXMergeConflict> conflicts_;
+};
+
+template <class Item, class Hash>
+std::vector<Item> StateMerge::mergedOrder(const std::vector<Item>& b, const std::vector<Item>& o,
+                                          const std::vector<Item>& t,
+                                          const std::unordered_set<Item, Hash>& present,
+                                          bool& conflict) const {
+  using Set = std::unordered_set<Item, Hash>;
+  const auto setOf = [](const std::vector<Item>& list) { return Set(list.begin(), list.end()); };
+  const Set inBase = setOf(b);
+  const Set inOurs = setOf(o);
+  const Set inTheirs = setOf(t);
+  const auto filtered = [](const std::vector<Item>& list, const Set& first, const Set& second) {
+    std::vector<Item> kept;
+    for (const auto& item : list) {
+      if (first.contains(item) && second.contains(item)) kept.push_back(item);
+    }
+    return kept;
+  };
+  const bool oursMoved = filtered(b, inOurs, inBase) != filtered(o, inBase, inBase);
+  const bool theirsMoved = filtered(b, inTheirs, inBase) != filtered(t, inBase, inBase);
+  conflict =
+      oursMoved && theirsMoved && filtered(o, inTheirs, inTheirs) != filtered(t, inOurs, inOurs);
+  const bool byTheirs = theirsMoved && (!oursMoved || options_.preference == HXMergeSide::theirs);
+  const auto& first = byTheirs ? t : o;
+  const auto& second = byTheirs ? o : t;
+  // What only the second has follows what it follows there.
+  const Set inFirst = byTheirs ? inTheirs : inOurs;
+  std::unordered_map<Item, std::vector<Item>, Hash> after;
+  std::vector<Item> atStart;
+  const Item* anchor = nullptr;
+  for (const auto& item : second) {
+    if (inFirst.contains(item)) {
+      anchor = &item;
+    } else if (present.contains(item)) {
+      (anchor ? after[*anchor] : atStart).push_back(item);
+    }
+  }
+  std::vector<Item> merged;
+  Set taken;
+  const auto add = [&](const Item& item) {
+    if (present.contains(item) && taken.insert(item).second) merged.push_back(item);
+  };
+  for (const auto& item : atStart) add(item);
+  for (const auto& item : first) {
+    add(item);
+    if (const auto found = after.find(item); found != after.end()) {
+      for (const auto& other : found->second) add(other);
+    }
+  }
+  for (const auto& item : b) add(item);
+  return merged;
+}
+
+template <class Value, class TextOf>
+Value StateMerge::pick(const Value& b, const Value& o, const Value& t, std::int32_t number,
+                       const std::string& subject, TextOf textOf, Kind kind) {
+  if (o == t || t == b) return o;
+  if (o == b) return t;
+  return decide(kind, number, subject, textOf(o), textOf(t)) == HXMergeSide::ours ? o : t;
+}
+
+}  // namespace tarnkit::detail

@@ -1,0 +1,205 @@
+#include <random>
+
+#include "fuzz/model/ModelEditor.h"
+#include "tarnkit/compare/HXDocumentDifference.h"
+#include "tarnkit/compare/HXDocumentMerge.h"
+#include "tarnkit/model/HXDocumentFile.h"
+#include "tests/model/Consistency.h"
+#include "tests/model/ModelFixture.h"
+
+namespace tarnkit {
+namespace {
+
+using test::openedDocument;
+using test::savedBytes;
+using ::testing::ElementsAre;
+using Kind = HXMergeConflict::Kind;
+
+constexpr std::int32_t kWithKeys = 3;
+
+std::vector<std::string> linesOf(const std::vector<HXMergeConflict>& conflicts) {
+  std::vector<std::string> lines;
+  for (const auto& conflict : conflicts) lines.push_back(conflict.description());
+  return lines;
+}
+
+class MergeTest : public test::ModelTest {
+ protected:
+  void branch() {
+    base = reopened(*document, kWithKeys);
+    ours = reopened(*document, kWithKeys);
+    theirs = reopened(*document, kWithKeys);
+  }
+  static HXNode& node(const HXDocument& in, const char* name) { return *named(in, name); }
+  HXDocumentMerge::Outcome merge(const HXDocumentMerge::Options& options = {}) {
+    auto outcome = HXDocumentMerge::merge(*base, *ours, *theirs, options);
+    EXPECT_TRUE(outcome) << outcome.status().message();
+    return std::move(outcome).valueOr({});
+  }
+  Ref<HXDocument> base, ours, theirs;
+};
+
+TEST_F(MergeTest, EditsThatDoNotMeetBothCount) {
+  const auto clamp = add("HXRClampNode");
+  const auto delay = add("HXRDelayNode");
+  branch();
+  port(node(*ours, "Clamp"), "Tarn.maximumInput")
+      .setStaticValue(PMRPrimitive::primitiveWithNumberValue(5));
+  theirs->connectPort(port(node(*theirs, "Delay"), "Tarn.valueOutput"),
+                      port(node(*theirs, "Clamp"), "Tarn.valueInput"));
+  const auto fresh = nodeOf("HXRTransitionNode");
+  theirs->subnodeGroup()->addNode(*fresh);
+  const auto outcome = merge();
+  EXPECT_THAT(linesOf(outcome.conflicts), ElementsAre());
+  HXNode& merged = node(*outcome.document, "Clamp");
+  EXPECT_EQ(port(merged, "Tarn.maximumInput").staticValue()->numberValue(), 5);
+  EXPECT_EQ(port(merged, "Tarn.valueInput").connections().count(), 1U);
+  EXPECT_TRUE(named(*outcome.document, "Transition"));
+}
+
+TEST_F(MergeTest, OnePropertyWithTwoValuesIsOursUnlessAskedForOtherwise) {
+  add("HXRClampNode");
+  branch();
+  node(*ours, "Clamp").setName("Mine");
+  node(*theirs, "Clamp").setName("Yours");
+  const auto outcome = merge();
+  EXPECT_THAT(linesOf(outcome.conflicts),
+              ElementsAre("Mine: name, ours \"Mine\", theirs \"Yours\", taken \"Mine\""));
+  EXPECT_TRUE(outcome.hasOpenConflicts());
+  EXPECT_TRUE(named(*outcome.document, "Mine"));
+  HXDocumentMerge::Options favored;
+  favored.favored.emplace("Mine: name", HXMergeSide::theirs);
+  const auto decided = merge(favored);
+  EXPECT_FALSE(decided.hasOpenConflicts());
+  EXPECT_TRUE(named(*decided.document, "Yours"));
+}
+
+TEST_F(MergeTest, WhatOneRemovedAndTheOtherChangedStays) {
+  add("HXRClampNode");
+  branch();
+  ours->subnodeGroup()->removeNode(&node(*ours, "Clamp"));
+  port(node(*theirs, "Clamp"), "Tarn.maximumInput")
+      .setStaticValue(PMRPrimitive::primitiveWithNumberValue(5));
+  const auto outcome = merge();
+  ASSERT_THAT(outcome.conflicts, ::testing::SizeIs(1));
+  EXPECT_EQ(outcome.conflicts[0].kind, Kind::removedAndChanged);
+  HXNode& merged = node(*outcome.document, "Clamp");
+  EXPECT_EQ(port(merged, "Tarn.maximumInput").staticValue()->numberValue(), 5);
+}
+
+TEST_F(MergeTest, AnInputOfOneConnectionIsJoinedOnce) {
+  add("HXRClampNode");
+  add("HXRDelayNode");
+  add("HXRTransitionNode");
+  branch();
+  const auto join = [](HXDocument& in, const char* from, const char* output) {
+    in.connectPort(port(node(in, from), output), port(node(in, "Clamp"), "Tarn.valueInput"));
+  };
+  join(*ours, "Delay", "Tarn.valueOutput");
+  join(*theirs, "Transition", "Tarn.output");
+  const auto outcome = merge();
+  EXPECT_THAT(linesOf(outcome.conflicts),
+              ElementsAre("Clamp: connection, ours Delay: Value → Clamp: Value, theirs "
+                          "Transition: Value → Clamp: Value, taken Delay: Value → Clamp: Value"));
+  const auto wires = port(node(*outcome.document, "Clamp"), "Tarn.valueInput").connections();
+  ASSERT_EQ(wires.count(), 1U);
+  EXPECT_EQ(wires.toVector().front()->outputPort()->node()->name(), "Delay");
+}
+
+TEST_F(MergeTest, MovesThatWouldCloseACircleAreOurs) {
+  add("")->setName("A");
+  add("")->setName("B");
+  branch();
+  node(*ours, "B").subnodeGroup()->addNode(node(*ours, "A"));
+  node(*theirs, "A").subnodeGroup()->addNode(node(*theirs, "B"));
+  const auto outcome = merge();
+  ASSERT_THAT(outcome.conflicts, ::testing::SizeIs(1));
+  EXPECT_EQ(outcome.conflicts[0].kind, Kind::movedIntoItself);
+  EXPECT_TRUE(named(node(*outcome.document, "B"), "A"));
+}
+
+TEST_F(MergeTest, NodesThatTwoBranchesMadeUnderOneKeyAreTwo) {
+  add("HXRClampNode");
+  branch();
+  const auto fresh = nodeOf("HXRDelayNode");
+  ours->subnodeGroup()->addNode(*fresh);
+  const auto other = HXDocumentState::nodeOf(*HXDocumentState::pieceOf(*fresh), true);
+  ASSERT_EQ(other->uniqueKey(), fresh->uniqueKey());
+  theirs->subnodeGroup()->addNode(*other);
+  node(*theirs, "Clamp").setName("Limit");  // two branches that are one document are merged as one
+  const auto outcome = merge();
+  EXPECT_THAT(linesOf(outcome.conflicts), ElementsAre());
+  EXPECT_EQ(outcome.document->subnodeGroup()->subnodes().size(), 3U);
+}
+
+class MergePropertyTest : public ::testing::Test {
+ protected:
+  MergePropertyTest() : earlier_(Log::setSink([](std::string_view) {})) {}
+  ~MergePropertyTest() override { Log::setSink(earlier_); }
+  static Ref<HXDocument> settled(const HXDocument& document) {
+    return openedDocument(savedBytes(document, kWithKeys), kWithKeys);
+  }
+  void edit(HXDocument& document, int edits) {
+    std::vector<std::uint8_t> bytes(2048);
+    for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random_());
+    fuzz::ModelEditor editor(bytes.data(), bytes.size());
+    editor.setPaused(true);
+    editor.keepTo(document);
+    for (int i = 0; i < edits; ++i) editor.runOne();
+  }
+  Ref<HXDocument> descendant(const HXDocument& document) {
+    const auto edited = settled(document);
+    edit(*edited, static_cast<int>(random_() % 8));
+    return settled(*edited);
+  }
+  std::mt19937 random_{4711};
+
+ private:
+  Log::Sink earlier_;
+};
+
+TEST_F(MergePropertyTest, KeepsTheLawsOfMergesAndMakesWhatCanBeSavedOpenedAndSent) {
+  for (int run = 0; run < 150; ++run) {
+    const auto document = make<HXDocument>();
+    edit(*document, 50);
+    const auto base = settled(*document);
+    const auto ours = descendant(*base);
+    const auto theirs = descendant(*base);
+    bool fits = true;
+    for (const auto& one : {base, ours, theirs}) fits = fits && HXDocumentState(*one).fitsTogether;
+    if (!fits) continue;
+    const auto merged = [&](const HXDocument& b, const HXDocument& o, const HXDocument& t,
+                            std::size_t* conflicts = nullptr) {
+      auto outcome = HXDocumentMerge::merge(b, o, t);
+      EXPECT_TRUE(outcome) << run << " " << outcome.status().message();
+      if (conflicts) *conflicts = outcome->conflicts.size();
+      return outcome->document;
+    };
+    const auto isSame = [&](const HXDocument& is, const HXDocument& wanted, const char* law) {
+      if (savedBytes(is, kWithKeys) == savedBytes(wanted, kWithKeys)) return;
+      std::string lines;
+      const HXDocumentDifference difference(wanted, is);
+      for (const auto& change : difference.changes()) {
+        lines += change.address + ": " + change.description() + "\n";
+      }
+      ADD_FAILURE() << run << " " << law << "\n" << lines;
+    };
+    isSame(*merged(*base, *ours, *base), *ours, "b o b");
+    isSame(*merged(*base, *base, *theirs), *theirs, "b b t");
+    isSame(*merged(*base, *ours, *ours), *ours, "b x x");
+    std::size_t conflicts = 0;
+    std::size_t swapped = 0;
+    const auto both = merged(*base, *ours, *theirs, &conflicts);
+    const auto other = merged(*base, *theirs, *ours, &swapped);
+    EXPECT_EQ(conflicts, swapped) << run;
+    for (const auto& one : {both, other}) {
+      EXPECT_THAT(test::faultsOf(*one), ElementsAre()) << run;
+      EXPECT_TRUE(HXDocumentFile::document(savedBytes(*one, 0), 0)) << run;
+      EXPECT_TRUE(HXDocumentFile::deviceGraph(*one)) << run;
+    }
+    if (::testing::Test::HasFailure()) break;
+  }
+}
+
+}  // namespace
+}  // namespace tarnkit
