@@ -172,6 +172,7 @@ void HXDocumentAlignment::alignLooks(std::size_t number) {
   const auto& node = nodes_[number];
   if (!node) return;
   node->setName(goal.name);
+  node->setComment(goal.comment);
   node->setPosition(goal.position);
   node->setSelected(goal.selected);
   node->setInspectorPanel(goal.inspectorPanel);

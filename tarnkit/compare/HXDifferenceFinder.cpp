@@ -181,6 +181,11 @@ void HXDifferenceFinder::findNodeChanges(std::int32_t number) {
     change.oldText = quoted(earlier.name);
     change.newText = quoted(node.name);
   }
+  if (earlier.comment != node.comment) {
+    auto& change = add(Kind::commentChanged, older, number);
+    change.oldText = earlier.comment.isNil() ? "none" : quoted(earlier.comment);
+    change.newText = node.comment.isNil() ? "none" : quoted(node.comment);
+  }
   if (earlier.forcesSubnodes != node.forcesSubnodes) {
     if (earlier.hasGroup && !node.hasGroup) groupLostBy_[at(older)] = changes_.size();
     auto& change = add(Kind::subnodesForced, older, number);

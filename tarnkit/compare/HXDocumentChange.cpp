@@ -20,6 +20,7 @@ constexpr Words kWords[] = {
     {"nodeRemoved", '-', "removed {1}"},
     {"nodeMoved", '~', "moved from {1} to {2}"},
     {"nodeRenamed", '~', "renamed from {1} to {2}"},
+    {"commentChanged", '~', "comment {1} → {2}"},
     {"patchReplaced", '~', "patch {1} → {2}"},
     {"parameterChanged", '~', "{0} {1} → {2}"},
     {"valueChanged", '~', "{0} {1} → {2}"},

@@ -17,6 +17,7 @@ struct HXDocumentChange {
     nodeRemoved,
     nodeMoved,  // to another group
     nodeRenamed,
+    commentChanged,
     patchReplaced,
     parameterChanged,
     valueChanged,  // the static value of a port

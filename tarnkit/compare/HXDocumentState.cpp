@@ -96,6 +96,7 @@ class StateReader {
       to.patchClass = node.unknownPatchClass();
     }
     to.name = node.name();
+    to.comment = node.comment();
     to.position = node.position();
     to.inspectorPanel = node.inspectorPanel();
     to.selected = node.selected();
@@ -204,9 +205,9 @@ bool isSamePoint(HXPoint a, HXPoint b) { return std::memcmp(&a, &b, sizeof(a)) =
 
 bool isEqualNode(const HXDocumentState::Node& a, const HXDocumentState::Node& b) {
   const auto plain = [](const HXDocumentState::Node& node) {
-    return std::tie(node.key, node.nodeClass, node.patchClass, node.name, node.inspectorPanel,
-                    node.selected, node.forcesSubnodes, node.parent, node.hasGroup, node.showsViews,
-                    node.opaque);
+    return std::tie(node.key, node.nodeClass, node.patchClass, node.name, node.comment,
+                    node.inspectorPanel, node.selected, node.forcesSubnodes, node.parent,
+                    node.hasGroup, node.showsViews, node.opaque);
   };
   const auto lists = [](const HXDocumentState::Node& node) {
     return std::tie(node.parameters, node.values, node.wires, node.subnodes, node.views,

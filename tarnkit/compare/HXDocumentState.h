@@ -76,6 +76,7 @@ struct HXDocumentState {
     String patchClass;                    // nil without a patch
     const HXRNodeClass* patch = nullptr;  // null without a patch, and for an unknown one
     String name;
+    String comment;
     HXPoint position;
     std::uint64_t inspectorPanel = 0;
     bool selected = false;

@@ -96,10 +96,11 @@ void StateMerge::tell(Kind kind, std::int32_t number, const std::string& subject
 
 // Whether a branch has made something of the node beside taking away.
 bool StateMerge::hasChanged(const Node& before, const Node& now, const MergeBranch& branch) const {
-  if (before.name != now.name || before.patchClass != now.patchClass ||
-      before.parent != now.parent || before.forcesSubnodes != now.forcesSubnodes ||
-      before.opaque != now.opaque || before.parameters != now.parameters ||
-      before.values != now.values || !(before.position == now.position)) {
+  if (before.name != now.name || before.comment != now.comment ||
+      before.patchClass != now.patchClass || before.parent != now.parent ||
+      before.forcesSubnodes != now.forcesSubnodes || before.opaque != now.opaque ||
+      before.parameters != now.parameters || before.values != now.values ||
+      !(before.position == now.position)) {
     return true;
   }
   const auto hiddenOf = [](const Node& of, std::int32_t side) {
@@ -238,6 +239,7 @@ void StateMerge::mergeNode(std::int32_t number) {
   node.key = o->key;
   node.nodeClass = o->nodeClass;
   node.name = pick(b->name, o->name, t->name, number, "name", quoted);
+  node.comment = pick(b->comment, o->comment, t->comment, number, "comment", quoted);
   node.position = pick(b->position, o->position, t->position, number, "position",
                        [](HXPoint point) { return fmt::format("({}, {})", point.x, point.y); });
   const auto look = [](const auto& before, const auto& ours, const auto& theirs) {
