@@ -413,6 +413,14 @@ void StateMerge::mergeSubnodes(std::int32_t number) {
       if (present.contains(view)) views.insert(view);
     }
   }
+  // What was a view is none any more when one branch has it as another subnode.
+  for (const auto* of : {&ours, &theirs}) {
+    const std::unordered_set<std::int32_t> its(of->views.begin(), of->views.end());
+    const std::unordered_set<std::int32_t> all(of->subnodes.begin(), of->subnodes.end());
+    for (const auto view : before.views) {
+      if (all.contains(view) && !its.contains(view)) views.erase(view);
+    }
+  }
   node.views = mergedOrder(before.views, ours.views, theirs.views, views, conflict);
   if (conflict) decide(Kind::twoOrders, number, "views", "ours", "theirs");
   if (!node.views.empty()) node.showsViews = true;

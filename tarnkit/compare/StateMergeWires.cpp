@@ -100,6 +100,18 @@ bool StateMerge::standsWithin(const Port& port, std::int32_t number) const {
   return isKept_[at(port.node)] && holder >= 0 && merged_.nodes[at(holder)].parent == number;
 }
 
+bool StateMerge::standsAsIn(const MergeBranch& branch, const Port& port) const {
+  auto holder = port.node;
+  for (std::uint32_t level = 0; level <= port.level && holder >= 0; ++level) {
+    const auto* node = branch.find(holder);
+    if (!node || !isKept_[at(holder)] || node->parent != merged_.nodes[at(holder)].parent) {
+      return false;
+    }
+    holder = node->parent;
+  }
+  return true;
+}
+
 void StateMerge::mergePublications(std::int32_t number) {
   auto& node = merged_.nodes[at(number)];
   const auto* b = base_.find(number);
@@ -116,8 +128,10 @@ void StateMerge::mergePublications(std::int32_t number) {
     const bool isSimple = ours == before || theirs == before;
     const auto merged = isSimple ? (theirs == before ? ours : theirs)
                                  : mergedPublications(number, before, ours, theirs);
+    const MergeBranch& source = theirs == before ? ours_ : theirs_;
     for (const auto& publication : merged) {
-      if (!standsWithin(publication.port, number)) {
+      if (!standsWithin(publication.port, number) &&
+          !(isSimple && standsAsIn(source, publication.port))) {
         if (isSimple) tellLostPublication(number, publication, before, theirs == before);
         continue;
       }
