@@ -67,12 +67,9 @@ class StateMerge {
   void tellLostPublication(std::int32_t number, const State::Publication& publication,
                            const Publications& before, bool isOurs);
   /// Whether the port stands, or is published, right inside of the node.
+  bool standsWithin(const Port& port, std::int32_t number) const;
   /// Whether the port's node, and what the port is published through, are where the branch has
   /// them: the publication of a hidden port stays where it was made when its node moves.
-  bool standsAsIn(const MergeBranch& branch, const Port& port) const;
-  bool standsWithin(const Port& port, std::int32_t number) const;
-  /// Whether the port's node, and what the port is published through, are where the branch has them:
-  /// the publication of a hidden port stays where it was made when its node moves.
   bool standsAsIn(const MergeBranch& branch, const Port& port) const;
   void mergeConnections();
   void mergeWireOrder(std::int32_t number);

@@ -94,7 +94,7 @@ TEST_F(DifferenceTest, AWireThatIsDraggedToAnotherOutputIsRewired) {
 
 TEST_F(DifferenceTest, WhatIsInsertedAmongLookAlikesLeavesThemAlone) {
   std::vector<Ref<HXNode>> chain;
-  for (int i = 0; i < 40; ++i) {
+  for (std::size_t i = 0; i < 40; ++i) {
     chain.push_back(add("HXRClampNode"));
     if (i > 0) connect(*chain[i - 1], "Tarn.resultOutput", *chain[i], "Tarn.valueInput");
   }
