@@ -5,19 +5,17 @@
 #include <numeric>
 
 #include "tarnkit/patches/PMRPrimitive.h"
-#include "tarnkit/platform/text/UTF8.h"
 #include "tarnkit/text/TextGraph.h"
 #include "tarnkit/text/TextMembers.h"
 #include "tarnkit/text/TextOrder.h"
 #include "tarnkit/text/TextReader.h"
+#include "tarnkit/text/TextWords.h"
 
 // What a text says of ports: how it calls them, which are published, their values and port groups.
 
 namespace tarnkit::detail {
 
 namespace {
-
-std::string shown(std::string_view word) { return fmt::format("\"{}\"", beginningOf(word, 80)); }
 
 std::string_view nameOfSide(std::int32_t side) noexcept {
   return side == HXOrientationInput ? "input" : side == HXOrientationOutput ? "output" : "port";
