@@ -33,23 +33,7 @@ void share(MergeBranch& branch, std::size_t count) {
   for (std::size_t i = 0; i < branch.numbers.size(); ++i) {
     branch.own[at(branch.numbers[i])] = static_cast<std::int32_t>(i);
   }
-  const auto change = [&branch](std::int32_t& number) {
-    if (number >= 0) number = branch.numbers[at(number)];
-  };
-  for (auto& node : branch.state.nodes) {
-    change(node.parent);
-    for (auto& subnode : node.subnodes) change(subnode);
-    for (auto& view : node.views) change(view);
-    for (auto& side : node.publications) {
-      for (auto& publication : side) change(publication.port.node);
-    }
-    for (auto& output : node.arrayOutputs) change(output.port.node);
-  }
-  for (auto& wire : branch.state.connections) {
-    for (auto* port : {&wire.output, &wire.input, &wire.displayOutput, &wire.displayInput}) {
-      change(port->node);
-    }
-  }
+  branch.state.mapReferences(branch.numbers);
 }
 
 std::vector<State::Image> mergedImages(const State& base, const State& ours, const State& theirs) {

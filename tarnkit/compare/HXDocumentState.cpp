@@ -270,28 +270,10 @@ Ref<HXNode> HXDocumentState::nodeOf(const Data& piece, bool keepsKey) {
   return root ? as<HXNode>(*root) : nullptr;
 }
 
-void HXDocumentState::renumber(std::vector<std::int32_t>* numbers) {
-  std::vector<std::int32_t> order;
-  std::vector<std::int32_t> pending;
-  if (!nodes.empty()) pending.push_back(0);
-  while (!pending.empty()) {
-    const auto at = pending.back();
-    pending.pop_back();
-    order.push_back(at);
-    const auto& subnodes = nodes[static_cast<std::size_t>(at)].subnodes;
-    pending.insert(pending.end(), subnodes.rbegin(), subnodes.rend());
-  }
-  std::vector<std::int32_t> fresh(nodes.size(), -1);
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    fresh[static_cast<std::size_t>(order[i])] = static_cast<std::int32_t>(i);
-  }
-  const auto change = [&fresh](std::int32_t& node) {
-    if (node >= 0) node = fresh[static_cast<std::size_t>(node)];
+void HXDocumentState::mapReferences(const std::vector<std::int32_t>& numbers) {
+  const auto change = [&numbers](std::int32_t& node) {
+    if (node >= 0) node = numbers[static_cast<std::size_t>(node)];
   };
-  std::vector<Node> sorted;
-  sorted.reserve(order.size());
-  for (const auto at : order) sorted.push_back(std::move(nodes[static_cast<std::size_t>(at)]));
-  nodes = std::move(sorted);
   for (auto& node : nodes) {
     change(node.parent);
     for (auto& subnode : node.subnodes) change(subnode);
@@ -307,6 +289,28 @@ void HXDocumentState::renumber(std::vector<std::int32_t>* numbers) {
       change(port->node);
     }
   }
+}
+
+void HXDocumentState::renumber(std::vector<std::int32_t>* numbers) {
+  std::vector<std::int32_t> order;
+  std::vector<std::int32_t> pending;
+  if (!nodes.empty()) pending.push_back(0);
+  while (!pending.empty()) {
+    const auto at = pending.back();
+    pending.pop_back();
+    order.push_back(at);
+    const auto& subnodes = nodes[static_cast<std::size_t>(at)].subnodes;
+    pending.insert(pending.end(), subnodes.rbegin(), subnodes.rend());
+  }
+  std::vector<std::int32_t> fresh(nodes.size(), -1);
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    fresh[static_cast<std::size_t>(order[i])] = static_cast<std::int32_t>(i);
+  }
+  std::vector<Node> sorted;
+  sorted.reserve(order.size());
+  for (const auto at : order) sorted.push_back(std::move(nodes[static_cast<std::size_t>(at)]));
+  nodes = std::move(sorted);
+  mapReferences(fresh);
   // Connections are numbered as they are met, too.
   std::vector<std::int32_t> freshWires(connections.size(), -1);
   std::vector<Connection> met;

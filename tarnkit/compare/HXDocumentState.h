@@ -130,6 +130,8 @@ struct HXDocumentState {
   /// downward. `numbers`, where given, gets the new number of each node, -1 for one that is not
   /// met.
   void renumber(std::vector<std::int32_t>* numbers = nullptr);
+  /// Whatever refers to a node refers to the one of its new number; the nodes stay where they are.
+  void mapReferences(const std::vector<std::int32_t>& numbers);
 
   /// Whether the two are the same document, keys and numbers included.
   bool isEqual(const HXDocumentState& other) const;

@@ -17,22 +17,16 @@ namespace {
 
 std::size_t at(std::int32_t number) { return static_cast<std::size_t>(number); }
 
-void addPort(StateHash& hash, const HXDocumentState::Port& port) {
-  hash.add(static_cast<std::uint64_t>(port.node));
-  hash.add(std::uint64_t{port.level});
-  hash.add(port.key);
-}
-
 std::uint64_t hashOf(const HXDocumentState::Port& port) {
   StateHash hash;
-  addPort(hash, port);
+  hash.addPort(port);
   return hash.value();
 }
 
 std::uint64_t hashOf(const HXDocumentState::Port& output, const HXDocumentState::Port& input) {
   StateHash hash;
-  addPort(hash, output);
-  addPort(hash, input);
+  hash.addPort(output);
+  hash.addPort(input);
   return hash.value();
 }
 
@@ -40,7 +34,7 @@ std::uint64_t hashOf(const HXDocumentState::Port& output, const HXDocumentState:
 std::uint64_t hashOf(const HXDocumentState::Publication& publication,
                      const HXDocumentState::Port& port) {
   StateHash hash;
-  addPort(hash, port);
+  hash.addPort(port);
   if (publication.port.node < 0) hash.add(publication.name);
   return hash.value();
 }

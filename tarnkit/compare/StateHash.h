@@ -21,6 +21,13 @@ class StateHash {
   void add(const String& text) noexcept {
     add(text.isNil() ? std::uint64_t{1} : keyedHash(text.view()));
   }
+  /// A port as a state names it: its node, how often it is published, its key.
+  template <class Port>
+  void addPort(const Port& port) noexcept {
+    add(static_cast<std::uint64_t>(port.node));
+    add(std::uint64_t{port.level});
+    add(port.key);
+  }
   std::uint64_t value() const noexcept { return value_; }
 
   static std::uint64_t mixed(std::uint64_t value) noexcept {

@@ -15,16 +15,10 @@ namespace {
 
 std::size_t at(std::int32_t number) { return static_cast<std::size_t>(number); }
 
-void addPort(StateHash& hash, const HXDocumentState::Port& port) {
-  hash.add(static_cast<std::uint64_t>(port.node));
-  hash.add(std::uint64_t{port.level});
-  hash.add(port.key);
-}
-
 struct PortHash {
   std::size_t operator()(const HXDocumentState::Port& port) const {
     StateHash hash;
-    addPort(hash, port);
+    hash.addPort(port);
     return hash.value();
   }
 };
@@ -33,7 +27,7 @@ struct WireHash {
   std::size_t operator()(const HXDocumentState::Connection& wire) const {
     StateHash hash;
     for (const auto* port : {&wire.output, &wire.input, &wire.displayOutput, &wire.displayInput}) {
-      addPort(hash, *port);
+      hash.addPort(*port);
     }
     return hash.value();
   }
