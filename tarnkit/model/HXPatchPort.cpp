@@ -153,13 +153,17 @@ void HXPatchPort::arrangeConnections(const std::vector<Ref<HXConnection>>& order
   HXPatchPortFields::ConnectionOrder::set(*this, connections);
 }
 
+// Both ends let it go: the other may be out of the document, where nobody asks it to prune, and come
+// back into it.
 void HXPatchPort::pruneInvalidConnections() {
   const detail::Operation operation(*this);
   const HXConnectionSet all = connections_;
   all.forEach([&](HXConnection& connection) {
-    if (!connection.displayInputPort() || !connection.displayOutputPort()) {
-      dropConnection(connection);
+    if (connection.displayInputPort() && connection.displayOutputPort()) return;
+    for (HXPort* end : {connection.outputPort(), connection.inputPort()}) {
+      if (auto* port = as<HXPatchPort>(end); port && port != this) port->dropConnection(connection);
     }
+    dropConnection(connection);
   });
 }
 

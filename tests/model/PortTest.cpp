@@ -182,6 +182,26 @@ TEST_F(PortTest, PruningDropsConnectionsThatLostADisplayPort) {
   EXPECT_THAT(recorder.take(), IsEmpty());
 }
 
+TEST_F(PortTest, PruningEndsConnectionsAtPortsOutsideOfTheDocument) {
+  const auto source = add("HXRClampNode");
+  const auto target = add("HXRClampNode");
+  auto& output = port(*source, "Tarn.resultOutput");
+  auto& input = port(*target, "Tarn.valueInput");
+  {
+    const auto passing = make<HXSymbolicPort>(&input, document.get(), HXOrientationInput,
+                                              HXConnectionRelationshipOne);
+    document->connectPort(*passing, output);
+  }
+  // What a hidden port holds stays when its node goes.
+  for (const auto& group : target->inputPortGroups()) group->setHidden(true);
+  document->subnodeGroup()->removeNode(target.get());
+  EXPECT_FALSE(input.connections().isEmpty());
+  document->pruneInvalidConnections();
+  document->subnodeGroup()->addNode(*target);
+  EXPECT_TRUE(output.connections().isEmpty());
+  EXPECT_TRUE(input.connections().isEmpty());
+}
+
 TEST_F(PortTest, ConnectionsFindTheNearestCommonNode) {
   const auto outer = add("");
   const auto inner = add("", outer.get());
