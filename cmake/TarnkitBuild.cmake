@@ -68,6 +68,9 @@ function(tarnkit_room name)
     set(scope PUBLIC)
     add_library(${target} STATIC ${sources})
     tarnkit_warnings(${target})
+    # Nobody replaces a function of the library from outside, so that its own may be inlined.
+    target_compile_options(${target} PRIVATE
+      $<$<AND:$<CXX_COMPILER_ID:GNU>,$<NOT:$<CONFIG:Debug>>>:-fno-semantic-interposition>)
     target_precompile_headers(${target} PRIVATE
       <algorithm> <bit> <charconv> <cmath> <cstddef> <cstdint> <cstring> <functional> <limits>
       <memory> <optional> <span> <stdexcept> <string> <string_view> <type_traits>

@@ -44,12 +44,12 @@ void HXHistory::record(std::unique_ptr<HXChange> change) {
     wasChangedMeanwhile_ = true;
     return;
   }
-  if (open_.holds(change->subject())) return;
-  if (auto* const node = change->subnode()) {
+  // The one that is there now, and leaves.
+  if (auto* const node = change->comingSubnode()) {
     openSubnodes_.insert(node);
     mark(*node);
   }
-  open_.add(std::move(change));
+  open_.addFirst(std::move(change));
 }
 
 void HXHistory::operationDidEnd() {
@@ -68,8 +68,8 @@ void HXHistory::endStep() {
 void HXHistory::forget(HXChangeList changes) {
   while (const auto change = changes.takeLast()) {
     const auto* node = change->subnode();
-    const auto found = node ? subnodes_.find(node) : subnodes_.end();
-    if (found != subnodes_.end() && --found->second == 0) subnodes_.erase(found);
+    auto* const held = node ? subnodes_.find(node) : nullptr;
+    if (held && --held->count == 0) subnodes_.take(node);
   }
 }
 
@@ -92,7 +92,8 @@ void HXHistory::commit() {
     open_.id = ++lastId_;
     for (const HXChange& change : open_.changes()) {
       if (auto* const node = change.subnode()) {
-        ++subnodes_[node];
+        auto* const held = subnodes_.find(node);
+        ++(held ? *held : subnodes_.append({node, 0})).count;
         mark(*node);
       }
     }

@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <unordered_map>
 #include <unordered_set>
 
 #include "tarnkit/editing/HXHistoryStep.h"
 #include "tarnkit/model/HXChangeRecorder.h"
 #include "tarnkit/model/HXNotifications.h"
+#include "tarnkit/platform/collections/OrderedTable.h"
 
 namespace tarnkit {
 
@@ -129,8 +129,7 @@ class HXHistory final : public HXChangeRecorder {
   void operationWillBegin() override { ++operations_; }
   void operationDidEnd() override;
   bool holdsSubnode(const HXNode& node) const override {
-    return (!subnodes_.empty() && subnodes_.contains(&node)) ||
-           (!openSubnodes_.empty() && openSubnodes_.contains(&node));
+    return subnodes_.find(&node) || (!openSubnodes_.empty() && openSubnodes_.contains(&node));
   }
 
  private:
@@ -152,12 +151,25 @@ class HXHistory final : public HXChangeRecorder {
   void announce(const Symbol& name, const String& stepName);
   void announceChange();
 
+  struct NodeCount {
+    const HXNode* node = nullptr;
+    std::uint32_t count = 0;
+
+    using Key = const HXNode*;
+    static Key key(const NodeCount& entry) noexcept { return entry.node; }
+    static bool isGap(const NodeCount& entry) noexcept { return !entry.node; }
+    static bool hasKey(const NodeCount& entry, Key key) noexcept { return entry.node == key; }
+    static std::uint64_t hash(Key key) noexcept {
+      return reinterpret_cast<std::uintptr_t>(key) >> 4;
+    }
+  };
+
   WeakRef<HXDocument> document_;
   std::deque<HXHistoryStep> done_;
   std::deque<HXHistoryStep> undone_;  // the next one to redo last
   HXHistoryStep open_;
-  std::unordered_map<const HXNode*, std::uint32_t> subnodes_;  // how many changes move each
-  std::unordered_set<const HXNode*> openSubnodes_;             // those that left in the open step
+  detail::OrderedTable<NodeCount, NodeCount> subnodes_;  // how many changes move each
+  std::unordered_set<const HXNode*> openSubnodes_;       // those that left in the open step
   std::uint32_t openSteps_ = 0;
   std::uint32_t operations_ = 0;
   Direction direction_ = Direction::none;

@@ -1,11 +1,10 @@
 #include "tarnkit/editing/HXHistoryStep.h"
 
 #include <algorithm>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "tarnkit/model/HXChangeNotices.h"
+#include "tarnkit/platform/collections/OrderedTable.h"
 
 namespace tarnkit {
 
@@ -14,16 +13,42 @@ namespace {
 // Beyond so many changes the subjects that are held are looked up in a table.
 constexpr std::size_t kSearchedInPlace = 12;
 
-struct SubjectHash {
-  std::size_t operator()(const HXChange::Subject& subject) const noexcept {
-    return (reinterpret_cast<std::uintptr_t>(subject.object) >> 4) * 31 +
-           reinterpret_cast<std::uintptr_t>(subject.property);
+// Numbers of subjects.
+struct NumberedSubject {
+  HXChange::Subject subject;
+  std::uint32_t number = 0;
+};
+struct SubjectTraits {
+  using Key = HXChange::Subject;
+  static const Key& key(const NumberedSubject& entry) noexcept { return entry.subject; }
+  static bool isGap(const NumberedSubject& entry) noexcept { return !entry.subject.object; }
+  static bool hasKey(const NumberedSubject& entry, const Key& key) noexcept {
+    return entry.subject == key;
+  }
+  static std::uint64_t hash(const Key& key) noexcept {
+    return (reinterpret_cast<std::uintptr_t>(key.object) >> 4) * 31 +
+           reinterpret_cast<std::uintptr_t>(key.property);
   }
 };
+using SubjectTable = detail::OrderedTable<NumberedSubject, SubjectTraits>;
+
+// The number of the subject, which is the next one where it had none.
+std::uint32_t numberOf(const HXChange::Subject& subject, SubjectTable& subjects) {
+  const auto* const known = subjects.find(subject);
+  return known ? known->number : subjects.append({subject, subjects.size()}).number;
+}
 
 }  // namespace
 
-class HXHistoryStep::Subjects : public std::unordered_set<HXChange::Subject, SubjectHash> {};
+struct HXHistoryStep::Subjects {
+  /// Whether it is a new one, or none.
+  bool add(const HXChange::Subject& subject) {
+    if (!subject.object) return true;
+    const auto count = table.size();
+    return numberOf(subject, table) == count;
+  }
+  SubjectTable table;
+};
 
 HXHistoryStep::HXHistoryStep() noexcept = default;
 HXHistoryStep::HXHistoryStep(HXHistoryStep&& other) noexcept
@@ -39,7 +64,7 @@ HXHistoryStep::~HXHistoryStep() = default;
 
 bool HXHistoryStep::holds(const HXChange::Subject& subject) const {
   if (!subject.object) return false;
-  if (subjects_) return subjects_->contains(subject);
+  if (subjects_) return subjects_->table.find(subject) != nullptr;
   return std::any_of(changes_.begin(), changes_.end(),
                      [&](const HXChange& change) { return change.subject() == subject; });
 }
@@ -49,17 +74,24 @@ void HXHistoryStep::add(std::unique_ptr<HXChange> change) {
   changes_.append(std::move(change));
   if (changes_.count() <= kSearchedInPlace) return;
   if (subjects_) {
-    subjects_->insert(changes_.last()->subject());
+    subjects_->add(changes_.last()->subject());
     return;
   }
   subjects_ = std::make_unique<Subjects>();
-  for (const HXChange& present : changes_) subjects_->insert(present.subject());
+  for (const HXChange& present : changes_) subjects_->add(present.subject());
+}
+
+void HXHistoryStep::addFirst(std::unique_ptr<HXChange> change) {
+  if (!subjects_) {
+    if (!holds(change->subject())) add(std::move(change));
+  } else if (subjects_->add(change->subject())) {
+    changeBytes_ += change->byteCount();
+    changes_.append(std::move(change));
+  }
 }
 
 void HXHistoryStep::append(HXHistoryStep later) {
-  while (auto change = later.changes_.takeFirst()) {
-    if (!holds(change->subject())) add(std::move(change));
-  }
+  while (auto change = later.changes_.takeFirst()) addFirst(std::move(change));
 }
 
 HXChangeList HXHistoryStep::takeAll() {
@@ -87,45 +119,64 @@ bool HXHistoryStep::mayCancelOut() const {
 
 // A value that is what it was goes. Of the entries of a table those go that came and went again, or
 // the other way round, with nothing of that table left in between; a table that was exchanged as a
-// whole goes only when no entry of it is left.
+// whole goes only when no entry of it is left. All of a table or nothing: where an entry stood is
+// told by what stood beside it, so that what stays needs the rest.
 HXChangeList HXHistoryStep::takeWhatCancelsOut() {
   if (!mayCancelOut()) return {};
-  struct Table {
-    std::vector<HXChange*> members;
-    std::vector<HXChange*> open;
+  constexpr std::uint32_t kNone = 0xFFFFFFFFU;
+  struct Link {
+    HXChange* change;
+    std::uint32_t table;  // its number, or none
+    std::uint32_t below;  // of the changes of the table that no later one has taken back
+    bool goes;
   };
-  std::unordered_map<HXChange::Subject, Table, SubjectHash> tables;
-  std::unordered_set<const HXChange*> goes;
+  struct Table {
+    std::uint32_t last = kNone;  // the last change that none has taken back, and how many there are
+    std::uint32_t count = 0;
+    bool goes = false;
+  };
+  std::vector<Link> links;
+  links.reserve(changes_.count());
+  std::vector<Table> tables;
+  SubjectTable numbers;
+  // Of a table to which entries came and nothing else nothing cancels out.
   for (HXChange& change : changes_) {
     const auto subject = change.table();
-    if (!subject.object) {
-      if (change.isNeutral()) goes.insert(&change);
-      continue;
-    }
-    Table& table = tables[subject];
-    table.members.push_back(&change);
-    if (!table.open.empty() && table.open.back()->isUndoneBy(change)) {
-      table.open.pop_back();
+    links.push_back({&change, kNone, kNone, !subject.object && change.isNeutral()});
+    if (subject.object && !change.isOfNewEntry()) numberOf(subject, numbers);
+  }
+  tables.resize(numbers.size());
+  for (std::uint32_t at = 0; at < links.size() && !tables.empty(); ++at) {
+    const auto* const entry = numbers.find(links[at].change->table());
+    if (!entry) continue;
+    Link& link = links[at];
+    Table& table = tables[entry->number];
+    link.table = entry->number;
+    link.below = table.last;
+    if (table.count != 0 && links[table.last].change->isUndoneBy(*link.change)) {
+      table.last = links[table.last].below;
+      --table.count;
     } else {
-      table.open.push_back(&change);
+      table.last = at;
+      ++table.count;
     }
   }
-  // All of a table or nothing: where an entry stood is told by what stood beside it, so that what
-  // stays needs the rest.
-  for (const auto& [subject, table] : tables) {
-    const auto& open = table.open;
-    if (!open.empty() && (open.size() != 1 || !open[0]->isNeutral())) continue;
-    goes.insert(table.members.begin(), table.members.end());
+  for (Table& table : tables) {
+    table.goes = table.count == 0 || (table.count == 1 && links[table.last].change->isNeutral());
   }
+  std::size_t going = 0;
+  for (Link& link : links) {
+    if (link.table != kNone) link.goes = tables[link.table].goes;
+    going += link.goes ? 1U : 0U;
+  }
+  if (going == 0) return {};
   // What stays may concern what stands below a node that came and went, or the other way round.
-  if (goes.size() != changes_.count()) {
-    std::erase_if(goes, [](const HXChange* change) { return change->movesSubnodes(); });
-  }
+  const bool allGo = going == links.size();
   HXChangeList gone;
-  if (goes.empty()) return gone;
   HXChangeList all = takeAll();
-  while (auto change = all.takeFirst()) {
-    if (goes.contains(change.get())) {
+  for (const Link& link : links) {
+    auto change = all.takeFirst();
+    if (link.goes && (allGo || !change->movesSubnodes())) {
       gone.append(std::move(change));
     } else {
       add(std::move(change));

@@ -29,6 +29,8 @@ class HXHistoryStep {
   /// Whether a change of that subject is held.
   bool holds(const HXChange::Subject& subject) const;
   void add(std::unique_ptr<HXChange> change);
+  /// Likewise, unless a change of its subject is held.
+  void addFirst(std::unique_ptr<HXChange> change);
   /// Takes out what changes nothing in the end.
   HXChangeList takeWhatCancelsOut();
   /// Takes over the changes of a later step, but those of a subject that is held already.
@@ -45,7 +47,7 @@ class HXHistoryStep {
   std::size_t byteCount() const noexcept { return sizeof(*this) + changeBytes_; }
 
  private:
-  class Subjects;
+  struct Subjects;
   bool mayCancelOut() const;
 
   HXChangeList changes_;

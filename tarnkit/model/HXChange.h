@@ -53,6 +53,8 @@ class HXChange {
   /// The table (of which owner) in which an entry comes or goes, or which is exchanged as a whole;
   /// null for another change.
   Subject table() const noexcept { return subjectOf(kind_.table); }
+  /// Whether it is of an entry that came, so that nothing has to be held.
+  virtual bool isOfNewEntry() const noexcept { return false; }
   /// Whether a later change, of an entry of the same table and the next one of that table, has
   /// taken this one back.
   virtual bool isUndoneBy(const HXChange&) const { return false; }

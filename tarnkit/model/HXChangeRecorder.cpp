@@ -41,34 +41,46 @@ void HXChangeRecorder::endRecording(HXDocument& document) noexcept {
 
 void HXChangeRecorder::mark(HXNode& node) noexcept { node.mayBeRecorded_ = true; }
 
-const HXNode* HXChangeRecorder::holderOf(const HXNode& node) noexcept {
-  const HXGroup* const group = node.parentGroup_.get();
-  return group ? group->presentOrFormerNode() : nullptr;
-}
-
-// Asked for every change, and of fresh nodes most of the time.
+// Asked for every change, and of fresh nodes most of the time. A node is held by the one that
+// encloses it, or would if the group that it stands in had not been replaced: what a group took
+// along that was dropped comes back with it.
 HXChangeRecorder* HXChangeRecorder::of(const HXNode* node) {
   if (!node) return nullptr;
   const HXNode* root = node;
-  while (const HXNode* const holder = holderOf(*root)) root = holder;
-  if (!root->mayBeRecorded_) return nullptr;
-  if (const auto* document = as<HXDocument>(root)) return document->recorder_;
+  while (const HXGroup* const group = root->parentGroup_.get()) {
+    const HXNode* const holder = group->presentOrFormerNode();
+    if (!holder) break;
+    root = holder;
+  }
+  return root->mayBeRecorded_ ? ofRoot(*root) : nullptr;
+}
+
+HXChangeRecorder* HXChangeRecorder::ofRoot(const HXNode& root) {
+  if (const auto* document = as<HXDocument>(&root)) return document->recorder_;
   const auto found = std::find_if(recorders().begin(), recorders().end(),
-                                  [&](auto* recorder) { return recorder->holdsSubnode(*root); });
+                                  [&](auto* recorder) { return recorder->holdsSubnode(root); });
   return found == recorders().end() ? nullptr : *found;
 }
 
 namespace detail {
 
-const HXNode* nodeOfChange(const HXNode& node) noexcept { return &node; }
-const HXNode* nodeOfChange(const HXGroup& group) noexcept { return group.node(); }
-const HXNode* nodeOfChange(const HXPort& port) noexcept { return port.node(); }
-const HXNode* nodeOfChange(const HXPortGroup& group) noexcept { return group.node(); }
-const HXNode* nodeOfChange(const HXPortGroupCollection& collection) noexcept {
-  return collection.node();
+HXChangeRecorder* recorderAtWork(const HXNode& node) { return HXChangeRecorder::of(&node); }
+HXChangeRecorder* recorderAtWork(const HXGroup& group) {
+  return HXChangeRecorder::of(group.node());
 }
-const HXNode* nodeOfChange(const HXParameter& parameter) noexcept { return parameter.node(); }
-const HXNode* nodeOfChange(const HXImageStore& store) noexcept { return store.document(); }
+HXChangeRecorder* recorderAtWork(const HXPort& port) { return HXChangeRecorder::of(port.node()); }
+HXChangeRecorder* recorderAtWork(const HXPortGroup& group) {
+  return HXChangeRecorder::of(group.node());
+}
+HXChangeRecorder* recorderAtWork(const HXPortGroupCollection& collection) {
+  return HXChangeRecorder::of(collection.node());
+}
+HXChangeRecorder* recorderAtWork(const HXParameter& parameter) {
+  return HXChangeRecorder::of(parameter.node());
+}
+HXChangeRecorder* recorderAtWork(const HXImageStore& store) {
+  return HXChangeRecorder::of(store.document());
+}
 
 }  // namespace detail
 

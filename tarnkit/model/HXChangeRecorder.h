@@ -37,10 +37,6 @@ class HXChangeRecorder : public Object {
   virtual void operationDidEnd() = 0;
 
  protected:
-  /// The node that encloses the node, or would if the group that the node stands in had not been
-  /// replaced: what a group took along that was dropped comes back with it. Null at the top.
-  static const HXNode* holderOf(const HXNode& node) noexcept;
-
   HXChangeRecorder();
   ~HXChangeRecorder() override;
   /// A document has one recorder at most (std::logic_error).
@@ -52,18 +48,21 @@ class HXChangeRecorder : public Object {
   virtual bool holdsSubnode(const HXNode& node) const = 0;
 
  private:
+  /// Of one that may be recorded, and that no other node holds.
+  static HXChangeRecorder* ofRoot(const HXNode& root);
+
   static inline std::atomic<std::uint32_t> atWork_{0};
 };
 
 namespace detail {
 
-const HXNode* nodeOfChange(const HXNode& node) noexcept;
-const HXNode* nodeOfChange(const HXGroup& group) noexcept;
-const HXNode* nodeOfChange(const HXPort& port) noexcept;
-const HXNode* nodeOfChange(const HXPortGroup& group) noexcept;
-const HXNode* nodeOfChange(const HXPortGroupCollection& collection) noexcept;
-const HXNode* nodeOfChange(const HXParameter& parameter) noexcept;
-const HXNode* nodeOfChange(const HXImageStore& store) noexcept;
+HXChangeRecorder* recorderAtWork(const HXNode& node);
+HXChangeRecorder* recorderAtWork(const HXGroup& group);
+HXChangeRecorder* recorderAtWork(const HXPort& port);
+HXChangeRecorder* recorderAtWork(const HXPortGroup& group);
+HXChangeRecorder* recorderAtWork(const HXPortGroupCollection& collection);
+HXChangeRecorder* recorderAtWork(const HXParameter& parameter);
+HXChangeRecorder* recorderAtWork(const HXImageStore& store);
 
 /// The recorder that wants to know of changes of `source`; null, at the cost of one test, while
 /// none is at work.
@@ -72,7 +71,7 @@ HXChangeRecorder* recorderOf(const Source& source) {
   if (!HXChangeRecorder::anyAtWork()) [[likely]] {
     return nullptr;
   }
-  return HXChangeRecorder::of(nodeOfChange(source));
+  return recorderAtWork(source);
 }
 
 /// While one lives, a public operation on `source` is under way.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cassert>
-#include <optional>
+#include <memory>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -103,8 +103,7 @@ class EntryChange final : public HXChange {
   EntryChange(Owner& owner, Key key) : HXChange(kKind, owner), key_(std::move(key)) {
     auto& table = Table::in(owner);
     if (const auto* const value = Entries::find(table, key_)) {
-      held_ = *value;
-      place_ = Entries::place(table, key_);
+      held_.reset(new Held{*value, Entries::place(table, key_)});
     }
   }
 
@@ -118,18 +117,16 @@ class EntryChange final : public HXChange {
     auto& table = Table::in(ofOwner());
     auto* const present = Entries::find(table, key_);
     if (present && held_) {
-      std::swap(*present, *held_);
+      std::swap(*present, held_->value);
       Table::follow(ofOwner(), key_, present, true);
     } else if (present) {
-      place_ = Entries::place(table, key_);
-      held_ = Entries::take(table, key_);
+      auto place = Entries::place(table, key_);
+      held_.reset(new Held{Entries::take(table, key_), std::move(place)});
       Table::follow(ofOwner(), key_, held(), false);
     } else if (held_) {
-      Value value = std::move(*held_);
-      Entries::insert(table, key_, value, place_);
-      held_.reset();
-      place_ = {};
-      Table::follow(ofOwner(), key_, &value, true);
+      const auto taken = std::move(held_);
+      Entries::insert(table, key_, taken->value, taken->place);
+      Table::follow(ofOwner(), key_, &taken->value, true);
     }
   }
   void addNotices(HXChangeNotices& notices) const override {
@@ -140,16 +137,35 @@ class EntryChange final : public HXChange {
     auto& table = Table::in(ofOwner());
     auto* const present = Entries::find(table, key_);
     if (!present || !held_) return !present && !held_;
-    return *present == *held_ && samePlace(Entries::place(table, key_));
+    return *present == held_->value && held_->isAt(Entries::place(table, key_));
   }
+  bool isOfNewEntry() const noexcept override { return !held_; }
   bool isUndoneBy(const HXChange& later) const override {
     const auto* const other = dynamic_cast<const EntryChange*>(&later);
     return other && other->key_ == key_ && isNeutral();
   }
-  std::size_t byteCount() const noexcept override { return sizeof(*this); }
+  std::size_t byteCount() const noexcept override {
+    return sizeof(*this) + (held_ ? sizeof(Held) : 0);
+  }
 
  private:
-  const Value* held() const noexcept { return held_ ? &*held_ : nullptr; }
+  using Place = std::decay_t<decltype(Entries::place(std::declval<typename Table::Collection&>(),
+                                                     std::declval<const Key&>()))>;
+  // What is not in force: an entry that is not there now, or the value that it has not.
+  struct Held {
+    Value value;
+    Place place;
+
+    bool isAt(const Place& other) const noexcept {
+      return place.neighbour == other.neighbour && place.follows == other.follows;
+    }
+    static void* operator new(std::size_t size) { return BlockPool::allocate(size); }
+    static void operator delete(void* held, std::size_t size) noexcept {
+      BlockPool::release(held, size);
+    }
+  };
+
+  const Value* held() const noexcept { return held_ ? &held_->value : nullptr; }
   HXNode* movedSubnode() const noexcept override {
     if constexpr (Table::kHoldsSubnodes) {
       auto* const present = Entries::find(Table::in(ofOwner()), key_);
@@ -161,19 +177,11 @@ class EntryChange final : public HXChange {
     if constexpr (Table::kHoldsSubnodes) return Table::subnode(held());
     return nullptr;
   }
-  bool samePlace(const decltype(Entries::place(std::declval<typename Table::Collection&>(),
-                                               std::declval<const Key&>()))& other) const {
-    return place_.neighbour == other.neighbour && place_.follows == other.follows;
-  }
-
   static constexpr Kind kKind{.table = Table::kName, .movesSubnodes = Table::kHoldsSubnodes};
   Owner& ofOwner() const noexcept { return static_cast<Owner&>(owner()); }
 
   Key key_;
-  std::optional<Value> held_;  // what is not in force: the entry's value, or nothing
-  std::decay_t<decltype(Entries::place(std::declval<typename Table::Collection&>(),
-                                       std::declval<const Key&>()))>
-      place_;
+  std::unique_ptr<Held> held_;  // null for an entry that came
 };
 
 /// The change of the place of one member of a set that an object owns. `Table` as above.
@@ -213,18 +221,14 @@ class PlaceChange final : public HXChange {
   typename Table::Collection::Place held_;
 };
 
-/// The entry of the owner's table is about to come, to go, or to be replaced, on behalf of
-/// `source`, which stands in the document.
-template <class Table, class Source>
-void willChangeEntry(const Source& source, typename Table::Owner& owner,
-                     typename EntryChange<Table>::Key key) {
-  if (auto* const recorder = recorderOf(source)) {
-    recorder->record(std::make_unique<EntryChange<Table>>(owner, std::move(key)));
+/// The entry of the owner's table is about to come, to go, or to be replaced. The key is one of the
+/// table, or the pointer of which one is made; it is held only where somebody records.
+template <class Table, class Key>
+void willChangeEntry(typename Table::Owner& owner, const Key& key) {
+  if (auto* const recorder = recorderOf(owner)) {
+    using Change = EntryChange<Table>;
+    recorder->record(std::make_unique<Change>(owner, typename Change::Key(key)));
   }
-}
-template <class Table>
-void willChangeEntry(typename Table::Owner& owner, typename EntryChange<Table>::Key key) {
-  willChangeEntry<Table>(owner, owner, std::move(key));
 }
 /// Likewise, of an entry of a key that the table does not have: saves the search for it.
 template <class Table, class Key>

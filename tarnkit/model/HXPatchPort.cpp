@@ -153,8 +153,8 @@ void HXPatchPort::arrangeConnections(const std::vector<Ref<HXConnection>>& order
   HXPatchPortFields::ConnectionOrder::set(*this, connections);
 }
 
-// Both ends let it go: the other may be out of the document, where nobody asks it to prune, and come
-// back into it.
+// Both ends let it go: the other may be out of the document, where nobody asks it to prune, and
+// come back into it.
 void HXPatchPort::pruneInvalidConnections() {
   const detail::Operation operation(*this);
   const HXConnectionSet all = connections_;
@@ -193,13 +193,13 @@ void HXPatchPort::setStaticValue(Ref<PMRPrimitive> value) {
 
 void HXPatchPort::insertConnection(HXConnection& connection) {
   if (connections_.contains(&connection)) return;
-  detail::willInsertEntry<HXPatchPortFields::Connection>(*this, Ref<Object>(&connection));
+  detail::willInsertEntry<HXPatchPortFields::Connection>(*this, &connection);
   connections_.add(connection);
 }
 
 bool HXPatchPort::removeConnection(HXConnection& connection) {
   if (!connections_.contains(&connection)) return false;
-  detail::willChangeEntry<HXPatchPortFields::Connection>(*this, Ref<Object>(&connection));
+  detail::willChangeEntry<HXPatchPortFields::Connection>(*this, &connection);
   return connections_.remove(connection);
 }
 

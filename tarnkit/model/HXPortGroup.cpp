@@ -182,8 +182,7 @@ void HXSymbolicPortGroup::insertSymbolicPort(const Ref<Object>& port) {
 }
 
 void HXSymbolicPortGroup::removeSymbolicPort(const Object& port) {
-  detail::willChangeEntry<HXPortGroupFields::SymbolicPort>(*this,
-                                                           Ref<Object>(const_cast<Object*>(&port)));
+  detail::willChangeEntry<HXPortGroupFields::SymbolicPort>(*this, const_cast<Object*>(&port));
   HXPortGroupFields::SymbolicPort::in(*this).remove(&port);
 }
 

@@ -164,7 +164,7 @@ void HXReplicatorNode::followCollectedPort(const Ref<HXPort>& port) const {
 void HXReplicatorNode::endArrayOutput(HXPort& port) {
   const auto output = hx_replicatorArrayOutputPortForPort(port);
   // Forgotten first: an observer of the rest may publish the port anew.
-  detail::willChangeEntry<HXReplicatorNodeFields::ArrayOutput>(*this, Ref<HXPort>(&port));
+  detail::willChangeEntry<HXReplicatorNodeFields::ArrayOutput>(*this, &port);
   const String key = arrayOutputKeys_.take(&port);
   if (output) Ref<HXRNode>(patch())->removePort(*output);
   if (key.isNil()) return;

@@ -117,14 +117,13 @@ void HXSubviewGroup::announceOrder() {
 bool HXSubviewGroup::insertView(HXNode& node) {
   assert(subnodeForKey(node.uniqueKey()) == &node);
   if (subviewNodes_->contains(&node)) return false;
-  detail::willChangeEntry<HXSubviewGroupFields::View>(*this, Ref<Object>(&node));
+  detail::willChangeEntry<HXSubviewGroupFields::View>(*this, &node);
   return subviewNodes_->add(Ref<Object>(&node));
 }
 
 bool HXSubviewGroup::removeView(const HXNode& node) {
   if (!subviewNodes_->contains(&node)) return false;
-  detail::willChangeEntry<HXSubviewGroupFields::View>(*this,
-                                                      Ref<Object>(const_cast<HXNode*>(&node)));
+  detail::willChangeEntry<HXSubviewGroupFields::View>(*this, const_cast<HXNode*>(&node));
   return subviewNodes_->remove(&node);
 }
 
