@@ -140,6 +140,10 @@ class HostManual(HostTest):
             for parameter in patch["parameters"]:
                 found["Parameter of a patch"].update(parameter)
 
+        language = json.loads(self.host("functions", "--json")[0])
+        found["What functions prints"] = {*language, *language["operators"][0],
+                                          *language["functions"][0]}
+
         toggle = ROOT / "examples/documents/toggle.json"
         changed = self.folder / "changed.json"
         text = toggle.read_text()
