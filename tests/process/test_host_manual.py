@@ -7,7 +7,7 @@ import re
 
 from archives import everything
 from host import ROOT, HostTest, op, unittest
-from manual import Page, code_of
+from manual import REGENERATES, Page, code_of
 
 PAGE = Page(ROOT / "docs/host.md")
 
@@ -21,6 +21,52 @@ def rows_under(title, first_header=None):
 def names_in(title):
     """The members that the tables under a heading name, `a`, `b` and `c` of one row too."""
     return {name for row in rows_under(title, "Member") for name in code_of(row[0])}
+
+
+# Edits as people make them, after which the page about editors tells what is posted.
+BEFORE = [
+    op("newDocument", as_="document"),
+    *[op("newNode", as_=name, patch=patch) for name, patch in [
+        ("clamp", "HXRClampNode"), ("other", "HXRClampNode"), ("new", "HXRClampNode"),
+        ("choice", "HXRMultiplexerNode"), ("view", "HXRColorViewNode"),
+        ("front", "HXRColorViewNode"), ("group", None), ("inner", "HXRClampNode")]],
+    op("setForceAllowsSubnodes", node="group", value=True),
+    *[op("addNode", node=name, to="document")
+      for name in ("clamp", "other", "choice", "view", "front", "group")],
+    op("addNode", node="inner", to="group"),
+    op("copy", nodes=["clamp", "other"], as_="copied"),
+]
+EDITS = [
+    ("A node is added", op("addNode", node="new", to="document")),
+    ("A node is renamed", op("setName", node="clamp", value="Limits")),
+    ("A node is moved on the canvas", op("setPosition", node="clamp", value=[10, 20])),
+    ("A node is selected", op("setSelected", node="clamp", value=True)),
+    ("A wire is joined", op("wire", **{"from": "clamp/Tarn.resultOutput",
+                                       "to": "other/Tarn.valueInput", "as": "wire"})),
+    ("Another wire takes its place at the input",
+     op("wire", **{"from": "new/Tarn.resultOutput", "to": "other/Tarn.valueInput",
+                   "as": "second"})),
+    ("A wire is broken", op("break", connection="second")),
+    ("A value is typed in",
+     op("setStaticValue", port="clamp/Tarn.maximumInput", value={"kind": "number", "value": 3})),
+    ("A parameter is changed that ports follow",
+     op("setParameter", node="choice", parameter="Tarn.numberOfSourcesParameter", value=3)),
+    ("A port is published", op("publish", port="inner/Tarn.valueInput", as_="published")),
+    ("A published port is renamed", op("renamePort", symbolicPort="published", name="In:Value")),
+    ("A wire is joined to it", op("wire", **{"from": "clamp/Tarn.resultOutput", "to": "published"})),
+    ("It is published no more", op("unpublish", port="inner/Tarn.valueInput")),
+    ("A view comes in front", op("moveSubview", node="view", index=1)),
+    ("A port group is folded", op("setPortGroup", node="clamp", orientation=1, group="__Default",
+                                  collapsedCanvasGroup=True)),
+    ("An image is added", op("addImage", as_="image",
+                             file=str(ROOT / "examples/photos/northern-lights.png"))),
+    ("Nodes are pasted", op("paste", clipboard="copied", to="document")),
+    ("Nodes are grouped", op("group", nodes=["clamp", "other"], name="Both", as_="both")),
+    ("A group is taken apart", op("ungroup", node="both")),
+    ("A node gets another patch", op("setPatch", node="other", patch="HXRDelayNode")),
+    ("A node is removed", op("removeNode", node="clamp")),
+    ("That is undone", op("undo")),
+]
 
 
 class HostManual(HostTest):
@@ -102,6 +148,35 @@ class HostManual(HostTest):
         for name, keys in posted.items():
             self.assertEqual(keys, documented[name], name)
         self.assertEqual(set(documented) - set(posted), set())
+
+    def test_what_is_posted_when(self):
+        session = [*BEFORE, *(operation for _, operation in EDITS)]
+        text = self.host("run", "-", "--trace", "--history",
+                         input=json.dumps(session).encode())[0].decode()
+        posted = collections.defaultdict(list)
+        for line in text.splitlines():
+            record = json.loads(line)
+            if name := record.get("notification"):
+                names = posted[record["op"]]
+                if name == "HXHistoryDidChangeNotification":
+                    continue
+                if names and names[-1][0] == name:
+                    names[-1][1] += 1
+                else:
+                    names.append([name, 1])
+        table = "| | What is posted |\n|---|---|\n"
+        for number, (title, _) in enumerate(EDITS, len(BEFORE)):
+            self.assertTrue(posted[number], title)
+            names = [f"`{name}`" + (f" ({count} times)" if count > 1 else "")
+                     for name, count in posted[number]]
+            table += f"| {title} | {'; '.join(names)} |\n"
+        page = Page(ROOT / "docs/building-an-editor.md")
+        made = re.sub(r"(<!-- made of: notices -->\n)(.*?)(<!-- end -->)",
+                      lambda found: found[1] + table + found[3], page.text, flags=re.DOTALL)
+        if REGENERATES:
+            page.path.write_text(made, encoding="utf-8")
+            page = Page(page.path)
+        self.assertEqual(page.text, made)
 
     def test_shapes(self):
         session = [*everything(self.folder), op("dump")]

@@ -14,6 +14,7 @@ from manual import REGENERATES, pages
 
 # Pages without commands of users: made from tables, or about measuring and the working on it.
 ABOUT_THE_WORK = {"docs/performance.md", "docs/performance/decimal.md", "docs/performance/math.md"}
+PICTURE = re.compile(r"^<!-- before: (.*) -->\n<!-- picture: (.*) -->\n!\[.*\]\((.*)\)$", re.MULTILINE)
 REGION = r"^[ \t]*(?://|#|--) region {}\n(.*?)^[ \t]*(?://|#|--) end {}$"
 
 
@@ -43,10 +44,11 @@ class Shell:
 
     def __init__(self, folder):
         self.folder = folder
-        (folder / "examples").symlink_to(ROOT / "examples")
-        (folder / "build/release/examples").mkdir(parents=True)
-        (folder / "build/release/examples/example_plugin.so").symlink_to(
-            os.environ["TARNKIT_PLUGIN"])
+        for name in ("examples", "tarnkit"):
+            (folder / name).symlink_to(ROOT / name)
+        (folder / "build/release").mkdir(parents=True)
+        (folder / "build/release/examples").symlink_to(
+            pathlib.Path(os.environ["TARNKIT_PLUGIN"]).parent)
         (folder / "home").mkdir()
         self.environment = {
             "PATH": f"{pathlib.Path(HOST).parent}:/usr/local/bin:/usr/bin:/bin",
@@ -108,6 +110,24 @@ class Manual(unittest.TestCase):
                     self.assertEqual(block["text"], new[block.start()])
         if REGENERATES:
             page.replace(lambda block: new.get(block.start()))
+
+
+    def test_pictures_are_what_the_program_draws(self):
+        drawn = 0
+        for page in pages():
+            for before, command, path in PICTURE.findall(page.text):
+                drawn += 1
+                with tempfile.TemporaryDirectory() as folder:
+                    shell = Shell(pathlib.Path(folder))
+                    self.assertEqual(shell.run("set -e; " + before), (0, ""))
+                    status, picture = shell.run(command)
+                self.assertEqual(status, 0, picture)
+                file = page.path.parent / path
+                if REGENERATES:
+                    file.parent.mkdir(exist_ok=True)
+                    file.write_text(picture, encoding="utf-8")
+                self.assertEqual(file.read_text(encoding="utf-8"), picture)
+        self.assertGreater(drawn, 0)
 
 
 if __name__ == "__main__":
