@@ -58,6 +58,7 @@ std::string_view nameOf(HXMergeConflict::Kind kind) noexcept;
 /// the documents' thread.
 class HXDocumentMerge {
  public:
+  /// How to merge.
   struct Options {
     HXNodeMatching::Keys keys = HXNodeMatching::Keys::whereTheyAgree;
     /// What is taken where nothing else is said.
@@ -67,6 +68,7 @@ class HXDocumentMerge {
     /// What is taken at an address, or of the property there ("Album / Page: name").
     std::unordered_map<std::string, HXMergeSide> favored;
   };
+  /// What a merge came to.
   struct Outcome {
     Ref<HXDocument> document;
     std::vector<HXMergeConflict> conflicts;

@@ -33,12 +33,14 @@ struct HXDocumentState {
     String key;               // of the patch port
     friend bool operator==(const Port&, const Port&) = default;
   };
+  /// The value of a parameter.
   struct Parameter {
     String key;
     const Class* kind = nullptr;
     HXStateValue value;
     friend bool operator==(const Parameter&, const Parameter&) = default;
   };
+  /// The static value of a port.
   struct PortValue {
     String key;
     HXStateValue value;
@@ -59,6 +61,7 @@ struct HXDocumentState {
     std::int32_t relationship = 0;
     friend bool operator==(const Publication&, const Publication&) = default;
   };
+  /// What an array output of a replicator collects.
   struct ArrayOutput {
     String key;
     Port port;  // which it collects
@@ -70,6 +73,7 @@ struct HXDocumentState {
     std::vector<std::int32_t> connections;
     friend bool operator==(const Wires&, const Wires&) = default;
   };
+  /// One node, with everything that a file keeps of it.
   struct Node {
     String key;
     const Class* nodeClass = nullptr;
@@ -108,6 +112,7 @@ struct HXDocumentState {
     Port displayInput;
     friend bool operator==(const Connection&, const Connection&) = default;
   };
+  /// One entry of the image store.
   struct Image {
     Ref<HXImageStoreEntry> entry;
     String key;

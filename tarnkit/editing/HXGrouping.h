@@ -12,6 +12,7 @@ namespace tarnkit {
 
 /// What nodes lost when they went to another group. Keeps alive what it names.
 struct HXLosses {
+  /// A connection that could not come along.
   struct Connection {
     Ref<HXConnection> connection;  ///< broken by now
     Ref<HXPort> output;            ///< the patch ports that it joined, and their nodes
@@ -20,6 +21,7 @@ struct HXLosses {
     Ref<HXNode> inputNode;
     std::string reason;  ///< one sentence, as that of a `Status`
   };
+  /// A published port that could not stay.
   struct Publication {
     Ref<HXSymbolicPort> symbolicPort;  ///< published by no group any more
     Ref<HXNode> node;                  ///< on whose outside it stood
@@ -64,6 +66,7 @@ class HXGrouping {
   /// point. Among the views of its group it takes the place of the first of the nodes.
   static Result<Ref<HXNode>> group(const std::vector<Ref<HXNode>>& nodes, const String& name);
 
+  /// What ungrouping came to.
   struct Ungrouped {
     std::vector<Ref<HXNode>> nodes;  ///< those that were inside, in their order
     HXLosses lost;

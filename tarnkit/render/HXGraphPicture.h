@@ -13,7 +13,7 @@ enum class HXPictureTheme { light, dark };
 struct HXPictureOptions {
   /// Of a picture that stands alone. An embedded one takes its colours from the page.
   HXPictureTheme theme = HXPictureTheme::light;
-  /// Off: a whole SVG file with its own style block. On: one <svg> element to stand inside an HTML
+  /// Off: a whole SVG file with its own style block. On: one `svg` element to stand inside an HTML
   /// page, without prologue and style; the page brings `pictureStyle` and, in both themes,
   /// `pictureColors`.
   bool embedded = false;
@@ -44,10 +44,10 @@ struct HXPictureReport {
 /// a note says so. Collapsed port groups are one line, hidden ones are left out; a connection to a
 /// port that is not drawn ends at the node's title bar.
 ///
-/// The elements can be found: <g class="tk-node" id data-node data-patch data-group data-count>,
-/// <g class="tk-port" id data-port data-orientation data-connected data-published>,
-/// <path class="tk-wire" id data-connection data-from data-to>, <g class="tk-edge" id data-port
-/// data-orientation> for the published ports; `data-from` and `data-to` are "NODE/PORT".
+/// The elements can be found by class, each with an id: `g.tk-node` (data-node, data-patch,
+/// data-group, data-count), `g.tk-port` (data-port, data-orientation, data-connected,
+/// data-published), `path.tk-wire` (data-connection, data-from, data-to), and `g.tk-edge`
+/// (data-port, data-orientation) for the published ports; data-from and data-to are "NODE/PORT".
 ///
 /// The same group gives the same bytes. The text is well-formed XML whatever the names hold, and
 /// every text fits its box in the fonts of the style (and in narrower ones). Costs time linear in

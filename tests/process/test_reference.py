@@ -154,7 +154,8 @@ class Reference(HostTest):
         directory = self.write(plugin=PLUGIN)
         names = {patch["libraryDescription"] for patch in self.catalogue()}
         pages = {path.name: Page(path) for path in directory.glob("*.html")}
-        self.assertEqual(set(pages), names | {"index.html", "StaircaseNode.html", "WiggleNode.html"})
+        self.assertEqual(set(pages), names | {"index.html", "expressions.html", "StaircaseNode.html",
+                                          "WiggleNode.html"})
         self.assertEqual({path.name for path in directory.iterdir()},
                          set(pages) | {"reference.css"})
         ids = {name: page.ids() for name, page in pages.items()}
@@ -301,6 +302,20 @@ class Reference(HostTest):
             for terms in [related(path.stem)] if path.stem != "HXRTestSubviewGroupNode" else []:
                 self.assertLessEqual(len(terms.get("Similar", [])), 6)
                 self.assertLessEqual(len(terms.get("Goes with", [])), 12)
+
+    def test_the_page_of_the_expressions_is_that_of_the_engine(self):
+        directory = self.write()
+        links = [link.attributes["href"] for link in
+                 Page(directory / "HXRMathExpressionNode.html").root.all("article")[0].all("a")]
+        self.assertIn("expressions.html", links)
+        language = json.loads(self.host("functions", "--json")[0])
+        tables = Page(directory / "expressions.html").root.all("table")
+        shown = [[cell.text() for cell in row.all("th") + row.all("td")][:2]
+                 for table in tables for row in table.all("tbody")[0].all("tr")]
+        self.assertEqual(shown, [
+            *[[" ".join(o["tokens"]), o["meaning"]] for o in language["operators"]],
+            *[[f["name"] + (f"({f['arguments']})" if f["arguments"] else ""), f["meaning"]]
+              for f in language["functions"]]])
 
     def test_an_html_checker_finds_nothing(self):
         plain = self.write(plugin=PLUGIN)

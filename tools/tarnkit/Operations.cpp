@@ -4,23 +4,23 @@
 
 namespace tarnkit::tool {
 
-namespace {
-
-std::unordered_map<std::string_view, const Operation*> allOperations() {
-  std::unordered_map<std::string_view, const Operation*> table;
+std::vector<const Operation*> allOperations() {
+  std::vector<const Operation*> all;
   for (const auto& operations :
-       {documentOperations(), nodeOperations(), groupOperations(), portOperations(),
-        imageOperations(), valueOperations(), historyOperations(), replacementOperations(),
-        groupingOperations(), clipboardOperations()}) {
-    for (const Operation& operation : operations) table.emplace(operation.name, &operation);
+       {documentOperations(), nodeOperations(), groupOperations(), groupingOperations(),
+        portOperations(), replacementOperations(), clipboardOperations(), historyOperations(),
+        imageOperations(), valueOperations()}) {
+    for (const Operation& operation : operations) all.push_back(&operation);
   }
-  return table;
+  return all;
 }
 
-}  // namespace
-
 const Operation* operationNamed(std::string_view name) {
-  static const auto table = allOperations();
+  static const auto table = [] {
+    std::unordered_map<std::string_view, const Operation*> byName;
+    for (const Operation* operation : allOperations()) byName.emplace(operation->name, operation);
+    return byName;
+  }();
   const auto found = table.find(name);
   return found == table.end() ? nullptr : found->second;
 }

@@ -4,6 +4,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace tarnkit {
 class JSONWriter;
@@ -37,6 +38,9 @@ std::span<const Operation> valueOperations();
 std::span<const Operation> historyOperations();
 std::span<const Operation> replacementOperations();
 std::span<const Operation> clipboardOperations();
+
+/// All of them, by subject.
+std::vector<const Operation*> allOperations();
 
 /// Null for an unknown one. Costs one look-up.
 const Operation* operationNamed(std::string_view name);

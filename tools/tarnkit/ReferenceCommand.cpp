@@ -18,6 +18,7 @@
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/Progress.h"
+#include "tools/tarnkit/reference/ExpressionsPage.h"
 #include "tools/tarnkit/reference/IndexPage.h"
 #include "tools/tarnkit/reference/PageFrame.h"
 #include "tools/tarnkit/reference/PatchPage.h"
@@ -56,6 +57,7 @@ std::vector<OutputFile> filesOf(const ReferencePages& pages, const ReferenceOpti
     files.push_back({page.fileName, patchPage(page, pages, related)});
     progress.setCount(files.size());
   }
+  files.push_back({std::string(kExpressionsPage), expressionsPage()});
   files.push_back({ReferencePages::kIndex, indexPage(pages)});
   return files;
 }

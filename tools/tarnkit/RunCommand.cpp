@@ -1,8 +1,11 @@
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 
 #include "tools/tarnkit/ModelCommands.h"
+#include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/SessionRun.h"
 
@@ -30,6 +33,16 @@ void run(const RunOptions& options) {
               [](std::string_view text) { writeToStandardOutput(text); });
 }
 
+// What --help says beneath the options.
+std::string operationList() {
+  std::string text = "Operations, as {\"do\": NAME, ARGUMENT: VALUE, ...}; ? may be missing:\n";
+  for (const Operation* operation : allOperations()) {
+    const auto line = fmt::format("  {:<23} {}", operation->name, operation->arguments);
+    text += line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+  }
+  return text;
+}
+
 }  // namespace
 
 void addRunCommand(CLI::App& app) {
@@ -46,6 +59,7 @@ void addRunCommand(CLI::App& app) {
                     "Print the results as one JSON array (a trace stays JSON lines)");
   command->add_flag("--history", options->history,
                     "Record the changes of each document, so that they can be undone");
+  command->footer(operationList);
   command->callback([options] { run(*options); });
 }
 

@@ -50,6 +50,7 @@ void occupyStandardStreams() {
 void addCommands(CLI::App& program) {
   tool::addEvalCommand(program);
   tool::addExpressionCommands(program);
+  tool::addFunctionsCommand(program);
   tool::addMathBatchCommand(program);
   tool::addCatalogueCommand(program);
   tool::addRunCommand(program);

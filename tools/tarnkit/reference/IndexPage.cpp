@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tarnkit/patches/HXRNode.h"
+#include "tools/tarnkit/reference/ExpressionsPage.h"
 #include "tools/tarnkit/reference/Html.h"
 #include "tools/tarnkit/reference/PageFrame.h"
 #include "tools/tarnkit/reference/PatchPage.h"
@@ -113,8 +114,10 @@ std::string indexPage(const ReferencePages& pages) {
   body += fmt::format(
       "<header class=\"title\">\n<h1>Patch reference</h1>\n"
       "<p>What each of the {} patches is for, with its ports and parameters. "
-      "<a href=\"#page.kinds\">What ports carry</a> stands at the end.</p>\n{}</header>\n",
-      pages.patches().size(), kSearchForm);
+      "<a href=\"#page.kinds\">What ports carry</a> stands at the end; what formulas are made of, "
+      "on "
+      "<a href=\"{}\">a page of its own</a>.</p>\n{}</header>\n",
+      pages.patches().size(), kExpressionsPage, kSearchForm);
   body += "<div class=\"columns\">\n" + categoryLinks(categories) + "<main id=\"page.list\">\n";
   for (const Category& category : categories) body += sectionOf(category, pages);
   body += legend() + "</main>\n</div>\n" + pageFooter();

@@ -9,6 +9,7 @@
 #include "tarnkit/model/HXGroup.h"
 #include "tarnkit/patches/HXRNodeClass.h"
 #include "tarnkit/render/HXGraphPicture.h"
+#include "tools/tarnkit/reference/ExpressionsPage.h"
 #include "tools/tarnkit/reference/Html.h"
 #include "tools/tarnkit/reference/IndexPage.h"
 #include "tools/tarnkit/reference/PageFrame.h"
@@ -65,6 +66,7 @@ std::string partOf(const HXRNodeClass& patch, const ReferencePages& pages, int l
       fmt::format("<article class=\"patch\" id=\"{}\">\n<h{}>{}{}</h{}>\n", anchorOf(patch), level,
                   escaped(titleOf(patch)), flagsHtml(patch), level);
   html += fmt::format("<p class=\"lead\">{}</p>\n", escaped(summaryOf(patch)));
+  html += expressionsLink(patch);
   html +=
       links + "<div class=\"overview\">\n" + pictureOf(patch) + factsOf(patch, pages) + "</div>\n";
   html += patchTables(patch, pages, level + 1);

@@ -8,6 +8,7 @@
 
 #include "tarnkit/patches/HXRNodeClass.h"
 #include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/reference/ExpressionsPage.h"
 #include "tools/tarnkit/reference/Html.h"
 
 namespace tarnkit::tool {
@@ -38,6 +39,7 @@ std::string_view faultOf(std::string_view name) {
   if (name.size() > kLongestName) return "its name is too long";
   const std::string lower = lowerCased(name);
   if (lower == ReferencePages::kIndex) return "that is the index";
+  if (lower == kExpressionsPage) return "that is the page of the expressions";
   if (lower.size() <= kExtension.size() || !lower.ends_with(kExtension)) {
     return "its name does not end with .html";
   }
