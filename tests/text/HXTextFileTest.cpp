@@ -104,6 +104,13 @@ TEST_F(TextFileTest, TenLinesMakeADocument) {
   EXPECT_THAT(text, HasSubstr("\"Tarn.toggleInput\": \"touch/Tarn.downOutput\""));
 }
 
+// Each member of every object, none with its default or with the value of another.
+TEST_F(TextFileTest, EveryMemberIsReadAndWrittenInOneWay) {
+  std::ifstream stream(TARNKIT_SOURCE_DIR "/tests/text/every-member.json");
+  const std::string text((std::istreambuf_iterator<char>(stream)), {});
+  EXPECT_EQ(checkedText(*read(text)), text);
+}
+
 TEST_F(TextFileTest, CommentsStayInFilesToo) {
   auto node = add("HXRClampNode");
   const auto bare = savedBytes(*document, 3);
