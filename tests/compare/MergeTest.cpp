@@ -1,9 +1,15 @@
+#include <functional>
 #include <random>
 
 #include "fuzz/model/ModelEditor.h"
 #include "tarnkit/compare/HXDocumentDifference.h"
 #include "tarnkit/compare/HXDocumentMerge.h"
 #include "tarnkit/model/HXDocumentFile.h"
+#include "tarnkit/model/HXNodeWalk.h"
+#include "tarnkit/model/HXParameterKinds.h"
+#include "tarnkit/model/HXPortGroup.h"
+#include "tarnkit/model/HXSubviewGroup.h"
+#include "tarnkit/text/HXTextFile.h"
 #include "tests/model/Consistency.h"
 #include "tests/model/ModelFixture.h"
 
@@ -130,6 +136,265 @@ TEST_F(MergeTest, NodesThatTwoBranchesMadeUnderOneKeyAreTwo) {
   const auto outcome = merge();
   EXPECT_THAT(linesOf(outcome.conflicts), ElementsAre());
   EXPECT_EQ(outcome.document->subnodeGroup()->subnodes().size(), 3U);
+}
+
+// A document, and edits of it of which no two are about one thing.
+class MergeEditsTest : public MergeTest {
+ protected:
+  using Edit = std::function<void(HXDocument&)>;
+
+  MergeEditsTest() {
+    album = addNamed("", "Album");
+    clamp = addNamed("HXRClampNode", "Clamp", album.get());
+    delay = addNamed("HXRDelayNode", "Delay", album.get());
+    source = addNamed("HXRTransitionNode", "Source");
+    sink = addNamed("HXRClampNode", "Sink");
+    tail = addNamed("HXRClampNode", "Tail");
+    choice = addNamed("HXRMultiplexerNode", "Choice");
+    debug = addNamed("HXRDebugNode", "Debug");
+    loose = addNamed("HXRDelayNode", "Loose");
+    shelf = addNamed("", "Shelf");
+    views = addNamed("", "Views");
+    for (auto* each : {&back, &middle, &front}) *each = add("HXRColorViewNode", views.get());
+    connect(*clamp, "Tarn.resultOutput", *delay, "Tarn.valueInput");
+    document->connectPort(port(*source, "Tarn.output"), *publish(*clamp, "Tarn.valueInput", "In"));
+    set(*sink, "Tarn.valueInput", 1);
+    const auto fresh = addNamed("HXRClampNode", "Fresh");
+    piece = HXDocumentState::pieceOf(*fresh);
+    document->subnodeGroup()->removeNode(fresh.get());
+  }
+
+  Ref<HXNode> addNamed(const char* patch, const char* name, HXNode* to = nullptr) {
+    const auto node = add(patch, to);
+    node->setName(name);
+    return node;
+  }
+  static Ref<HXSymbolicPort> publish(HXNode& node, const char* key, const char* name) {
+    const auto published = node.parentGroup()->addSymbolicPortForPort(port(node, key));
+    if (published) published->setName(name);
+    return published;
+  }
+  static void set(HXNode& node, const char* key, float value) {
+    port(node, key).setStaticValue(PMRPrimitive::primitiveWithNumberValue(value));
+  }
+  /// The node of a branch that is this one of the document.
+  static HXNode& in(HXDocument& branch, const Ref<HXNode>& node) {
+    for (HXNodeWalk walk(branch); HXNode* found = walk.next();) {
+      if (found->uniqueKey() == node->uniqueKey()) return *found;
+    }
+    throw std::logic_error(node->name().toStdString());
+  }
+  static void join(HXDocument& in, HXNode& from, const char* output, HXNode& to,
+                   const char* input) {
+    in.connectPort(port(from, output), port(to, input));
+  }
+  static void remove(HXNode& node) { Ref<HXGroup>(node.parentGroup())->removeNode(&node); }
+  static std::string textOf(const HXDocument& of) {
+    return HXTextFile::textWithDocument(of).valueOr("unsaved");
+  }
+
+  std::vector<Edit> edits() const {
+    const auto image =
+        HXImageStore::createImageEntry(*Image::imageWithPixels(1, 1, {1, 2, 3, 255}));
+    return {
+        [=, this](HXDocument& d) { in(d, sink).setName("Drain"); },
+        [=, this](HXDocument& d) { in(d, sink).setComment("why"); },
+        [=, this](HXDocument& d) {
+          in(d, sink).setPosition({1, 2});
+        },
+        [=, this](HXDocument& d) { in(d, sink).setSelected(true); },
+        [=, this](HXDocument& d) { in(d, sink).setInspectorPanel(3); },
+        [=, this](HXDocument& d) { set(in(d, sink), "Tarn.maximumInput", 5); },
+        [=, this](HXDocument& d) { set(in(d, sink), "Tarn.minimumInput", 4); },
+        [=, this](HXDocument& d) { port(in(d, sink), "Tarn.valueInput").setStaticValue(nullptr); },
+        [=, this](HXDocument& d) { in(d, album).subnodeGroup()->setOpaque(true); },
+        [=, this](HXDocument& d) {
+          in(d, album).subnodeGroup()->setCanvasCenter({7, 8});
+        },
+        [=, this](HXDocument& d) {
+          as<HXIndexParameter>(in(d, debug).parameterForKey("Tarn.integerParameter"))->setValue(3);
+        },
+        [=, this](HXDocument& d) {
+          as<HXNumberParameter>(in(d, debug).parameterForKey("Tarn.floatParameter"))->setValue(3);
+        },
+        [=, this](HXDocument& d) {
+          as<HXIndexParameter>(in(d, choice).parameterForKey("Tarn.numberOfSourcesParameter"))
+              ->setValue(4);
+        },
+        [=, this](HXDocument& d) { in(d, choice).inputPortGroups()[0]->setHidden(true); },
+        [=, this](HXDocument& d) {
+          in(d, choice).inputPortGroups()[0]->setCollapsedCanvasGroup(true);
+        },
+        [=, this](HXDocument& d) {
+          in(d, choice).outputPortGroups()[0]->setCollapsedSidebarGroup(true);
+        },
+        [=, this](HXDocument& d) { in(d, album).symbolicInputPorts()[0]->setName("Entry"); },
+        [=, this](HXDocument& d) { publish(in(d, clamp), "Tarn.minimumInput", "Limits: low"); },
+        [=, this](HXDocument& d) { publish(in(d, delay), "Tarn.valueOutput", "Out"); },
+        [=, this](HXDocument& d) {
+          join(d, in(d, source), "Tarn.output", in(d, tail), "Tarn.valueInput");
+        },
+        [=, this](HXDocument& d) {
+          join(d, in(d, source), "Tarn.output", in(d, tail), "Tarn.minimumInput");
+        },
+        [=, this](HXDocument& d) {
+          d.breakAllConnectionsToPort(port(in(d, delay), "Tarn.valueInput"));
+        },
+        [=, this](HXDocument& d) { remove(in(d, loose)); },
+        [=, this](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, debug)); },
+        [=, this](HXDocument& d) {
+          in(d, shelf).subnodeGroup()->addNode(*HXDocumentState::nodeOf(*piece, true));
+        },
+        [=, this](HXDocument& d) {
+          as<HXSubviewGroup>(in(d, views).subnodeGroup())->moveSubviewNode(in(d, front), 0);
+        },
+        [=](HXDocument& d) { d.imageStore()->addImageEntry(image); },
+    };
+  }
+
+  Ref<HXNode> album, clamp, delay, source, sink, tail, choice, debug, loose, shelf, views, back,
+      middle, front;
+  Ref<Data> piece;
+};
+
+TEST_F(MergeEditsTest, WhatBothDidIsThereAsIfOneHadDoneItAll) {
+  const auto all = edits();
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    for (std::size_t j = i % 2; j < all.size(); j += 2) {
+      if (i == j) continue;
+      branch();
+      const auto wanted = reopened(*document, kWithKeys);
+      for (const auto& made : {ours, wanted}) all[i](*made);
+      for (const auto& made : {theirs, wanted}) all[j](*made);
+      const auto outcome = merge();
+      EXPECT_THAT(linesOf(outcome.conflicts), ElementsAre()) << i << " " << j;
+      ASSERT_EQ(textOf(*outcome.document), textOf(*wanted)) << i << " " << j;
+    }
+  }
+}
+
+TEST_F(MergeEditsTest, WhatDoesNotGoTogetherIsToldWithBothSides) {
+  const struct {
+    Edit ours, theirs;
+    std::vector<std::string> lines;
+  } rows[] = {
+      {[&](HXDocument& d) { in(d, sink).setComment("mine"); },
+       [&](HXDocument& d) { in(d, sink).setComment("yours"); },
+       {"Sink: comment, ours \"mine\", theirs \"yours\", taken \"mine\""}},
+      {[&](HXDocument& d) {
+         in(d, sink).setPosition({1, 2});
+       },
+       [&](HXDocument& d) {
+         in(d, sink).setPosition({1, 3});
+       },
+       {"Sink: position, ours (1, 2), theirs (1, 3), taken (1, 2)"}},
+      {[&](HXDocument& d) { in(d, sink).setSelected(true), in(d, sink).setInspectorPanel(1); },
+       [&](HXDocument& d) { in(d, sink).setSelected(true), in(d, sink).setInspectorPanel(2); },
+       {}},
+      {[&](HXDocument& d) { set(in(d, sink), "Tarn.valueInput", 2); },
+       [&](HXDocument& d) {
+         port(in(d, sink), "Tarn.valueInput").setStaticValue(nullptr);
+         set(in(d, sink), "Tarn.maximumInput", 3);
+       },
+       {"Sink: Value, ours 2, theirs none, taken 2"}},
+      {[&](HXDocument& d) {
+         as<HXIndexParameter>(in(d, debug).parameterForKey("Tarn.integerParameter"))->setValue(3);
+       },
+       [&](HXDocument& d) {
+         as<HXIndexParameter>(in(d, debug).parameterForKey("Tarn.integerParameter"))->setValue(4);
+       },
+       {"Debug: Tarn.integerParameter, ours 3, theirs 4, taken 3"}},
+      {[&](HXDocument& d) {
+         in(d, sink).setPatch(patchClassNamed("HXRDelayNode")->makeDefinition());
+       },
+       [&](HXDocument& d) {
+         in(d, sink).setPatch(patchClassNamed("HXRTransitionNode")->makeDefinition());
+       },
+       {"Sink: patch, ours HXRDelayNode, theirs HXRTransitionNode, taken HXRDelayNode"}},
+      {[&](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, loose)); },
+       [&](HXDocument& d) { in(d, album).subnodeGroup()->addNode(in(d, loose)); },
+       {"Shelf / Loose: group, ours Shelf, theirs Album, taken Shelf"}},
+      {[&](HXDocument& d) { in(d, album).symbolicInputPorts()[0]->setName("Mine"); },
+       [&](HXDocument& d) { in(d, album).symbolicInputPorts()[0]->setName("Yours"); },
+       {"Album: name of a published port, ours Mine, theirs Yours, taken Mine"}},
+      {[&](HXDocument& d) {
+         as<HXSubviewGroup>(in(d, views).subnodeGroup())->moveSubviewNode(in(d, front), 0);
+       },
+       [&](HXDocument& d) {
+         as<HXSubviewGroup>(in(d, views).subnodeGroup())->moveSubviewNode(in(d, front), 1);
+       },
+       {"Views: views, ours ours, theirs theirs, taken ours"}},
+      // What is removed here and changed there.
+      {[&](HXDocument& d) { remove(in(d, tail)); },
+       [&](HXDocument& d) { in(d, tail).inputPortGroups()[0]->setHidden(true); },
+       {"Tail: node, ours removed, theirs changed, taken changed"}},
+      {[&](HXDocument& d) {
+         join(d, in(d, source), "Tarn.output", in(d, tail), "Tarn.valueInput");
+       },
+       [&](HXDocument& d) { remove(in(d, tail)); },
+       {"Tail: node, ours changed, theirs removed, taken changed"}},
+      {[&](HXDocument& d) { remove(in(d, album)); },
+       [&](HXDocument& d) { publish(in(d, delay), "Tarn.valueOutput", "Out"); },
+       {"Album: node, ours removed, theirs changed, taken changed",
+        "Album: published port, ours its port removed or moved, theirs Out, taken none"}},
+      {[&](HXDocument& d) { remove(in(d, shelf)); },
+       [&](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, loose)); },
+       {"Shelf: node, ours removed, theirs holds what was made, taken holds what was made"}},
+      {[&](HXDocument& d) { remove(in(d, tail)); },
+       [&](HXDocument& d) {
+         in(d, tail).setSelected(true);
+         in(d, tail).inputPortGroups()[0]->setCollapsedSidebarGroup(true);
+       },
+       {}},
+      {[&](HXDocument& d) { remove(in(d, clamp)); },
+       [&](HXDocument& d) { in(d, album).symbolicInputPorts()[0]->setName("Yours"); },
+       {"Album: published port, ours its port removed or moved, theirs Yours, taken none"}},
+      // What one made hung on what the other removed.
+      {[&](HXDocument& d) { remove(in(d, source)); },
+       [&](HXDocument& d) {
+         join(d, in(d, source), "Tarn.output", in(d, tail), "Tarn.valueInput");
+       },
+       {"Source: node, ours removed, theirs changed, taken changed"}},
+      {[&](HXDocument& d) { publish(in(d, clamp), "Tarn.minimumInput", "Low"); },
+       [&](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, clamp)); },
+       {"Album: published port, ours Low, theirs its port removed or moved, taken none"}},
+      {[&](HXDocument& d) { remove(in(d, shelf)); },
+       [&](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, views)); },
+       {"Shelf: node, ours removed, theirs holds what was made, taken holds what was made"}},
+  };
+  for (const auto& row : rows) {
+    branch();
+    row.ours(*ours);
+    row.theirs(*theirs);
+    const auto outcome = merge();
+    EXPECT_EQ(linesOf(outcome.conflicts), row.lines);
+    EXPECT_THAT(test::faultsOf(*outcome.document), ElementsAre());
+    HXDocumentMerge::Options options;
+    options.preference = HXMergeSide::theirs;
+    options.isPreferenceDecided = true;
+    for (const auto& conflict : merge(options).conflicts) {
+      EXPECT_TRUE(conflict.isDecided);
+      EXPECT_TRUE(conflict.taken == conflict.theirs || conflict.taken == "none");
+    }
+  }
+}
+
+// A group that was removed comes before what was put into it, or behind it.
+TEST_F(MergeEditsTest, AGroupThatWasRemovedStaysForWhatWasPutThere) {
+  const auto outer = addNamed("", "Outer");
+  const auto inner = addNamed("", "Inner", outer.get());
+  for (const auto& moved : {sink, views, addNamed("HXRClampNode", "Last")}) {
+    branch();
+    remove(in(*ours, outer));
+    in(*theirs, inner).subnodeGroup()->addNode(in(*theirs, moved));
+    const auto wanted = textOf(*theirs);
+    for (const bool swapped : {false, true}) {
+      if (swapped) std::swap(ours, theirs);
+      const auto outcome = merge();
+      EXPECT_EQ(textOf(*outcome.document), wanted);
+      EXPECT_THAT(linesOf(outcome.conflicts), ::testing::SizeIs(2));
+    }
+  }
 }
 
 class MergePropertyTest : public ::testing::Test {
