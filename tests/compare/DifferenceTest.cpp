@@ -148,6 +148,42 @@ imageRemoved /: image 11b52b4a33753ec24d873dedb0ca4cc3 removed, 1 × 1
 )");
 }
 
+TEST_F(DifferenceTest, ValuesAreWrittenAsTheirKindsAre) {
+  using P = PMRPrimitive;
+  const auto debug = add("HXRDebugNode");
+  const auto before = reopened(*document, kWithKeys);
+  const std::pair<Ref<P>, const char*> rows[] = {
+      {P::primitiveWithBooleanValue(true), "true"},
+      {P::primitiveWithIndexValue(-7), "-7"},
+      {P::primitiveWithRadiansValue(1.5F), "1.5 rad"},
+      {P::primitiveWithDegreesValue(90), "90°"},
+      {P::primitiveWithColorValue({1, 0.5F, 0, 0.25F}), "#ff800040"},
+      {P::primitiveWithColorValue({0, 0, 0, 1.5F}), "rgba(0, 0, 0, 1.5)"},
+      {P::primitiveWithStringValue("a\n"), "\"a\\n\""},
+      {P::primitiveWithNilValue(), "nil"}};
+  for (const auto& [value, text] : rows) {
+    port(*debug, "Tarn.numberInput").setStaticValue(value);
+    EXPECT_THAT(
+        linesOf(HXDocumentDifference(*before, *reopened(*document, kWithKeys))),
+        ElementsAre(std::string("valueChanged HXRDebugNode: Tarn.numberInput 0 → ") + text));
+  }
+}
+
+// By what they are the nodes have changed places; by their keys, their names.
+TEST_F(DifferenceTest, KeysTellNodesApartThatAreAlike) {
+  const auto first = add("HXRClampNode");
+  const auto second = add("HXRClampNode");
+  first->setName("First");
+  second->setName("Second");
+  const auto before = reopened(*document, kWithKeys);
+  first->setName("Second");
+  second->setName("First");
+  EXPECT_THAT(
+      linesOf(HXDocumentDifference(*before, *document)),
+      ::testing::UnorderedElementsAre("nodeRenamed Second: renamed from \"First\" to \"Second\"",
+                                      "nodeRenamed First: renamed from \"Second\" to \"First\""));
+}
+
 TEST_F(DifferenceTest, AWireThatIsDraggedToAnotherOutputIsRewired) {
   const auto first = add("HXRTransitionNode");
   const auto second = add("HXRTransitionNode");

@@ -267,6 +267,44 @@ TEST_F(MergeEditsTest, WhatDoesNotGoTogetherIsToldWithBothSides) {
   }
 }
 
+TEST_F(MergeEditsTest, OrdersThatDifferAreOurs) {
+  for (const char* key : {"Tarn.minimumInput", "Tarn.maximumInput"}) publish(*clamp, key, key);
+  branch();
+  const auto toTheEnd = [&](HXDocument& d, const Ref<HXNode>& node, const char* key) {
+    Ref<HXGroup> group(d.subnodeGroup());
+    const Ref<HXNode> moved(&in(d, node));
+    group->removeNode(moved.get());
+    group->addNode(*moved);
+    auto& inner = port(in(d, clamp), key);
+    group = in(d, album).subnodeGroup();
+    group->removeSymbolicPortForPort(&inner);
+    publish(in(d, clamp), key, key);
+  };
+  toTheEnd(*ours, sink, "Tarn.minimumInput");
+  toTheEnd(*theirs, tail, "Tarn.maximumInput");
+  toTheEnd(*theirs, debug, "Tarn.minimumInput");
+  const auto outcome = merge();
+  EXPECT_THAT(linesOf(outcome.conflicts),
+              ElementsAre("/: nodes, ours ours, theirs theirs, taken ours"));
+  EXPECT_EQ(textOf(*outcome.document), textOf(*ours));
+}
+
+// A file has each image once; to that comes what either added.
+TEST_F(MergeEditsTest, ImagesAreCountedTogether) {
+  const auto image = HXImageStore::createImageEntry(*Image::imageWithPixels(1, 1, {1, 2, 3, 255}));
+  const auto addTo = [&](HXDocument& d, int count) {
+    for (int i = 0; i < count; ++i) d.imageStore()->addImageEntry(image);
+  };
+  addTo(*document, 2);
+  const int rows[][3] = {{1, 2, 4}, {0, 3, 4}, {2, 0, 3}};
+  for (const auto& [mine, yours, all] : rows) {
+    branch();
+    addTo(*ours, mine);
+    addTo(*theirs, yours);
+    EXPECT_EQ(merge().document->imageStore()->countForKey(image->key()), all);
+  }
+}
+
 // A group that was removed comes before what was put into it, or behind it.
 TEST_F(MergeEditsTest, AGroupThatWasRemovedStaysForWhatWasPutThere) {
   const auto outer = addNamed("", "Outer");
