@@ -15,6 +15,9 @@ namespace {
 
 std::size_t at(std::int32_t number) { return static_cast<std::size_t>(number); }
 
+// What is said of a group that was removed, and stays for what is in it.
+constexpr const char* kHolds = "holds what was made";
+
 std::string quoted(const String& text) {
   return text.isNil() ? "no name" : "\"" + HXAddresses::escaped(text.view()) + "\"";
 }
@@ -156,7 +159,7 @@ void StateMerge::decidePresence() {
     const auto& now = o ? *o : *t;
     const bool changed = hasChanged(*b, now, o ? ours_ : theirs_);
     if (!changed && !isKept_[at(i)]) continue;
-    const std::string change = changed ? "changed" : "holds what was made";
+    const std::string change = changed ? "changed" : kHolds;
     const auto address = addressOf(i);
     const auto favored = options_.favored.find(address);
     const auto remover = o ? HXMergeSide::theirs : HXMergeSide::ours;
@@ -172,21 +175,27 @@ void StateMerge::decidePresence() {
 }
 
 void StateMerge::decideParents() {
+  const auto textOf = [this](std::int32_t parent) { return addressOf(parent); };
   for (std::size_t i = 1; i < isKept_.size(); ++i) {
     if (!isKept_[i]) continue;
-    const auto number = static_cast<std::int32_t>(i);
-    const auto* b = base_.find(number);
-    const auto* o = ours_.find(number);
-    const auto* t = theirs_.find(number);
-    const auto textOf = [this](std::int32_t parent) { return addressOf(parent); };
-    auto& parent = merged_.nodes[i].parent;
-    if (o && t && b) {
-      parent = pick(b->parent, o->parent, t->parent, number, "group", textOf, Kind::movedTwice);
-    } else {
-      parent = (o ? o : t ? t : b)->parent;
+    for (auto number = static_cast<std::int32_t>(i);;) {
+      const auto* b = base_.find(number);
+      const auto* o = ours_.find(number);
+      const auto* t = theirs_.find(number);
+      auto& parent = merged_.nodes[at(number)].parent;
+      if (o && t && b) {
+        parent = pick(b->parent, o->parent, t->parent, number, "group", textOf, Kind::movedTwice);
+      } else {
+        parent = (o ? o : t ? t : b)->parent;
+      }
+      if (parent < 0 || isKept_[at(parent)]) break;
+      // A group that one branch removed is kept for what the other put there, and so is its own.
+      number = parent;
+      isKept_[at(number)] = true;
+      const bool isOurs = ours_.find(number) != nullptr;
+      tell(Kind::removedAndChanged, number, "node", isOurs ? kHolds : "removed",
+           isOurs ? "removed" : kHolds, kHolds);
     }
-    // A group that one branch removed is kept for what the other put there.
-    if (!isKept_[at(parent)]) keep(parent);
   }
 }
 
@@ -392,7 +401,6 @@ void StateMerge::mergeSubnodes(std::int32_t number) {
   const Node& ours = o ? *o : before;
   const Node& theirs = t ? *t : before;
   std::unordered_set<std::int32_t> present;
-  Numbers arrived;
   const auto gather = [&](const Node& of) {
     for (const auto subnode : of.subnodes) {
       if (isKept_[at(subnode)] && merged_.nodes[at(subnode)].parent == number) {
@@ -404,7 +412,6 @@ void StateMerge::mergeSubnodes(std::int32_t number) {
   gather(ours);
   gather(theirs);
   bool conflict = false;
-  // Of two branches that do not know of each other's nodes ours come first.
   node.subnodes = mergedOrder(before.subnodes, ours.subnodes, theirs.subnodes, present, conflict);
   if (conflict) decide(Kind::twoOrders, number, "nodes", "ours", "theirs");
   std::unordered_set<std::int32_t> views;

@@ -91,8 +91,8 @@ class StateMerge {
              const std::string& subject, TextOf textOf, Kind kind = Kind::twoValues);
   std::string addressOf(std::int32_t number);
   MergeBranch& branchWith(std::int32_t number);
-  /// Members of either list that `isThere` says are there; in the order of the one that has another
-  /// order than the base, of ours where both have.
+  /// Members of either list that are present; in the order of the one that has another order than
+  /// the base, of ours where both have. Where both added something ours come first.
   template <class Item, class Hash>
   std::vector<Item> mergedOrder(const std::vector<Item>& b, const std::vector<Item>& o,
                                 const std::vector<Item>& t,
@@ -132,33 +132,42 @@ std::vector<Item> StateMerge::mergedOrder(const std::vector<Item>& b, const std:
   conflict =
       oursMoved && theirsMoved && filtered(o, inTheirs, inTheirs) != filtered(t, inOurs, inOurs);
   const bool byTheirs = theirsMoved && (!oursMoved || options_.preference == HXMergeSide::theirs);
-  const auto& first = byTheirs ? t : o;
-  const auto& second = byTheirs ? o : t;
-  // What only the second has follows what it follows there.
-  const Set inFirst = byTheirs ? inTheirs : inOurs;
-  std::unordered_map<Item, std::vector<Item>, Hash> after;
-  std::vector<Item> atStart;
-  const Item* anchor = nullptr;
-  for (const auto& item : second) {
-    if (inFirst.contains(item)) {
-      anchor = &item;
-    } else if (present.contains(item)) {
-      (anchor ? after[*anchor] : atStart).push_back(item);
+  // What only one has follows what it follows there, ours before theirs.
+  struct Gaps {
+    std::vector<Item> atStart;
+    std::unordered_map<Item, std::vector<Item>, Hash> after;
+  };
+  const auto gapsOf = [&present](const std::vector<Item>& list, const Set& inOther) {
+    Gaps gaps;
+    auto* gap = &gaps.atStart;
+    for (const auto& item : list) {
+      if (inOther.contains(item)) {
+        gap = &gaps.after[item];
+      } else if (present.contains(item)) {
+        gap->push_back(item);
+      }
     }
-  }
+    return gaps;
+  };
+  const Gaps onlyOurs = gapsOf(o, inTheirs);
+  const Gaps onlyTheirs = gapsOf(t, inOurs);
   std::vector<Item> merged;
   Set taken;
-  const auto add = [&](const Item& item) {
-    if (present.contains(item) && taken.insert(item).second) merged.push_back(item);
-  };
-  for (const auto& item : atStart) add(item);
-  for (const auto& item : first) {
-    add(item);
-    if (const auto found = after.find(item); found != after.end()) {
-      for (const auto& other : found->second) add(other);
+  const auto add = [&](const std::vector<Item>& items) {
+    for (const auto& item : items) {
+      if (present.contains(item) && taken.insert(item).second) merged.push_back(item);
     }
+  };
+  const Set& inSecond = byTheirs ? inOurs : inTheirs;
+  add(onlyOurs.atStart);
+  add(onlyTheirs.atStart);
+  for (const auto& item : byTheirs ? t : o) {
+    if (!inSecond.contains(item)) continue;
+    add({item});
+    add(onlyOurs.after.at(item));
+    add(onlyTheirs.after.at(item));
   }
-  for (const auto& item : b) add(item);
+  add(b);
   return merged;
 }
 

@@ -345,7 +345,7 @@ const CheckRow kRows[] = {
      [](Example& e) { setValue(*e.add("HXRClampNode"), "Tarn.valueInput", text("nan")); }},
     {Code::valueNoNumberText,
      [](Example& e) { setValue(*e.add("HXRViewNode"), "Tarn.widthInput", text("wide")); },
-     [](Example& e) { setValue(*e.add("HXRViewNode"), "Tarn.widthInput", text(" -1.5 px")); }},
+     [](Example& e) { setValue(*e.add("HXRViewNode"), "Tarn.widthInput", text(" \r-1.5 px")); }},
     {Code::valueColor,
      [](Example& e) {
        setValue(*e.add("HXRColorViewNode"), "Tarn.colorInput",

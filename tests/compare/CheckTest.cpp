@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <limits>
 #include <set>
 #include <sstream>
 
@@ -125,6 +126,29 @@ TEST(CheckTest, TheWorstComesFirstAndALimitCountsTheRest) {
   EXPECT_EQ(limited.findings[0].address, "Math Expression: Expression");
   EXPECT_EQ(limited.findings[0].key,
             wrong->uniqueKey().toStdString() + "/Tarn.mathExpressionParameter");
+}
+
+TEST(CheckTest, EitherCoordinateMayBeNoNumberAndTheOtherStays) {
+  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  CheckExample example;
+  const auto first = example.add("HXRClampNode"), second = example.add("HXRDelayNode"),
+             group = example.add("");
+  example.add("HXRClampNode", group.get());
+  first->setPosition({kNaN, 5});
+  second->setPosition({7, -kInfinity});
+  group->setPosition({1, 1});
+  group->subnodeGroup()->setCanvasCenter({kInfinity, 3});
+  HXCheckOptions options;
+  options.only = {Code::positionNoNumber};
+  EXPECT_EQ(all(checkOf(example, options)),
+            "Clamp: the position is (nan, 5) [position-no-number]\n"
+            "Delay: the position is (7, -inf) [position-no-number]\n"
+            "Plain: the middle of its canvas is at (inf, 3) [position-no-number]\n");
+  EXPECT_EQ(HXDocumentRepair::repair(*example.document, options).size(), 3U);
+  EXPECT_EQ(first->position(), (HXPoint{0, 5}));
+  EXPECT_EQ(second->position(), (HXPoint{7, 0}));
+  EXPECT_EQ(group->subnodeGroup()->canvasCenter(), (HXPoint{0, 3}));
 }
 
 TEST(CheckTest, AnExpressionsFaultIsShownWhereItIsKnown) {

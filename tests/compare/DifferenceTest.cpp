@@ -5,7 +5,7 @@
 #include "tarnkit/editing/HXHistory.h"
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/model/HXPortGroup.h"
-#include "tests/model/ModelFixture.h"
+#include "tests/compare/EditsFixture.h"
 
 namespace tarnkit {
 namespace {
@@ -76,6 +76,112 @@ TEST_F(DifferenceTest, OneEditIsOneLineWithWhatWentAlong) {
                           "  unpublishes Album / Limit: Value as \"Go:In\"",
                           "  disconnects Transition: Value → Album: In",
                           "  disconnects Album / Limit: Result → Album / Delay: Value"));
+}
+
+using DifferenceOfEditTest = test::EditsFixture;
+
+// There, and back.
+TEST_F(DifferenceOfEditTest, EachHasItsWords) {
+  std::string lines = "\n";
+  for (const auto& edit : edits()) {
+    const auto before = reopened(*document, kWithKeys);
+    const auto after = reopened(*document, kWithKeys);
+    edit(*after);
+    for (const auto& line : linesOf(HXDocumentDifference(*before, *after))) lines += line + "\n";
+    for (const auto& line : linesOf(HXDocumentDifference(*after, *before))) lines += line + "\n";
+  }
+  EXPECT_EQ(lines, R"(
+nodeRenamed Drain: renamed from "Sink" to "Drain"
+nodeRenamed Sink: renamed from "Drain" to "Sink"
+commentChanged Sink: comment none → "why"
+commentChanged Sink: comment "why" → none
+position Sink: position (0, 0) → (1, 2)
+position Sink: position (1, 2) → (0, 0)
+selection Sink: selected
+selection Sink: not selected
+inspectorPanel Sink: inspector panel 0 → 3
+inspectorPanel Sink: inspector panel 3 → 0
+valueChanged Sink: Maximum none → 5
+valueChanged Sink: Maximum 5 → none
+valueChanged Sink: Minimum none → 4
+valueChanged Sink: Minimum 4 → none
+valueChanged Sink: Value 1 → none
+valueChanged Sink: Value none → 1
+groupOpacity Album: the group is opaque
+groupOpacity Album: the group is not opaque
+canvasCenter Album: canvas centre (0, 0) → (7, 8)
+canvasCenter Album: canvas centre (7, 8) → (0, 0)
+parameterChanged Debug: Integer 0 → 3
+parameterChanged Debug: Integer 3 → 0
+parameterChanged Debug: Float 0 → 3
+parameterChanged Debug: Float 3 → 0
+parameterChanged Choice: Sources 2 → 4
+parameterChanged Choice: Sources 4 → 2
+portGroupHidden Choice: port group __Default hidden
+portGroupHidden Choice: port group __Default shown
+portGroupCollapsed Choice: port group __Default collapsed on the canvas
+portGroupCollapsed Choice: port group __Default expanded on the canvas
+portGroupCollapsed Choice: port group __Default collapsed in the sidebar
+portGroupCollapsed Choice: port group __Default expanded in the sidebar
+publicationRenamed Album: published as "Entry", was "In"
+publicationRenamed Album: published as "In", was "Entry"
+portPublished Album: published Album / Clamp: Minimum as "Limits: low"
+portUnpublished Album: unpublished Album / Clamp: Minimum as "Limits: low"
+portPublished Album: published Album / Delay: Value as "Out"
+portUnpublished Album: unpublished Album / Delay: Value as "Out"
+connectionMade Tail: connected Source: Value → Tail: Value
+connectionBroken Tail: disconnected Source: Value → Tail: Value
+connectionMade Tail: connected Source: Value → Tail: Minimum
+connectionBroken Tail: disconnected Source: Value → Tail: Minimum
+connectionBroken Album / Delay: disconnected Album / Clamp: Result → Album / Delay: Value
+connectionMade Album / Delay: connected Album / Clamp: Result → Album / Delay: Value
+nodeRemoved Loose: removed Delay
+nodeAdded Loose: added Delay
+nodeMoved Shelf / Debug: moved from / to Shelf
+nodeMoved Debug: moved from Shelf to /
+nodeAdded Shelf / Fresh: added Clamp
+nodeRemoved Shelf / Fresh: removed Clamp
+viewOrder Views: views ordered Color View [3], Color View, Color View [2], were Color View, Color View [2], Color View [3]
+viewOrder Views: views ordered Color View, Color View [2], Color View [3], were Color View [3], Color View, Color View [2]
+imageAdded /: image 11b52b4a33753ec24d873dedb0ca4cc3 added, 1 × 1
+imageRemoved /: image 11b52b4a33753ec24d873dedb0ca4cc3 removed, 1 × 1
+)");
+}
+
+TEST_F(DifferenceTest, ValuesAreWrittenAsTheirKindsAre) {
+  using P = PMRPrimitive;
+  const auto debug = add("HXRDebugNode");
+  const auto before = reopened(*document, kWithKeys);
+  const std::pair<Ref<P>, const char*> rows[] = {
+      {P::primitiveWithBooleanValue(true), "true"},
+      {P::primitiveWithIndexValue(-7), "-7"},
+      {P::primitiveWithRadiansValue(1.5F), "1.5 rad"},
+      {P::primitiveWithDegreesValue(90), "90°"},
+      {P::primitiveWithColorValue({1, 0.5F, 0, 0.25F}), "#ff800040"},
+      {P::primitiveWithColorValue({0, 0, 0, 1.5F}), "rgba(0, 0, 0, 1.5)"},
+      {P::primitiveWithStringValue("a\n"), "\"a\\n\""},
+      {P::primitiveWithNilValue(), "nil"}};
+  for (const auto& [value, text] : rows) {
+    port(*debug, "Tarn.numberInput").setStaticValue(value);
+    EXPECT_THAT(
+        linesOf(HXDocumentDifference(*before, *reopened(*document, kWithKeys))),
+        ElementsAre(std::string("valueChanged HXRDebugNode: Tarn.numberInput 0 → ") + text));
+  }
+}
+
+// By what they are the nodes have changed places; by their keys, their names.
+TEST_F(DifferenceTest, KeysTellNodesApartThatAreAlike) {
+  const auto first = add("HXRClampNode");
+  const auto second = add("HXRClampNode");
+  first->setName("First");
+  second->setName("Second");
+  const auto before = reopened(*document, kWithKeys);
+  first->setName("Second");
+  second->setName("First");
+  EXPECT_THAT(
+      linesOf(HXDocumentDifference(*before, *document)),
+      ::testing::UnorderedElementsAre("nodeRenamed Second: renamed from \"First\" to \"Second\"",
+                                      "nodeRenamed First: renamed from \"Second\" to \"First\""));
 }
 
 TEST_F(DifferenceTest, AWireThatIsDraggedToAnotherOutputIsRewired) {

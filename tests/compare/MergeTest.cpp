@@ -4,8 +4,9 @@
 #include "tarnkit/compare/HXDocumentDifference.h"
 #include "tarnkit/compare/HXDocumentMerge.h"
 #include "tarnkit/model/HXDocumentFile.h"
+#include "tarnkit/text/HXTextFile.h"
+#include "tests/compare/EditsFixture.h"
 #include "tests/model/Consistency.h"
-#include "tests/model/ModelFixture.h"
 
 namespace tarnkit {
 namespace {
@@ -23,20 +24,25 @@ std::vector<std::string> linesOf(const std::vector<HXMergeConflict>& conflicts) 
   return lines;
 }
 
-class MergeTest : public test::ModelTest {
+template <class Fixture>
+class Branching : public Fixture {
  protected:
   void branch() {
-    base = reopened(*document, kWithKeys);
-    ours = reopened(*document, kWithKeys);
-    theirs = reopened(*document, kWithKeys);
+    base = this->reopened(*this->document, kWithKeys);
+    ours = this->reopened(*this->document, kWithKeys);
+    theirs = this->reopened(*this->document, kWithKeys);
   }
-  static HXNode& node(const HXDocument& in, const char* name) { return *named(in, name); }
   HXDocumentMerge::Outcome merge(const HXDocumentMerge::Options& options = {}) {
     auto outcome = HXDocumentMerge::merge(*base, *ours, *theirs, options);
     EXPECT_TRUE(outcome) << outcome.status().message();
     return std::move(outcome).valueOr({});
   }
   Ref<HXDocument> base, ours, theirs;
+};
+
+class MergeTest : public Branching<test::ModelTest> {
+ protected:
+  static HXNode& node(const HXDocument& in, const char* name) { return *named(in, name); }
 };
 
 TEST_F(MergeTest, EditsThatDoNotMeetBothCount) {
@@ -130,6 +136,191 @@ TEST_F(MergeTest, NodesThatTwoBranchesMadeUnderOneKeyAreTwo) {
   const auto outcome = merge();
   EXPECT_THAT(linesOf(outcome.conflicts), ElementsAre());
   EXPECT_EQ(outcome.document->subnodeGroup()->subnodes().size(), 3U);
+}
+
+class MergeEditsTest : public Branching<test::EditsFixture> {
+ protected:
+  static std::string textOf(const HXDocument& of) {
+    return HXTextFile::textWithDocument(of).valueOr("unsaved");
+  }
+};
+
+TEST_F(MergeEditsTest, WhatBothDidIsThereAsIfOneHadDoneItAll) {
+  const auto all = edits();
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    for (std::size_t j = i % 2; j < all.size(); j += 2) {
+      if (i == j) continue;
+      branch();
+      const auto wanted = reopened(*document, kWithKeys);
+      for (const auto& made : {ours, wanted}) all[i](*made);
+      for (const auto& made : {theirs, wanted}) all[j](*made);
+      const auto outcome = merge();
+      EXPECT_THAT(linesOf(outcome.conflicts), ElementsAre()) << i << " " << j;
+      ASSERT_EQ(textOf(*outcome.document), textOf(*wanted)) << i << " " << j;
+    }
+  }
+}
+
+TEST_F(MergeEditsTest, WhatDoesNotGoTogetherIsToldWithBothSides) {
+  const struct {
+    Edit ours, theirs;
+    std::vector<std::string> lines;
+  } rows[] = {
+      {[&](HXDocument& d) { in(d, sink).setComment("mine"); },
+       [&](HXDocument& d) { in(d, sink).setComment("yours"); },
+       {"Sink: comment, ours \"mine\", theirs \"yours\", taken \"mine\""}},
+      {[&](HXDocument& d) {
+         in(d, sink).setPosition({1, 2});
+       },
+       [&](HXDocument& d) {
+         in(d, sink).setPosition({1, 3});
+       },
+       {"Sink: position, ours (1, 2), theirs (1, 3), taken (1, 2)"}},
+      {[&](HXDocument& d) { in(d, sink).setSelected(true), in(d, sink).setInspectorPanel(1); },
+       [&](HXDocument& d) { in(d, sink).setSelected(true), in(d, sink).setInspectorPanel(2); },
+       {}},
+      {[&](HXDocument& d) { set(in(d, sink), "Tarn.valueInput", 2); },
+       [&](HXDocument& d) {
+         port(in(d, sink), "Tarn.valueInput").setStaticValue(nullptr);
+         set(in(d, sink), "Tarn.maximumInput", 3);
+       },
+       {"Sink: Value, ours 2, theirs none, taken 2"}},
+      {[&](HXDocument& d) {
+         as<HXIndexParameter>(in(d, debug).parameterForKey("Tarn.integerParameter"))->setValue(3);
+       },
+       [&](HXDocument& d) {
+         as<HXIndexParameter>(in(d, debug).parameterForKey("Tarn.integerParameter"))->setValue(4);
+       },
+       {"Debug: Tarn.integerParameter, ours 3, theirs 4, taken 3"}},
+      {[&](HXDocument& d) {
+         in(d, sink).setPatch(patchClassNamed("HXRDelayNode")->makeDefinition());
+       },
+       [&](HXDocument& d) {
+         in(d, sink).setPatch(patchClassNamed("HXRTransitionNode")->makeDefinition());
+       },
+       {"Sink: patch, ours HXRDelayNode, theirs HXRTransitionNode, taken HXRDelayNode"}},
+      {[&](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, loose)); },
+       [&](HXDocument& d) { in(d, album).subnodeGroup()->addNode(in(d, loose)); },
+       {"Shelf / Loose: group, ours Shelf, theirs Album, taken Shelf"}},
+      {[&](HXDocument& d) { in(d, album).symbolicInputPorts()[0]->setName("Mine"); },
+       [&](HXDocument& d) { in(d, album).symbolicInputPorts()[0]->setName("Yours"); },
+       {"Album: name of a published port, ours Mine, theirs Yours, taken Mine"}},
+      {[&](HXDocument& d) {
+         as<HXSubviewGroup>(in(d, views).subnodeGroup())->moveSubviewNode(in(d, front), 0);
+       },
+       [&](HXDocument& d) {
+         as<HXSubviewGroup>(in(d, views).subnodeGroup())->moveSubviewNode(in(d, front), 1);
+       },
+       {"Views: views, ours ours, theirs theirs, taken ours"}},
+      // What is removed here and changed there.
+      {[&](HXDocument& d) { remove(in(d, tail)); },
+       [&](HXDocument& d) { in(d, tail).inputPortGroups()[0]->setHidden(true); },
+       {"Tail: node, ours removed, theirs changed, taken changed"}},
+      {[&](HXDocument& d) {
+         join(d, in(d, source), "Tarn.output", in(d, tail), "Tarn.valueInput");
+       },
+       [&](HXDocument& d) { remove(in(d, tail)); },
+       {"Tail: node, ours changed, theirs removed, taken changed"}},
+      {[&](HXDocument& d) { remove(in(d, album)); },
+       [&](HXDocument& d) { publish(in(d, delay), "Tarn.valueOutput", "Out"); },
+       {"Album: node, ours removed, theirs changed, taken changed",
+        "Album: published port, ours its port removed or moved, theirs Out, taken none"}},
+      {[&](HXDocument& d) { remove(in(d, shelf)); },
+       [&](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, loose)); },
+       {"Shelf: node, ours removed, theirs holds what was made, taken holds what was made"}},
+      {[&](HXDocument& d) { remove(in(d, tail)); },
+       [&](HXDocument& d) {
+         in(d, tail).setSelected(true);
+         in(d, tail).inputPortGroups()[0]->setCollapsedSidebarGroup(true);
+       },
+       {}},
+      {[&](HXDocument& d) { remove(in(d, clamp)); },
+       [&](HXDocument& d) { in(d, album).symbolicInputPorts()[0]->setName("Yours"); },
+       {"Album: published port, ours its port removed or moved, theirs Yours, taken none"}},
+      // What one made hung on what the other removed.
+      {[&](HXDocument& d) { remove(in(d, source)); },
+       [&](HXDocument& d) {
+         join(d, in(d, source), "Tarn.output", in(d, tail), "Tarn.valueInput");
+       },
+       {"Source: node, ours removed, theirs changed, taken changed"}},
+      {[&](HXDocument& d) { publish(in(d, clamp), "Tarn.minimumInput", "Low"); },
+       [&](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, clamp)); },
+       {"Album: published port, ours Low, theirs its port removed or moved, taken none"}},
+      {[&](HXDocument& d) { remove(in(d, shelf)); },
+       [&](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, views)); },
+       {"Shelf: node, ours removed, theirs holds what was made, taken holds what was made"}},
+  };
+  for (const auto& row : rows) {
+    branch();
+    row.ours(*ours);
+    row.theirs(*theirs);
+    const auto outcome = merge();
+    EXPECT_EQ(linesOf(outcome.conflicts), row.lines);
+    EXPECT_THAT(test::faultsOf(*outcome.document), ElementsAre());
+    HXDocumentMerge::Options options;
+    options.preference = HXMergeSide::theirs;
+    options.isPreferenceDecided = true;
+    for (const auto& conflict : merge(options).conflicts) {
+      EXPECT_TRUE(conflict.isDecided);
+      EXPECT_TRUE(conflict.taken == conflict.theirs || conflict.taken == "none");
+    }
+  }
+}
+
+TEST_F(MergeEditsTest, OrdersThatDifferAreOurs) {
+  for (const char* key : {"Tarn.minimumInput", "Tarn.maximumInput"}) publish(*clamp, key, key);
+  branch();
+  const auto toTheEnd = [&](HXDocument& d, const Ref<HXNode>& node, const char* key) {
+    Ref<HXGroup> group(d.subnodeGroup());
+    const Ref<HXNode> moved(&in(d, node));
+    group->removeNode(moved.get());
+    group->addNode(*moved);
+    auto& inner = port(in(d, clamp), key);
+    group = in(d, album).subnodeGroup();
+    group->removeSymbolicPortForPort(&inner);
+    publish(in(d, clamp), key, key);
+  };
+  toTheEnd(*ours, sink, "Tarn.minimumInput");
+  toTheEnd(*theirs, tail, "Tarn.maximumInput");
+  toTheEnd(*theirs, debug, "Tarn.minimumInput");
+  const auto outcome = merge();
+  EXPECT_THAT(linesOf(outcome.conflicts),
+              ElementsAre("/: nodes, ours ours, theirs theirs, taken ours"));
+  EXPECT_EQ(textOf(*outcome.document), textOf(*ours));
+}
+
+// A file has each image once; to that comes what either added.
+TEST_F(MergeEditsTest, ImagesAreCountedTogether) {
+  const auto image = HXImageStore::createImageEntry(*Image::imageWithPixels(1, 1, {1, 2, 3, 255}));
+  const auto addTo = [&](HXDocument& d, int count) {
+    for (int i = 0; i < count; ++i) d.imageStore()->addImageEntry(image);
+  };
+  addTo(*document, 2);
+  const int rows[][3] = {{1, 2, 4}, {0, 3, 4}, {2, 0, 3}};
+  for (const auto& [mine, yours, all] : rows) {
+    branch();
+    addTo(*ours, mine);
+    addTo(*theirs, yours);
+    EXPECT_EQ(merge().document->imageStore()->countForKey(image->key()), all);
+  }
+}
+
+// A group that was removed comes before what was put into it, or behind it.
+TEST_F(MergeEditsTest, AGroupThatWasRemovedStaysForWhatWasPutThere) {
+  const auto outer = addNamed("", "Outer");
+  const auto inner = addNamed("", "Inner", outer.get());
+  for (const auto& moved : {sink, views, addNamed("HXRClampNode", "Last")}) {
+    branch();
+    remove(in(*ours, outer));
+    in(*theirs, inner).subnodeGroup()->addNode(in(*theirs, moved));
+    const auto wanted = textOf(*theirs);
+    for (const bool swapped : {false, true}) {
+      if (swapped) std::swap(ours, theirs);
+      const auto outcome = merge();
+      EXPECT_EQ(textOf(*outcome.document), wanted);
+      EXPECT_THAT(linesOf(outcome.conflicts), ::testing::SizeIs(2));
+    }
+  }
 }
 
 class MergePropertyTest : public ::testing::Test {

@@ -117,6 +117,8 @@ TEST_F(PrecisionEvaluatorTest, WholeDegreesLoseNothing) {
       {"asin(1)", "90"},
       {"acos(0.5)", "60"},
       {"sin(36000000000000000000000000000000000030)", "0.5"},
+      {"cos(3e60)", "-0.5"},
+      {"cos(75e40)", "-0.5"},
       {"sin(dtor(90))", "1"},
   };
   for (const Case& each : cases) EXPECT_EQ(value(each.text), each.value) << each.text;

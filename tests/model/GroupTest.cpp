@@ -255,6 +255,21 @@ TEST_F(GroupTest, RemovingANodeEndsItsPublicationsAtEveryLevel) {
 }
 
 // What the container itself publishes goes with it; what stands for that above it does not stay.
+TEST_F(GroupTest, ANodeOfAnotherGroupIsLeftAlone) {
+  const auto group = add("");
+  const auto clamp = add("HXRClampNode", group.get());
+  const auto other = add("HXRClampNode", group.get());
+  connect(*clamp, "Tarn.resultOutput", *other, "Tarn.valueInput");
+  group->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"));
+  Recorder recorder;
+  document->subnodeGroup()->removeNode(clamp.get());
+  document->subnodeGroup()->removeNode(nullptr);
+  EXPECT_THAT(recorder.take(), ::testing::IsEmpty());
+  EXPECT_EQ(clamp->parentGroup(), group->subnodeGroup().get());
+  EXPECT_EQ(port(*other, "Tarn.valueInput").connections().count(), 1U);
+  EXPECT_TRUE(port(*clamp, "Tarn.valueInput").symbolicPort());
+}
+
 TEST_F(GroupTest, RemovingAContainerEndsThePublicationsAboveIt) {
   const auto top = add("");
   const auto outer = add("", top.get());

@@ -237,6 +237,28 @@ TEST_F(HostileDocumentTest, LinksUpwardAreThoseOfWhoHolds) {
   }
 }
 
+TEST_F(HostileDocumentTest, WhatTwoNodesClaimIsRefused) {
+  for (int i = 0; i < 2; ++i) add("HXRMultiplexerNode", add("").get());
+  const std::pair<const char*, const char*> claims[] = {
+      {"HXNode.subnodeGroup", "HXNode.subnodeGroup: a group that belongs to two nodes"},
+      {"HXNode.portsByUniqueKey", "HXNode.portsByUniqueKey: a port that belongs to two nodes"},
+      {"HXNode.parametersByUniqueKey",
+       "HXNode.parametersByUniqueKey: a parameter that belongs to another node"}};
+  Recorder quiet;
+  for (const auto& [key, sentence] : claims) {
+    int refused = 0;
+    pointEverywhere({key}, 3, [&](const std::vector<std::uint8_t>& bent) {
+      const auto opened = HXDocumentFile::document(bent, 3);
+      if (opened) {
+        EXPECT_THAT(faultsOf(**opened), ::testing::IsEmpty());
+      } else {
+        refused += opened.status().sentence() == sentence;
+      }
+    });
+    EXPECT_GE(refused, 2) << key;
+  }
+}
+
 // Each of two would take the other's nodes for strays and come out empty; of thousands, each would
 // look at all the others.
 TEST_F(HostileDocumentTest, ASecondDocumentIsRefused) {

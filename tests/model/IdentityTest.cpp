@@ -50,6 +50,10 @@ TEST_F(IdentityTest, CountersMoveBeyondKeysThatAreReadAndNeverBack) {
   counter.moveBeyond("node_5");
   EXPECT_EQ(counter.next(), "node_-2147483647");
 
+  KeyCounter fresh("node_");
+  fresh.moveBeyond("node_0");
+  EXPECT_EQ(fresh.next(), "node_1");
+
   KeyCounter shared("k");
   std::thread other([&] {
     for (int i = 0; i < 1000; ++i) shared.moveBeyond(shared.next().view());

@@ -104,6 +104,13 @@ TEST_F(TextFileTest, TenLinesMakeADocument) {
   EXPECT_THAT(text, HasSubstr("\"Tarn.toggleInput\": \"touch/Tarn.downOutput\""));
 }
 
+// Each member of every object, none with its default or with the value of another.
+TEST_F(TextFileTest, EveryMemberIsReadAndWrittenInOneWay) {
+  std::ifstream stream(TARNKIT_SOURCE_DIR "/tests/text/every-member.json");
+  const std::string text((std::istreambuf_iterator<char>(stream)), {});
+  EXPECT_EQ(checkedText(*read(text)), text);
+}
+
 TEST_F(TextFileTest, CommentsStayInFilesToo) {
   auto node = add("HXRClampNode");
   const auto bare = savedBytes(*document, 3);
@@ -143,6 +150,69 @@ TEST_F(TextFileTest, FailuresSayWhereAndWhatWouldBeRight) {
       {withNodes(R"({"id": "a", "after": "a"})"), "the node stands behind itself"},
       {withNodes(R"({"id": "a", "patch": "Clamp", "publishedInputs": ["a/Value"]})"),
        "Clamp holds no nodes"},
+      {withNodes(R"({"id": "a", "patch": "CLAMPS"})"), R"(there is no patch "CLAMPS"; "Clamp"?)"},
+      {withNodes(R"({"id": "a", "patch": "Plexer"})"), R"(no patch "Plexer"; "Multiplexer"?)"},
+      {withNodes(R"({"id": "a", "patch": "Zzzz"})"), R"(there is no patch "Zzzz")"},
+      {withNodes(R"({"id": "a", "view": true})"), "the node stands in no group of views"},
+      {withNodes(R"({"id": "a", "patch": "Color View"}, {"id": "b", "above": "a"})"),
+       "the node is no view"},
+      {withNodes(R"({"id": "a", "subnodes": "none"}, {"id": "b", "in": "a"})"),
+       "line 2: nodes[0].subnodes: there are nodes in the group"},
+      {withNodes(R"({"id": "a"}, {"id": "b", "in": "a", "key": "k"},
+                    {"id": "c", "in": "a", "key": "k"})"),
+       "line 3: nodes[2]: another node of the group has the key \"k\""},
+      {withNodes(R"({"id": "a", "patch": "Clamp", "ports": [{"key": "k"}]})"),
+       "a port needs a \"key\" and an \"orientation\""},
+      {withNodes(R"({"id": "a", "parameters": {"Own": {"kind": "index"}}})"),
+       "a \"kind\" and a \"value\" are expected"},
+      {withNodes(R"({"id": "a", "parameters": {"Own": {"kind": "index", "value": 1}},
+                     "parameterOrder": []})"),
+       "line 3: nodes[0].parameterOrder: the parameter \"Own\" is left out"},
+      {withNodes(R"({"id": "a", "parameterOrder": ["Own"]})"),
+       "there is no parameter \"Own\", or it stands twice"},
+      {withNodes(R"({"id": "a", "patch": "Image", "parameters": {"Image": "k"}})"),
+       "there is no image \"k\""},
+      {R"({"tarnkit": 1, "looseImages": [{}], "nodes": [
+           {"patch": "Image", "parameters": {"Image": {"loose": 1}}}]})",
+       "line 2: nodes[0].parameters.Image.loose: there is no loose image 1"},
+      {R"({"tarnkit": 1, "images": [{"key": "k", "pictureOf": 0}]})",
+       "no image 0 stands before this one"},
+      {withNodes(R"({"id": "a", "patch": "Clamp", "values": {"Value": 1, "Tarn.valueInput": 1}})"),
+       "the port has a value already"},
+      {withNodes(R"({"id": "a", "patch": "Clamp", "values": {"Value": {"sameAs": "a/Maximum"}}})"),
+       "that port has no value of its own"},
+      {withNodes(R"({"id": "a", "patch": "Clamp", "values": {
+                     "Value": {"kind": "degree", "value": 1}}})"),
+       R"(there is no kind "degree"; "degrees"?)"},
+      {withNodes(R"({"id": "a", "subnodes": "group", "publishedInputs": ["a#in0"]})"),
+       "a port publishes itself"},
+      {withNodes(R"({"id": "a", "publishedInputs": ["b/Value"], "values": {"#in0": 1}},
+                    {"id": "b", "in": "a", "patch": "Clamp"})"),
+       "a published port has no value"},
+      {withNodes(
+           R"({"id": "a", "subnodes": "group", "publishedInputs": [{"port": null}], "connections": {
+                     "#in1": "b/Result"}}, {"id": "b", "patch": "Clamp"})"),
+       "there is no published port \"in1\""},
+      {withNodes(
+           R"({"id": "a", "subnodes": "group", "publishedInputs": [{"port": null}], "connections": {
+                     "#in0": "b/Result"}}, {"id": "b", "patch": "Clamp"})"),
+       "a published port that stands for none cannot be connected"},
+      {withNodes(R"({"id": "a", "patch": "Clamp", "connections": {
+                     "Value": "a/Tarn.minimumInput"}})"),
+       "a connection comes from an output, and this is an input"},
+      {withNodes(R"({"id": "a", "patch": "Clamp", "connections": {
+                     "Tarn.resultOutput": "a/Result"}})"),
+       "connections stand at their inputs, and this is an output"},
+      {withNodes(R"({"id": "a", "patch": "Clamp", "connections": {
+                     "Value": {"from": "a/Result", "inputPlace": -1}}})"),
+       "inputPlace: a place is not below 0"},
+      {withNodes(R"({"id": "a", "patch": "Clamp", "inputGroups": [{"key": "k"}, {"key": "k"}]})"),
+       "the group \"k\" stands twice"},
+      {withNodes(R"({"id": "a", "patch": "Clamp", "arrayOutputs": []})"),
+       "only a replicator has array outputs"},
+      {R"({"tarnkit": 1, "otherConnections": [
+           {"output": null, "input": null, "shownOutput": null, "shownInput": null, "heldBy": ""}]})",
+       "none of \"both\", \"input\", \"output\""},
       {R"({"tarnkit": 2})", "a document of form 2; this library reads form 1"},
       {R"({"nodes": []})", "this is no document"},
       {R"({"tarnkit": 1, "tarnkit": 1})", "the key \"tarnkit\" stands twice"},
