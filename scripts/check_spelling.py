@@ -12,7 +12,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[1]
 LEFT_OUT = re.compile(r"^```.*?^```$|``.+?``|`[^`\n]+`|<!--.*?-->|https?://\S+|(?<=\])\([^)]*\)|"
                       r"<[^>\n]+>", re.MULTILINE | re.DOTALL)
 # Names of classes, files and the like, and numbers with letters.
-NO_WORD = re.compile(r"[\w-]+(?:[/.][\w-]+)+|\w*[\d_]\w*|\b[a-z]+[A-Z]\w*|\b[A-Z]{2,}\w*")
+NO_WORD = re.compile(r"[\w-]+(?:[/.][\w-]+)+|\w*[\d_]\w*|\b[A-Z]?[a-z]+[A-Z]\w*|\b[A-Z]{2,}\w*")
 
 
 def main():
