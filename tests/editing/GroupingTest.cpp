@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <random>
 #include <set>
@@ -228,6 +229,22 @@ TEST_F(GroupingTest, AWireAcrossTheBorderGoesOnThroughAPublishedPort) {
   EXPECT_EQ(joinedPorts(*document), before);
   EXPECT_EQ(input.connections().toVector()[0]->displayInputPort(), &input);
   EXPECT_EQ(valueOf(static_cast<HXPatchPort&>(port(clamp, "Tarn.minimumInput"))), "7 7");
+}
+
+TEST_F(GroupingTest, NodesThatStandNowhereStayThereWhenTheirGroupIsDissolved) {
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  for (const HXPoint nowhere : {HXPoint{kInfinity, 1}, HXPoint{1, -kInfinity}}) {
+    const auto clamp = add(*document, "HXRClampNode");
+    const auto other = add(*document, "HXRClampNode");
+    clamp->setPosition(nowhere);
+    other->setPosition({3, 4});
+    const auto group = HXGrouping::group({clamp, other}, nullptr);
+    ASSERT_TRUE(group);
+    (*group)->setPosition({50, 60});
+    ASSERT_TRUE(HXGrouping::ungroup(**group));
+    EXPECT_EQ(clamp->position(), nowhere);
+    EXPECT_EQ(other->position(), (HXPoint{3, 4}));
+  }
 }
 
 TEST_F(GroupingTest, WhatWasPublishedStaysPublished) {
