@@ -148,7 +148,8 @@ struct Heap {
     Page* page = remotePages.exchange(nullptr, std::memory_order_acquire);
     while (page) {
       Page* const next = page->nextRemote;
-      FreeBlock* block = page->remote.exchange(nullptr, std::memory_order_acquire);
+      // Whoever releases the next one links the page anew: after its link was read here.
+      FreeBlock* block = page->remote.exchange(nullptr, std::memory_order_acq_rel);
       // The last block may give the page back, so the page is not touched after it.
       while (block) release(*page, std::exchange(block, block->next));
       page = next;
