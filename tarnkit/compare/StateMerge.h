@@ -153,17 +153,18 @@ std::vector<Item> StateMerge::mergedOrder(const std::vector<Item>& b, const std:
   const Gaps onlyTheirs = gapsOf(t, inOurs);
   std::vector<Item> merged;
   Set taken;
+  const auto addOne = [&](const Item& item) {
+    if (present.contains(item) && taken.insert(item).second) merged.push_back(item);
+  };
   const auto add = [&](const std::vector<Item>& items) {
-    for (const auto& item : items) {
-      if (present.contains(item) && taken.insert(item).second) merged.push_back(item);
-    }
+    for (const auto& item : items) addOne(item);
   };
   const Set& inSecond = byTheirs ? inOurs : inTheirs;
   add(onlyOurs.atStart);
   add(onlyTheirs.atStart);
   for (const auto& item : byTheirs ? t : o) {
     if (!inSecond.contains(item)) continue;
-    add({item});
+    addOne(item);
     add(onlyOurs.after.at(item));
     add(onlyTheirs.after.at(item));
   }
