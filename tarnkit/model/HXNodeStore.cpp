@@ -213,9 +213,14 @@ struct HXNodeFields {
       }
     }
     void addNotices(HXChangeNotices& notices) const override {
-      for (const auto& port : snapshot_.renamedPorts()) {
-        notices.addValue(*port, "name", [port] { port->announceName(); });
-      }
+      auto renamed = snapshot_.renamedPorts();
+      if (renamed.empty()) return;
+      const Ref<HXRNode> definition(&snapshot_.definition());
+      notices.addValue(*definition, "port names", [definition, ports = std::move(renamed)] {
+        const Ref<HXRNodeOwner> owner = definition->node();
+        if (!owner) return;
+        for (const auto& port : ports) owner->patchPortNameDidChange(*port);
+      });
     }
     bool isNeutral() const override { return snapshot_.isNeutral(); }
     std::size_t byteCount() const noexcept override {

@@ -1,6 +1,7 @@
 #include "tarnkit/patches/HXRNodeSnapshot.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace tarnkit {
@@ -77,12 +78,19 @@ void HXRNodeSnapshot::putInForce(const State& state, const State& earlier) {
   }
 }
 
+// By their keys: a definition that shares its ports with others has other objects than one that has
+// its own.
 std::vector<Ref<HXRPort>> HXRNodeSnapshot::renamedPorts() const {
+  std::unordered_map<String, String> names;
+  if (held_.layout->isShared()) {
+    for (const auto& entry : held_.layout->ports_) names.emplace(entry.key, entry.value->name());
+  } else {
+    for (const auto& held : held_.ports) names.emplace(held.port->uniqueKey(), held.name);
+  }
   std::vector<Ref<HXRPort>> renamed;
-  for (const auto& held : held_.ports) {
-    if (held.port->node() == definition_.get() && held.port->name() != held.name) {
-      renamed.push_back(held.port);
-    }
+  for (const auto& entry : definition_->layout_->ports_) {
+    const auto held = names.find(entry.key);
+    if (held != names.end() && held->second != entry.value->name()) renamed.push_back(entry.value);
   }
   return renamed;
 }

@@ -139,6 +139,23 @@ TEST_F(HistoryTest, AbandonsAnOpenStep) {
   EXPECT_EQ(history->openSteps(), 0U);
 }
 
+// With one dimension a spring's ports are called by no axis.
+TEST_F(HistoryTest, PortsThatAPatchRenamesAreToldAndNoOthers) {
+  HXNode& spring = add("HXRSpringNode");
+  std::vector<std::string> names;
+  const NotificationCenter::Observation observation([&](const Notification& notification) {
+    if (notification.name != HXPortNameDidChangeNotification) return;
+    names.push_back(as<HXPort>(&notification.object)->name().toStdString());
+  });
+  as<HXIndexParameter>(spring.parameterForKey("Tarn.numberOfDimensionsParameter"))->setValue(1);
+  EXPECT_THAT(std::exchange(names, {}), ElementsAre("Rest", "Position"));
+  ASSERT_TRUE(history->undo());
+  EXPECT_EQ(spring.portForKey("Tarn.position0Output")->name(), "X Position");
+  EXPECT_THAT(std::exchange(names, {}), ElementsAre("X Rest", "X Position"));
+  ASSERT_TRUE(history->redo());
+  EXPECT_THAT(names, ElementsAre("Rest", "Position"));
+}
+
 TEST_F(HistoryTest, ViewStateMakesNoStepAndGoesAlong) {
   HXNode& clamp = add("HXRClampNode");
   clamp.setSelected(true);
