@@ -120,17 +120,25 @@ std::vector<Item> StateMerge::mergedOrder(const std::vector<Item>& b, const std:
   const Set inBase = setOf(b);
   const Set inOurs = setOf(o);
   const Set inTheirs = setOf(t);
-  const auto filtered = [](const std::vector<Item>& list, const Set& first, const Set& second) {
-    std::vector<Item> kept;
-    for (const auto& item : list) {
-      if (first.contains(item) && second.contains(item)) kept.push_back(item);
+  // Whether what two lists share comes in one order; each is given with what the other has.
+  const auto agree = [](const std::vector<Item>& one, const Set& inOther,
+                        const std::vector<Item>& other, const Set& inOne) {
+    auto at = other.begin();
+    const auto skip = [&] {
+      while (at != other.end() && !inOne.contains(*at)) ++at;
+    };
+    for (const auto& item : one) {
+      if (!inOther.contains(item)) continue;
+      skip();
+      if (at == other.end() || !(*at == item)) return false;
+      ++at;
     }
-    return kept;
+    skip();
+    return at == other.end();
   };
-  const bool oursMoved = filtered(b, inOurs, inBase) != filtered(o, inBase, inBase);
-  const bool theirsMoved = filtered(b, inTheirs, inBase) != filtered(t, inBase, inBase);
-  conflict =
-      oursMoved && theirsMoved && filtered(o, inTheirs, inTheirs) != filtered(t, inOurs, inOurs);
+  const bool oursMoved = !agree(b, inOurs, o, inBase);
+  const bool theirsMoved = !agree(b, inTheirs, t, inBase);
+  conflict = oursMoved && theirsMoved && !agree(o, inTheirs, t, inOurs);
   const bool byTheirs = theirsMoved && (!oursMoved || options_.preference == HXMergeSide::theirs);
   // What only one has follows what it follows there, ours before theirs.
   struct Gaps {
