@@ -111,6 +111,8 @@ HXDocumentChange& HXDifferenceFinder::add(Kind kind, std::int32_t oldNumber,
                                           std::int32_t newNumber) {
   auto& change = changes_.emplace_back();
   change.kind = kind;
+  change.oldNumber = oldNumber;
+  change.newNumber = newNumber;
   const bool isThere = newNumber >= 0;
   const auto& node = isThere ? newNodes_[at(newNumber)] : oldNodes_[at(oldNumber)];
   auto& addresses = isThere ? newAddresses_ : oldAddresses_;
