@@ -146,6 +146,11 @@ void HXDocumentAlignment::publish(std::size_t number) {
       const Ref<HXPort> inner(portAt(publication.port));
       if (!inner) continue;
       Ref<HXSymbolicPort> published(inner->symbolicPort());
+      // A hidden port that moved is still published where it was.
+      if (published && !group->symbolicPortsInForce(side).contains(published.get())) {
+        group->removeSymbolicPortForPort(inner.get());
+        published = nullptr;
+      }
       if (!published || published->name() != publication.name) hasOtherPublications_[number] = true;
       if (!published) published = group->addSymbolicPortForPort(*inner);
       if (!published) continue;
@@ -238,14 +243,19 @@ void HXDocumentAlignment::noteWires() {
   known_.clear();
   present_.clear();
   std::unordered_set<const HXConnection*> met;
-  for (HXNodeWalk walk(document_); const HXNode* node = walk.next();) {
-    for (const auto& entry : node->portsInForce()) {
+  const auto note = [&](const HXNode& node) {
+    for (const auto& entry : node.portsInForce()) {
       entry.value->connections().forEach([&](HXConnection& wire) {
         if (!met.insert(&wire).second) return;
         known_[{wire.displayOutputPort(), wire.displayInputPort()}].emplace_back(&wire);
         present_.emplace_back(&wire);
       });
     }
+  };
+  for (HXNodeWalk walk(document_); const HXNode* node = walk.next();) note(*node);
+  // One that has found no place yet may hold some already.
+  for (const auto& node : nodes_) {
+    if (node) note(*node);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <numeric>
 #include <unordered_set>
 
+#include "tarnkit/compare/ByKey.h"
 #include "tarnkit/model/HXImageStore.h"
 #include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXParameter.h"
@@ -55,23 +56,6 @@ Ref<HXNode> freshNode(const HXDocumentState::Node& earlier, const HXDocumentStat
   return fresh;
 }
 
-/// The items of a list by their keys.
-template <class Item>
-class ByKey {
- public:
-  explicit ByKey(const std::vector<Item>& items) {
-    for (const auto& item : items) items_.emplace(item.key, &item);
-  }
-  /// Null for an unknown key.
-  const Item* operator[](const String& key) const {
-    const auto found = items_.find(key);
-    return found == items_.end() ? nullptr : found->second;
-  }
-
- private:
-  std::unordered_map<String, const Item*> items_;
-};
-
 }  // namespace
 
 HXDifferenceFinder::HXDifferenceFinder(const HXDocumentState& oldState,
@@ -83,6 +67,7 @@ HXDifferenceFinder::HXDifferenceFinder(const HXDocumentState& oldState,
       matching_(matching),
       oldNodes_(oldNodes),
       newNodes_(newNodes),
+      oldPlaces_(oldState),
       removedBy_(oldState.nodes.size(), kNone),
       movedBy_(oldState.nodes.size(), kNone),
       shapedBy_(oldState.nodes.size(), kNone),
@@ -126,6 +111,8 @@ HXDocumentChange& HXDifferenceFinder::add(Kind kind, std::int32_t oldNumber,
                                           std::int32_t newNumber) {
   auto& change = changes_.emplace_back();
   change.kind = kind;
+  change.oldNumber = oldNumber;
+  change.newNumber = newNumber;
   const bool isThere = newNumber >= 0;
   const auto& node = isThere ? newNodes_[at(newNumber)] : oldNodes_[at(oldNumber)];
   auto& addresses = isThere ? newAddresses_ : oldAddresses_;

@@ -8,6 +8,7 @@
 #include "tarnkit/compare/HXDocumentChange.h"
 #include "tarnkit/compare/HXDocumentState.h"
 #include "tarnkit/compare/HXNodeMatching.h"
+#include "tarnkit/compare/PublicationPlaces.h"
 #include "tarnkit/model/HXNode.h"
 
 namespace tarnkit::detail {
@@ -86,6 +87,7 @@ class HXDifferenceFinder {
   const HXNodeMatching& matching_;
   const Nodes& oldNodes_;
   const Nodes& newNodes_;
+  PublicationPlaces oldPlaces_;
   HXAddresses oldAddresses_;
   HXAddresses newAddresses_;
   std::vector<HXDocumentChange> changes_;

@@ -131,6 +131,8 @@ void HXDocumentAlignment::shape(std::size_t number) {
   if (&node->isa() != goal.nodeClass) return replaceByPiece(number);
   if (patchClassOf(*node) != goal.patchClass) {
     if (!goal.patch && !goal.patchClass.isNil()) return replaceByPiece(number);
+    // The group outlives the old patch.
+    if (goal.forcesSubnodes) node->setForceAllowsSubnodes(true);
     node->setPatch(goal.patch ? goal.patch->makeDefinition() : nullptr);
   }
   node->setForceAllowsSubnodes(goal.forcesSubnodes);
@@ -161,8 +163,13 @@ bool HXDocumentAlignment::hasShape(std::size_t number) const {
 void HXDocumentAlignment::replaceByPiece(std::size_t number) {
   const auto piece = pieceOf_(static_cast<std::int32_t>(number));
   auto fresh = piece ? HXDocumentState::nodeOf(*piece, true) : nullptr;
+  // Another key may be that of another node.
+  if (fresh && fresh->uniqueKey() != goal_.nodes[number].key) {
+    fresh = HXDocumentState::nodeOf(*piece, false);
+  }
   if (!fresh) return;
   goal_.nodes[number].key = fresh->uniqueKey();
+  fresh->setForceAllowsSubnodes(goal_.nodes[number].forcesSubnodes);
   const Ref<HXNode> node = std::exchange(nodes_[number], fresh);
   if (const auto group = node->subnodeGroup()) {
     for (const auto& subnode : group->subnodes()) takeOut(*subnode);

@@ -21,7 +21,7 @@ class HXPatchPort;
 /// Nodes that are to come are made from pieces (`HXDocumentState::pieceOf`), with their keys; one
 /// whose key is nil in the goal draws its own. A node that cannot be brought to its state by
 /// operations (another class of node, a patch that nobody knows, parameters of patches that it had
-/// long ago) is replaced by its piece, under the key that the piece has.
+/// long ago) is replaced by its piece, which has a key of its own unless both have the same one.
 ///
 /// For one call of `run`. For the document's thread; time n log n.
 class HXDocumentAlignment {

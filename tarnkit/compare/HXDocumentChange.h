@@ -63,6 +63,10 @@ struct HXDocumentChange {
   /// The unique keys of the node in either document; nil where it is not there.
   String oldKey;
   String newKey;
+  /// The numbers of the node in the states of either document (`HXDocumentState`); -1 where it is
+  /// not there.
+  std::int32_t oldNumber = -1;
+  std::int32_t newNumber = -1;
   /// The key of the port, parameter, port group or image; nil where the node itself has changed.
   String subjectKey;
   /// What went along with it: connections and publications that hung on what was removed, values of

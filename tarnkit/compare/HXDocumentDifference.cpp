@@ -1,6 +1,7 @@
 #include "tarnkit/compare/HXDocumentDifference.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "tarnkit/compare/HXDifferenceFinder.h"
 #include "tarnkit/compare/HXDocumentAlignment.h"
@@ -37,6 +38,15 @@ HXDocumentState HXDocumentDifference::goal() const {
     if (number >= 0) goal.nodes[i].key = old_.nodes[static_cast<std::size_t>(number)].key;
   }
   if (matching_.isByKeys()) return goal;
+  // Another node has kept the key.
+  std::unordered_set<String> kept;
+  for (std::size_t i = 0; i < goal.nodes.size(); ++i) {
+    if (matching_.oldOf()[i] >= 0) kept.insert(goal.nodes[i].key);
+  }
+  for (std::size_t i = 0; i < goal.nodes.size(); ++i) {
+    auto& key = goal.nodes[i].key;
+    if (matching_.oldOf()[i] < 0 && kept.contains(key)) key = nullptr;
+  }
   // The order in which a file without keys has them is that of other keys.
   for (auto& node : goal.nodes) {
     const auto placeOf = [this](std::int32_t subnode) {

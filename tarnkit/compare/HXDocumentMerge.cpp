@@ -6,7 +6,9 @@
 #include <iterator>
 #include <unordered_set>
 
+#include "tarnkit/compare/ByKey.h"
 #include "tarnkit/compare/HXDocumentAlignment.h"
+#include "tarnkit/compare/StateHash.h"
 #include "tarnkit/compare/StateMerge.h"
 #include "tarnkit/model/HXDocumentFile.h"
 
@@ -89,15 +91,26 @@ class Builder {
     for (std::size_t i = 0; i < numbers.size(); ++i) {
       if (numbers[i] < 0) continue;
       shared[at(numbers[i])] = static_cast<std::int32_t>(i);
-      if (ours_.own[i] >= 0) nodes[at(numbers[i])] = present[at(ours_.own[i])];
+      // A key is a node's for good: one that got another is another object.
+      if (ours_.own[i] < 0) continue;
+      const auto& own = present[at(ours_.own[i])];
+      if (numbers[i] == 0 || own->uniqueKey() == merged.nodes[at(numbers[i])].key) {
+        nodes[at(numbers[i])] = own;
+      }
     }
-    // Theirs makes way where ours has a key already.
+    // Theirs makes way where ours has a key already, or where a group would have it twice.
     std::unordered_set<String> keys;
     for (std::size_t i = 0; i < nodes.size(); ++i) {
       if (nodes[i]) keys.insert(merged.nodes[i].key);
     }
+    std::unordered_set<State::Port, detail::PortHash> places;
     for (std::size_t i = 0; i < nodes.size(); ++i) {
-      if (!nodes[i] && !keys.insert(merged.nodes[i].key).second) merged.nodes[i].key = nullptr;
+      auto& node = merged.nodes[i];
+      if (nodes[i] ||
+          (!keys.contains(node.key) && places.insert({node.parent, 0, node.key}).second)) {
+        continue;
+      }
+      node.key = nullptr;
     }
     goal_ = merged;
     HXDocumentAlignment alignment(
@@ -122,23 +135,20 @@ class Builder {
                            lost, lost, "none", false});
     };
     for (std::size_t i = 0; i < is.nodes.size(); ++i) {
+      const detail::ByKey values(is.nodes[i].values);
       for (const auto& value : goal_.nodes[i].values) {
-        const auto& values = is.nodes[i].values;
-        if (std::find(values.begin(), values.end(), value) == values.end()) {
+        const auto* kept = values[value.key];
+        if (!kept || kept->value != value.value) {
           tell(i, value.key.toStdString(), value.value.description());
         }
       }
     }
-    std::unordered_map<String, std::vector<const State::Connection*>> byInput;
-    for (const auto& wire : is.connections) byInput[wire.input.key].push_back(&wire);
-    if (is.connections.size() < goal_.connections.size()) {
-      for (const auto& wire : goal_.connections) {
-        const auto& wires = byInput[wire.input.key];
-        if (std::none_of(wires.begin(), wires.end(),
-                         [&](const auto* other) { return *other == wire; })) {
-          tell(at(std::max(wire.input.node, 0)), "connection", wire.input.key.toStdString());
-        }
-      }
+    if (is.connections.size() >= goal_.connections.size()) return;
+    const std::unordered_set<State::Connection, detail::WireHash> wires(is.connections.begin(),
+                                                                        is.connections.end());
+    for (const auto& wire : goal_.connections) {
+      if (wires.contains(wire)) continue;
+      tell(at(std::max(wire.input.node, 0)), "connection", wire.input.key.toStdString());
     }
   }
 

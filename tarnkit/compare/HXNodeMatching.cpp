@@ -342,8 +342,8 @@ class LikenessMatcher {
       if (olds.size() != news.size()) continue;
       for (std::size_t i = 0; i < olds.size(); ++i) {
         if (olds[i].name != news[i].name || olds[i].port.key != news[i].port.key) continue;
-        const auto a = olds_.holderOf(olds[i].port);
-        const auto b = news_.holderOf(news[i].port);
+        const auto a = olds_.places().holderOf(olds[i].port);
+        const auto b = news_.places().holderOf(news[i].port);
         if (mayFollow(a, b)) pair(a, b);
       }
     }

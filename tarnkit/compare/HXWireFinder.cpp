@@ -100,9 +100,8 @@ std::size_t HXDifferenceFinder::causeAt(const Port& port) {
   if (movedBy_[at(port.node)] != kNone) return movedBy_[at(port.node)];
   if (const auto lost = causeOfLostPort(port); lost != kNone) return lost;
   // Of a group that goes the publications go as well.
-  auto holder = port.node;
-  for (std::uint32_t level = 0; level < port.level && holder >= 0; ++level) {
-    holder = oldNode(holder).parent;
+  for (std::uint32_t level = 0; level < port.level; ++level) {
+    const auto holder = oldPlaces_.publisherOf({port.node, level, port.key});
     if (holder >= 0 && groupLostBy_[at(holder)] != kNone) return groupLostBy_[at(holder)];
   }
   const auto unpublished = unpublishedBy_.find(hashOfInnermost(port));

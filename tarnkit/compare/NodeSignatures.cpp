@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <numeric>
-#include <unordered_map>
 
 #include "tarnkit/compare/StateHash.h"
 
@@ -45,7 +44,7 @@ class Components {
 
 }  // namespace
 
-NodeSignatures::NodeSignatures(const HXDocumentState& state) : state_(state) {
+NodeSignatures::NodeSignatures(const HXDocumentState& state) : state_(state), places_(state) {
   addOwn();
   addBelow();
   addJoints();
@@ -113,26 +112,8 @@ std::uint64_t NodeSignatures::labelOf(const HXDocumentState::Port& port) const {
   return hash.value();
 }
 
-std::int32_t NodeSignatures::holderOf(const HXDocumentState::Port& port) const {
-  std::int32_t node = port.node;
-  for (std::uint32_t i = 0; i < port.level && node >= 0; ++i) node = state_.nodes[at(node)].parent;
-  return node;
-}
-
 void NodeSignatures::addJoints() {
   joints.resize(state_.nodes.size());
-  // A port far inside may be joined many times at its outermost publication.
-  std::unordered_map<std::uint64_t, std::int32_t> holders;
-  const auto holder = [&](const HXDocumentState::Port& port) {
-    if (port.level == 0) return port.node;
-    StateHash hash;
-    hash.add(port.key);
-    hash.add(static_cast<std::uint64_t>(port.node));
-    hash.add(std::uint64_t{port.level});
-    const auto [entry, isNew] = holders.try_emplace(hash.value(), -1);
-    if (isNew) entry->second = holderOf(port);
-    return entry->second;
-  };
   std::vector<bool> met(state_.connections.size(), false);
   for (const auto& node : state_.nodes) {
     for (const auto& wires : node.wires) {
@@ -140,8 +121,8 @@ void NodeSignatures::addJoints() {
         if (met[at(number)]) continue;
         met[at(number)] = true;
         const auto& wire = state_.connections[at(number)];
-        const auto from = holder(wire.displayOutput);
-        const auto to = holder(wire.displayInput);
+        const auto from = places_.holderOf(wire.displayOutput);
+        const auto to = places_.holderOf(wire.displayInput);
         if (from < 0 || to < 0) continue;
         const auto output = labelOf(wire.displayOutput);
         const auto input = labelOf(wire.displayInput);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "tarnkit/compare/HXDocumentState.h"
+#include "tarnkit/compare/PublicationPlaces.h"
 
 namespace tarnkit::detail {
 
@@ -30,8 +31,7 @@ class NodeSignatures {
   std::vector<std::uint64_t> exact;     // and how it is looked at
   std::vector<std::uint64_t> position;  // the kind, and the position
 
-  /// The node on which a port stands, the published one on the node around it.
-  std::int32_t holderOf(const HXDocumentState::Port& port) const;
+  const PublicationPlaces& places() const noexcept { return places_; }
 
  private:
   void addOwn();
@@ -41,6 +41,7 @@ class NodeSignatures {
   std::uint64_t labelOf(const HXDocumentState::Port& port) const;
 
   const HXDocumentState& state_;
+  PublicationPlaces places_;
 };
 
 }  // namespace tarnkit::detail

@@ -42,4 +42,24 @@ class StateHash {
   std::uint64_t value_;
 };
 
+struct PortHash {
+  template <class Port>
+  std::size_t operator()(const Port& port) const noexcept {
+    StateHash hash;
+    hash.addPort(port);
+    return hash.value();
+  }
+};
+
+struct WireHash {
+  template <class Connection>
+  std::size_t operator()(const Connection& wire) const noexcept {
+    StateHash hash;
+    for (const auto* port : {&wire.output, &wire.input, &wire.displayOutput, &wire.displayInput}) {
+      hash.addPort(*port);
+    }
+    return hash.value();
+  }
+};
+
 }  // namespace tarnkit::detail

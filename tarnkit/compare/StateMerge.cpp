@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "tarnkit/compare/ByKey.h"
+#include "tarnkit/compare/StateHash.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/patches/HXRNodeClass.h"
 
@@ -26,35 +28,29 @@ std::string patchText(const HXDocumentState::Node& node) {
   return node.patchClass.isNil() ? "none" : HXAddresses::escaped(node.patchClass.view());
 }
 
-template <class Items>
-const typename Items::value_type* itemOf(const Items& items, const String& key) {
-  const auto found =
-      std::find_if(items.begin(), items.end(), [&](const auto& item) { return item.key == key; });
-  return found == items.end() ? nullptr : &*found;
-}
-
 }  // namespace
 
 StateMerge::StateMerge(MergeBranch& base, MergeBranch& ours, MergeBranch& theirs, std::size_t count,
                        const HXDocumentMerge::Options& options)
     : base_(base), ours_(ours), theirs_(theirs), options_(options), isKept_(count, false) {
   merged_.nodes.resize(count);
+  for (auto* branch : {&base, &ours, &theirs}) {
+    branch->places = PublicationPlaces(branch->state, branch->numbers);
+  }
 }
 
 HXDocumentState StateMerge::run() {
   const auto count = static_cast<std::int32_t>(merged_.nodes.size());
-  decidePresence();
   decideParents();
   breakCircles();
+  decidePresence();
   for (std::int32_t i = 0; i < count; ++i) {
     if (isKept_[at(i)]) mergeNode(i);
   }
   for (std::int32_t i = 0; i < count; ++i) {
     if (isKept_[at(i)]) mergeSubnodes(i);
   }
-  for (std::int32_t i = 0; i < count; ++i) {
-    if (isKept_[at(i)]) mergePublications(i);
-  }
+  mergePublications();
   mergeConnections();
   for (std::int32_t i = 0; i < count; ++i) {
     if (isKept_[at(i)]) mergeWireOrder(i);
@@ -115,31 +111,33 @@ bool StateMerge::hasChanged(const Node& before, const Node& now, const MergeBran
   };
   for (const auto side : kBothSides) {
     if (hiddenOf(before, side) != hiddenOf(now, side)) return true;
+    std::unordered_map<Port, const State::Publication*, PortHash> had;
+    for (const auto& publication : before.publications[side]) {
+      had.emplace(publication.port, &publication);
+    }
     for (const auto& publication : now.publications[side]) {
-      const auto& had = before.publications[side];
-      if (std::find(had.begin(), had.end(), publication) == had.end()) return true;
+      const auto found = had.find(publication.port);
+      if (found == had.end() || *found->second != publication) return true;
     }
   }
+  const ByKey hadWires(before.wires);
   for (const auto& wires : now.wires) {
+    std::unordered_set<State::Connection, WireHash> had;
+    if (const auto* earlier = hadWires[wires.key]) {
+      for (const auto wire : earlier->connections) had.insert(base_.state.connections[at(wire)]);
+    }
     for (const auto wire : wires.connections) {
-      const auto& connection = branch.state.connections[at(wire)];
-      const auto* had = itemOf(before.wires, wires.key);
-      const bool isOld =
-          had &&
-          std::any_of(had->connections.begin(), had->connections.end(), [&](std::int32_t other) {
-            return base_.state.connections[at(other)] == connection;
-          });
-      if (!isOld) return true;
+      if (!had.contains(branch.state.connections[at(wire)])) return true;
     }
   }
   return false;
 }
 
+// With what it stands in.
 void StateMerge::keep(std::int32_t number) {
   for (auto place = number; place >= 0 && !isKept_[at(place)];) {
     isKept_[at(place)] = true;
-    const auto& node = *branchWith(place).find(place);
-    place = node.parent;
+    place = merged_.nodes[at(place)].parent;
   }
 }
 
@@ -151,6 +149,7 @@ void StateMerge::decidePresence() {
     const auto* t = theirs_.find(i);
     if ((o && t) || (!b && (o || t))) keep(i);
   }
+  std::vector<std::int32_t> unchanged;
   for (std::int32_t i = 0; i < count; ++i) {
     const auto* b = base_.find(i);
     const auto* o = ours_.find(i);
@@ -158,43 +157,44 @@ void StateMerge::decidePresence() {
     if (!b || (o != nullptr) == (t != nullptr)) continue;
     const auto& now = o ? *o : *t;
     const bool changed = hasChanged(*b, now, o ? ours_ : theirs_);
-    if (!changed && !isKept_[at(i)]) continue;
-    const std::string change = changed ? "changed" : kHolds;
+    if (!changed) {
+      unchanged.push_back(i);
+      continue;
+    }
+    const std::string change = "changed";
     const auto address = addressOf(i);
     const auto favored = options_.favored.find(address);
     const auto remover = o ? HXMergeSide::theirs : HXMergeSide::ours;
-    const bool goes = changed && !isKept_[at(i)] &&
-                      (favored != options_.favored.end()
-                           ? favored->second == remover
-                           : options_.isPreferenceDecided && options_.preference == remover);
+    const bool goes =
+        !isKept_[at(i)] && (favored != options_.favored.end()
+                                ? favored->second == remover
+                                : options_.isPreferenceDecided && options_.preference == remover);
     if (!goes) keep(i);
     conflicts_.push_back({Kind::removedAndChanged, address, "node", o ? change : "removed",
                           o ? "removed" : change, goes ? "removed" : change,
                           options_.isPreferenceDecided || favored != options_.favored.end()});
+  }
+  // A group that one branch removed is kept for what the other put there, and so is its own.
+  for (const auto i : unchanged) {
+    if (!isKept_[at(i)]) continue;
+    const bool isOurs = ours_.find(i) != nullptr;
+    tell(Kind::removedAndChanged, i, "node", isOurs ? kHolds : "removed",
+         isOurs ? "removed" : kHolds, kHolds);
   }
 }
 
 void StateMerge::decideParents() {
   const auto textOf = [this](std::int32_t parent) { return addressOf(parent); };
   for (std::size_t i = 1; i < isKept_.size(); ++i) {
-    if (!isKept_[i]) continue;
-    for (auto number = static_cast<std::int32_t>(i);;) {
-      const auto* b = base_.find(number);
-      const auto* o = ours_.find(number);
-      const auto* t = theirs_.find(number);
-      auto& parent = merged_.nodes[at(number)].parent;
-      if (o && t && b) {
-        parent = pick(b->parent, o->parent, t->parent, number, "group", textOf, Kind::movedTwice);
-      } else {
-        parent = (o ? o : t ? t : b)->parent;
-      }
-      if (parent < 0 || isKept_[at(parent)]) break;
-      // A group that one branch removed is kept for what the other put there, and so is its own.
-      number = parent;
-      isKept_[at(number)] = true;
-      const bool isOurs = ours_.find(number) != nullptr;
-      tell(Kind::removedAndChanged, number, "node", isOurs ? kHolds : "removed",
-           isOurs ? "removed" : kHolds, kHolds);
+    const auto number = static_cast<std::int32_t>(i);
+    const auto* b = base_.find(number);
+    const auto* o = ours_.find(number);
+    const auto* t = theirs_.find(number);
+    auto& parent = merged_.nodes[i].parent;
+    if (o && t && b) {
+      parent = pick(b->parent, o->parent, t->parent, number, "group", textOf, Kind::movedTwice);
+    } else {
+      parent = (o ? o : t ? t : b)->parent;
     }
   }
 }
@@ -204,7 +204,6 @@ void StateMerge::decideParents() {
 void StateMerge::breakCircles() {
   std::vector<std::int32_t> met(isKept_.size(), -1);
   for (std::size_t i = 1; i < isKept_.size(); ++i) {
-    if (!isKept_[i]) continue;
     const auto start = static_cast<std::int32_t>(i);
     auto place = start;
     for (; place > 0 && met[at(place)] < 0; place = merged_.nodes[at(place)].parent) {
@@ -245,7 +244,8 @@ void StateMerge::mergeNode(std::int32_t number) {
     node.arrayOutputs.clear();
     return;
   }
-  node.key = o->key;
+  const bool hasKeptKeys = options_.keys == HXNodeMatching::Keys::whereTheyAgree;
+  node.key = hasKeptKeys && o->key == b->key ? t->key : o->key;
   node.nodeClass = o->nodeClass;
   node.name = pick(b->name, o->name, t->name, number, "name", quoted);
   node.comment = pick(b->comment, o->comment, t->comment, number, "comment", quoted);
@@ -287,23 +287,24 @@ void StateMerge::mergeShape(std::int32_t number, const Node& b, const Node& o, c
     node.shape = t.shape;
     return;
   }
-  const HXStateValue none;
-  const auto valueOf = [&none](const Node& of, const String& key) {
-    const auto* parameter = itemOf(of.parameters, key);
-    return parameter ? parameter->value : none;
+  const ByKey before(b.parameters);
+  const ByKey inOurs(o.parameters);
+  const ByKey inTheirs(t.parameters);
+  const auto valueOf = [](const ByKey<State::Parameter>& in, const String& key) {
+    const auto* parameter = in[key];
+    return parameter ? parameter->value : HXStateValue();
   };
   node.parameters = first.parameters;
+  const auto& inFirst = byTheirs ? inTheirs : inOurs;
   for (const auto& parameter : second.parameters) {
-    if (!itemOf(first.parameters, parameter.key) && !itemOf(b.parameters, parameter.key)) {
-      node.parameters.push_back(parameter);
-    }
+    if (!inFirst[parameter.key] && !before[parameter.key]) node.parameters.push_back(parameter);
   }
   for (auto& parameter : node.parameters) {
-    const auto ours = valueOf(o, parameter.key);
-    const auto theirs = valueOf(t, parameter.key);
+    const auto ours = valueOf(inOurs, parameter.key);
+    const auto theirs = valueOf(inTheirs, parameter.key);
     if (ours.isNone() || theirs.isNone()) continue;
     parameter.value =
-        pick(valueOf(b, parameter.key), ours, theirs, number, parameter.key.toStdString(),
+        pick(valueOf(before, parameter.key), ours, theirs, number, parameter.key.toStdString(),
              [](const HXStateValue& value) { return value.description(); });
   }
   node.shape = o.shape == t.shape ? o.shape : 0;
@@ -355,27 +356,31 @@ void StateMerge::mergeValues(std::int32_t number, const Node& b, const Node& o, 
 void StateMerge::mergePortGroups(std::int32_t number, const Node& b, const Node& o, const Node& t) {
   auto& node = merged_.nodes[at(number)];
   for (const auto side : kBothSides) {
-    std::unordered_set<String> present(o.groupOrder[side].begin(), o.groupOrder[side].end());
-    present.insert(t.groupOrder[side].begin(), t.groupOrder[side].end());
+    const auto keysOf = [side](const Node& of) {
+      return std::unordered_set<String>(of.groupOrder[side].begin(), of.groupOrder[side].end());
+    };
+    const auto inOurs = keysOf(o);
+    const auto inTheirs = keysOf(t);
+    auto present = inOurs;
+    present.insert(inTheirs.begin(), inTheirs.end());
     for (const auto& key : b.groupOrder[side]) {
-      const auto has = [&](const Node& of) {
-        return std::find(of.groupOrder[side].begin(), of.groupOrder[side].end(), key) !=
-               of.groupOrder[side].end();
-      };
-      if (!has(o) || !has(t)) present.erase(key);
+      if (!inOurs.contains(key) || !inTheirs.contains(key)) present.erase(key);
     }
     bool conflict = false;
     node.groupOrder[side] =
         mergedOrder(b.groupOrder[side], o.groupOrder[side], t.groupOrder[side], present, conflict);
     if (conflict) decide(Kind::twoOrders, number, "port groups", "ours", "theirs");
+    const ByKey flaggedBefore(b.flaggedGroups[side]);
+    const ByKey flaggedByUs(o.flaggedGroups[side]);
+    const ByKey flaggedByThem(t.flaggedGroups[side]);
     for (const auto& key : node.groupOrder[side]) {
-      const auto flagsOf = [&](const Node& of) {
-        const auto* group = itemOf(of.flaggedGroups[side], key);
+      const auto flagsIn = [&key](const ByKey<State::PortGroup>& flagged) {
+        const auto* group = flagged[key];
         return group ? *group : State::PortGroup{key, false, false, false};
       };
-      const auto before = flagsOf(b);
-      const auto ours = flagsOf(o);
-      const auto theirs = flagsOf(t);
+      const auto before = flagsIn(flaggedBefore);
+      const auto ours = flagsIn(flaggedByUs);
+      const auto theirs = flagsIn(flaggedByThem);
       State::PortGroup group{key, false, false, false};
       group.hidden = ours.hidden == before.hidden ? theirs.hidden : ours.hidden;
       group.collapsedCanvas = ours.collapsedCanvas == before.collapsedCanvas

@@ -9,6 +9,7 @@
 #include "tarnkit/compare/HXAddresses.h"
 #include "tarnkit/compare/HXDocumentMerge.h"
 #include "tarnkit/compare/HXDocumentState.h"
+#include "tarnkit/compare/PublicationPlaces.h"
 #include "tarnkit/model/HXNode.h"
 
 namespace tarnkit::detail {
@@ -21,6 +22,7 @@ struct MergeBranch {
   std::vector<std::int32_t> numbers;  // shared, by its own
   std::vector<std::int32_t> own;      // its own, by the shared; -1: not there
   HXAddresses addresses;
+  PublicationPlaces places;
 
   const HXDocumentState::Node* find(std::int32_t shared) const {
     const auto number = own[static_cast<std::size_t>(shared)];
@@ -47,11 +49,11 @@ class StateMerge {
   using Numbers = std::vector<std::int32_t>;
 
   // StateMerge.cpp: nodes.
-  void decidePresence();
   void keep(std::int32_t number);
   bool hasChanged(const Node& before, const Node& now, const MergeBranch& branch) const;
   void decideParents();
   void breakCircles();
+  void decidePresence();
   void mergeNode(std::int32_t number);
   void mergeShape(std::int32_t number, const Node& b, const Node& o, const Node& t);
   void mergeValues(std::int32_t number, const Node& b, const Node& o, const Node& t);
@@ -60,19 +62,40 @@ class StateMerge {
 
   // StateMergeWires.cpp: publications and connections.
   using Publications = std::vector<State::Publication>;
+  using Wire = State::Connection;
+  struct WireCounts {
+    Wire wire;
+    int base = 0;
+    int ours = 0;
+    int theirs = 0;
+    bool isMade() const noexcept { return ours > base || theirs > base; }
+  };
+  void mergePublications();
+  /// As both branches have them; not all of them may find their ports.
   void mergePublications(std::int32_t number);
   Publications mergedPublications(std::int32_t number, const Publications& before,
                                   const Publications& ours, const Publications& theirs);
-  /// Says so when somebody made it.
-  void tellLostPublication(std::int32_t number, const State::Publication& publication,
-                           const Publications& before, bool isOurs);
-  /// Whether the port stands, or is published, right inside of the node.
-  bool standsWithin(const Port& port, std::int32_t number) const;
-  /// Whether the port's node, and what the port is published through, are where the branch has
-  /// them: the publication of a hidden port stays where it was made when its node moves.
-  bool standsAsIn(const MergeBranch& branch, const Port& port) const;
+  /// Leaves out what has no port to publish, and notes the others.
+  void settlePublications();
+  void mergeArrayOutputs(std::int32_t number);
+  /// Tells of those that somebody made.
+  void takeOutPublications(std::int32_t number, std::int32_t side,
+                           const std::vector<std::size_t>& gone);
+  /// Whether the port stands right inside of the node, or where a branch that publishes it there
+  /// has it, too: the publication of a hidden port stays where it was made when its node moves.
+  bool mayBePublished(const Port& port, std::int32_t number) const;
   void mergeConnections();
+  std::vector<WireCounts> countedWires() const;
+  /// How many of the wire there are to be.
+  int numberOf(const WireCounts& counts) const;
+  void tellLostWire(const WireCounts& counts);
+  /// Those that an input which takes one connection has no place for, since both branches joined
+  /// it.
+  std::unordered_set<Wire, WireHash> refusedWires(const std::vector<WireCounts>& wanted);
   void mergeWireOrder(std::int32_t number);
+  /// The wires of the node's ports in numbers of the merged connections, as the branch has them.
+  std::unordered_map<String, Numbers> wiresOf(const MergeBranch& branch, std::int32_t number,
+                                              std::vector<String>& keys) const;
   bool isThere(const Port& port) const;
   /// Whether the branch removed the node of the port, which stays for what the other made of it.
   bool hasReturned(const MergeBranch& branch, const Port& port) const;
@@ -105,8 +128,11 @@ class StateMerge {
   const HXDocumentMerge::Options& options_;
   State merged_;
   std::vector<bool> isKept_;
-  std::unordered_set<std::uint64_t> published_;  // hashes of the inner ports
-  std::unordered_map<std::uint64_t, std::vector<std::int32_t>> wireNumbers_;  // by what they join
+  PublicationPlaces places_;  // of what is published in the end
+  std::unordered_map<Wire, Numbers, WireHash> wireNumbers_;
+  /// By the number of a merged connection, whether the branch has it, too.
+  std::vector<bool> isInOurs_;
+  std::vector<bool> isInTheirs_;
   std::vector<HXMergeConflict> conflicts_;
 };
 

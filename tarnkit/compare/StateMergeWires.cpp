@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "tarnkit/compare/StateHash.h"
 #include "tarnkit/compare/StateMerge.h"
@@ -15,23 +16,23 @@ namespace {
 
 std::size_t at(std::int32_t number) { return static_cast<std::size_t>(number); }
 
-struct PortHash {
-  std::size_t operator()(const HXDocumentState::Port& port) const {
-    StateHash hash;
-    hash.addPort(port);
-    return hash.value();
-  }
-};
+using Publication = HXDocumentState::Publication;
 
-struct WireHash {
-  std::size_t operator()(const HXDocumentState::Connection& wire) const {
-    StateHash hash;
-    for (const auto* port : {&wire.output, &wire.input, &wire.displayOutput, &wire.displayInput}) {
-      hash.addPort(*port);
+// What tells a publication from the others of its group: its port, or, where it leads nowhere, its
+// name and how many of that name stand before it.
+std::vector<HXDocumentState::Port> identitiesOf(const std::vector<Publication>& list) {
+  std::unordered_map<String, std::uint32_t> strays;
+  std::vector<HXDocumentState::Port> identities;
+  identities.reserve(list.size());
+  for (const auto& publication : list) {
+    if (publication.port.node >= 0) {
+      identities.push_back(publication.port);
+    } else {
+      identities.push_back({-1, strays[publication.name]++, publication.name});
     }
-    return hash.value();
   }
-};
+  return identities;
+}
 
 const HXPatchPort* portOf(const MergeBranch& branch, const HXDocumentState::Port& port) {
   const auto own = port.node < 0 ? -1 : branch.own[at(port.node)];
@@ -70,12 +71,9 @@ bool StateMerge::takesOne(const Port& port) const {
 // Whether the node is there, with the publications that lead to the port.
 bool StateMerge::isThere(const Port& port) const {
   if (port.node < 0) return true;
-  auto place = port.node;
-  if (!isKept_[at(place)]) return false;
+  if (!isKept_[at(port.node)]) return false;
   for (std::uint32_t level = 0; level < port.level; ++level) {
-    place = merged_.nodes[at(place)].parent;
-    if (place < 0 || !isKept_[at(place)]) return false;
-    if (!published_.contains(PortHash()({port.node, level, port.key}))) return false;
+    if (places_.publisherOf({port.node, level, port.key}) < 0) return false;
   }
   return true;
 }
@@ -85,29 +83,31 @@ bool StateMerge::hasReturned(const MergeBranch& branch, const Port& port) const 
          !branch.find(port.node);
 }
 
-bool StateMerge::standsWithin(const Port& port, std::int32_t number) const {
-  if (port.node < 0) return true;
-  auto holder = port.node;
-  for (std::uint32_t level = 0; level < port.level && holder >= 0; ++level) {
-    holder = merged_.nodes[at(holder)].parent;
-  }
-  return isKept_[at(port.node)] && holder >= 0 && merged_.nodes[at(holder)].parent == number;
+bool StateMerge::mayBePublished(const Port& port, std::int32_t number) const {
+  const auto holder = isKept_[at(port.node)] ? places_.holderOf(port) : -1;
+  if (holder < 0) return false;
+  const auto around = merged_.nodes[at(holder)].parent;
+  if (around == number) return true;
+  const auto isSo = [&](const MergeBranch& branch) {
+    const auto* node = branch.find(holder);
+    return node && node->parent == around && branch.places.publisherOf(port) == number &&
+           branch.places.holderOf(port) == holder;
+  };
+  return isSo(ours_) || isSo(theirs_);
 }
 
-bool StateMerge::standsAsIn(const MergeBranch& branch, const Port& port) const {
-  auto holder = port.node;
-  for (std::uint32_t level = 0; level <= port.level && holder >= 0; ++level) {
-    const auto* node = branch.find(holder);
-    if (!node || !isKept_[at(holder)] || node->parent != merged_.nodes[at(holder)].parent) {
-      return false;
-    }
-    holder = node->parent;
+void StateMerge::mergePublications() {
+  const auto count = static_cast<std::int32_t>(merged_.nodes.size());
+  for (std::int32_t i = 0; i < count; ++i) {
+    if (isKept_[at(i)]) mergePublications(i);
   }
-  return true;
+  settlePublications();
+  for (std::int32_t i = 0; i < count; ++i) {
+    if (isKept_[at(i)]) mergeArrayOutputs(i);
+  }
 }
 
 void StateMerge::mergePublications(std::int32_t number) {
-  auto& node = merged_.nodes[at(number)];
   const auto* b = base_.find(number);
   const auto* o = ours_.find(number);
   const auto* t = theirs_.find(number);
@@ -118,70 +118,128 @@ void StateMerge::mergePublications(std::int32_t number) {
     const auto before = listOf(b);
     const auto ours = o ? listOf(o) : before;
     const auto theirs = t ? listOf(t) : before;
-    // What one of them left as it was is as the other has it, but for what that took away below.
-    const bool isSimple = ours == before || theirs == before;
-    const auto merged = isSimple ? (theirs == before ? ours : theirs)
-                                 : mergedPublications(number, before, ours, theirs);
-    const MergeBranch& source = theirs == before ? ours_ : theirs_;
-    for (const auto& publication : merged) {
-      if (!standsWithin(publication.port, number) &&
-          !(isSimple && standsAsIn(source, publication.port))) {
-        if (isSimple) tellLostPublication(number, publication, before, theirs == before);
-        continue;
-      }
-      published_.insert(PortHash()(publication.port));
-      node.publications[side].push_back(publication);
-    }
-  }
-  // Array outputs go with the publications that they collect.
-  std::unordered_set<std::uint64_t> collected;
-  for (const auto* of : {o, t, b}) {
-    if (!of) continue;
-    for (const auto& output : of->arrayOutputs) {
-      const auto port = PortHash()(output.port);
-      if (published_.contains(port) && collected.insert(port).second) {
-        node.arrayOutputs.push_back(output);
-      }
+    auto& merged = merged_.nodes[at(number)].publications[side];
+    if (theirs == before) {
+      merged = ours;
+    } else if (ours == before) {
+      merged = theirs;
+    } else {
+      merged = mergedPublications(number, before, ours, theirs);
     }
   }
 }
 
-void StateMerge::tellLostPublication(std::int32_t number, const State::Publication& publication,
-                                     const Publications& before, bool isOurs) {
-  if (std::find(before.begin(), before.end(), publication) != before.end()) return;
-  const std::string name = publication.name.toStdString();
-  const std::string other = "its port removed or moved";
-  tell(Kind::hungOnRemoved, number, "published port", isOurs ? name : other, isOurs ? other : name,
-       "none");
+// From the inside outward: what is published further out stands for what is published within.
+void StateMerge::settlePublications() {
+  struct Place {
+    std::uint32_t level;
+    std::int32_t node;
+    std::int32_t side;
+    std::size_t index;
+  };
+  std::vector<Place> all;
+  for (std::size_t i = 0; i < merged_.nodes.size(); ++i) {
+    for (const auto side : kBothSides) {
+      const auto& list = merged_.nodes[i].publications[side];
+      for (std::size_t n = 0; n < list.size(); ++n) {
+        if (list[n].port.node < 0) continue;
+        all.push_back({list[n].port.level, static_cast<std::int32_t>(i), side, n});
+      }
+    }
+  }
+  std::stable_sort(all.begin(), all.end(),
+                   [](const Place& a, const Place& b) { return a.level < b.level; });
+  std::erase_if(all, [this](const Place& place) {
+    const auto& port = merged_.nodes[at(place.node)].publications[place.side][place.index].port;
+    return mayBePublished(port, place.node) && places_.add(port, place.node);
+  });
+  std::sort(all.begin(), all.end(), [](const Place& a, const Place& b) {
+    return std::tie(a.node, a.side, a.index) < std::tie(b.node, b.side, b.index);
+  });
+  for (auto lost = all.begin(); lost != all.end();) {
+    const auto [level, node, side, index] = *lost;
+    std::vector<std::size_t> gone;
+    for (; lost != all.end() && lost->node == node && lost->side == side; ++lost) {
+      gone.push_back(lost->index);
+    }
+    takeOutPublications(node, side, gone);
+  }
+}
+
+void StateMerge::takeOutPublications(std::int32_t number, std::int32_t side,
+                                     const std::vector<std::size_t>& gone) {
+  std::unordered_map<Port, const Publication*, PortHash> had;
+  if (const auto* before = base_.find(number)) {
+    for (const auto& publication : before->publications[side]) {
+      had.emplace(publication.port, &publication);
+    }
+  }
+  Publications kept;
+  auto next = gone.begin();
+  auto& list = merged_.nodes[at(number)].publications[side];
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    auto& publication = list[i];
+    if (next == gone.end() || *next != i) {
+      kept.push_back(std::move(publication));
+      continue;
+    }
+    ++next;
+    // Nobody made what was there before.
+    const auto found = had.find(publication.port);
+    if (found != had.end() && *found->second == publication) continue;
+    const bool isOurs = ours_.places.publisherOf(publication.port) == number;
+    const std::string name = publication.name.toStdString();
+    const std::string other = "its port removed or moved";
+    tell(Kind::hungOnRemoved, number, "published port", isOurs ? name : other,
+         isOurs ? other : name, "none");
+  }
+  list = std::move(kept);
+}
+
+// They go with the publications that they collect.
+void StateMerge::mergeArrayOutputs(std::int32_t number) {
+  using Outputs = std::vector<State::ArrayOutput>;
+  static const Outputs kNone;
+  const auto* b = base_.find(number);
+  const auto* o = ours_.find(number);
+  const auto* t = theirs_.find(number);
+  const Outputs& before = b ? b->arrayOutputs : kNone;
+  const Outputs& ours = o ? o->arrayOutputs : before;
+  const Outputs& theirs = t ? t->arrayOutputs : before;
+  std::unordered_set<Port, PortHash> collected;
+  for (const auto* list : {&ours, &theirs}) {
+    if (list == (theirs == before ? &theirs : ours == before ? &ours : nullptr)) continue;
+    for (const auto& output : *list) {
+      const auto& port = output.port;
+      if (port.node >= 0 && places_.publisherOf(port) < 0) continue;
+      if (port.node < 0 || collected.insert(port).second) {
+        merged_.nodes[at(number)].arrayOutputs.push_back(output);
+      }
+    }
+  }
 }
 
 StateMerge::Publications StateMerge::mergedPublications(std::int32_t number,
                                                         const Publications& before,
                                                         const Publications& ours,
                                                         const Publications& theirs) {
-  using ByPort = std::unordered_map<Port, const State::Publication*, PortHash>;
-  const auto portsOf = [](const Publications& list) {
-    std::vector<Port> ports;
-    for (const auto& publication : list) ports.push_back(publication.port);
-    return ports;
-  };
-  const auto byPort = [](const Publications& list) {
+  using ByPort = std::unordered_map<Port, const Publication*, PortHash>;
+  const auto byPort = [](const Publications& list, const std::vector<Port>& identities) {
     ByPort found;
-    for (const auto& publication : list) found.emplace(publication.port, &publication);
+    for (std::size_t i = 0; i < list.size(); ++i) found.emplace(identities[i], &list[i]);
     return found;
   };
-  const ByPort had = byPort(before);
-  const ByPort inOurs = byPort(ours);
-  const ByPort inTheirs = byPort(theirs);
+  const auto hadPorts = identitiesOf(before);
+  const auto ourPorts = identitiesOf(ours);
+  const auto theirPorts = identitiesOf(theirs);
+  const ByPort had = byPort(before, hadPorts);
+  const ByPort inOurs = byPort(ours, ourPorts);
+  const ByPort inTheirs = byPort(theirs, theirPorts);
   std::unordered_set<Port, PortHash> present;
-  for (const auto* list : {&ours, &theirs}) {
-    const bool isOurs = list == &ours;
-    for (const auto& publication : *list) {
-      const auto& port = publication.port;
-      if (!standsWithin(port, number)) {
-        tellLostPublication(number, publication, before, isOurs);
-        continue;
-      }
+  for (const auto* in : {&inOurs, &inTheirs}) {
+    const bool isOurs = in == &inOurs;
+    for (const auto& port : isOurs ? ourPorts : theirPorts) {
+      const auto& publication = *in->at(port);
       const bool isEnded =
           had.contains(port) && !(inOurs.contains(port) && inTheirs.contains(port));
       const bool isRenamed = isEnded && had.at(port)->name != publication.name;
@@ -194,8 +252,7 @@ StateMerge::Publications StateMerge::mergedPublications(std::int32_t number,
     }
   }
   bool conflict = false;
-  const auto order =
-      mergedOrder(portsOf(before), portsOf(ours), portsOf(theirs), present, conflict);
+  const auto order = mergedOrder(hadPorts, ourPorts, theirPorts, present, conflict);
   if (conflict) decide(Kind::twoOrders, number, "published ports", "ours", "theirs");
   Publications merged;
   for (const auto& port : order) {
@@ -218,125 +275,147 @@ StateMerge::Publications StateMerge::mergedPublications(std::int32_t number,
   return merged;
 }
 
-void StateMerge::mergeConnections() {
-  using Wire = State::Connection;
-  struct Counts {
-    int base = 0;
-    int ours = 0;
-    int theirs = 0;
-  };
-  std::unordered_map<Wire, Counts, WireHash> counts;
-  std::vector<Wire> order;
-  const auto count = [&](const MergeBranch& branch, int Counts::*member) {
+std::vector<StateMerge::WireCounts> StateMerge::countedWires() const {
+  std::unordered_map<Wire, std::size_t, WireHash> places;
+  std::vector<WireCounts> counted;
+  const auto count = [&](const MergeBranch& branch, int WireCounts::*member) {
     for (const auto& wire : branch.state.connections) {
-      const auto [entry, isNew] = counts.try_emplace(wire);
-      if (isNew) order.push_back(wire);
-      ++(entry->second.*member);
+      const auto [entry, isNew] = places.try_emplace(wire, counted.size());
+      if (isNew) counted.emplace_back().wire = wire;
+      ++(counted[entry->second].*member);
     }
   };
-  count(ours_, &Counts::ours);
-  count(theirs_, &Counts::theirs);
-  count(base_, &Counts::base);
-  // What each branch joined to an input that takes one connection.
-  std::unordered_map<Port, std::pair<const Wire*, const Wire*>, PortHash> joined;
-  std::vector<Wire> wanted;
-  for (const auto& wire : order) {
-    const auto& has = counts[wire];
-    int number = std::max(has.ours + has.theirs - has.base, 0);
-    if (hasReturned(ours_, wire.output) || hasReturned(ours_, wire.input)) number = has.theirs;
-    if (hasReturned(theirs_, wire.output) || hasReturned(theirs_, wire.input)) number = has.ours;
-    const bool isMade = has.ours > has.base || has.theirs > has.base;
-    const bool ends = isThere(wire.displayOutput) && isThere(wire.displayInput) &&
-                      isThere(wire.output) && isThere(wire.input);
-    if (!ends) {
-      if (isMade && number > 0) {
-        const bool isOurs = has.ours > has.base;
-        auto& branch = isOurs ? ours_ : theirs_;
-        const auto place = isKept_[at(wire.input.node)] ? wire.input.node : 0;
-        const auto text = wireText(branch, wire);
-        tell(Kind::hungOnRemoved, place, "connection", isOurs ? text : "an end removed",
-             isOurs ? "an end removed" : text, "none");
-      }
-      continue;
-    }
-    // Both made the same one: it is made once.
-    const bool isTwin = has.base == 0 && has.ours > 0 && has.theirs > 0;
-    for (int i = 0; i < (isTwin ? std::max(has.ours, has.theirs) : number); ++i) {
-      wanted.push_back(wire);
-    }
-    if (isMade && !isTwin && wire.input.node >= 0 && takesOne(wire.input)) {
-      auto& pair = joined[wire.input];
-      (has.ours > has.base ? pair.first : pair.second) = &wire;
-    }
+  count(ours_, &WireCounts::ours);
+  count(theirs_, &WireCounts::theirs);
+  count(base_, &WireCounts::base);
+  return counted;
+}
+
+int StateMerge::numberOf(const WireCounts& counts) const {
+  const auto& [wire, base, ours, theirs] = counts;
+  // The branch that took the node of an end away has no say about what the other kept.
+  if (hasReturned(ours_, wire.output) || hasReturned(ours_, wire.input)) return theirs;
+  if (hasReturned(theirs_, wire.output) || hasReturned(theirs_, wire.input)) return ours;
+  if (theirs == base) return ours;
+  if (ours == base || ours == theirs) return theirs;
+  return std::max(ours + theirs - base, 0);
+}
+
+void StateMerge::tellLostWire(const WireCounts& counts) {
+  if (!counts.isMade()) return;
+  const bool isOurs = counts.ours > counts.base;
+  const auto end = counts.wire.input.node;
+  const auto text = wireText(isOurs ? ours_ : theirs_, counts.wire);
+  tell(Kind::hungOnRemoved, end >= 0 && isKept_[at(end)] ? end : 0, "connection",
+       isOurs ? text : "an end removed", isOurs ? "an end removed" : text, "none");
+}
+
+std::unordered_set<StateMerge::Wire, WireHash> StateMerge::refusedWires(
+    const std::vector<WireCounts>& wanted) {
+  struct Joined {
+    const Wire* ours = nullptr;
+    const Wire* theirs = nullptr;
+  };
+  std::unordered_map<Port, Joined, PortHash> joined;
+  std::vector<Port> order;
+  for (const auto& counts : wanted) {
+    const Port& input = counts.wire.input;
+    if (input.node < 0 || (counts.ours > 0 && counts.theirs > 0) || !takesOne(input)) continue;
+    auto& pair = joined[input];
+    if (!pair.ours && !pair.theirs) order.push_back(input);
+    (counts.ours > 0 ? pair.ours : pair.theirs) = &counts.wire;
   }
   std::unordered_set<Wire, WireHash> refused;
-  for (const auto& wire : order) {
-    const auto found = joined.find(wire.input);
-    if (found == joined.end() || found->second.first != &wire || !found->second.second) continue;
-    const Wire& theirs = *found->second.second;
-    const auto side = decide(Kind::joinedTwice, wire.input.node, "connection",
-                             wireText(ours_, wire), wireText(theirs_, theirs));
-    refused.insert(side == HXMergeSide::ours ? theirs : wire);
+  for (const auto& input : order) {
+    const auto& [ours, theirs] = joined.at(input);
+    if (!ours || !theirs) continue;
+    const auto side = decide(Kind::joinedTwice, input.node, "connection", wireText(ours_, *ours),
+                             wireText(theirs_, *theirs));
+    refused.insert(side == HXMergeSide::ours ? *theirs : *ours);
   }
-  for (const auto& wire : wanted) {
-    if (!refused.contains(wire)) merged_.connections.push_back(wire);
+  return refused;
+}
+
+void StateMerge::mergeConnections() {
+  std::vector<WireCounts> wanted;
+  for (const auto& counts : countedWires()) {
+    if (numberOf(counts) == 0) continue;
+    const auto& wire = counts.wire;
+    if (isThere(wire.displayOutput) && isThere(wire.displayInput) && isThere(wire.output) &&
+        isThere(wire.input)) {
+      wanted.push_back(counts);
+    } else {
+      tellLostWire(counts);
+    }
+  }
+  const auto refused = refusedWires(wanted);
+  for (const auto& counts : wanted) {
+    if (refused.contains(counts.wire)) continue;
+    auto& numbers = wireNumbers_[counts.wire];
+    for (int i = 0; i < numberOf(counts); ++i) {
+      numbers.push_back(static_cast<std::int32_t>(merged_.connections.size()));
+      merged_.connections.push_back(counts.wire);
+      isInOurs_.push_back(i < counts.ours);
+      isInTheirs_.push_back(i < counts.theirs);
+    }
   }
 }
 
-void StateMerge::mergeWireOrder(std::int32_t number) {
-  using Wire = State::Connection;
-  if (wireNumbers_.empty()) {
-    for (std::size_t i = 0; i < merged_.connections.size(); ++i) {
-      wireNumbers_[WireHash()(merged_.connections[i])].push_back(static_cast<std::int32_t>(i));
+std::unordered_map<String, StateMerge::Numbers> StateMerge::wiresOf(
+    const MergeBranch& branch, std::int32_t number, std::vector<String>& keys) const {
+  std::unordered_map<String, Numbers> lists;
+  const auto* node = branch.find(number);
+  if (!node) return lists;
+  for (const auto& wires : node->wires) {
+    keys.push_back(wires.key);
+    auto& list = lists[wires.key];
+    // Several equal ones are taken one after the other.
+    std::unordered_map<std::int32_t, std::size_t> taken;
+    for (const auto wire : wires.connections) {
+      const auto found = wireNumbers_.find(branch.state.connections[at(wire)]);
+      if (found == wireNumbers_.end()) continue;
+      const auto place = taken[found->second.front()]++;
+      if (place < found->second.size()) list.push_back(found->second[place]);
     }
   }
-  using ByPort = std::unordered_map<String, std::vector<Wire>>;
+  return lists;
+}
+
+// A wire that only one branch has is held by the ports that hold it there; so both of its ends
+// agree, whoever took away what.
+void StateMerge::mergeWireOrder(std::int32_t number) {
   std::vector<String> keys;
+  auto ours = wiresOf(ours_, number, keys);
+  auto theirs = wiresOf(theirs_, number, keys);
+  auto before = wiresOf(base_, number, keys);
   std::unordered_set<String> met;
-  const auto gather = [&](const MergeBranch& branch) {
-    ByPort lists;
-    const auto* node = branch.find(number);
-    if (!node) return lists;
-    for (const auto& wires : node->wires) {
-      auto& list = lists[wires.key];
-      for (const auto wire : wires.connections) list.push_back(branch.state.connections[at(wire)]);
-      if (met.insert(wires.key).second) keys.push_back(wires.key);
-    }
-    return lists;
-  };
-  auto ours = gather(ours_);
-  auto theirs = gather(theirs_);
-  auto before = gather(base_);
-  if (!ours_.find(number)) ours = before;
-  if (!theirs_.find(number)) theirs = before;
   for (const auto& key : keys) {
-    auto& b = before[key];
-    auto& o = ours[key];
-    auto& t = theirs[key];
-    std::vector<Wire> order;
-    if (t == b || o == b) {
-      order = t == b ? o : t;
-    } else {
-      std::unordered_set<Wire, WireHash> present(o.begin(), o.end());
-      present.insert(t.begin(), t.end());
-      bool conflict = false;
-      order = mergedOrder(b, o, t, present, conflict);
-      if (conflict) {
-        decide(Kind::twoOrders, number, "connections of " + key.toStdString(), "ours", "theirs");
+    if (!met.insert(key).second) continue;
+    const auto& b = before[key];
+    const auto& o = ours[key];
+    const auto& t = theirs[key];
+    const std::unordered_set<std::int32_t> inBase(b.begin(), b.end());
+    const std::unordered_set<std::int32_t> inOurs(o.begin(), o.end());
+    const std::unordered_set<std::int32_t> inTheirs(t.begin(), t.end());
+    std::unordered_set<std::int32_t> present;
+    for (const auto* list : {&o, &t, &b}) {
+      for (const auto wire : *list) {
+        const bool isOurs = inOurs.contains(wire);
+        const bool isTheirs = inTheirs.contains(wire);
+        const bool isHeld = !isInOurs_[at(wire)]              ? isTheirs
+                            : !isInTheirs_[at(wire)]          ? isOurs
+                            : isOurs == inBase.contains(wire) ? isTheirs
+                                                              : isOurs;
+        if (isHeld) present.insert(wire);
       }
     }
-    // Several equal ones are taken one after the other.
-    std::unordered_map<std::uint64_t, std::size_t> taken;
-    State::Wires wires{key, {}};
-    for (const auto& wire : order) {
-      const auto hash = WireHash()(wire);
-      const auto found = wireNumbers_.find(hash);
-      const auto place = taken[hash]++;
-      if (found != wireNumbers_.end() && place < found->second.size()) {
-        wires.connections.push_back(found->second[place]);
-      }
+    if (present.empty()) continue;
+    bool conflict = false;
+    auto order = mergedOrder(b, o, t, present, conflict);
+    if (conflict) {
+      decide(Kind::twoOrders, number, "connections of " + key.toStdString(), "ours", "theirs");
     }
-    if (!wires.connections.empty()) merged_.nodes[at(number)].wires.push_back(std::move(wires));
+    merged_.nodes[at(number)].wires.push_back({key, std::move(order)});
   }
 }
 

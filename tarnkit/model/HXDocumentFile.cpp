@@ -18,6 +18,9 @@ namespace tarnkit {
 
 namespace {
 
+// Of a name that has room for an ending, too.
+constexpr std::size_t kMostKeyBytes = 200;
+
 Status checkCodingType(std::int32_t codingType) {
   if (isEditorCodingType(codingType)) return {};
   return Status::failure(StatusCode::refused,
@@ -29,11 +32,13 @@ Status checkCodingType(std::int32_t codingType) {
 // document says.
 template <class Encode>
 Result<std::vector<String>> writeImages(const HXDocument& document, const std::string& directory,
-                                        std::string_view ending, Encode encode) {
+                                        std::string_view ending, bool leavesOutUnnamable,
+                                        Encode encode) {
   const auto& entries = document.imageStore()->imageEntriesInForce();
   std::vector<String> keys;
   for (const auto& entry : entries) {
-    if (!HXImageStoreEntry::canNameFile(entry.key)) {
+    if (!HXImageStoreEntry::canNameFile(entry.key) || entry.key.size() > kMostKeyBytes) {
+      if (leavesOutUnnamable) continue;
       return Status::failure(
           StatusCode::refused,
           fmt::format("the image key \"{}\" cannot name a file", entry.key.view()), directory);
@@ -127,14 +132,15 @@ Status HXDocumentFile::send(const HXDocument& document, const std::string& path)
 
 Result<std::vector<String>> HXDocumentFile::sendImages(const HXDocument& document,
                                                        const std::string& directory) {
-  return writeImages(document, directory, "plist", [](const HXImageStoreEntry& entry) {
+  return writeImages(document, directory, "plist", false, [](const HXImageStoreEntry& entry) {
     return HXImageStore::dataRepresentationOfEntry(entry);
   });
 }
 
 Result<std::vector<String>> HXDocumentFile::saveImages(const HXDocument& document,
-                                                       const std::string& directory) {
-  return writeImages(document, directory, "png",
+                                                       const std::string& directory,
+                                                       bool leavesOutUnnamable) {
+  return writeImages(document, directory, "png", leavesOutUnnamable,
                      [](const HXImageStoreEntry& entry) -> Result<Ref<const Data>> {
                        const auto& image = entry.image();
                        if (!image || !HXImageStoreEntry::canBeWritten(*image))

@@ -46,9 +46,11 @@ class HXDocumentFile {
   /// document from elsewhere may hold any) is refused before anything is written.
   static Result<std::vector<String>> sendImages(const HXDocument& document,
                                                 const std::string& directory);
-  /// The same with the pictures themselves, "KEY.png". An image without a picture is left out.
+  /// The same with the pictures themselves, "KEY.png". An image without a picture is left out, and
+  /// on demand one whose key cannot name a file.
   static Result<std::vector<String>> saveImages(const HXDocument& document,
-                                                const std::string& directory);
+                                                const std::string& directory,
+                                                bool leavesOutUnnamable = false);
 };
 
 }  // namespace tarnkit

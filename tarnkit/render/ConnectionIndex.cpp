@@ -17,6 +17,14 @@ const HXGroup* groupOf(const HXPort* port) {
 
 }  // namespace
 
+const HXPort* outputEndOf(const HXConnection& connection) noexcept {
+  return connection.displayOutputPort() ? connection.displayOutputPort() : connection.outputPort();
+}
+
+const HXPort* inputEndOf(const HXConnection& connection) noexcept {
+  return connection.displayInputPort() ? connection.displayInputPort() : connection.inputPort();
+}
+
 ConnectionIndex::ConnectionIndex(const HXGroup& root) {
   // Both ends usually hold a connection; but an input that was taken already does not, and either
   // end may stand outside.

@@ -6,9 +6,14 @@
 namespace tarnkit {
 class HXConnection;
 class HXGroup;
+class HXPort;
 }  // namespace tarnkit
 
 namespace tarnkit::detail {
+
+/// The ports that the user joined, as far as they are known.
+const HXPort* outputEndOf(const HXConnection& connection) noexcept;
+const HXPort* inputEndOf(const HXConnection& connection) noexcept;
 
 /// Which connections are to be seen in which group: those one of whose ends, as the user joined
 /// them, stands on a node of the group. Valid while the document does not change. Making it costs

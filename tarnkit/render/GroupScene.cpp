@@ -10,6 +10,7 @@
 #include "tarnkit/model/HXSymbolicPort.h"
 #include "tarnkit/platform/collections/MembersOf.h"
 #include "tarnkit/render/ConnectionIndex.h"
+#include "tarnkit/render/SceneDifference.h"
 #include "tarnkit/render/WirePath.h"
 
 namespace tarnkit::detail {
@@ -23,18 +24,54 @@ constexpr double kCell = 512;
 constexpr double kEdgeDistance = 56;
 constexpr double kEdgeLabelRoom = 150;
 
-const HXPort* outputEnd(const HXConnection& connection) {
-  return connection.displayOutputPort() ? connection.displayOutputPort() : connection.outputPort();
+bool isNear(const NodeBox& box) {
+  return std::fabs(box.x) <= kFarthest && std::fabs(box.y) <= kFarthest;
 }
 
-const HXPort* inputEnd(const HXConnection& connection) {
-  return connection.displayInputPort() ? connection.displayInputPort() : connection.inputPort();
-}
+/// Boxes that are compared with each other where they may touch: by the cells that they stand in.
+/// As long as none overlap, only so many fit into one.
+class BoxGrid {
+ public:
+  /// A box that the one overlaps; null: none.
+  const NodeBox* overlapped(const NodeBox& box) const {
+    const NodeBox* found = nullptr;
+    eachCell(box, [&](std::int64_t cell) {
+      const auto at = cells_.find(cell);
+      if (found || at == cells_.end()) return;
+      for (const NodeBox* other : at->second) {
+        if (box.x + kTouching < other->x + other->width &&
+            other->x + kTouching < box.x + box.width &&
+            box.y + kTouching < other->y + other->height &&
+            other->y + kTouching < box.y + box.height) {
+          found = other;
+          return;
+        }
+      }
+    });
+    return found;
+  }
+  void add(const NodeBox& box) {
+    eachCell(box, [&](std::int64_t cell) { cells_[cell].push_back(&box); });
+  }
+
+ private:
+  template <class Visit>
+  static void eachCell(const NodeBox& box, Visit visit) {
+    const auto cellAt = [](double at) { return static_cast<std::int64_t>(std::floor(at / kCell)); };
+    const std::int64_t lastX = cellAt(box.x + box.width);
+    const std::int64_t lastY = cellAt(box.y + box.height);
+    for (std::int64_t x = cellAt(box.x); x <= lastX; ++x) {
+      for (std::int64_t y = cellAt(box.y); y <= lastY; ++y) visit(x * 1'000'003 + y);
+    }
+  }
+  std::unordered_map<std::int64_t, std::vector<const NodeBox*>> cells_;
+};
 
 }  // namespace
 
-GroupScene::GroupScene(const HXGroup& drawn, const ConnectionIndex& connections)
-    : group(drawn), connections_(connections.connectionsIn(drawn)) {
+GroupScene::GroupScene(const HXGroup& drawn, const ConnectionIndex& connections,
+                       const SceneDifference* difference)
+    : group(drawn), connections_(connections.connectionsIn(drawn)), difference_(difference) {
   measureNodes();
   collectWires();
   place();
@@ -55,16 +92,37 @@ void GroupScene::measureNodes() {
     return ends.count(&port) > 0 || !port.connections().isEmpty();
   };
   const auto& nodes = group.subnodesInForce();
-  boxes.reserve(nodes.size());
-  boxOf_.reserve(nodes.size());
-  anchors_.reserve(std::size_t{nodes.size()} * 8);
-  for (const auto& entry : nodes) {
-    const auto index = static_cast<std::uint32_t>(boxes.size());
-    boxes.emplace_back(*entry.value, isConnected, [&](const HXPort& port, double y) {
-      return anchors_.emplace(&port, Anchor{index, y}).second;
-    });
-    boxOf_.emplace(entry.value.get(), static_cast<std::int32_t>(index));
+  const auto gone = difference_ ? difference_->nodesGoneFrom(group) : std::vector<const HXNode*>();
+  boxes.reserve(nodes.size() + gone.size());
+  boxOf_.reserve(nodes.size() + gone.size());
+  anchors_.reserve((nodes.size() + gone.size()) * 8);
+  for (const auto& entry : nodes) addBox(*entry.value, isConnected);
+  presentCount_ = boxes.size();
+  for (const auto* node : gone) addBox(*node, isConnected);
+}
+
+void GroupScene::addBox(const HXNode& node, NodeBox::IsConnected isConnected) {
+  const auto index = static_cast<std::uint32_t>(boxes.size());
+  NodeBox& box = boxes.emplace_back(node, isConnected, [&](const HXPort& port, double y) {
+    return anchors_.emplace(&port, Anchor{index, y}).second;
+  });
+  boxOf_.emplace(&node, static_cast<std::int32_t>(index));
+  if (!difference_) return;
+  box.mark = difference_->markOf(node);
+  box.holdsChanges = difference_->holdsChanges(node);
+  for (auto* lines : {&box.inputs, &box.outputs}) {
+    for (PortLine& line : *lines) {
+      line.hasChanged = line.port && difference_->hasChanged(*line.port);
+    }
   }
+}
+
+String GroupScene::keyOf(const HXNode& node) const {
+  return difference_ ? difference_->keyOf(node) : node.uniqueKey();
+}
+
+String GroupScene::keyOf(const HXGroup& of) const {
+  return difference_ ? difference_->keyOf(of) : of.uniqueKey();
 }
 
 // A port that is not drawn is met at the title bar, of its node or of the node that encloses it.
@@ -74,6 +132,14 @@ GroupScene::End GroupScene::endOf(const HXPort* port) {
     return {static_cast<std::int32_t>(anchor->second.box), anchor->second.y};
   }
   const std::int32_t box = boxAround(port->node());
+  return box < 0 ? End{} : End{box, NodeBox::kTitleHeight / 2};
+}
+
+GroupScene::End GroupScene::endOfEarlier(const HXPort* port) {
+  if (!port) return {};
+  const End end = endOf(difference_->present(port));
+  if (end.box >= 0) return end;
+  const std::int32_t box = boxAround(difference_->present(port->node()));
   return box < 0 ? End{} : End{box, NodeBox::kTitleHeight / 2};
 }
 
@@ -95,53 +161,70 @@ std::int32_t GroupScene::boxAround(const HXNode* node) {
 void GroupScene::collectWires() {
   wires.reserve(connections_.size());
   for (const HXConnection* connection : connections_) {
-    const HXPort* const output = outputEnd(*connection);
-    const End from = endOf(output);
-    const End to = endOf(inputEnd(*connection));
-    if (from.box < 0 && to.box < 0) continue;
-    Wire& wire = wires.emplace_back();
-    wire.connection = connection;
-    wire.fromBox = from.box;
-    wire.toBox = to.box;
-    wire.from.y = from.y;  // from the boxes' upper edges, until they are placed
-    wire.to.y = to.y;
-    const HXPort* const colored = connection->outputPort() ? connection->outputPort() : output;
-    wire.color = colored ? colored->defaultColor() : OIColorBlackRGBA;
+    const HXPort* const output = outputEndOf(*connection);
+    const HXPort* const input = inputEndOf(*connection);
+    addWire(*connection, connection->displayOutputPort(), connection->displayInputPort(),
+            endOf(output), endOf(input));
+  }
+  if (!difference_) return;
+  for (const HXConnection* connection : difference_->connectionsGoneFrom(group)) {
+    const HXPort* const output = outputEndOf(*connection);
+    const HXPort* const input = inputEndOf(*connection);
+    addWire(*connection, difference_->present(output), difference_->present(input),
+            endOfEarlier(output), endOfEarlier(input));
   }
 }
 
+void GroupScene::addWire(const HXConnection& connection, const HXPort* output, const HXPort* input,
+                         End from, End to) {
+  if (from.box < 0 && to.box < 0) return;
+  Wire& wire = wires.emplace_back();
+  wire.connection = &connection;
+  wire.output = output;
+  wire.input = input;
+  if (difference_) wire.mark = difference_->markOf(connection);
+  wire.fromBox = from.box;
+  wire.toBox = to.box;
+  wire.from.y = from.y;  // from the boxes' upper edges, until they are placed
+  wire.to.y = to.y;
+  const HXPort* const colored =
+      connection.outputPort() ? connection.outputPort() : outputEndOf(connection);
+  wire.color = colored ? colored->defaultColor() : OIColorBlackRGBA;
+}
+
 bool GroupScene::boxesOverlap() const {
-  // Boxes of one cell are compared with each other. As long as none overlap, only so many fit.
-  std::unordered_map<std::int64_t, std::vector<std::uint32_t>> cells;
-  const auto cellAt = [](double at) { return static_cast<std::int64_t>(std::floor(at / kCell)); };
-  for (std::uint32_t i = 0; i < boxes.size(); ++i) {
-    const NodeBox& box = boxes[i];
-    const std::int64_t lastX = cellAt(box.x + box.width);
-    const std::int64_t lastY = cellAt(box.y + box.height);
-    for (std::int64_t cx = cellAt(box.x); cx <= lastX; ++cx) {
-      for (std::int64_t cy = cellAt(box.y); cy <= lastY; ++cy) {
-        auto& cell = cells[cx * 1'000'003 + cy];
-        for (const std::uint32_t other : cell) {
-          const NodeBox& b = boxes[other];
-          if (box.x + kTouching < b.x + b.width && b.x + kTouching < box.x + box.width &&
-              box.y + kTouching < b.y + b.height && b.y + kTouching < box.y + box.height) {
-            return true;
-          }
-        }
-        cell.push_back(i);
-      }
-    }
+  BoxGrid grid;
+  for (std::size_t i = 0; i < presentCount_; ++i) {
+    if (grid.overlapped(boxes[i])) return true;
+    grid.add(boxes[i]);
   }
   return false;
 }
 
+// The others stay where people know them.
+void GroupScene::placeWhatIsGone() {
+  constexpr double kGapBelow = 12;
+  constexpr int kMostTries = 16;
+  BoxGrid grid;
+  for (std::size_t i = 0; i < boxes.size(); ++i) {
+    NodeBox& box = boxes[i];
+    const NodeBox* other = nullptr;
+    if (i >= presentCount_) {
+      if (!isNear(box)) box.x = box.y = 0;
+      for (int tries = 0; tries < kMostTries && (other = grid.overlapped(box)); ++tries) {
+        box.y = other->y + other->height + kGapBelow;
+      }
+    }
+    if (!other) grid.add(box);
+  }
+}
+
 // Null when the nodes can be drawn where they stand.
 const char* GroupScene::reasonToLayOut() const {
-  bool onOneSpot = boxes.size() > 1;
-  for (const NodeBox& box : boxes) {
-    if (!(std::fabs(box.x) <= kFarthest && std::fabs(box.y) <= kFarthest)) {
-      return "a position is no number or too far out";
-    }
+  bool onOneSpot = presentCount_ > 1;
+  for (std::size_t i = 0; i < presentCount_; ++i) {
+    const NodeBox& box = boxes[i];
+    if (!isNear(box)) return "a position is no number or too far out";
     onOneSpot &= box.x == boxes.front().x && box.y == boxes.front().y;
   }
   if (onOneSpot) return "all nodes stand on one spot";
@@ -154,7 +237,7 @@ void GroupScene::place() {
     box.y = static_cast<double>(box.node->position().y);
   }
   const char* const reason = reasonToLayOut();
-  if (!reason) return;
+  if (!reason) return placeWhatIsGone();
   laidOut = true;
   notes.push_back(std::string("Laid out by layers: ") + reason + ".");
   layOut();
@@ -209,18 +292,26 @@ void GroupScene::addEdgePorts(std::int32_t orientation) {
   const bool isInput = orientation == HXOrientationInput;
   for (const auto& port : membersOf<HXSymbolicPort>(isInput ? group.symbolicInputPortsInForce()
                                                             : group.symbolicOutputPortsInForce())) {
-    EdgePort& edgePort = edgePorts.emplace_back();
-    edgePort.port = &port;
-    edgePort.isInput = isInput;
-    edgePort.label = Label(titleOfPort(port), NodeBox::kNameFont, kEdgeLabelRoom);
-    edgePort.color = port.defaultColor();
-    const End end = endOf(port.port());
-    edgePort.hasInner = end.box >= 0;
-    if (end.box < 0) continue;
-    const NodeBox& box = boxes[static_cast<std::size_t>(end.box)];
-    edgePort.inner = {isInput ? box.x : box.x + box.width, box.y + end.y};
-    edgePort.y = edgePort.inner.y;
+    addEdgePort(port, isInput, endOf(port.port()));
   }
+  if (!difference_) return;
+  for (const auto* port : difference_->publicationsGoneFrom(group, orientation)) {
+    addEdgePort(*port, isInput, endOfEarlier(port->port()));
+  }
+}
+
+void GroupScene::addEdgePort(const HXSymbolicPort& port, bool isInput, End end) {
+  EdgePort& edgePort = edgePorts.emplace_back();
+  edgePort.port = &port;
+  edgePort.isInput = isInput;
+  if (difference_) edgePort.mark = difference_->markOf(port);
+  edgePort.label = Label(titleOfPort(port), NodeBox::kNameFont, kEdgeLabelRoom);
+  edgePort.color = port.defaultColor();
+  edgePort.hasInner = end.box >= 0;
+  if (end.box < 0) return;
+  const NodeBox& box = boxes[static_cast<std::size_t>(end.box)];
+  edgePort.inner = {isInput ? box.x : box.x + box.width, box.y + end.y};
+  edgePort.y = edgePort.inner.y;
 }
 
 // From above to below in the order of the inner ports, each as near to its own as the others let
@@ -326,19 +417,25 @@ void GroupScene::noteWhatIsMissing() {
   std::size_t without = 0;
   std::size_t unknown = 0;
   for (const NodeBox& box : boxes) {
-    if (box.complaint.full.isNil()) continue;
+    if (box.complaint.full.isNil() || box.mark == SceneMark::removed) continue;
     ++(box.node->unknownPatchClass().isNil() ? without : unknown);
   }
   std::size_t lost = 0;
-  for (const EdgePort& port : edgePorts) lost += port.hasInner ? 0 : 1;
+  for (const EdgePort& port : edgePorts) {
+    lost += port.hasInner || port.mark == SceneMark::removed ? 0 : 1;
+  }
   std::size_t leading = 0;
-  for (const Wire& wire : wires) leading += wire.fromBox < 0 || wire.toBox < 0 ? 1 : 0;
+  for (const Wire& wire : wires) {
+    if (wire.mark != SceneMark::removed && (wire.fromBox < 0 || wire.toBox < 0)) ++leading;
+  }
   note(without, "node has no patch", "nodes have no patch");
   note(unknown, "node has a patch that is not known here",
        "nodes have patches that are not known here");
   note(lost, "published port has lost its inner port",
        "published ports have lost their inner ports");
   note(leading, "connection leads out of the group", "connections lead out of the group");
+  note(boxes.size() - presentCount_, "node that is gone is drawn where it stood",
+       "nodes that are gone are drawn where they stood");
 }
 
 }  // namespace tarnkit::detail

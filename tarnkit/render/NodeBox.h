@@ -6,6 +6,7 @@
 #include "tarnkit/platform/objects/FunctionRef.h"
 #include "tarnkit/render/Label.h"
 #include "tarnkit/render/PortValue.h"
+#include "tarnkit/render/SceneMark.h"
 
 namespace tarnkit {
 class HXGroup;
@@ -26,6 +27,7 @@ struct PortLine {
   const HXPortGroup* group = nullptr;  // of the others
   Label label;
   PortValue value;
+  bool hasChanged = false;
 };
 
 /// A node as it is drawn: its lines measured, and where its box stands. Lives no longer than the
@@ -63,6 +65,8 @@ struct NodeBox {
   bool hasBadge() const noexcept { return !countText.full.isNil(); }
 
   const HXNode* node = nullptr;
+  SceneMark mark = SceneMark::none;
+  bool holdsChanges = false;  // somewhere below
   double x = 0;
   double y = 0;
   double width = 0;

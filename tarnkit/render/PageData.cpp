@@ -106,18 +106,23 @@ void writeParameters(JSONWriter& json, const HXNode& node) {
   json.endArray();
 }
 
-void writeNode(JSONWriter& json, const NodeBox& box) {
+void writeMark(JSONWriter& json, SceneMark mark) {
+  if (mark != SceneMark::none) writeField(json, "mark", nameOf(mark));
+}
+
+void writeNode(JSONWriter& json, const GroupScene& scene, const NodeBox& box) {
   const HXNode& node = *box.node;
   json.beginObject();
-  writeField(json, "key", node.uniqueKey());
+  writeField(json, "key", scene.keyOf(node));
   writeField(json, "name", box.title.full);
+  writeMark(json, box.mark);
   writeUnlessNil(json, "patch", patchNameOfNode(node));
   if (node.patch()) {
     writeField(json, "patchName", node.patchClass().defaultName());
     writeUnlessNil(json, "category", node.patchClass().libraryCategory());
   }
   if (const auto& group = node.subnodeGroup()) {
-    writeField(json, "group", group->uniqueKey());
+    writeField(json, "group", scene.keyOf(*group));
     json.key("count").value(std::uint64_t{group->subnodesInForce().size()});
   }
   writeUnlessNil(json, "complaint", box.complaint.full);
@@ -137,11 +142,12 @@ void writeNode(JSONWriter& json, const NodeBox& box) {
   json.endObject();
 }
 
-void writeEnd(JSONWriter& json, std::string_view name, const HXPort* port) {
+void writeEnd(JSONWriter& json, std::string_view name, const GroupScene& scene,
+              const HXPort* port) {
   const HXNode* const node = port ? port->node() : nullptr;
   if (!node) return;
   json.key(name).beginArray();
-  json.value(node->uniqueKey());
+  json.value(scene.keyOf(*node));
   json.value(port->uniqueKey());
   json.value(titleOfNode(*node));
   json.value(titleOfPort(*port));
@@ -158,13 +164,14 @@ void appendPageData(std::string& out, const GroupScene& scene) {
   for (const std::string& note : scene.notes) json.value(note);
   json.endArray();
   json.key("nodes").beginArray();
-  for (const NodeBox& box : scene.boxes) writeNode(json, box);
+  for (const NodeBox& box : scene.boxes) writeNode(json, scene, box);
   json.endArray();
   json.key("wires").beginArray();
   for (const Wire& wire : scene.wires) {
     json.beginObject();
-    writeEnd(json, "from", wire.connection->displayOutputPort());
-    writeEnd(json, "to", wire.connection->displayInputPort());
+    writeEnd(json, "from", scene, wire.output);
+    writeEnd(json, "to", scene, wire.input);
+    writeMark(json, wire.mark);
     json.endObject();
   }
   json.endArray();

@@ -11,6 +11,8 @@ namespace tarnkit::detail {
 extern const std::string_view kPictureStyle;
 /// Those of the page beside them.
 extern const std::string_view kPageStyle;
+/// And those of what shows changes.
+extern const std::string_view kChangesStyle;
 /// The body before the first picture and behind it.
 extern const std::string_view kPageBodyStart;
 extern const std::string_view kPageBodyEnd;

@@ -20,11 +20,12 @@ struct ThemeColor {
 };
 
 constexpr ThemeColor kColors[] = {
-    {"canvas", "#f5f6f8", "#15171b"}, {"frame", "#cfd5dd", "#3a404a"},
-    {"body", "#ffffff", "#21252b"},   {"line", "#ccd2da", "#3d444e"},
-    {"text", "#1c2026", "#e7eaee"},   {"muted", "#636b76", "#9ba4b0"},
-    {"chip", "#eef0f3", "#2d323a"},   {"accent", "#0067c0", "#5cb3ff"},
-    {"warn", "#a83a00", "#ffa366"},
+    {"canvas", "#f5f6f8", "#15171b"},  {"frame", "#cfd5dd", "#3a404a"},
+    {"body", "#ffffff", "#21252b"},    {"line", "#ccd2da", "#3d444e"},
+    {"text", "#1c2026", "#e7eaee"},    {"muted", "#636b76", "#9ba4b0"},
+    {"chip", "#eef0f3", "#2d323a"},    {"accent", "#0067c0", "#5cb3ff"},
+    {"warn", "#a83a00", "#ffa366"},    {"added", "#12702c", "#4ecb71"},
+    {"removed", "#b3261e", "#ff8f86"}, {"changed", "#7a3cc4", "#c79bff"},
 };
 
 const ThemeColor& colorNamed(std::string_view name) {

@@ -99,7 +99,7 @@ void SceneWriter::open() {
   out_ += " aria-label=\"";
   appendEscaped(out_, titleOfGroup(scene_.group));
   out_ += "\" data-group=\"";
-  appendEscaped(out_, scene_.group.uniqueKey());
+  appendEscaped(out_, scene_.keyOf(scene_.group));
   out_ += scene_.laidOut ? "\" data-laid-out=\"true\">\n" : "\">\n";
   if (!options_.embedded) {
     out_ += "<style>\n";
@@ -137,9 +137,11 @@ void SceneWriter::edgePort(const EdgePort& port) {
   const double sign = port.isInput ? 1 : -1;
   const double at = port.isInput ? scene_.leftEdge : scene_.rightEdge;
   const double tip = at + sign * width;
-  out_ += port.hasInner ? "<g class=\"tk-edge\" id=\"" : "<g class=\"tk-edge tk-missing\" id=\"";
+  out_ += port.hasInner ? "<g class=\"tk-edge" : "<g class=\"tk-edge tk-missing";
+  markClass(port.mark);
+  out_ += "\" id=\"";
   out_ += options_.idPrefix;
-  out_ += "edge--";
+  out_ += port.mark == SceneMark::removed ? "gone--" : "edge--";
   const String key = port.port->uniqueKey();
   appendIdPart(out_, scene_.group.uniqueKey());
   out_ += "--";
@@ -173,9 +175,11 @@ void SceneWriter::edgePort(const EdgePort& port) {
 
 void SceneWriter::wire(const Wire& wire) {
   const String key = wire.connection->uniqueKey();
-  out_ += "<path class=\"tk-wire\" id=\"";
+  out_ += "<path class=\"tk-wire";
+  markClass(wire.mark);
+  out_ += "\" id=\"";
   out_ += options_.idPrefix;
-  out_ += "wire--";
+  out_ += wire.mark == SceneMark::removed ? "gone--" : "wire--";
   appendIdPart(out_, scene_.group.uniqueKey());
   out_ += "--";
   if (key.isNil()) {
@@ -186,9 +190,9 @@ void SceneWriter::wire(const Wire& wire) {
   out_ += "\" data-connection=\"";
   appendEscaped(out_, key);
   out_ += "\" data-from=\"";
-  portAddress(wire.connection->displayOutputPort());
+  portAddress(wire.output);
   out_ += "\" data-to=\"";
-  portAddress(wire.connection->displayInputPort());
+  portAddress(wire.input);
   out_ += '"';
   color("stroke", wire.color);
   path(wire);
@@ -204,18 +208,20 @@ void SceneWriter::wire(const Wire& wire) {
 
 void SceneWriter::node(const NodeBox& box) {
   const HXNode& node = *box.node;
-  out_ += box.complaint.full.isNil() ? "<g class=\"tk-node\" id=\""
-                                     : "<g class=\"tk-node tk-missing\" id=\"";
+  out_ += box.complaint.full.isNil() ? "<g class=\"tk-node" : "<g class=\"tk-node tk-missing";
+  markClass(box.mark);
+  if (box.holdsChanges) out_ += " holds-changes";
+  out_ += "\" id=\"";
   nodeId(&node);
   out_ += "\" data-node=\"";
-  appendEscaped(out_, node.uniqueKey());
+  appendEscaped(out_, scene_.keyOf(node));
   if (const String patch = patchNameOfNode(node); !patch.isNil()) {
     out_ += "\" data-patch=\"";
     appendEscaped(out_, patch);
   }
   if (const auto& group = node.subnodeGroup()) {
     out_ += "\" data-group=\"";
-    appendEscaped(out_, group->uniqueKey());
+    appendEscaped(out_, scene_.keyOf(*group));
     out_ += "\" data-count=\"";
     appendNumber(out_, std::size_t{group->subnodesInForce().size()});
   }
@@ -239,7 +245,25 @@ void SceneWriter::node(const NodeBox& box) {
     const double y = NodeBox::lineY(std::max(box.inputs.size(), box.outputs.size()));
     text("tk-value tk-warn", NodeBox::kInset, y + 3.5, box.complaint);
   }
+  if (box.mark != SceneMark::none) sign(box.mark);
   out_ += "</g>\n";
+}
+
+void SceneWriter::markClass(SceneMark mark) {
+  if (mark == SceneMark::none) return;
+  out_ += " is-";
+  out_ += nameOf(mark);
+}
+
+// What no colour tells to everybody.
+void SceneWriter::sign(SceneMark mark) {
+  out_ += "<g class=\"tk-sign\"><title>";
+  out_ += nameOf(mark);
+  out_ += "</title><circle r=\"8\"/><path d=\"";
+  out_ += mark == SceneMark::added     ? "M-4 0h8M0 -4v8"
+          : mark == SceneMark::removed ? "M-4 0h8"
+                                       : "M-4 1.5c2 -4 3 -4 4 -1.5s2 2.5 4 -1.5";
+  out_ += "\"/></g>";
 }
 
 void SceneWriter::titleBar(const NodeBox& box) {
@@ -289,7 +313,7 @@ void SceneWriter::line(const NodeBox& box, const PortLine& line, std::size_t ind
 void SceneWriter::portLine(const NodeBox& box, const PortLine& line, double y, bool isInput) {
   const HXPort& port = *line.port;
   const String key = port.uniqueKey();
-  out_ += "<g class=\"tk-port\" id=\"";
+  out_ += line.hasChanged ? "<g class=\"tk-port is-changed\" id=\"" : "<g class=\"tk-port\" id=\"";
   nodeId(box.node);
   out_ += "--";
   appendIdPart(out_, key);
@@ -454,13 +478,13 @@ void SceneWriter::color(const char* name, RGBA color) {
 
 void SceneWriter::nodeId(const HXNode* node) {
   out_ += options_.idPrefix;
-  appendIdPart(out_, node->uniqueKey());
+  appendIdPart(out_, scene_.keyOf(*node));
 }
 
 void SceneWriter::portAddress(const HXPort* port) {
   const HXNode* const node = port ? port->node() : nullptr;
   if (!node) return;
-  appendEscaped(out_, node->uniqueKey());
+  appendEscaped(out_, scene_.keyOf(*node));
   out_ += '/';
   appendEscaped(out_, port->uniqueKey());
 }

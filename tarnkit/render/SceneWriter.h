@@ -34,6 +34,8 @@ class SceneWriter {
   void heading(const NodeBox& box, const PortLine& line, double y, bool isInput);
   void value(const NodeBox& box, const PortValue& value, double y);
   void notes();
+  void markClass(SceneMark mark);
+  void sign(SceneMark mark);
 
   void dot(double x, double y, RGBA fill, bool filled, bool ringed);
   /// A text whose left edge (or right edge) is at x, whichever way it runs.

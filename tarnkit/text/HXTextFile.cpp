@@ -10,15 +10,6 @@
 
 namespace tarnkit {
 
-namespace {
-
-bool canNameFile(std::string_view key) {
-  return !key.empty() && key.front() != '.' && key.size() <= 200 &&
-         key.find_first_of(std::string_view("/\0", 2)) == key.npos;
-}
-
-}  // namespace
-
 bool HXTextFile::isText(ByteSpan bytes) noexcept {
   std::size_t at = 0;
   constexpr std::uint8_t kByteOrderMark[] = {0xEF, 0xBB, 0xBF};
@@ -30,13 +21,15 @@ bool HXTextFile::isText(ByteSpan bytes) noexcept {
   return false;
 }
 
-Result<std::string> HXTextFile::textWithDocument(const HXDocument& document) {
-  return detail::TextWriter(document, {}).write();
+Result<std::string> HXTextFile::textWithDocument(const HXDocument& document,
+                                                 const ImageFiles& files) {
+  return detail::TextWriter(document, files).write();
 }
 
 Result<Ref<HXDocument>> HXTextFile::document(std::string_view text, std::int32_t codingType,
                                              const std::string& folder,
-                                             std::vector<HXNodeLosses>* losses) {
+                                             std::vector<HXNodeLosses>* losses, ImageFiles* files,
+                                             AbsentImages absent) {
   if (!isEditorCodingType(codingType)) {
     return Status::failure(
         StatusCode::refused,
@@ -45,10 +38,11 @@ Result<Ref<HXDocument>> HXTextFile::document(std::string_view text, std::int32_t
   try {
     Result<Ref<Data>> archive = Status::damaged("nothing was read");
     {
-      detail::TextReader reader(text, folder);
+      detail::TextReader reader(text, folder, absent);
       const auto record = reader.read();
       if (!record) return Status::failure(record.status().code(), record.status().sentence());
       archive = StandardKeyedArchiver::archivedData(*record, codingType);
+      if (files) *files = reader.imageFiles();
     }
     if (!archive) return std::move(archive).status();
     return HXDocumentFile::document((*archive)->bytes(), codingType, losses);
@@ -67,36 +61,27 @@ Result<Ref<HXDocument>> HXTextFile::open(const std::string& path, std::int32_t c
 
 Status HXTextFile::save(const HXDocument& document, const std::string& path,
                         const std::string& imageFolder) {
-  const auto write = [&](auto fileOf) -> Status {
-    const auto text = detail::TextWriter(document, std::move(fileOf)).write();
-    if (!text) return Status::failure(text.status().code(), text.status().sentence(), path);
-    return File::write(path, bytesOf(*text));
-  };
-  if (imageFolder.empty()) return write(detail::TextWriter::FileOf());
-  const std::string folder = File::directoryOf(path);
-  std::string below = imageFolder;
-  while (below.size() > 1 && below.back() == '/') below.pop_back();
-  if (folder != "." || below.starts_with("./")) {
-    const std::string start = folder == "/" ? folder : folder + "/";
-    if (!below.starts_with(start)) {
-      return Status::failure(StatusCode::refused,
-                             "the images' folder has to be below that of the document",
-                             imageFolder);
+  ImageFiles files;
+  if (!imageFolder.empty()) {
+    const std::string folder = File::directoryOf(path);
+    std::string below = imageFolder;
+    while (below.size() > 1 && below.back() == '/') below.pop_back();
+    if (folder != "." || below.starts_with("./")) {
+      const std::string start = folder == "/" ? folder : folder + "/";
+      if (!below.starts_with(start)) {
+        return Status::failure(StatusCode::refused,
+                               "the images' folder has to be below that of the document",
+                               imageFolder);
+      }
+      below.erase(0, start.size());
     }
-    below.erase(0, start.size());
+    auto written = HXDocumentFile::saveImages(document, imageFolder, true);
+    if (!written) return std::move(written).status();
+    for (const auto& key : *written) files[key] = fmt::format("{}/{}.png", below, key.view());
   }
-  if (auto status = File::makeDirectory(imageFolder); !status) return status;
-  for (const auto& entry : document.imageStore()->imageEntriesInForce()) {
-    const auto& image = entry.value->image();
-    if (!canNameFile(entry.key) || !image || !HXImageStoreEntry::canBeWritten(*image)) continue;
-    const auto png = image->PNGRepresentation();
-    if (!png) return Status::failure(png.status().code(), png.status().sentence(), path);
-    const auto file = fmt::format("{}/{}.png", imageFolder, entry.key.view());
-    if (auto status = File::write(file, (*png)->bytes()); !status) return status;
-  }
-  return write([below](const String& key) {
-    return canNameFile(key) ? fmt::format("{}/{}.png", below, key.view()) : std::string();
-  });
+  const auto text = textWithDocument(document, files);
+  if (!text) return Status::failure(text.status().code(), text.status().sentence(), path);
+  return File::write(path, bytesOf(*text));
 }
 
 }  // namespace tarnkit

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "tarnkit/archive/HXCoding.h"
@@ -28,21 +29,34 @@ namespace tarnkit {
 /// For one thread.
 class HXTextFile {
  public:
+  /// Image files beside a text: by the keys of the images in the document's store, their paths from
+  /// the text's folder downward.
+  using ImageFiles = std::unordered_map<String, std::string>;
+  /// What becomes of an image whose file is not there.
+  enum class AbsentImages : std::uint8_t {
+    refused,  // with its text
+    leftOut,  // it has no picture, for whoever only looks at the document
+  };
+
   /// Whether the bytes begin as a text does, and no other form of a document: with a "{", after
   /// white space.
   static bool isText(ByteSpan bytes) noexcept;
 
-  /// The document as text, its images within. A failure of a document that no file can hold: with
-  /// nodes of a class of the host's, or an image that cannot be written.
-  static Result<std::string> textWithDocument(const HXDocument& document);
+  /// The document as text, its images within, but for those that stand in files already. A failure
+  /// of a document that no file can hold: with nodes of a class of the host's, or an image that
+  /// cannot be written.
+  static Result<std::string> textWithDocument(const HXDocument& document,
+                                              const ImageFiles& files = {});
   /// A document out of a text that need not be trusted. The unique keys are those of the text;
   /// under the coding types 0 and 1 fresh ones are drawn instead. Image files beside the text are
-  /// read from below `folder`; a text that refers to any is refused when that is empty. `losses` as
+  /// read from below `folder`, and told of in `files`; with an empty one none is there. `losses` as
   /// of `HXDocumentFile::document`.
   static Result<Ref<HXDocument>> document(std::string_view text,
                                           std::int32_t codingType = HXCodingTypeEditorWithKeys,
                                           const std::string& folder = {},
-                                          std::vector<HXNodeLosses>* losses = nullptr);
+                                          std::vector<HXNodeLosses>* losses = nullptr,
+                                          ImageFiles* files = nullptr,
+                                          AbsentImages absent = AbsentImages::refused);
 
   /// The same with files. A file is written whole or not at all. `imageFolder` that is not empty
   /// takes the images, as "KEY.png" each: a folder below the file's own, which is made at need, and

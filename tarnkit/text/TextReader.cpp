@@ -12,8 +12,8 @@
 #include "tarnkit/text/TextWords.h"
 
 namespace tarnkit::detail {
-TextReader::TextReader(std::string_view text, std::string folder)
-    : text_(text), folder_(std::move(folder)) {
+TextReader::TextReader(std::string_view text, std::string folder, HXTextFile::AbsentImages absent)
+    : text_(text), folder_(std::move(folder)), absentImages_(absent) {
   registerModelClasses();
 }
 

@@ -11,6 +11,7 @@
 #include "tarnkit/platform/collections/KeyedHash.h"
 #include "tarnkit/platform/propertylist/JSONTree.h"
 #include "tarnkit/platform/system/Result.h"
+#include "tarnkit/text/HXTextFile.h"
 #include "tarnkit/text/PatchShape.h"
 #include "tarnkit/text/TextFormat.h"
 #include "tarnkit/text/TextRecords.h"
@@ -26,13 +27,15 @@ namespace tarnkit::detail {
 /// from then on.
 class TextReader {
  public:
-  TextReader(std::string_view text, std::string folder);
+  TextReader(std::string_view text, std::string folder, HXTextFile::AbsentImages absent);
   ~TextReader();
   TextReader(const TextReader&) = delete;
   TextReader& operator=(const TextReader&) = delete;
 
   /// The record of the document.
   Result<const NodeRecord*> read();
+  /// Which of the store's images stood in files.
+  const HXTextFile::ImageFiles& imageFiles() const noexcept { return imageFiles_; }
 
  private:
   using Index = JSONTree::Index;
@@ -169,7 +172,7 @@ class TextReader {
   bool readImages();
   bool readImageList(Index list, bool isStored);
   bool readImage(Index value, ImageEntryRecord& entry);
-  bool readImageFile(Index value, ImageRecord& image);
+  bool readImageFile(Index value, ImageEntryRecord& entry);
 
   // What is referred to.
   bool nodeNamed(Index value, std::uint32_t& into);
@@ -206,6 +209,7 @@ class TextReader {
 
   std::string_view text_;
   std::string folder_;
+  HXTextFile::AbsentImages absentImages_;
   std::unique_ptr<JSONTree> tree_;
   std::string failure_;
   StatusCode failureCode_ = StatusCode::damaged;
@@ -225,6 +229,7 @@ class TextReader {
   std::vector<SameValue> sameValues_;
   std::vector<ImageEntryRecord*> images_;
   std::size_t storedImages_ = 0;
+  HXTextFile::ImageFiles imageFiles_;
   Table<std::int32_t> imagesByKey_;
   std::unique_ptr<Table<const HXRNodeClass*>> patchesByName_;  // null where several have the name
 };

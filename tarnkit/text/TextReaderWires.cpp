@@ -235,31 +235,38 @@ bool TextReader::readImage(Index value, ImageEntryRecord& entry) {
     return true;
   }
   if (given == 0) return true;
-  auto* image = makeRecord<ImageRecord>();
-  entry.image = image;
-  if (members[2] != kNone) return readImageFile(members[2], *image);
+  if (members[2] != kNone) return readImageFile(members[2], entry);
   if (!expect(members[1], Kind::string)) return false;
   std::string bytes;
   if (!readBase64(tree_->text(members[1]), bytes)) return fail(members[1], "this is no base64");
+  auto* image = makeRecord<ImageRecord>();
   image->png.assign(bytes.begin(), bytes.end());
+  entry.image = image;
   return true;
 }
 
-bool TextReader::readImageFile(Index value, ImageRecord& image) {
+bool TextReader::readImageFile(Index value, ImageEntryRecord& entry) {
   if (!expect(value, Kind::string)) return false;
   const auto path = tree_->text(value);
-  if (folder_.empty()) {
-    return fail(value, "the text does not come out of a file beside which images could stand");
-  }
   if (!isBelow(path)) {
     return fail(value, "the path of an image leads from the text's folder downward");
   }
+  // The loose ones, which are read behind those of the store, are none of its.
+  if (storedImages_ == 0) imageFiles_.emplace(entry.key, path);
+  const bool isLeftOut = absentImages_ == HXTextFile::AbsentImages::leftOut;
+  if (folder_.empty()) {
+    if (isLeftOut) return true;
+    return fail(value, "the text does not come out of a file beside which images could stand");
+  }
   auto bytes = File::read(folder_ + "/" + std::string(path), ImageLimits().inputBytes);
   if (!bytes) {
+    if (isLeftOut && bytes.status().code() == StatusCode::notFound) return true;
     failureCode_ = bytes.status().code();
     return fail(value, bytes.status().message());
   }
-  image.png = *std::move(bytes);
+  auto* image = makeRecord<ImageRecord>();
+  image->png = *std::move(bytes);
+  entry.image = image;
   return true;
 }
 

@@ -25,8 +25,8 @@ bool isAtOrigin(HXPoint point) {
 
 }  // namespace
 
-TextWriter::TextWriter(const HXDocument& document, FileOf fileOf)
-    : document_(document), fileOf_(std::move(fileOf)), graph_(document, shapes_) {}
+TextWriter::TextWriter(const HXDocument& document, const HXTextFile::ImageFiles& files)
+    : document_(document), files_(files), graph_(document, shapes_) {}
 
 Result<std::string> TextWriter::write() {
   if (auto status = check(); !status) return status;
@@ -404,26 +404,27 @@ void TextWriter::writeImage(std::int32_t index) {
   object.member(text::kKey);
   lines_.textOrNull(entry.key().isNil(), entry.key());
   const Image* const image = entry.image().get();
-  if (image && HXImageStoreEntry::canBeWritten(*image)) {
-    // Two entries may show one picture.
-    const auto [earlier, isNew] = imageIndexes_.try_emplace(image, index);
-    const std::string file = fileOf_ && index < static_cast<std::int32_t>(storedImages_)
-                                 ? fileOf_(entry.key())
-                                 : std::string();
-    if (!isNew) {
-      object.member(text::kPictureOf);
-      lines_.integer(earlier->second);
-    } else if (!file.empty()) {
-      object.member(text::kFile);
-      lines_.text(file);
-    } else if (const auto png = image->PNGRepresentation()) {
-      object.member(text::kPNG);
-      lines_.out() += '"';
-      appendBase64(lines_.out(), (*png)->bytes());
-      lines_.out() += '"';
-    } else {
+  const bool hasPicture = image && HXImageStoreEntry::canBeWritten(*image);
+  const bool isStored = index < static_cast<std::int32_t>(storedImages_);
+  const auto file = isStored ? files_.find(entry.key()) : files_.end();
+  // Two entries may show one picture.
+  const auto earlier = hasPicture ? imageIndexes_.try_emplace(image, index).first->second : index;
+  if (earlier != index) {
+    object.member(text::kPictureOf);
+    lines_.integer(earlier);
+  } else if (file != files_.end()) {
+    object.member(text::kFile);
+    lines_.text(file->second);
+  } else if (hasPicture) {
+    const auto png = image->PNGRepresentation();
+    if (!png) {
       failure_ = fmt::format("the image {}: {}", entry.key().view(), png.status().sentence());
+      return;
     }
+    object.member(text::kPNG);
+    lines_.out() += '"';
+    appendBase64(lines_.out(), (*png)->bytes());
+    lines_.out() += '"';
   }
   object.end();
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -9,6 +8,7 @@
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/platform/system/Result.h"
+#include "tarnkit/text/HXTextFile.h"
 #include "tarnkit/text/TextGraph.h"
 #include "tarnkit/text/TextLines.h"
 
@@ -17,10 +17,8 @@ namespace tarnkit::detail {
 /// Writes one document as text. Lives for one call of `write`.
 class TextWriter {
  public:
-  /// Says where the image's file stands, for a text that is read beside it; empty: within the text.
-  using FileOf = std::function<std::string(const String& imageKey)>;
-
-  TextWriter(const HXDocument& document, FileOf fileOf);
+  /// The files have to live as long as the writer.
+  TextWriter(const HXDocument& document, const HXTextFile::ImageFiles& files);
   Result<std::string> write();
 
  private:
@@ -66,7 +64,7 @@ class TextWriter {
   String publishedName(const HXPort& port) const;
 
   const HXDocument& document_;
-  FileOf fileOf_;
+  const HXTextFile::ImageFiles& files_;
   PatchShapes shapes_;
   TextGraph graph_;
   TextLines lines_;

@@ -323,6 +323,73 @@ TEST_F(MergeEditsTest, AGroupThatWasRemovedStaysForWhatWasPutThere) {
   }
 }
 
+TEST_F(MergeTest, AGroupGoesWhenAllThatStoodInItWasMovedOut) {
+  add("")->setName("A");
+  const auto clamp = nodeOf("HXRClampNode");
+  named(*document, "A")->subnodeGroup()->addNode(*clamp);
+  branch();
+  theirs->subnodeGroup()->addNode(*named(node(*theirs, "A"), "Clamp"));
+  theirs->subnodeGroup()->removeNode(&node(*theirs, "A"));
+  const auto outcome = merge();
+  EXPECT_THAT(linesOf(outcome.conflicts), ElementsAre());
+  const auto left = outcome.document->subnodeGroup()->subnodes();
+  ASSERT_THAT(left, ::testing::SizeIs(1));
+  EXPECT_EQ(left[0]->name(), "Clamp");
+}
+
+TEST_F(MergeTest, AHiddenPortThatMovedStaysPublishedWhereItWas) {
+  add("")->setName("A");
+  add("")->setName("B");
+  const auto clamp = nodeOf("HXRClampNode");
+  const Ref<HXGroup> group = named(*document, "A")->subnodeGroup();
+  group->addNode(*clamp);
+  group->addSymbolicPortForPort(port(*clamp, "Tarn.maximumInput"))->setName("Limit");
+  clamp->inputPortGroups().front()->setHidden(true);
+  branch();
+  node(*theirs, "B").subnodeGroup()->addNode(*named(node(*theirs, "A"), "Clamp"));
+  node(*ours, "A").setName("Outer");
+  const auto outcome = merge();
+  EXPECT_THAT(linesOf(outcome.conflicts), ElementsAre());
+  HXNode& merged = *named(node(*outcome.document, "B"), "Clamp");
+  const auto* published = port(merged, "Tarn.maximumInput").symbolicPort();
+  ASSERT_TRUE(published);
+  EXPECT_EQ(published->node(), named(*outcome.document, "Outer"));
+  // And goes with the other's group.
+  HXDocumentMerge::Options favored;
+  ours->subnodeGroup()->removeNode(&node(*ours, "Outer"));
+  favored.favored.emplace("A", HXMergeSide::ours);
+  const auto without = merge(favored);
+  HXNode& left = *named(node(*without.document, "B"), "Clamp");
+  EXPECT_FALSE(port(left, "Tarn.maximumInput").symbolicPort());
+  EXPECT_THAT(test::faultsOf(*without.document), ElementsAre());
+}
+
+TEST_F(MergeTest, AWireReturnsWithTheNodeThatTheOtherChanged) {
+  const auto clamp = add("HXRClampNode");
+  const auto delay = add("HXRDelayNode");
+  add("HXRTransitionNode");
+  document->connectPort(port(*delay, "Tarn.valueOutput"), port(*clamp, "Tarn.valueInput"));
+  branch();
+  ours->subnodeGroup()->removeNode(&node(*ours, "Delay"));
+  port(node(*theirs, "Delay"), "Tarn.delayInput")
+      .setStaticValue(PMRPrimitive::primitiveWithNumberValue(5));
+  const auto back = merge();
+  EXPECT_THAT(back.conflicts, ::testing::SizeIs(1));
+  HXNode& merged = node(*back.document, "Clamp");
+  EXPECT_EQ(port(merged, "Tarn.valueInput").connections().count(), 1U);
+  EXPECT_THAT(test::faultsOf(*back.document), ElementsAre());
+  // To an input that we joined anew meanwhile there is one wire still.
+  ours->connectPort(port(node(*ours, "Transition"), "Tarn.output"),
+                    port(node(*ours, "Clamp"), "Tarn.valueInput"));
+  const auto outcome = merge();
+  ASSERT_THAT(outcome.conflicts, ::testing::SizeIs(2));
+  EXPECT_EQ(outcome.conflicts[1].kind, Kind::joinedTwice);
+  const auto wires = port(node(*outcome.document, "Clamp"), "Tarn.valueInput").connections();
+  ASSERT_EQ(wires.count(), 1U);
+  EXPECT_EQ(wires.toVector().front()->outputPort()->node()->name(), "Transition");
+  EXPECT_THAT(test::faultsOf(*outcome.document), ElementsAre());
+}
+
 class MergePropertyTest : public ::testing::Test {
  protected:
   MergePropertyTest() : earlier_(Log::setSink([](std::string_view) {})) {}

@@ -8,7 +8,7 @@ import subprocess
 import tempfile
 import unittest
 
-from host import HOST
+from host import HOST, ROOT
 
 PROTOTYPE = [
     {"do": "newDocument", "as": "doc"},
@@ -149,6 +149,39 @@ class GitTest(CompareTest):
                          "")
         attributes = (self.folder / ".git/info/attributes").read_text(encoding="utf-8")
         self.assertNotIn("tarnkit", attributes)
+
+    def test_the_images_of_a_text_stand_beside_it(self):
+        designs = self.folder / "designs"
+        designs.mkdir()
+        text, archive = designs / "page.tarn.json", self.folder / "made.document"
+        photos = sorted((ROOT / "examples/photos").iterdir())
+        self.git("init", "-q", "-b", "main")
+        self.host("git", "--enable")
+
+        def save(*operations):
+            if text.exists():
+                self.host("save", text, "-o", archive)
+            self.edit("made.document" if text.exists() else "base.document", "made.document",
+                      operations)
+            self.host("save", archive, "-o", text, "--images", designs / "pictures")
+            self.git("add", "designs")
+            self.git("commit", "-q", "-m", "step")
+
+        save({"do": "addImage", "file": str(photos[0])})
+        keys = self.keys("made.document")
+        self.git("checkout", "-q", "-b", "other")
+        save({"do": "addImage", "file": str(photos[1])},
+             {"do": "setName", "node": keys["Delay"], "value": "Wait"})
+        self.git("checkout", "-q", "main")
+        save({"do": "setName", "node": keys["Clamp"], "value": "Limit"})
+        self.assertIn('renamed from "Clamp" to "Limit"', self.git("diff", "HEAD~").stdout)
+        self.assertIn("Limit", self.git("log", "-p", "-1").stdout)
+        self.git("merge", "-q", "-m", "both", "other")
+        self.assertEqual(self.names("designs/page.tarn.json"), {"Limit", "Wait"})
+        files = [image["file"] for image in json.loads(text.read_text("utf-8"))["images"]]
+        self.assertEqual(len(set(files)), 2)
+        for file in files:
+            self.assertTrue((designs / file).is_file())
 
 
 if __name__ == "__main__":

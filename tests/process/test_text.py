@@ -127,8 +127,16 @@ class TextTest(unittest.TestCase):
         self.host("save", inline, "-o", self.folder / "third")
         self.assertEqual((self.folder / "third").read_bytes(), again.read_bytes())
         self.assertNotEqual(run("save", archive, "-o", text, "--images", "/elsewhere").returncode, 0)
+        # A text that is mended keeps them where they are.
+        saved["nodes"] = [{"id": "left", "forceAllowsSubnodes": True}]
+        text.write_text(json.dumps(saved), encoding="utf-8")
+        self.assertIn("1 finding was fixed",
+                      run("check", "--fix", "--only", "group-empty", text).stderr)
+        mended = json.loads(text.read_text())
+        self.assertEqual((mended["images"], mended.get("nodes")), (saved["images"], None))
         (self.folder / saved["images"][0]["file"]).unlink()
         self.assertRegex(run("open", text).stderr, r"line \d+: images\[0\]\.file: .*pictures/")
+        self.assertEqual(run("open", text, "--without-images").returncode, 0)
 
     def test_what_the_reader_refuses_the_schema_refuses(self):
         node = TOGGLE["nodes"][0]

@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "tarnkit/compare/HXDocumentDifference.h"
+#include "tarnkit/platform/system/File.h"
 #include "tarnkit/platform/text/JSONWriter.h"
+#include "tarnkit/render/HXDifferencePage.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/DocumentInput.h"
 #include "tools/tarnkit/ModelCommands.h"
@@ -24,6 +26,8 @@ using Change = HXDocumentChange;
 
 struct DiffOptions {
   std::vector<std::string> files;
+  DocumentOptions document;
+  std::string page;
   bool json = false;
   bool viewState = false;
   bool quiet = false;
@@ -140,13 +144,12 @@ void writeJSON(const std::vector<Change>& changes) {
   json.flush();
 }
 
-Ref<HXDocument> opened(const std::string& file, std::int32_t& codingType) {
+Ref<HXDocument> opened(const std::string& file, DocumentOptions options, std::int32_t& codingType) {
   // Git hands over an empty file, or this one, for what is not there.
   if (file == "/dev/null") {
     codingType = 0;
     return make<HXDocument>();
   }
-  DocumentOptions options;
   options.file = file;
   const auto input = openDocument("diff", options);
   codingType = input.codingType;
@@ -160,15 +163,25 @@ int diff(const DiffOptions& options) {
   const Progress progress("comparing " + newer);
   std::int32_t oldType = 0;
   std::int32_t newType = 0;
-  const auto oldDocument = opened(older, oldType);
-  const auto newDocument = opened(newer, newType);
+  // Git's files stand elsewhere than the document, whose path it tells.
+  DocumentOptions document = options.document;
+  document.mayLackImages = isCalledByGit;
+  if (isCalledByGit) document.imageFolder = File::directoryOf(options.files[0]);
+  const auto oldDocument = opened(older, document, oldType);
+  const auto newDocument = opened(newer, document, newType);
   const auto keys = oldType == newType && oldType == 3 ? HXNodeMatching::Keys::whereTheyAgree
                                                        : HXNodeMatching::Keys::ignored;
   const HXDocumentDifference difference(*oldDocument, *newDocument, keys);
   const auto told = toldChanges(difference, options.viewState);
+  if (!options.page.empty()) {
+    HXDifferencePageOptions page;
+    page.viewState = options.viewState;
+    writeFile("diff", options.page,
+              bytesOf(differencePage(*oldDocument, *newDocument, difference, page)));
+  }
   if (options.json) {
     writeJSON(told);
-  } else if (!options.quiet) {
+  } else if (!options.quiet && options.page != kStandardStream) {
     TextReport report(::isatty(STDOUT_FILENO) == 1 && !std::getenv("NO_COLOR"));
     for (const auto& change : told) report.add(change);
     if (isCalledByGit && !told.empty()) {
@@ -192,11 +205,20 @@ void addDiffCommand(CLI::App& app) {
       ->required()
       ->expected(2, 9)
       ->type_name("OLD NEW");
-  command->add_flag("--json", options->json, "Print the changes as JSON");
+  auto* json = command->add_flag("--json", options->json, "Print the changes as JSON");
+  command
+      ->add_option("--html", options->page,
+                   "Write a page of the new document in which the changes are marked, with a list "
+                   "to walk through them; - for standard output, and nothing else there")
+      ->type_name("OUT");
+  options->document.addWithoutImagesTo(*command);
   command->add_flag("--view-state", options->viewState,
                     "Tell each position, selection, panel, canvas centre and collapse flag, too");
   command->add_flag("--quiet", options->quiet, "Print nothing; the exit status tells");
-  command->callback([options] {
+  command->callback([options, json] {
+    if (options->page == kStandardStream && json->count() > 0) {
+      endWithTrouble("diff: standard output is either the page or JSON");
+    }
     if (options->files.size() != 2 && options->files.size() < kGitArguments) {
       endWithTrouble("diff: two files are compared");
     }

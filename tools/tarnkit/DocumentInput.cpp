@@ -24,6 +24,22 @@ void DocumentOptions::addTo(CLI::App& command) {
       ->type_name("N");
 }
 
+void DocumentOptions::addWithoutImagesTo(CLI::App& command) {
+  command.add_flag("--without-images", leavesOutImages,
+                   "Leave out the images that stand in files beside a text");
+}
+
+namespace {
+
+// Empty: none is read.
+std::string imageFolderOf(const DocumentOptions& options) {
+  if (options.leavesOutImages) return {};
+  if (!options.imageFolder.empty()) return options.imageFolder;
+  return options.file == kStandardStream ? std::string() : File::directoryOf(options.file);
+}
+
+}  // namespace
+
 DocumentInput openDocument(std::string_view what, const DocumentOptions& options,
                            const PropertyList& list, std::vector<HXNodeLosses>* losses) {
   DocumentInput input;
@@ -55,9 +71,10 @@ DocumentInput openDocument(std::string_view what, const DocumentOptions& options
     input.form = form;
     input.codingType = options.codingType.value_or(HXCodingTypeEditorWithKeys);
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    const bool isFile = options.file != kStandardStream;
+    const bool mayLackImages = options.mayLackImages || options.leavesOutImages;
     auto document = HXTextFile::document(
-        text, input.codingType, isFile ? File::directoryOf(options.file) : std::string(), losses);
+        text, input.codingType, imageFolderOf(options), losses, &input.imageFiles,
+        mayLackImages ? HXTextFile::AbsentImages::leftOut : HXTextFile::AbsentImages::refused);
     if (!document) failWithFile(what, options.file, document.status());
     input.document = *std::move(document);
     return input;

@@ -9,6 +9,7 @@
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXNodeReport.h"
 #include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/text/HXTextFile.h"
 
 namespace CLI {
 class App;
@@ -24,8 +25,14 @@ namespace tarnkit::tool {
 struct DocumentOptions {
   std::string file;
   std::optional<std::int32_t> codingType;
+  /// Where the images' files stand beside a text; empty: in the folder of the file.
+  std::string imageFolder;
+  /// Whether images whose files are not there are left out, and whether all of those beside are.
+  bool mayLackImages = false;
+  bool leavesOutImages = false;
 
   void addTo(CLI::App& command);
+  void addWithoutImagesTo(CLI::App& command);
 };
 
 /// The forms of an editor document as a file.
@@ -40,6 +47,8 @@ struct DocumentInput {
   DocumentForm form = DocumentForm::binary;
   /// The coding type under which it was read.
   std::int32_t codingType = 0;
+  /// The images that stand in files beside a text.
+  HXTextFile::ImageFiles imageFiles;
 };
 
 /// Opens an editor document out of a file or standard input, an archive or a text, told apart by

@@ -31,9 +31,10 @@ std::optional<DocumentForm> formOfName(std::string_view path) noexcept {
 
 std::vector<std::uint8_t> documentBytes(std::string_view what, const std::string& path,
                                         const HXDocument& document, DocumentForm form,
-                                        std::int32_t codingType) {
+                                        std::int32_t codingType,
+                                        const HXTextFile::ImageFiles& imageFiles) {
   if (form == DocumentForm::text) {
-    return copyOf(required(what, path, HXTextFile::textWithDocument(document)));
+    return copyOf(required(what, path, HXTextFile::textWithDocument(document, imageFiles)));
   }
   auto bytes = HXDocumentFile::dataWithDocument(document, codingType);
   required(what, path, bytes);

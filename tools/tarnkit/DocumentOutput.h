@@ -15,9 +15,11 @@ namespace tarnkit::tool {
 std::optional<DocumentForm> formOfName(std::string_view path) noexcept;
 
 /// The document as a file of that form; of an archive under that coding type. `path` is the
-/// document's file, for the sentence. A text holds its images. Throws CommandFailure.
+/// document's file, for the sentence. A text holds the images that stand in no file beside it.
+/// Throws CommandFailure.
 std::vector<std::uint8_t> documentBytes(std::string_view what, const std::string& path,
                                         const HXDocument& document, DocumentForm form,
-                                        std::int32_t codingType);
+                                        std::int32_t codingType,
+                                        const HXTextFile::ImageFiles& imageFiles = {});
 
 }  // namespace tarnkit::tool

@@ -128,9 +128,9 @@ void configure(const GitOptions& options) {
     const auto host = shellWord(std::filesystem::read_symlink("/proc/self/exe").string());
     const std::pair<const char*, std::string> settings[] = {
         {"diff.tarnkit.command", host + " diff"},
-        {"diff.tarnkit.textconv", host + " open"},
+        {"diff.tarnkit.textconv", host + " open --without-images"},
         {"merge.tarnkit.name", "documents of prototypes"},
-        {"merge.tarnkit.driver", host + " merge %O %A %B -o %A"}};
+        {"merge.tarnkit.driver", host + " merge %O %A %B -o %A --path %P"}};
     for (const auto& [key, value] : settings) {
       if (git({"config", scope, key, value}).status != 0) {
         throw CommandFailure(std::string("git: ") + key + " could not be set");

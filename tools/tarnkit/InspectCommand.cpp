@@ -50,8 +50,10 @@ void printDocument(const DocumentInput& input, const InspectOptions& options) {
 void inspect(const InspectOptions& options) {
   const Progress progress("inspecting " + options.file);
   const auto bytes = readFile("inspect", options.file);
+  DocumentOptions document;
+  document.file = options.file;
   if (HXTextFile::isText(bytes)) {
-    return printDocument(openDocument("inspect", {options.file, std::nullopt}, bytes), options);
+    return printDocument(openDocument("inspect", document, bytes), options);
   }
   HXArchiveReader archive;
   if (archive.open(bytes)) return printArchive(archive, options.json);
@@ -61,7 +63,7 @@ void inspect(const InspectOptions& options) {
     failWithFile("inspect", options.file,
                  "it is no editor document, device graph or image archive");
   }
-  printDocument(openDocument("inspect", {options.file, std::nullopt}, *list), options);
+  printDocument(openDocument("inspect", document, *list), options);
 }
 
 }  // namespace

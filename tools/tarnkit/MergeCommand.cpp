@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tarnkit/compare/HXDocumentMerge.h"
+#include "tarnkit/platform/system/File.h"
 #include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/DocumentInput.h"
@@ -23,6 +24,7 @@ struct MergeOptions {
   std::string ours;
   std::string theirs;
   std::string output;
+  std::string path;
   std::vector<std::string> favored;
   bool json = false;
 };
@@ -47,13 +49,19 @@ HXDocumentMerge::Options optionsOf(const std::vector<std::string>& favored) {
 }
 
 // Git hands over an empty file as the base of what both branches have added.
-DocumentInput opened(const std::string& file) {
+DocumentInput opened(const std::string& file, const MergeOptions& merge) {
   struct stat info {};
   if (::stat(file.c_str(), &info) == 0 && S_ISREG(info.st_mode) && info.st_size == 0) {
-    return {.document = make<HXDocument>()};
+    DocumentInput empty;
+    empty.document = make<HXDocument>();
+    return empty;
   }
   DocumentOptions options;
   options.file = file;
+  if (!merge.path.empty()) {
+    options.imageFolder = File::directoryOf(merge.path);
+    options.mayLackImages = true;
+  }
   return openDocument("merge", options);
 }
 
@@ -76,12 +84,27 @@ void writeJSON(const std::vector<HXMergeConflict>& conflicts) {
   json.flush();
 }
 
+// Those that stand beside what is written as they stood beside what was read.
+HXTextFile::ImageFiles imageFilesOf(const MergeOptions& options, const DocumentInput& ours,
+                                    const DocumentInput& theirs) {
+  HXTextFile::ImageFiles files;
+  const auto add = [&](const std::string& file, const DocumentInput& input) {
+    const bool isBeside = File::directoryOf(file) == File::directoryOf(options.output);
+    if (isBeside || !options.path.empty()) {
+      files.insert(input.imageFiles.begin(), input.imageFiles.end());
+    }
+  };
+  add(options.ours, ours);
+  add(options.theirs, theirs);
+  return files;
+}
+
 int merge(const MergeOptions& options) {
   const Progress progress("merging " + options.theirs);
   auto mergeOptions = optionsOf(options.favored);
-  const auto base = opened(options.base);
-  const auto ours = opened(options.ours);
-  const auto theirs = opened(options.theirs);
+  const auto base = opened(options.base, options);
+  const auto ours = opened(options.ours, options);
+  const auto theirs = opened(options.theirs, options);
   if (base.codingType != 3 || ours.codingType != 3 || theirs.codingType != 3) {
     mergeOptions.keys = HXNodeMatching::Keys::ignored;
   }
@@ -90,7 +113,8 @@ int merge(const MergeOptions& options) {
   if (!outcome) failWithFile("merge", options.ours, outcome.status());
   const auto form = formOfName(options.output).value_or(ours.form);
   writeFile("merge", options.output,
-            documentBytes("merge", options.output, *outcome->document, form, ours.codingType));
+            documentBytes("merge", options.output, *outcome->document, form, ours.codingType,
+                          imageFilesOf(options, ours, theirs)));
   if (options.json) writeJSON(outcome->conflicts);
   for (const auto& conflict : outcome->conflicts) {
     if (!conflict.isDecided) complain("conflict: " + conflict.description());
@@ -117,6 +141,12 @@ void addMergeCommand(CLI::App& app) {
       ->take_all()
       ->allow_extra_args(false)
       ->type_name("SIDE");
+  command
+      ->add_option(
+          "--path", options->path,
+          "Where the document stands when the files stand elsewhere, as git's do: beside it "
+          "are the images of a text")
+      ->type_name("FILE");
   command->add_flag("--json", options->json, "Print the conflicts as JSON");
   command->callback([options] { endWithStatus([&] { return merge(*options); }); });
 }

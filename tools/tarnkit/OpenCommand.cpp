@@ -38,6 +38,7 @@ void addOpenCommand(CLI::App& app) {
   auto* command = app.add_subcommand("open", "Open a document and print it");
   const auto options = std::make_shared<OpenOptions>();
   options->document.addTo(*command);
+  options->document.addWithoutImagesTo(*command);
   command->add_flag("--json", options->json, "Print the document's shape as JSON");
   command->callback([options] { open(*options); });
 }

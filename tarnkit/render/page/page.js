@@ -59,7 +59,8 @@ function prepare(group) {
     }
   });
 }
-const describe = node => node.name + (node.patchName && node.patchName !== node.name ?
+const describe = node => (node.mark ? node.mark + ": " : "") + node.name +
+  (node.patchName && node.patchName !== node.name ?
   ", " + node.patchName : "") + (node.count !== undefined ? ", " + many(node.count, "node") +
   " inside" : "") + (node.complaint ? ", " + node.complaint : "");
 const many = (count, word) => count + " " + word + (count === 1 ? "" : "s");
@@ -284,6 +285,7 @@ function nodeDetails(node) {
       node.patchName ? element("br") : null, element("code", {}, node.patch)));
   }
   if (node.complaint) lines.push(element("p", {class: "warn"}, node.complaint));
+  lines.push(...section("What is different", changesOf(node)));
   if (node.group) {
     const inner = groupOfKey.get(node.group);
     lines.push(element("button", {class: "open", type: "button", ...(inner ? {} : {disabled: ""}),
@@ -345,6 +347,29 @@ function enter(node) {
   const inner = node.group && groupOfKey.get(node.group);
   if (inner) open(inner);
 }
+
+// The list of changes, where the page shows what leads from one document to another.
+const changes = [...document.querySelectorAll("#changes .change")];
+let walked = -1;
+const isAt = (change, group, node) => change.dataset.group === group.key &&
+  change.dataset.node === node.key;
+function changesOf(node) {
+  const told = changes.filter(change => isAt(change, current, node)).map(change =>
+    element("li", {class: "row"}, change.querySelector("span").cloneNode(true)));
+  if (node.mark && !told.length) told.push(element("li", {class: "row"}, node.mark));
+  return told;
+}
+function walk(index) {
+  if (!changes.length) return;
+  changes[walked]?.removeAttribute("aria-current");
+  walked = (index + changes.length) % changes.length;
+  const change = changes[walked], group = groupOfKey.get(change.dataset.group) || groups[0];
+  change.setAttribute("aria-current", "true");
+  change.focus({preventScroll: true});
+  change.scrollIntoView({block: "nearest"});
+  open(group, dataOf(group) && group.nodes.get(change.dataset.node));
+}
+changes.forEach((change, index) => change.addEventListener("click", () => walk(index)));
 
 // Search.
 const search = $("search"), results = $("results");
@@ -511,6 +536,8 @@ addEventListener("keydown", event => {
   else if (event.key === "0") fit(true);
   else if (event.key === "1") zoom(1 / view.scale, undefined, undefined, true);
   else if (event.key === "/") search.focus();
+  else if (event.key === "n" && changes.length) walk(walked + 1);
+  else if (event.key === "p" && changes.length) walk(Math.max(walked, 0) - 1);
   else if ((event.key === "Enter" || event.key === " ") && node) {
     if (selected === node && event.key === "Enter") enter(node);
     else select(node);
