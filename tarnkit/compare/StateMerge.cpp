@@ -161,7 +161,7 @@ void StateMerge::decidePresence() {
       unchanged.push_back(i);
       continue;
     }
-    const std::string change = "changed";
+    constexpr const char* kChanged = "changed";
     const auto address = addressOf(i);
     const auto favored = options_.favored.find(address);
     const auto remover = o ? HXMergeSide::theirs : HXMergeSide::ours;
@@ -170,8 +170,8 @@ void StateMerge::decidePresence() {
                                 ? favored->second == remover
                                 : options_.isPreferenceDecided && options_.preference == remover);
     if (!goes) keep(i);
-    conflicts_.push_back({Kind::removedAndChanged, address, "node", o ? change : "removed",
-                          o ? "removed" : change, goes ? "removed" : change,
+    conflicts_.push_back({Kind::removedAndChanged, address, "node", o ? kChanged : "removed",
+                          o ? "removed" : kChanged, goes ? "removed" : kChanged,
                           options_.isPreferenceDecided || favored != options_.favored.end()});
   }
   // A group that one branch removed is kept for what the other put there, and so is its own.

@@ -245,7 +245,8 @@ StateMerge::Publications StateMerge::mergedPublications(std::int32_t number,
       const bool isRenamed = isEnded && had.at(port)->name != publication.name;
       if (isEnded && !isRenamed && !hasReturned(isOurs ? theirs_ : ours_, port)) continue;
       present.insert(port);
-      if (!isRenamed) continue;
+      // What goes because its node does is told when it is taken out.
+      if (!isRenamed || (port.node >= 0 && !isKept_[at(port.node)])) continue;
       const std::string name = publication.name.toStdString();
       tell(Kind::removedAndChanged, number, "published port", isOurs ? name : "removed",
            isOurs ? "removed" : name, name);

@@ -361,7 +361,7 @@ function changesOf(node) {
 }
 function walk(index) {
   if (!changes.length) return;
-  changes[walked]?.removeAttribute("aria-current");
+  if (changes[walked]) changes[walked].removeAttribute("aria-current");
   walked = (index + changes.length) % changes.length;
   const change = changes[walked], group = groupOfKey.get(change.dataset.group) || groups[0];
   change.setAttribute("aria-current", "true");
