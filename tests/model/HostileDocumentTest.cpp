@@ -245,7 +245,9 @@ TEST_F(HostileDocumentTest, WhatTwoNodesClaimIsRefused) {
       {"HXNode.parametersByUniqueKey",
        "HXNode.parametersByUniqueKey: a parameter that belongs to another node"}};
   Recorder quiet;
-  for (const auto& [key, sentence] : claims) {
+  for (const auto& claim : claims) {
+    const auto* const key = claim.first;
+    const auto* const sentence = claim.second;
     int refused = 0;
     pointEverywhere({key}, 3, [&](const std::vector<std::uint8_t>& bent) {
       const auto opened = HXDocumentFile::document(bent, 3);
