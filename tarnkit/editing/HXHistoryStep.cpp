@@ -38,6 +38,62 @@ std::uint32_t numberOf(const HXChange::Subject& subject, SubjectTable& subjects)
   return known ? known->number : subjects.append({subject, subjects.size()}).number;
 }
 
+// Of each change whether it changes nothing in the end. A value that is what it was does; of the
+// entries of a table those do that came and went again, or the other way round, with nothing of
+// that table left in between; a table that was exchanged as a whole only when no entry of it is
+// left. All of a table or nothing: where an entry stood is told by what stood beside it, so that
+// what stays needs the rest.
+std::vector<bool> whatCancelsOut(const HXChangeList& changes) {
+  constexpr std::uint32_t kNone = 0xFFFFFFFFU;
+  struct Link {
+    HXChange* change;
+    std::uint32_t table = kNone;  // its number
+    std::uint32_t below = kNone;  // of the changes of the table that no later one has taken back
+  };
+  struct Table {
+    std::uint32_t last = kNone;  // the last change that none has taken back, and how many there are
+    std::uint32_t count = 0;
+  };
+  std::vector<Link> links;
+  links.reserve(changes.count());
+  std::vector<bool> goes;
+  goes.reserve(changes.count());
+  SubjectTable numbers;
+  // Of a table to which entries came and nothing else nothing cancels out.
+  for (HXChange& change : changes) {
+    const auto subject = change.table();
+    links.push_back({&change});
+    goes.push_back(!subject.object && change.isNeutral());
+    if (subject.object && !change.isOfNewEntry()) numberOf(subject, numbers);
+  }
+  std::vector<Table> tables(numbers.size());
+  if (tables.empty()) return goes;
+  for (std::uint32_t at = 0; at < links.size(); ++at) {
+    Link& link = links[at];
+    const auto* const entry = numbers.find(link.change->table());
+    if (!entry) continue;
+    Table& table = tables[entry->number];
+    link.table = entry->number;
+    link.below = table.last;
+    if (table.count != 0 && links[table.last].change->isUndoneBy(*link.change)) {
+      table.last = links[table.last].below;
+      --table.count;
+    } else {
+      table.last = at;
+      ++table.count;
+    }
+  }
+  std::vector<bool> tableGoes;
+  for (const Table& table : tables) {
+    tableGoes.push_back(table.count == 0 ||
+                        (table.count == 1 && links[table.last].change->isNeutral()));
+  }
+  for (std::size_t at = 0; at < links.size(); ++at) {
+    if (links[at].table != kNone) goes[at] = tableGoes[links[at].table];
+  }
+  return goes;
+}
+
 }  // namespace
 
 struct HXHistoryStep::Subjects {
@@ -117,66 +173,19 @@ bool HXHistoryStep::mayCancelOut() const {
   return false;
 }
 
-// A value that is what it was goes. Of the entries of a table those go that came and went again, or
-// the other way round, with nothing of that table left in between; a table that was exchanged as a
-// whole goes only when no entry of it is left. All of a table or nothing: where an entry stood is
-// told by what stood beside it, so that what stays needs the rest.
+// What cancels out goes; where not everything does, what moves nodes stays:
+// what stays may concern what stands below a node that came and went, or the other way round.
 HXChangeList HXHistoryStep::takeWhatCancelsOut() {
   if (!mayCancelOut()) return {};
-  constexpr std::uint32_t kNone = 0xFFFFFFFFU;
-  struct Link {
-    HXChange* change;
-    std::uint32_t table;  // its number, or none
-    std::uint32_t below;  // of the changes of the table that no later one has taken back
-    bool goes;
-  };
-  struct Table {
-    std::uint32_t last = kNone;  // the last change that none has taken back, and how many there are
-    std::uint32_t count = 0;
-    bool goes = false;
-  };
-  std::vector<Link> links;
-  links.reserve(changes_.count());
-  std::vector<Table> tables;
-  SubjectTable numbers;
-  // Of a table to which entries came and nothing else nothing cancels out.
-  for (HXChange& change : changes_) {
-    const auto subject = change.table();
-    links.push_back({&change, kNone, kNone, !subject.object && change.isNeutral()});
-    if (subject.object && !change.isOfNewEntry()) numberOf(subject, numbers);
-  }
-  tables.resize(numbers.size());
-  for (std::uint32_t at = 0; at < links.size() && !tables.empty(); ++at) {
-    const auto* const entry = numbers.find(links[at].change->table());
-    if (!entry) continue;
-    Link& link = links[at];
-    Table& table = tables[entry->number];
-    link.table = entry->number;
-    link.below = table.last;
-    if (table.count != 0 && links[table.last].change->isUndoneBy(*link.change)) {
-      table.last = links[table.last].below;
-      --table.count;
-    } else {
-      table.last = at;
-      ++table.count;
-    }
-  }
-  for (Table& table : tables) {
-    table.goes = table.count == 0 || (table.count == 1 && links[table.last].change->isNeutral());
-  }
-  std::size_t going = 0;
-  for (Link& link : links) {
-    if (link.table != kNone) link.goes = tables[link.table].goes;
-    going += link.goes ? 1U : 0U;
-  }
+  const auto goes = whatCancelsOut(changes_);
+  const auto going = std::count(goes.begin(), goes.end(), true);
   if (going == 0) return {};
-  // What stays may concern what stands below a node that came and went, or the other way round.
-  const bool allGo = going == links.size();
+  const bool allGo = static_cast<std::size_t>(going) == goes.size();
   HXChangeList gone;
   HXChangeList all = takeAll();
-  for (const Link& link : links) {
+  for (const bool leaves : goes) {
     auto change = all.takeFirst();
-    if (link.goes && (allGo || !change->movesSubnodes())) {
+    if (leaves && (allGo || !change->movesSubnodes())) {
       gone.append(std::move(change));
     } else {
       add(std::move(change));
