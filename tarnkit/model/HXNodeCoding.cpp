@@ -53,6 +53,32 @@ void encodeParameters(const OrderedMap<Ref<HXParameter>>& parameters, Encoder& c
       [&](std::size_t) -> const Object* { return (at++)->value.get(); }, key);
 }
 
+// Whether the groups stand among themselves as their keys do in the collection.
+bool followsKeys(const OrderedMap<Ref<HXPortGroup>>& groups, const OrderedSet& keys) {
+  auto at = groups.begin();
+  for (const auto& key : keys) {
+    if (at == groups.end()) return true;
+    if (at->key.object()->isEqual(*key)) ++at;
+  }
+  return at == groups.end();
+}
+
+// The groups in the order of their collection, whenever each was made: texts and differences know
+// no other order. One whose key the collection does not have follows.
+void encodeGroups(const OrderedMap<Ref<HXPortGroup>>& groups,
+                  const HXPortGroupCollection* collection, Encoder& coder, const Symbol& key) {
+  const Ref<const OrderedSet> keys = collection ? collection->portGroupKeys() : nullptr;
+  if (!keys || followsKeys(groups, *keys)) return coder.encodeMap(groups, key);
+  OrderedMap<Ref<HXPortGroup>> ordered;
+  ordered.reserve(groups.size());
+  for (const auto& member : *keys) {
+    const String groupKey = String::from(member.get());
+    if (const auto* group = groups.find(groupKey)) ordered.set(groupKey, *group);
+  }
+  for (const auto& entry : groups) ordered.set(entry.key, entry.value);
+  coder.encodeMap(ordered, key);
+}
+
 }  // namespace
 
 const Symbol& HXNode::deviceClassName() const {
@@ -78,7 +104,10 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
     for (const auto side : kBothSides) {
       coder.encodeObject(sides_[side].collection, kPortGroupCollection[side]);
     }
-    for (const auto side : kBothSides) coder.encodeMap(sides_[side].groups, kPortGroupsByKey[side]);
+    for (const auto side : kBothSides) {
+      encodeGroups(sides_[side].groups, sides_[side].collection.get(), coder,
+                   kPortGroupsByKey[side]);
+    }
     coder.encodeMap(portsByUniqueKey_, kPortsByUniqueKey);
     encodeParameters(parameters_, coder, kParameters);
     coder.encodeMap(parameters_, kParametersByUniqueKey);
