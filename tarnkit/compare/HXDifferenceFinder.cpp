@@ -301,71 +301,87 @@ void HXDifferenceFinder::findValueChanges(std::int32_t number) {
 }
 
 void HXDifferenceFinder::findPortGroupChanges(std::int32_t number) {
+  const auto& earlier = oldNode(oldOf(number));
+  const auto& node = newNode(number);
+  for (const auto side : kBothSides) {
+    const bool sameOrder = earlier.groupOrder[side] == node.groupOrder[side];
+    if (sameOrder && earlier.flaggedGroups[side] == node.flaggedGroups[side]) continue;
+    findPortGroupFlags(number, side);
+    if (!sameOrder) findPortGroupOrder(number, side);
+  }
+}
+
+void HXDifferenceFinder::findPortGroupFlags(std::int32_t number, std::int32_t side) {
   const auto older = oldOf(number);
   const auto& earlier = oldNode(older);
   const auto& node = newNode(number);
-  for (const auto side : kBothSides) {
-    const auto& oldOrder = earlier.groupOrder[side];
-    const auto& newOrder = node.groupOrder[side];
-    const bool sameOrder = oldOrder == newOrder;
-    if (sameOrder && earlier.flaggedGroups[side] == node.flaggedGroups[side]) continue;
-    const std::unordered_set<String> had(oldOrder.begin(), oldOrder.end());
-    const std::unordered_set<String> has(newOrder.begin(), newOrder.end());
-    const ByKey wasFlagged(earlier.flaggedGroups[side]);
-    const ByKey isFlagged(node.flaggedGroups[side]);
-    for (const auto& key : newOrder) {
-      const auto* before = wasFlagged[key];
-      const auto* now = isFlagged[key];
-      State::PortGroup expected = before ? *before : State::PortGroup();
-      if (!had.contains(key)) {
-        // As a new one starts.
-        const auto* defined = newNodes_[at(number)]->patch().get();
-        const bool isDefined =
-            defined && defined->portLayout().collection(side)->portGroupForKey(key);
-        expected.hidden = isDefined ? node.patch->hiddenPortGroupKeys().contains(key.object().get())
-                                    : as<HXReplicatorNode>(newNodes_[at(number)]) != nullptr &&
-                                          side == HXOrientationOutput;
-      }
-      const State::PortGroup is = now ? *now : State::PortGroup();
-      const auto tell = [&](Kind kind, const char* text) {
-        auto& change = add(kind, older, number);
-        change.subject = HXAddresses::escaped(key.view());
-        change.subjectKey = key;
-        change.newText = text;
-      };
-      if (expected.hidden != is.hidden) {
-        tell(Kind::portGroupHidden, is.hidden ? "hidden" : "shown");
-      }
-      if (expected.collapsedCanvas != is.collapsedCanvas) {
-        tell(Kind::portGroupCollapsed,
-             is.collapsedCanvas ? "collapsed on the canvas" : "expanded on the canvas");
-      }
-      if (expected.collapsedSidebar != is.collapsedSidebar) {
-        tell(Kind::portGroupCollapsed,
-             is.collapsedSidebar ? "collapsed in the sidebar" : "expanded in the sidebar");
-      }
-    }
-    if (sameOrder) continue;
-    std::vector<String> before;
-    std::vector<String> now;
-    std::copy_if(oldOrder.begin(), oldOrder.end(), std::back_inserter(before),
-                 [&](const String& key) { return has.contains(key); });
-    std::copy_if(newOrder.begin(), newOrder.end(), std::back_inserter(now),
-                 [&](const String& key) { return had.contains(key); });
-    if (before == now) continue;
-    const auto listed = [](const std::vector<String>& keys) {
-      std::string text;
-      for (const auto& key : keys) {
-        text += text.empty() ? "" : ", ";
-        text += HXAddresses::escaped(key.view());
-      }
-      return text;
+  const auto& oldKeys = earlier.groupOrder[side];
+  const std::unordered_set<String> had(oldKeys.begin(), oldKeys.end());
+  const ByKey wasFlagged(earlier.flaggedGroups[side]);
+  const ByKey isFlagged(node.flaggedGroups[side]);
+  for (const auto& key : node.groupOrder[side]) {
+    const auto* before = wasFlagged[key];
+    const auto* now = isFlagged[key];
+    State::PortGroup expected = before ? *before : State::PortGroup();
+    if (!had.contains(key)) expected.hidden = startsHidden(number, side, key);
+    const State::PortGroup is = now ? *now : State::PortGroup();
+    const auto tell = [&](Kind kind, const char* text) {
+      auto& change = add(kind, older, number);
+      change.subject = HXAddresses::escaped(key.view());
+      change.subjectKey = key;
+      change.newText = text;
     };
-    auto& change = add(Kind::portGroupOrder, older, number);
-    change.subject = side == HXOrientationInput ? "inputs" : "outputs";
-    change.oldText = listed(before);
-    change.newText = listed(now);
+    if (expected.hidden != is.hidden) {
+      tell(Kind::portGroupHidden, is.hidden ? "hidden" : "shown");
+    }
+    if (expected.collapsedCanvas != is.collapsedCanvas) {
+      tell(Kind::portGroupCollapsed,
+           is.collapsedCanvas ? "collapsed on the canvas" : "expanded on the canvas");
+    }
+    if (expected.collapsedSidebar != is.collapsedSidebar) {
+      tell(Kind::portGroupCollapsed,
+           is.collapsedSidebar ? "collapsed in the sidebar" : "expanded in the sidebar");
+    }
   }
+}
+
+bool HXDifferenceFinder::startsHidden(std::int32_t number, std::int32_t side,
+                                      const String& key) const {
+  const HXNode* node = newNodes_[at(number)].get();
+  const auto* patch = node->patch().get();
+  if (patch && patch->portLayout().collection(side)->portGroupForKey(key)) {
+    return newNode(number).patch->hiddenPortGroupKeys().contains(key.object().get());
+  }
+  return side == HXOrientationOutput && as<HXReplicatorNode>(node) != nullptr;
+}
+
+void HXDifferenceFinder::findPortGroupOrder(std::int32_t number, std::int32_t side) {
+  const auto older = oldOf(number);
+  const auto& oldKeys = oldNode(older).groupOrder[side];
+  const auto& newKeys = newNode(number).groupOrder[side];
+  // Those of `keys` that stand in `others`, too.
+  const auto common = [](const std::vector<String>& keys, const std::vector<String>& others) {
+    const std::unordered_set<String> among(others.begin(), others.end());
+    std::vector<String> found;
+    std::copy_if(keys.begin(), keys.end(), std::back_inserter(found),
+                 [&](const String& key) { return among.contains(key); });
+    return found;
+  };
+  const auto before = common(oldKeys, newKeys);
+  const auto now = common(newKeys, oldKeys);
+  if (before == now) return;
+  const auto listed = [](const std::vector<String>& keys) {
+    std::string text;
+    for (const auto& key : keys) {
+      text += text.empty() ? "" : ", ";
+      text += HXAddresses::escaped(key.view());
+    }
+    return text;
+  };
+  auto& change = add(Kind::portGroupOrder, older, number);
+  change.subject = side == HXOrientationInput ? "inputs" : "outputs";
+  change.oldText = listed(before);
+  change.newText = listed(now);
 }
 
 void HXDifferenceFinder::findGroupChanges(std::int32_t number) {

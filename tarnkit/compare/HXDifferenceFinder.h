@@ -35,6 +35,10 @@ class HXDifferenceFinder {
   void findParameterChanges(std::int32_t number);
   void findValueChanges(std::int32_t number);
   void findPortGroupChanges(std::int32_t number);
+  void findPortGroupFlags(std::int32_t number, std::int32_t side);
+  void findPortGroupOrder(std::int32_t number, std::int32_t side);
+  /// Whether a new group of the new node starts hidden.
+  bool startsHidden(std::int32_t number, std::int32_t side, const String& key) const;
   void findGroupChanges(std::int32_t number);
   void findOrderChanges(std::int32_t number);
   void findViewState(std::int32_t number);

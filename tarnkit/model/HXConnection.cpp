@@ -4,6 +4,7 @@
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXPort.h"
 #include "tarnkit/model/KeyCounter.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
@@ -12,12 +13,9 @@ const Class HXConnection::kClass{"HXConnection", &Object::kClass, &HXConnection:
 
 namespace {
 
-constinit KeyCounter keyCounter{"connection_"};
+namespace key = archived::connection;
 
-constinit const Symbol kOutputPort{"HXConnection.outputPort"};
-constinit const Symbol kInputPort{"HXConnection.inputPort"};
-constinit const Symbol kDisplayOutputPort{"HXConnection.displayOutputPort"};
-constinit const Symbol kDisplayInputPort{"HXConnection.displayInputPort"};
+constinit KeyCounter keyCounter{"connection_"};
 
 constinit const Symbol kDeviceClass{"PMConnection"};
 constinit const Symbol kDeviceUniqueKey{"PMConnection.uniqueKey"};
@@ -97,10 +95,10 @@ bool HXConnection::hx_traverseConnection(const HXPort* outputPort, const HXPort*
 
 void HXConnection::encodeWithCoder(Encoder& coder) const {
   if (isEditorCodingType(coder.codingType())) {
-    coder.encodeConditionalObject(outputPort_, kOutputPort);
-    coder.encodeConditionalObject(inputPort_, kInputPort);
-    coder.encodeConditionalObject(displayOutputPort_, kDisplayOutputPort);
-    coder.encodeConditionalObject(displayInputPort_, kDisplayInputPort);
+    coder.encodeConditionalObject(outputPort_, key::kOutputPort);
+    coder.encodeConditionalObject(inputPort_, key::kInputPort);
+    coder.encodeConditionalObject(displayOutputPort_, key::kDisplayOutputPort);
+    coder.encodeConditionalObject(displayInputPort_, key::kDisplayInputPort);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(kDeviceClass, isa());
     coder.encodeString(uniqueKey(), kDeviceUniqueKey);
@@ -119,10 +117,10 @@ void HXConnection::initWithCoder(Decoder& coder) {
   if (!isEditorCodingType(coder.codingType())) return;
   keyNumber_ = keyCounter.nextNumber();
   hasKey_ = true;
-  outputPort_ = coder.decode<HXPort>(kOutputPort);
-  inputPort_ = coder.decode<HXPort>(kInputPort);
-  displayOutputPort_ = coder.decode<HXPort>(kDisplayOutputPort);
-  displayInputPort_ = coder.decode<HXPort>(kDisplayInputPort);
+  outputPort_ = coder.decode<HXPort>(key::kOutputPort);
+  inputPort_ = coder.decode<HXPort>(key::kInputPort);
+  displayOutputPort_ = coder.decode<HXPort>(key::kDisplayOutputPort);
+  displayInputPort_ = coder.decode<HXPort>(key::kDisplayInputPort);
 }
 
 }  // namespace tarnkit

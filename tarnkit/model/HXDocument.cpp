@@ -9,6 +9,7 @@
 #include "tarnkit/model/HXDecodedNodes.h"
 #include "tarnkit/model/HXPort.h"
 #include "tarnkit/model/KeyCounter.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
@@ -17,7 +18,7 @@ const Class HXDocument::kClass{"HXDocument", &HXNode::kClass, &HXDocument::makeF
 
 namespace {
 
-constinit const Symbol kImageStore{"HXDocument.imageStore"};
+namespace key = archived::document;
 
 void warnOfPorts(std::string_view message, const HXPort& first, const HXPort& second) {
   Log::warning("HXDocument", fmt::format("{} ({}, {})", message, first.description().view(),
@@ -124,12 +125,12 @@ void HXDocument::announceConnection(HXConnection& connection, bool isNew) {
 
 void HXDocument::encodeWithCoder(Encoder& coder) const {
   HXNode::encodeWithCoder(coder);
-  if (isEditorCodingType(coder.codingType())) coder.encodeObject(imageStore_, kImageStore);
+  if (isEditorCodingType(coder.codingType())) coder.encodeObject(imageStore_, key::kImageStore);
 }
 
 void HXDocument::initWithCoder(Decoder& coder) {
   HXNode::initWithCoder(coder);
-  imageStore_ = coder.decode<HXImageStore>(kImageStore);
+  imageStore_ = coder.decode<HXImageStore>(key::kImageStore);
 }
 
 // The document key comes last: while the key is missing, nothing that settles below is announced.

@@ -18,9 +18,6 @@ namespace tarnkit {
 
 namespace {
 
-// Of a name that has room for an ending, too.
-constexpr std::size_t kMostKeyBytes = 200;
-
 Status checkCodingType(std::int32_t codingType) {
   if (isEditorCodingType(codingType)) return {};
   return Status::failure(StatusCode::refused,
@@ -32,13 +29,13 @@ Status checkCodingType(std::int32_t codingType) {
 // document says.
 template <class Encode>
 Result<std::vector<String>> writeImages(const HXDocument& document, const std::string& directory,
-                                        std::string_view ending, bool leavesOutUnnamable,
+                                        std::string_view ending, HXUnnamableImages unnamable,
                                         Encode encode) {
   const auto& entries = document.imageStore()->imageEntriesInForce();
   std::vector<String> keys;
   for (const auto& entry : entries) {
-    if (!HXImageStoreEntry::canNameFile(entry.key) || entry.key.size() > kMostKeyBytes) {
-      if (leavesOutUnnamable) continue;
+    if (!HXImageStoreEntry::canNameFile(entry.key)) {
+      if (unnamable == HXUnnamableImages::leaveOut) continue;
       return Status::failure(
           StatusCode::refused,
           fmt::format("the image key \"{}\" cannot name a file", entry.key.view()), directory);
@@ -132,15 +129,16 @@ Status HXDocumentFile::send(const HXDocument& document, const std::string& path)
 
 Result<std::vector<String>> HXDocumentFile::sendImages(const HXDocument& document,
                                                        const std::string& directory) {
-  return writeImages(document, directory, "plist", false, [](const HXImageStoreEntry& entry) {
-    return HXImageStore::dataRepresentationOfEntry(entry);
-  });
+  return writeImages(document, directory, "plist", HXUnnamableImages::refuse,
+                     [](const HXImageStoreEntry& entry) {
+                       return HXImageStore::dataRepresentationOfEntry(entry);
+                     });
 }
 
 Result<std::vector<String>> HXDocumentFile::saveImages(const HXDocument& document,
                                                        const std::string& directory,
-                                                       bool leavesOutUnnamable) {
-  return writeImages(document, directory, "png", leavesOutUnnamable,
+                                                       HXUnnamableImages unnamable) {
+  return writeImages(document, directory, "png", unnamable,
                      [](const HXImageStoreEntry& entry) -> Result<Ref<const Data>> {
                        const auto& image = entry.image();
                        if (!image || !HXImageStoreEntry::canBeWritten(*image))

@@ -13,6 +13,9 @@ namespace tarnkit {
 
 class PropertyList;
 
+/// What becomes of images whose key cannot name a file; a document from elsewhere may hold any key.
+enum class HXUnnamableImages { refuse, leaveOut };
+
 /// Documents as bytes and as files. Nothing here throws for bad input, and a failure leaves no
 /// half-made document behind. For one thread.
 class HXDocumentFile {
@@ -46,11 +49,10 @@ class HXDocumentFile {
   /// document from elsewhere may hold any) is refused before anything is written.
   static Result<std::vector<String>> sendImages(const HXDocument& document,
                                                 const std::string& directory);
-  /// The same with the pictures themselves, "KEY.png". An image without a picture is left out, and
-  /// on demand one whose key cannot name a file.
-  static Result<std::vector<String>> saveImages(const HXDocument& document,
-                                                const std::string& directory,
-                                                bool leavesOutUnnamable = false);
+  /// The same with the pictures themselves, "KEY.png". An image without a picture is left out.
+  static Result<std::vector<String>> saveImages(
+      const HXDocument& document, const std::string& directory,
+      HXUnnamableImages unnamable = HXUnnamableImages::refuse);
 };
 
 }  // namespace tarnkit

@@ -5,6 +5,7 @@
 #include "tarnkit/model/HXGroup.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/collections/MembersOf.h"
 #include "tarnkit/platform/system/Log.h"
 
@@ -12,14 +13,7 @@ namespace tarnkit {
 
 namespace {
 
-constinit const Symbol kNode{"HXGroup.node"};
-constinit const Symbol kSubnodes{"HXGroup.subnodes"};
-constinit const Symbol kSubnodesByUniqueKey{"HXGroup.subnodesByUniqueKey"};
-constinit const Symbol kCanvasCenterX{"HXGroup.canvasCenter.x"};
-constinit const Symbol kCanvasCenterY{"HXGroup.canvasCenter.y"};
-constinit const Symbol kOpaque{"HXGroup.opaque"};
-constinit const BySide<Symbol> kSymbolicPorts{
-    {Symbol{"HXGroup.symbolicInputPorts"}, Symbol{"HXGroup.symbolicOutputPorts"}}};
+namespace key = archived::group;
 
 constinit const Symbol kDeviceUniqueKey{"PMGroup.uniqueKey"};
 constinit const Symbol kDeviceNode{"PMGroup.node"};
@@ -29,19 +23,19 @@ constinit const Symbol kDeviceSubnodes{"PMGroup.subnodes"};
 
 void HXGroup::encodeWithCoder(Encoder& coder) const {
   if (isEditorCodingType(coder.codingType())) {
-    coder.encodeConditionalObject(node_, kNode);
+    coder.encodeConditionalObject(node_, key::kNode);
     if (coder.codingType() == HXCodingTypeEditorWithKeys) {
-      coder.encodeMap(subnodes_, kSubnodesByUniqueKey);
+      coder.encodeMap(subnodes_, key::kSubnodesByUniqueKey);
     } else {
       // Sorted, so that two documents can be compared; the device graph deliberately is not.
       coder.encodeList(coder.keepsOrder() ? subnodes() : allValuesSortedByKey(subnodes_),
-                       kSubnodes);
+                       key::kSubnodes);
     }
-    coder.encodeFloat(canvasCenter_.x, kCanvasCenterX);
-    coder.encodeFloat(canvasCenter_.y, kCanvasCenterY);
-    coder.encodeBool(opaque_, kOpaque);
+    coder.encodeFloat(canvasCenter_.x, key::kCanvasCenterX);
+    coder.encodeFloat(canvasCenter_.y, key::kCanvasCenterY);
+    coder.encodeBool(opaque_, key::kOpaque);
     for (const auto orientation : kBothSides) {
-      coder.encodeMembers(symbolicPortsInForce(orientation), kSymbolicPorts[orientation]);
+      coder.encodeMembers(symbolicPortsInForce(orientation), key::kSymbolicPorts[orientation]);
     }
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(processClassName(), isa());
@@ -53,20 +47,20 @@ void HXGroup::encodeWithCoder(Encoder& coder) const {
 
 void HXGroup::initWithCoder(Decoder& coder) {
   uniqueKey_ = hx_newUniqueKey();
-  canvasCenter_ = {coder.decodeFloat(kCanvasCenterX), coder.decodeFloat(kCanvasCenterY)};
-  opaque_ = coder.decodeBool(kOpaque);
+  canvasCenter_ = {coder.decodeFloat(key::kCanvasCenterX), coder.decodeFloat(key::kCanvasCenterY)};
+  opaque_ = coder.decodeBool(key::kOpaque);
   for (const auto orientation : kBothSides) {
     coder.decodeEach<HXSymbolicPort>(
-        kSymbolicPorts[orientation],
+        key::kSymbolicPorts[orientation],
         [&](const Ref<HXSymbolicPort>& port) { symbolicPorts_[orientation]->add(port); });
   }
-  node_ = coder.decode<HXNode>(kNode);
+  node_ = coder.decode<HXNode>(key::kNode);
   if (coder.codingType() == HXCodingTypeEditorWithKeys) {
     coder.decodeEachEntry<HXNode>(
-        kSubnodesByUniqueKey,
+        key::kSubnodesByUniqueKey,
         [&](const String&, const Ref<HXNode>& node) { decodedSubnodes_.push_back(node); });
   } else if (isEditorCodingType(coder.codingType())) {
-    coder.decodeEach<HXNode>(kSubnodes,
+    coder.decodeEach<HXNode>(key::kSubnodes,
                              [&](const Ref<HXNode>& node) { decodedSubnodes_.push_back(node); });
   }
 }

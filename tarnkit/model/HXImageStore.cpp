@@ -13,6 +13,7 @@
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXEntryChange.h"
 #include "tarnkit/model/HXModel.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/numbers/Number.h"
 #include "tarnkit/platform/system/Log.h"
 
@@ -23,7 +24,8 @@ const Class HXImageStore::kClass{"HXImageStore", &Object::kClass,
 
 namespace {
 
-constinit const Symbol kImageEntries{"HXImageStore.imageEntries"};
+namespace key = archived::imageStore;
+
 constinit const Symbol kImageEntryCount{"HXImageStore.imageEntryCount"};
 
 }  // namespace
@@ -171,7 +173,7 @@ String HXImageStore::documentKey() const {
 
 // Deliberately without a test of the coding type: a store is the same in every vocabulary.
 void HXImageStore::encodeWithCoder(Encoder& coder) const {
-  coder.encodeMap(entries_, kImageEntries);
+  coder.encodeMap(entries_, key::kImageEntries);
   std::vector<Ref<Number>> counts;
   counts.reserve(counts_.size());
   for (const auto& entry : counts_) counts.push_back(Number::withInt(entry.value));
@@ -186,7 +188,7 @@ void HXImageStore::encodeWithCoder(Encoder& coder) const {
 
 // The counts are deliberately not read back: whoever opens a document counts anew.
 void HXImageStore::initWithCoder(Decoder& coder) {
-  coder.decodeEachEntry<HXImageStoreEntry>(kImageEntries,
+  coder.decodeEachEntry<HXImageStoreEntry>(key::kImageEntries,
                                            [&](const String&, const Ref<HXImageStoreEntry>& entry) {
                                              decodedEntries_.push_back(entry);
                                            });

@@ -1,6 +1,7 @@
 #include "tarnkit/model/HXImageStoreEntry.h"
 
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 
 namespace tarnkit {
 
@@ -10,8 +11,7 @@ const Class HXImageStoreEntry::kClass{
 
 namespace {
 
-constinit const Symbol kImage{"HXImageStoreEntry.image"};
-constinit const Symbol kKey{"HXImageStoreEntry.key"};
+namespace key = archived::imageStoreEntry;
 
 constinit const Symbol kDeviceClass{"PMImageStoreEntry"};
 constinit const Symbol kDeviceImageData{"PMImageStoreEntry.imageData"};
@@ -25,8 +25,8 @@ HXImageStoreEntry::HXImageStoreEntry(Ref<Image> image, String key)
 void HXImageStoreEntry::encodeWithCoder(Encoder& coder) const {
   if (isEditorCodingType(coder.codingType())) {
     // A picture without pixels has no file, and could not be read again.
-    if (image_ && canBeWritten(*image_)) coder.encodeObject(image_, kImage);
-    coder.encodeString(key_, kKey);
+    if (image_ && canBeWritten(*image_)) coder.encodeObject(image_, key::kImage);
+    coder.encodeString(key_, key::kKey);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(kDeviceClass, isa());
     if (image_ && canBeWritten(*image_)) {
@@ -39,8 +39,8 @@ void HXImageStoreEntry::encodeWithCoder(Encoder& coder) const {
 }
 
 void HXImageStoreEntry::initWithCoder(Decoder& coder) {
-  image_ = coder.decode<Image>(kImage);
-  key_ = coder.decodeString(kKey);
+  image_ = coder.decode<Image>(key::kImage);
+  key_ = coder.decodeString(key::kKey);
 }
 
 }  // namespace tarnkit

@@ -26,12 +26,14 @@ class HXImageStoreEntry final : public Object {
     return image.width() != 0 && image.height() != 0;
   }
 
+  /// The most bytes of a key that names a file: with room for an ending.
+  static constexpr std::size_t kMostFileNameBytes = 200;
   /// Whether a file can have the key as its name, as on the device; a document from elsewhere may
   /// hold any key.
   static bool canNameFile(const String& key) noexcept {
     const auto text = key.view();
-    return !text.empty() && text.find('/') == std::string_view::npos &&
-           text.find('\0') == std::string_view::npos;
+    return !text.empty() && text.size() <= kMostFileNameBytes &&
+           text.find('/') == std::string_view::npos && text.find('\0') == std::string_view::npos;
   }
 
   /// In the device's vocabulary the image is PNG data. An empty picture is written as none.

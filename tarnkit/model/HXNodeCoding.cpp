@@ -11,30 +11,14 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/model/KeyCounter.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
 
 namespace {
 
-constinit const Symbol kUniqueKey{"HXNode.uniqueKey"};
-constinit const Symbol kParentGroup{"HXNode.parentGroup"};
-constinit const Symbol kSubnodeGroup{"HXNode.subnodeGroup"};
-constinit const Symbol kForceAllowsSubnodes{"HXNode.forceAllowsSubnodes"};
-constinit const Symbol kPatchClass{"HXNode.patchClass"};
-constinit const Symbol kName{"HXNode.name"};
-constinit const Symbol kPositionX{"HXNode.position.x"};
-constinit const Symbol kPositionY{"HXNode.position.y"};
-constinit const Symbol kInspectorPanel{"HXNode.inspectorPanel"};
-constinit const Symbol kSelected{"HXNode.selected"};
-constinit const Symbol kComment{"HXNode.comment"};
-constinit const BySide<Symbol> kPortGroupCollection{
-    {Symbol{"HXNode.inputPortGroupCollection"}, Symbol{"HXNode.outputPortGroupCollection"}}};
-constinit const BySide<Symbol> kPortGroupsByKey{
-    {Symbol{"HXNode.inputPortGroupsByKey"}, Symbol{"HXNode.outputPortGroupsByKey"}}};
-constinit const Symbol kPortsByUniqueKey{"HXNode.portsByUniqueKey"};
-constinit const Symbol kParameters{"HXNode.parameters"};
-constinit const Symbol kParametersByUniqueKey{"HXNode.parametersByUniqueKey"};
+namespace key = archived::node;
 
 constinit const Symbol kDeviceUniqueKey{"PMNode.uniqueKey"};
 constinit const Symbol kDeviceParentGroup{"PMNode.parentGroup"};
@@ -89,29 +73,29 @@ const Symbol& HXNode::deviceClassName() const {
 void HXNode::encodeWithCoder(Encoder& coder) const {
   if (isEditorCodingType(coder.codingType())) {
     if (coder.codingType() == HXCodingTypeEditorWithKeys) {
-      coder.encodeString(uniqueKey_, kUniqueKey);
+      coder.encodeString(uniqueKey_, key::kUniqueKey);
     }
-    coder.encodeConditionalObject(parentGroup_, kParentGroup);
-    coder.encodeObject(subnodeGroup_, kSubnodeGroup);
-    coder.encodeBool(forceAllowsSubnodes_, kForceAllowsSubnodes);
-    coder.encodeString(patch() ? patch_->isa().nameString() : unknownPatchClass_, kPatchClass);
-    coder.encodeString(name_, kName);
-    coder.encodeFloat(position_.x, kPositionX);
-    coder.encodeFloat(position_.y, kPositionY);
+    coder.encodeConditionalObject(parentGroup_, key::kParentGroup);
+    coder.encodeObject(subnodeGroup_, key::kSubnodeGroup);
+    coder.encodeBool(forceAllowsSubnodes_, key::kForceAllowsSubnodes);
+    coder.encodeString(patch() ? patch_->isa().nameString() : unknownPatchClass_, key::kPatchClass);
+    coder.encodeString(name_, key::kName);
+    coder.encodeFloat(position_.x, key::kPositionX);
+    coder.encodeFloat(position_.y, key::kPositionY);
     // Deliberately narrowed to 32 bits: that is the width which documents have always had.
-    coder.encodeInt(static_cast<std::int32_t>(inspectorPanel_), kInspectorPanel);
-    coder.encodeBool(selected_, kSelected);
+    coder.encodeInt(static_cast<std::int32_t>(inspectorPanel_), key::kInspectorPanel);
+    coder.encodeBool(selected_, key::kSelected);
     for (const auto side : kBothSides) {
-      coder.encodeObject(sides_[side].collection, kPortGroupCollection[side]);
+      coder.encodeObject(sides_[side].collection, key::kPortGroupCollection[side]);
     }
     for (const auto side : kBothSides) {
       encodeGroups(sides_[side].groups, sides_[side].collection.get(), coder,
-                   kPortGroupsByKey[side]);
+                   key::kPortGroupsByKey[side]);
     }
-    coder.encodeMap(portsByUniqueKey_, kPortsByUniqueKey);
-    encodeParameters(parameters_, coder, kParameters);
-    coder.encodeMap(parameters_, kParametersByUniqueKey);
-    coder.encodeString(comment_, kComment);
+    coder.encodeMap(portsByUniqueKey_, key::kPortsByUniqueKey);
+    encodeParameters(parameters_, coder, key::kParameters);
+    coder.encodeMap(parameters_, key::kParametersByUniqueKey);
+    coder.encodeString(comment_, key::kComment);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(deviceClassName(), isa());
     coder.encodeString(uniqueKey_, kDeviceUniqueKey);
@@ -129,35 +113,36 @@ void HXNode::initWithCoder(Decoder& coder) {
   hasKeyPath_ = true;
   coder.checkAtEnd(&detail::refuseNodesInCircles);
   if (coder.codingType() == HXCodingTypeEditorWithKeys) {
-    uniqueKey_ = coder.decodeString(kUniqueKey);
+    uniqueKey_ = coder.decodeString(key::kUniqueKey);
     keyCounter().moveBeyond(uniqueKey_.view());
   }
   if (uniqueKey_.isNil()) uniqueKey_ = hx_newUniqueKey();
-  parentGroup_ = coder.decode<HXGroup>(kParentGroup);
-  subnodeGroup_ = coder.decode<HXGroup>(kSubnodeGroup);
-  forceAllowsSubnodes_ = coder.decodeBool(kForceAllowsSubnodes);
+  parentGroup_ = coder.decode<HXGroup>(key::kParentGroup);
+  subnodeGroup_ = coder.decode<HXGroup>(key::kSubnodeGroup);
+  forceAllowsSubnodes_ = coder.decodeBool(key::kForceAllowsSubnodes);
   hx_decodePatchWithCoder(coder);
-  name_ = coder.decodeString(kName);
-  position_ = {coder.decodeFloat(kPositionX), coder.decodeFloat(kPositionY)};
-  inspectorPanel_ = static_cast<std::uint64_t>(std::int64_t{coder.decodeInt(kInspectorPanel)});
-  selected_ = coder.decodeBool(kSelected);
+  name_ = coder.decodeString(key::kName);
+  position_ = {coder.decodeFloat(key::kPositionX), coder.decodeFloat(key::kPositionY)};
+  inspectorPanel_ = static_cast<std::uint64_t>(std::int64_t{coder.decodeInt(key::kInspectorPanel)});
+  selected_ = coder.decodeBool(key::kSelected);
   for (const auto orientation : kBothSides) {
     Side& side = sides_[orientation];
-    side.collection = coder.decode<HXPortGroupCollection>(kPortGroupCollection[orientation]);
+    side.collection = coder.decode<HXPortGroupCollection>(key::kPortGroupCollection[orientation]);
     if (!side.collection) side.collection = make<HXPortGroupCollection>(this, orientation);
     coder.decodeEachEntry<HXPortGroup>(
-        kPortGroupsByKey[orientation],
+        key::kPortGroupsByKey[orientation],
         [&](const String& key, auto& group) { side.groups.set(key, group); });
   }
   decodeParameters(coder);
-  comment_ = coder.decodeString(kComment);
-  coder.decodeEachEntry<HXPatchPort>(
-      kPortsByUniqueKey, [&](const String& key, auto& port) { portsByUniqueKey_.set(key, port); });
+  comment_ = coder.decodeString(key::kComment);
+  coder.decodeEachEntry<HXPatchPort>(key::kPortsByUniqueKey, [&](const String& key, auto& port) {
+    portsByUniqueKey_.set(key, port);
+  });
 }
 
 // A patch class that nobody knows is kept by name, with everything that the node was read with.
 void HXNode::hx_decodePatchWithCoder(Decoder& coder) {
-  const String className = coder.decodeString(kPatchClass);
+  const String className = coder.decodeString(key::kPatchClass);
   if (className.isNil()) return;
   const Class* record = ClassRegistry::classNamed(className);
   if (record && record->isKindOf(HXRNode::kClass)) {
@@ -172,14 +157,14 @@ void HXNode::hx_decodePatchWithCoder(Decoder& coder) {
 void HXNode::decodeParameters(Decoder& coder) {
   OrderedMap<Ref<HXParameter>> byKey;
   std::vector<std::pair<const HXParameter*, String>> keys;
-  coder.decodeEachEntry<HXParameter>(kParametersByUniqueKey,
+  coder.decodeEachEntry<HXParameter>(key::kParametersByUniqueKey,
                                      [&](const String& key, auto& parameter) {
                                        byKey.set(key, parameter);
                                        keys.emplace_back(parameter.get(), key);
                                      });
   std::sort(keys.begin(), keys.end(),
             [](const auto& a, const auto& b) { return std::less<>()(a.first, b.first); });
-  coder.decodeEach<HXParameter>(kParameters, [&](const Ref<HXParameter>& parameter) {
+  coder.decodeEach<HXParameter>(key::kParameters, [&](const Ref<HXParameter>& parameter) {
     const auto found = std::lower_bound(keys.begin(), keys.end(), parameter.get(),
                                         [](const auto& entry, const HXParameter* wanted) {
                                           return std::less<>()(entry.first, wanted);

@@ -3,6 +3,7 @@
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
@@ -11,7 +12,7 @@ const Class HXParameter::kClass{"HXParameter", &Object::kClass};
 
 namespace {
 
-constinit const Symbol kNode{"HXParameter.node"};
+namespace key = archived::parameter;
 
 constinit const Symbol kDeviceClass{"PMParameter"};
 constinit const Symbol kDeviceUniqueKey{"PMParameter.uniqueKey"};
@@ -91,7 +92,7 @@ void HXParameter::hierarchyDidChange() {}
 
 void HXParameter::encodeWithCoder(Encoder& coder) const {
   if (isEditorCodingType(coder.codingType())) {
-    coder.encodeConditionalObject(node_, kNode);
+    coder.encodeConditionalObject(node_, key::kNode);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(kDeviceClass, isa());
     coder.encodeString(uniqueKey(), kDeviceUniqueKey);
@@ -103,7 +104,7 @@ void HXParameter::encodeWithCoder(Encoder& coder) const {
 }
 
 void HXParameter::initWithCoder(Decoder& coder) {
-  node_ = coder.decode<HXNode>(kNode);
+  node_ = coder.decode<HXNode>(key::kNode);
   valueInitialized_ = true;
 }
 

@@ -1,6 +1,7 @@
 #include "tarnkit/model/HXParameterKinds.h"
 
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 
 namespace tarnkit {
 
@@ -19,11 +20,7 @@ const Class HXImageParameter::kClass{"HXImageParameter", &HXParameter::kClass,
 
 namespace {
 
-constinit const Symbol kIndexValue{"HXIndexParameter.value"};
-constinit const Symbol kNumberValue{"HXNumberParameter.value"};
-constinit const Symbol kBooleanValue{"HXBooleanParameter.value"};
-constinit const Symbol kStringValue{"HXStringParameter.value"};
-constinit const Symbol kImageEntry{"HXImageParameter.imageEntry"};
+namespace key = archived::parameter;
 
 constinit const Symbol kDeviceIndexClass{"PMIndexParameter"};
 constinit const Symbol kDeviceIndexValue{"PMIndexParameter.value"};
@@ -37,13 +34,7 @@ constinit const Symbol kDeviceColorClass{"PMColorParameter"};
 constinit const Symbol kDeviceImageClass{"PMImageParameter"};
 constinit const Symbol kDeviceImageKey{"PMImageParameter.imageKey"};
 
-struct ColorKeys {
-  Symbol red, green, blue, alpha;
-};
-constinit const ColorKeys kColorKeys{
-    Symbol{"HXColorParameter.redValue"}, Symbol{"HXColorParameter.greenValue"},
-    Symbol{"HXColorParameter.blueValue"}, Symbol{"HXColorParameter.alphaValue"}};
-constinit const ColorKeys kDeviceColorKeys{
+constinit const archived::ColorKeys kDeviceColorKeys{
     Symbol{"PMColorParameter.redValue"}, Symbol{"PMColorParameter.greenValue"},
     Symbol{"PMColorParameter.blueValue"}, Symbol{"PMColorParameter.alphaValue"}};
 
@@ -64,32 +55,32 @@ void encodeValue(const HXParameter& parameter, Encoder& coder, const Symbol& edi
 
 void HXIndexParameter::encodeWithCoder(Encoder& coder) const {
   HXParameter::encodeWithCoder(coder);
-  encodeValue(*this, coder, kIndexValue, kDeviceIndexClass, kDeviceIndexValue,
+  encodeValue(*this, coder, key::kIndexValue, kDeviceIndexClass, kDeviceIndexValue,
               [&](const Symbol& key) { coder.encodeInt(value(), key); });
 }
 void HXIndexParameter::initWithCoder(Decoder& coder) {
   HXParameter::initWithCoder(coder);
-  decodedValue(coder.decodeInt(kIndexValue));
+  decodedValue(coder.decodeInt(key::kIndexValue));
 }
 
 void HXNumberParameter::encodeWithCoder(Encoder& coder) const {
   HXParameter::encodeWithCoder(coder);
-  encodeValue(*this, coder, kNumberValue, kDeviceNumberClass, kDeviceNumberValue,
+  encodeValue(*this, coder, key::kNumberValue, kDeviceNumberClass, kDeviceNumberValue,
               [&](const Symbol& key) { coder.encodeFloat(value(), key); });
 }
 void HXNumberParameter::initWithCoder(Decoder& coder) {
   HXParameter::initWithCoder(coder);
-  decodedValue(coder.decodeFloat(kNumberValue));
+  decodedValue(coder.decodeFloat(key::kNumberValue));
 }
 
 void HXBooleanParameter::encodeWithCoder(Encoder& coder) const {
   HXParameter::encodeWithCoder(coder);
-  encodeValue(*this, coder, kBooleanValue, kDeviceBooleanClass, kDeviceBooleanValue,
+  encodeValue(*this, coder, key::kBooleanValue, kDeviceBooleanClass, kDeviceBooleanValue,
               [&](const Symbol& key) { coder.encodeBool(value(), key); });
 }
 void HXBooleanParameter::initWithCoder(Decoder& coder) {
   HXParameter::initWithCoder(coder);
-  decodedValue(coder.decodeBool(kBooleanValue));
+  decodedValue(coder.decodeBool(key::kBooleanValue));
 }
 
 std::int32_t HXStringParameter::displayStyle() const {
@@ -98,17 +89,17 @@ std::int32_t HXStringParameter::displayStyle() const {
 }
 void HXStringParameter::encodeWithCoder(Encoder& coder) const {
   HXParameter::encodeWithCoder(coder);
-  encodeValue(*this, coder, kStringValue, kDeviceStringClass, kDeviceStringValue,
+  encodeValue(*this, coder, key::kStringValue, kDeviceStringClass, kDeviceStringValue,
               [&](const Symbol& key) { coder.encodeString(value(), key); });
 }
 void HXStringParameter::initWithCoder(Decoder& coder) {
   HXParameter::initWithCoder(coder);
-  decodedValue(coder.decodeString(kStringValue));
+  decodedValue(coder.decodeString(key::kStringValue));
 }
 
 void HXColorParameter::encodeWithCoder(Encoder& coder) const {
   HXParameter::encodeWithCoder(coder);
-  const auto encode = [&](const ColorKeys& keys) {
+  const auto encode = [&](const archived::ColorKeys& keys) {
     const RGBA color = value();
     coder.encodeFloat(color.red, keys.red);
     coder.encodeFloat(color.green, keys.green);
@@ -116,7 +107,7 @@ void HXColorParameter::encodeWithCoder(Encoder& coder) const {
     coder.encodeFloat(color.alpha, keys.alpha);
   };
   if (isEditorCodingType(coder.codingType())) {
-    encode(kColorKeys);
+    encode(key::kColorValue);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(kDeviceColorClass, isa());
     encode(kDeviceColorKeys);
@@ -124,8 +115,9 @@ void HXColorParameter::encodeWithCoder(Encoder& coder) const {
 }
 void HXColorParameter::initWithCoder(Decoder& coder) {
   HXParameter::initWithCoder(coder);
-  decodedValue({coder.decodeFloat(kColorKeys.red), coder.decodeFloat(kColorKeys.green),
-                coder.decodeFloat(kColorKeys.blue), coder.decodeFloat(kColorKeys.alpha)});
+  decodedValue({coder.decodeFloat(key::kColorValue.red), coder.decodeFloat(key::kColorValue.green),
+                coder.decodeFloat(key::kColorValue.blue),
+                coder.decodeFloat(key::kColorValue.alpha)});
 }
 
 HXImageStoreEntry* HXImageParameter::imageEntry() const {
@@ -135,7 +127,7 @@ void HXImageParameter::encodeWithCoder(Encoder& coder) const {
   HXParameter::encodeWithCoder(coder);
   const auto* entry = imageEntry();
   if (isEditorCodingType(coder.codingType())) {
-    coder.encodeObject(static_cast<const Object*>(entry), kImageEntry);
+    coder.encodeObject(static_cast<const Object*>(entry), key::kImageEntry);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(kDeviceImageClass, isa());
     coder.encodeString(entry ? entry->key() : String(), kDeviceImageKey);
@@ -143,7 +135,7 @@ void HXImageParameter::encodeWithCoder(Encoder& coder) const {
 }
 void HXImageParameter::initWithCoder(Decoder& coder) {
   HXParameter::initWithCoder(coder);
-  decodedValue(coder.decode<HXImageStoreEntry>(kImageEntry));
+  decodedValue(coder.decode<HXImageStoreEntry>(key::kImageEntry));
 }
 
 }  // namespace tarnkit

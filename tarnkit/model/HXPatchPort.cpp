@@ -6,6 +6,7 @@
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXEntryChange.h"
 #include "tarnkit/model/HXFieldChange.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
 #include "tarnkit/platform/system/Log.h"
 
@@ -15,8 +16,7 @@ const Class HXPatchPort::kClass{"HXPatchPort", &HXPort::kClass, &HXPatchPort::ma
 
 namespace {
 
-constinit const Symbol kConnections{"HXPatchPort.connections"};
-constinit const Symbol kStaticValue{"HXPatchPort.staticValue"};
+namespace key = archived::patchPort;
 
 constinit const Symbol kDeviceUniqueKey{"PMPort.uniqueKey"};
 constinit const Symbol kDeviceConnections{"PMPort.connections"};
@@ -244,8 +244,8 @@ void HXPatchPort::encodeWithCoder(Encoder& coder) const {
         [&](std::size_t i) -> const Object* { return connections[i].get(); }, key);
   };
   if (isEditorCodingType(coder.codingType())) {
-    encodeConnections(CodingKind::orderedSet, kConnections);
-    coder.encodeObject(staticValue_, kStaticValue);
+    encodeConnections(CodingKind::orderedSet, key::kConnections);
+    coder.encodeObject(staticValue_, key::kStaticValue);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.encodeString(uniqueKey(), kDeviceUniqueKey);
     encodeConnections(CodingKind::list, kDeviceConnections);
@@ -256,9 +256,10 @@ void HXPatchPort::encodeWithCoder(Encoder& coder) const {
 
 void HXPatchPort::initWithCoder(Decoder& coder) {
   HXPort::initWithCoder(coder);
-  coder.decodeEach<HXConnection>(
-      kConnections, [&](const Ref<HXConnection>& connection) { connections_.add(*connection); });
-  staticValue_ = coder.decode<PMRPrimitive>(kStaticValue);
+  coder.decodeEach<HXConnection>(key::kConnections, [&](const Ref<HXConnection>& connection) {
+    connections_.add(*connection);
+  });
+  staticValue_ = coder.decode<PMRPrimitive>(key::kStaticValue);
 }
 
 void HXPatchPort::awakeAfterDecoding(Decoder& coder) {

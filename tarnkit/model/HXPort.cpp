@@ -6,6 +6,7 @@
 #include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
@@ -14,9 +15,7 @@ const Class HXPort::kClass{"HXPort", &Object::kClass};
 
 namespace {
 
-constinit const Symbol kOrientation{"HXPort.orientation"};
-constinit const Symbol kConnectionRelationship{"HXPort.connectionRelationship"};
-constinit const Symbol kSymbolicPort{"HXPort.symbolicPort"};
+namespace key = archived::port;
 
 constinit const Symbol kDeviceClass{"PMPort"};
 constinit const Symbol kDeviceNode{"PMPort.node"};
@@ -163,9 +162,9 @@ String HXPort::symbolicPortName() const {
 
 void HXPort::encodeWithCoder(Encoder& coder) const {
   if (isEditorCodingType(coder.codingType())) {
-    coder.encodeInt(orientation_, kOrientation);
-    coder.encodeInt(connectionRelationship_, kConnectionRelationship);
-    coder.encodeConditionalObject(symbolicPort_, kSymbolicPort);
+    coder.encodeInt(orientation_, key::kOrientation);
+    coder.encodeInt(connectionRelationship_, key::kConnectionRelationship);
+    coder.encodeConditionalObject(symbolicPort_, key::kSymbolicPort);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(kDeviceClass, isa());
     coder.encodeConditionalObject(node_, kDeviceNode);
@@ -175,9 +174,9 @@ void HXPort::encodeWithCoder(Encoder& coder) const {
 }
 
 void HXPort::initWithCoder(Decoder& coder) {
-  orientation_ = coder.decodeInt(kOrientation);
-  connectionRelationship_ = coder.decodeInt(kConnectionRelationship);
-  symbolicPort_ = coder.decode<HXSymbolicPort>(kSymbolicPort);
+  orientation_ = coder.decodeInt(key::kOrientation);
+  connectionRelationship_ = coder.decodeInt(key::kConnectionRelationship);
+  symbolicPort_ = coder.decode<HXSymbolicPort>(key::kSymbolicPort);
 }
 
 // A port that publishes another one than this would let publications stand for each other in a

@@ -5,6 +5,7 @@
 #include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/collections/MembersOf.h"
 #include "tarnkit/platform/numbers/Number.h"
 
@@ -18,12 +19,7 @@ const Class HXSymbolicPortGroup::kClass{"HXSymbolicPortGroup", &HXPortGroup::kCl
 
 namespace {
 
-constinit const Symbol kGroupKey{"HXPortGroup.groupKey"};
-constinit const Symbol kNode{"HXPortGroup.node"};
-constinit const Symbol kOrientation{"HXPortGroup.orientation"};
-constinit const Symbol kCollapsedCanvasGroup{"HXPortGroup.collapsedCanvasGroup"};
-constinit const Symbol kCollapsedSidebarGroup{"HXPortGroup.collapsedSidebarGroup"};
-constinit const Symbol kHidden{"HXPortGroup.hidden"};
+namespace key = archived::portGroup;
 
 }  // namespace
 
@@ -140,21 +136,21 @@ void HXPortGroup::announceHidden() {
 
 void HXPortGroup::encodeWithCoder(Encoder& coder) const {
   if (!isEditorCodingType(coder.codingType())) return;
-  coder.encodeString(groupKey_, kGroupKey);
-  coder.encodeConditionalObject(node_, kNode);
-  coder.encodeInt(orientation_, kOrientation);
-  coder.encodeBool(collapsedCanvasGroup_, kCollapsedCanvasGroup);
-  coder.encodeBool(collapsedSidebarGroup_, kCollapsedSidebarGroup);
-  coder.encodeBool(hidden_, kHidden);
+  coder.encodeString(groupKey_, key::kGroupKey);
+  coder.encodeConditionalObject(node_, key::kNode);
+  coder.encodeInt(orientation_, key::kOrientation);
+  coder.encodeBool(collapsedCanvasGroup_, key::kCollapsedCanvasGroup);
+  coder.encodeBool(collapsedSidebarGroup_, key::kCollapsedSidebarGroup);
+  coder.encodeBool(hidden_, key::kHidden);
 }
 
 void HXPortGroup::initWithCoder(Decoder& coder) {
-  groupKey_ = coder.decodeString(kGroupKey);
-  node_ = coder.decode<HXNode>(kNode);
-  orientation_ = coder.decodeInt(kOrientation);
-  collapsedCanvasGroup_ = coder.decodeBool(kCollapsedCanvasGroup);
-  collapsedSidebarGroup_ = coder.decodeBool(kCollapsedSidebarGroup);
-  hidden_ = coder.decodeBool(kHidden);
+  groupKey_ = coder.decodeString(key::kGroupKey);
+  node_ = coder.decode<HXNode>(key::kNode);
+  orientation_ = coder.decodeInt(key::kOrientation);
+  collapsedCanvasGroup_ = coder.decodeBool(key::kCollapsedCanvasGroup);
+  collapsedSidebarGroup_ = coder.decodeBool(key::kCollapsedSidebarGroup);
+  hidden_ = coder.decodeBool(key::kHidden);
 }
 
 HXPatchPortGroup::HXPatchPortGroup(HXNode* node, String groupKey, std::int32_t orientation)

@@ -5,6 +5,7 @@
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 
 namespace tarnkit {
 
@@ -13,9 +14,7 @@ const Class HXPortGroupCollection::kClass{"HXPortGroupCollection", &Object::kCla
 
 namespace {
 
-constinit const Symbol kNode{"HXPortGroupCollection.node"};
-constinit const Symbol kPortGroupKeys{"HXPortGroupCollection.portGroupKeys"};
-constinit const Symbol kOrientation{"HXPortGroupCollection.orientation"};
+namespace key = archived::portGroupCollection;
 
 const Ref<OrderedSet>& noKeys() {
   static const Ref<OrderedSet> none = make<OrderedSet>();
@@ -82,16 +81,16 @@ void HXPortGroupCollection::storeFollowsNode(bool follows) {
 
 void HXPortGroupCollection::encodeWithCoder(Encoder& coder) const {
   if (!isEditorCodingType(coder.codingType())) return;
-  coder.encodeConditionalObject(node_, kNode);
-  coder.encodeMembers(*portGroupKeys_, kPortGroupKeys);
-  coder.encodeInt(orientation_, kOrientation);
+  coder.encodeConditionalObject(node_, key::kNode);
+  coder.encodeMembers(*portGroupKeys_, key::kPortGroupKeys);
+  coder.encodeInt(orientation_, key::kOrientation);
 }
 
 void HXPortGroupCollection::initWithCoder(Decoder& coder) {
-  node_ = coder.decode<HXNode>(kNode);
-  orientation_ = coder.decodeInt(kOrientation);
+  node_ = coder.decode<HXNode>(key::kNode);
+  orientation_ = coder.decodeInt(key::kOrientation);
   auto keys = make<OrderedSet>();
-  coder.decodeEach<StringObject>(kPortGroupKeys,
+  coder.decodeEach<StringObject>(key::kPortGroupKeys,
                                  [&](const Ref<StringObject>& key) { keys->add(key); });
   portGroupKeys_ = keys;
 }

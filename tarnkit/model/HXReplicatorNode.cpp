@@ -11,6 +11,7 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/collections/Array.h"
 #include "tarnkit/platform/collections/Dictionary.h"
 #include "tarnkit/platform/collections/MembersOf.h"
@@ -24,9 +25,10 @@ const Class HXReplicatorNode::kClass{"HXReplicatorNode", &HXNode::kClass,
 
 namespace {
 
+namespace key = archived::replicatorNode;
+
 // The name says the reverse of what stands under it (key to port), and is kept for the documents
 // that have it.
-constinit const Symbol kArrayOutputs{"HXReplicatorNode.resolvedPortToArrayOutputPortKey"};
 constinit const Symbol kDeviceArrayOutputs{"PMReplicatorNode.arrayOutputPortKeyToKeyPath"};
 
 constinit const Symbol kResolvedPortNodeKeyPath{"ResolvedPortNodeKeyPath"};
@@ -259,7 +261,7 @@ void HXReplicatorNode::didSetPatch() { hx_hideSymbolicOutputPortGroups(); }
 void HXReplicatorNode::encodeWithCoder(Encoder& coder) const {
   HXNode::encodeWithCoder(coder);
   if (isEditorCodingType(coder.codingType())) {
-    coder.encodeMap(reverseDictionary(arrayOutputKeys_), kArrayOutputs);
+    coder.encodeMap(reverseDictionary(arrayOutputKeys_), key::kArrayOutputs);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     OrderedMap<Ref<Dictionary>> paths;
     for (const auto& entry : arrayOutputKeys_) {
@@ -276,7 +278,8 @@ void HXReplicatorNode::encodeWithCoder(Encoder& coder) const {
 void HXReplicatorNode::initWithCoder(Decoder& coder) {
   OrderedMap<Ref<HXPort>> ports;
   coder.decodeEachEntry<HXPort>(
-      kArrayOutputs, [&](const String& key, const Ref<HXPort>& port) { ports.set(key, port); });
+      key::kArrayOutputs,
+      [&](const String& key, const Ref<HXPort>& port) { ports.set(key, port); });
   arrayOutputKeys_ = reverseMapTable(ports);
   HXNode::initWithCoder(coder);
 }

@@ -7,6 +7,7 @@
 #include "tarnkit/model/HXEntryChange.h"
 #include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/collections/MembersOf.h"
 
 namespace tarnkit {
@@ -16,7 +17,8 @@ const Class HXSubviewGroup::kClass{"HXSubviewGroup", &HXGroup::kClass,
 
 namespace {
 
-constinit const Symbol kSubviewNodes{"HXSubviewGroup.subviewNodes"};
+namespace key = archived::subviewGroup;
+
 constinit const Symbol kDeviceSubviewNodes{"PMSubviewGroup.subviewNodes"};
 
 }  // namespace
@@ -164,7 +166,7 @@ void HXSubviewGroup::viewTypeDidChange(HXNode& node) {
 void HXSubviewGroup::encodeWithCoder(Encoder& coder) const {
   HXGroup::encodeWithCoder(coder);
   if (isEditorCodingType(coder.codingType())) {
-    coder.encodeMembers(*subviewNodes_, kSubviewNodes);
+    coder.encodeMembers(*subviewNodes_, key::kSubviewNodes);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.encodeMembers(*subviewNodes_, kDeviceSubviewNodes, CodingKind::list);
   }
@@ -172,7 +174,7 @@ void HXSubviewGroup::encodeWithCoder(Encoder& coder) const {
 
 void HXSubviewGroup::initWithCoder(Decoder& coder) {
   HXGroup::initWithCoder(coder);
-  coder.decodeEach<HXNode>(kSubviewNodes,
+  coder.decodeEach<HXNode>(key::kSubviewNodes,
                            [&](const Ref<HXNode>& node) { subviewNodes_->add(node); });
 }
 

@@ -8,6 +8,7 @@
 #include "tarnkit/archive/HXCoding.h"
 #include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXNode.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
@@ -17,8 +18,7 @@ const Class HXSymbolicPort::kClass{"HXSymbolicPort", &HXPort::kClass,
 
 namespace {
 
-constinit const Symbol kPort{"HXSymbolicPort.port"};
-constinit const Symbol kName{"HXSymbolicPort.name"};
+namespace key = archived::symbolicPort;
 
 std::string_view orNull(const String& key) { return key.isNil() ? "(null)" : key.view(); }
 
@@ -180,15 +180,15 @@ RGBA HXSymbolicPort::defaultColor() const {
 void HXSymbolicPort::encodeWithCoder(Encoder& coder) const {
   HXPort::encodeWithCoder(coder);
   if (isEditorCodingType(coder.codingType())) {
-    coder.encodeConditionalObject(port_, kPort);
-    coder.encodeString(name_, kName);
+    coder.encodeConditionalObject(port_, key::kPort);
+    coder.encodeString(name_, key::kName);
   }
 }
 
 void HXSymbolicPort::initWithCoder(Decoder& coder) {
   HXPort::initWithCoder(coder);
-  port_ = coder.decode<HXPort>(kPort);
-  name_ = coder.decodeString(kName);
+  port_ = coder.decode<HXPort>(key::kPort);
+  name_ = coder.decodeString(key::kName);
 }
 
 }  // namespace tarnkit

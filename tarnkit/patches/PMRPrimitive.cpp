@@ -7,6 +7,7 @@
 #include <limits>
 #include <string_view>
 
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/platform/coding/Coder.h"
 #include "tarnkit/platform/numbers/Number.h"
 #include "tarnkit/platform/numbers/NumberText.h"
@@ -21,15 +22,7 @@ const Class PMRPrimitive::kClass{"PMRPrimitive", &Object::kClass,
 
 namespace {
 
-const Symbol kStorageType{"PMRPrimitive.storageType"};
-const Symbol kBooleanValue{"PMRPrimitive.booleanValue"};
-const Symbol kIndexValue{"PMRPrimitive.indexValue"};
-const Symbol kNumberValue{"PMRPrimitive.numberValue"};
-const Symbol kRedValue{"PMRPrimitive.colorValue.red"};
-const Symbol kGreenValue{"PMRPrimitive.colorValue.green"};
-const Symbol kBlueValue{"PMRPrimitive.colorValue.blue"};
-const Symbol kAlphaValue{"PMRPrimitive.colorValue.alpha"};
-const Symbol kStringValue{"PMRPrimitive.stringValue"};
+namespace key = archived::primitive;
 
 constexpr double kPi = 3.141592653589793;
 constexpr float kHalfTurn = 3.1415927F;
@@ -384,27 +377,27 @@ std::uint64_t PMRPrimitive::hash() const {
 }
 
 void PMRPrimitive::encodeWithCoder(Encoder& coder) const {
-  coder.encodeInt64(storageType(), kStorageType);
+  coder.encodeInt64(storageType(), key::kStorageType);
   switch (type_) {
     case boolean:
-      coder.encodeBool(payload_.boolean, kBooleanValue);
+      coder.encodeBool(payload_.boolean, key::kBooleanValue);
       break;
     case index:
-      coder.encodeInt(payload_.index, kIndexValue);
+      coder.encodeInt(payload_.index, key::kIndexValue);
       break;
     case number:
     case radians:
     case degrees:
-      coder.encodeFloat(payload_.number, kNumberValue);
+      coder.encodeFloat(payload_.number, key::kNumberValue);
       break;
     case color:
-      coder.encodeFloat(payload_.color.red, kRedValue);
-      coder.encodeFloat(payload_.color.green, kGreenValue);
-      coder.encodeFloat(payload_.color.blue, kBlueValue);
-      coder.encodeFloat(payload_.color.alpha, kAlphaValue);
+      coder.encodeFloat(payload_.color.red, key::kColorValue.red);
+      coder.encodeFloat(payload_.color.green, key::kColorValue.green);
+      coder.encodeFloat(payload_.color.blue, key::kColorValue.blue);
+      coder.encodeFloat(payload_.color.alpha, key::kColorValue.alpha);
       break;
     case string:
-      coder.encodeString(string_, kStringValue);
+      coder.encodeString(string_, key::kStringValue);
       break;
     default:
       break;
@@ -412,7 +405,7 @@ void PMRPrimitive::encodeWithCoder(Encoder& coder) const {
 }
 
 void PMRPrimitive::initWithCoder(Decoder& coder) {
-  const auto code = coder.decodeInt64(kStorageType);
+  const auto code = coder.decodeInt64(key::kStorageType);
   if (code < nil || code > PMRPrimitive::string) {
     type_ = kUnknownType;
     payload_.code = code;
@@ -421,27 +414,27 @@ void PMRPrimitive::initWithCoder(Decoder& coder) {
   type_ = static_cast<std::int32_t>(code);
   switch (type_) {
     case boolean:
-      payload_.boolean = coder.decodeBool(kBooleanValue);
+      payload_.boolean = coder.decodeBool(key::kBooleanValue);
       break;
     case index:
-      payload_.index = coder.decodeInt(kIndexValue);
+      payload_.index = coder.decodeInt(key::kIndexValue);
       break;
     case number:
     case radians:
     case degrees:
-      payload_.number = static_cast<float>(coder.decodeDouble(kNumberValue));
+      payload_.number = static_cast<float>(coder.decodeDouble(key::kNumberValue));
       break;
     case color: {
       RGBA value;
-      value.red = coder.decodeFloat(kRedValue);
-      value.green = coder.decodeFloat(kGreenValue);
-      value.blue = coder.decodeFloat(kBlueValue);
-      value.alpha = coder.decodeFloat(kAlphaValue);
+      value.red = coder.decodeFloat(key::kColorValue.red);
+      value.green = coder.decodeFloat(key::kColorValue.green);
+      value.blue = coder.decodeFloat(key::kColorValue.blue);
+      value.alpha = coder.decodeFloat(key::kColorValue.alpha);
       payload_.color = value;
       break;
     }
     case string:
-      string_ = coder.decodeString(kStringValue);
+      string_ = coder.decodeString(key::kStringValue);
       break;
     default:
       break;

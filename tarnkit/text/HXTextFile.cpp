@@ -75,7 +75,7 @@ Status HXTextFile::save(const HXDocument& document, const std::string& path,
       }
       below.erase(0, start.size());
     }
-    auto written = HXDocumentFile::saveImages(document, imageFolder, true);
+    auto written = HXDocumentFile::saveImages(document, imageFolder, HXUnnamableImages::leaveOut);
     if (!written) return std::move(written).status();
     for (const auto& key : *written) files[key] = fmt::format("{}/{}.png", below, key.view());
   }

@@ -9,94 +9,13 @@
 #include "tarnkit/model/HXPortGroupCollection.h"
 #include "tarnkit/model/HXSubviewGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/patches/HXArchivedKeys.h"
 #include "tarnkit/patches/PMRPrimitive.h"
 #include "tarnkit/platform/images/Image.h"
 
 namespace tarnkit::detail {
 
 namespace {
-
-namespace key {
-// The keys of the editor's archives, class by class.
-constinit const Symbol kStorageType{"PMRPrimitive.storageType"};
-constinit const Symbol kBooleanValue{"PMRPrimitive.booleanValue"};
-constinit const Symbol kIndexValue{"PMRPrimitive.indexValue"};
-constinit const Symbol kNumberValue{"PMRPrimitive.numberValue"};
-constinit const Symbol kColorValue[] = {
-    Symbol{"PMRPrimitive.colorValue.red"}, Symbol{"PMRPrimitive.colorValue.green"},
-    Symbol{"PMRPrimitive.colorValue.blue"}, Symbol{"PMRPrimitive.colorValue.alpha"}};
-constinit const Symbol kStringValue{"PMRPrimitive.stringValue"};
-
-constinit const Symbol kPortOrientation{"HXPort.orientation"};
-constinit const Symbol kPortRelationship{"HXPort.connectionRelationship"};
-constinit const Symbol kPortSymbolicPort{"HXPort.symbolicPort"};
-constinit const Symbol kPortConnections{"HXPatchPort.connections"};
-constinit const Symbol kPortStaticValue{"HXPatchPort.staticValue"};
-constinit const Symbol kPublishedPort{"HXSymbolicPort.port"};
-constinit const Symbol kPublishedName{"HXSymbolicPort.name"};
-
-constinit const Symbol kOutputPort{"HXConnection.outputPort"};
-constinit const Symbol kInputPort{"HXConnection.inputPort"};
-constinit const Symbol kDisplayOutputPort{"HXConnection.displayOutputPort"};
-constinit const Symbol kDisplayInputPort{"HXConnection.displayInputPort"};
-
-constinit const Symbol kGroupKey{"HXPortGroup.groupKey"};
-constinit const Symbol kGroupNode{"HXPortGroup.node"};
-constinit const Symbol kGroupOrientation{"HXPortGroup.orientation"};
-constinit const Symbol kCollapsedCanvasGroup{"HXPortGroup.collapsedCanvasGroup"};
-constinit const Symbol kCollapsedSidebarGroup{"HXPortGroup.collapsedSidebarGroup"};
-constinit const Symbol kHidden{"HXPortGroup.hidden"};
-
-constinit const Symbol kCollectionNode{"HXPortGroupCollection.node"};
-constinit const Symbol kCollectionKeys{"HXPortGroupCollection.portGroupKeys"};
-constinit const Symbol kCollectionOrientation{"HXPortGroupCollection.orientation"};
-
-constinit const Symbol kParameterNode{"HXParameter.node"};
-constinit const Symbol kIndexParameter{"HXIndexParameter.value"};
-constinit const Symbol kNumberParameter{"HXNumberParameter.value"};
-constinit const Symbol kBooleanParameter{"HXBooleanParameter.value"};
-constinit const Symbol kStringParameter{"HXStringParameter.value"};
-constinit const Symbol kImageParameter{"HXImageParameter.imageEntry"};
-constinit const Symbol kColorParameter[] = {
-    Symbol{"HXColorParameter.redValue"}, Symbol{"HXColorParameter.greenValue"},
-    Symbol{"HXColorParameter.blueValue"}, Symbol{"HXColorParameter.alphaValue"}};
-
-constinit const Symbol kSubnodeGroupNode{"HXGroup.node"};
-constinit const Symbol kSubnodes{"HXGroup.subnodes"};
-constinit const Symbol kSubnodesByUniqueKey{"HXGroup.subnodesByUniqueKey"};
-constinit const Symbol kCanvasCenterX{"HXGroup.canvasCenter.x"};
-constinit const Symbol kCanvasCenterY{"HXGroup.canvasCenter.y"};
-constinit const Symbol kOpaque{"HXGroup.opaque"};
-constinit const BySide<Symbol> kSymbolicPorts{
-    {Symbol{"HXGroup.symbolicInputPorts"}, Symbol{"HXGroup.symbolicOutputPorts"}}};
-constinit const Symbol kSubviewNodes{"HXSubviewGroup.subviewNodes"};
-
-constinit const Symbol kImagePNG{"NSImage.png"};
-constinit const Symbol kEntryImage{"HXImageStoreEntry.image"};
-constinit const Symbol kEntryKey{"HXImageStoreEntry.key"};
-constinit const Symbol kImageEntries{"HXImageStore.imageEntries"};
-
-constinit const Symbol kUniqueKey{"HXNode.uniqueKey"};
-constinit const Symbol kParentGroup{"HXNode.parentGroup"};
-constinit const Symbol kSubnodeGroup{"HXNode.subnodeGroup"};
-constinit const Symbol kForceAllowsSubnodes{"HXNode.forceAllowsSubnodes"};
-constinit const Symbol kPatchClass{"HXNode.patchClass"};
-constinit const Symbol kName{"HXNode.name"};
-constinit const Symbol kComment{"HXNode.comment"};
-constinit const Symbol kPositionX{"HXNode.position.x"};
-constinit const Symbol kPositionY{"HXNode.position.y"};
-constinit const Symbol kInspectorPanel{"HXNode.inspectorPanel"};
-constinit const Symbol kSelected{"HXNode.selected"};
-constinit const BySide<Symbol> kPortGroupCollection{
-    {Symbol{"HXNode.inputPortGroupCollection"}, Symbol{"HXNode.outputPortGroupCollection"}}};
-constinit const BySide<Symbol> kPortGroupsByKey{
-    {Symbol{"HXNode.inputPortGroupsByKey"}, Symbol{"HXNode.outputPortGroupsByKey"}}};
-constinit const Symbol kPortsByUniqueKey{"HXNode.portsByUniqueKey"};
-constinit const Symbol kParameters{"HXNode.parameters"};
-constinit const Symbol kParametersByUniqueKey{"HXNode.parametersByUniqueKey"};
-constinit const Symbol kArrayOutputs{"HXReplicatorNode.resolvedPortToArrayOutputPortKey"};
-constinit const Symbol kImageStore{"HXDocument.imageStore"};
-}  // namespace key
 
 const Object* object(const TextRecord* record) noexcept { return record; }
 
@@ -117,11 +36,11 @@ void encodeKeyed(Encoder& coder, const Records& records, Key keyOf, Value valueO
       key);
 }
 
-void encodeColor(Encoder& coder, const RGBA& color, const Symbol (&keys)[4]) {
-  coder.encodeFloat(color.red, keys[0]);
-  coder.encodeFloat(color.green, keys[1]);
-  coder.encodeFloat(color.blue, keys[2]);
-  coder.encodeFloat(color.alpha, keys[3]);
+void encodeColor(Encoder& coder, const RGBA& color, const archived::ColorKeys& keys) {
+  coder.encodeFloat(color.red, keys.red);
+  coder.encodeFloat(color.green, keys.green);
+  coder.encodeFloat(color.blue, keys.blue);
+  coder.encodeFloat(color.alpha, keys.alpha);
 }
 
 }  // namespace
@@ -129,20 +48,20 @@ void encodeColor(Encoder& coder, const RGBA& color, const Symbol (&keys)[4]) {
 ValueRecord::ValueRecord() : TextRecord(PMRPrimitive::kClass) {}
 
 void ValueRecord::encodeWithCoder(Encoder& coder) const {
-  coder.encodeInt64(kind, key::kStorageType);
+  coder.encodeInt64(kind, archived::primitive::kStorageType);
   switch (kind) {
     case PMRPrimitive::boolean:
-      return coder.encodeBool(boolean, key::kBooleanValue);
+      return coder.encodeBool(boolean, archived::primitive::kBooleanValue);
     case PMRPrimitive::index:
-      return coder.encodeInt(index, key::kIndexValue);
+      return coder.encodeInt(index, archived::primitive::kIndexValue);
     case PMRPrimitive::number:
     case PMRPrimitive::radians:
     case PMRPrimitive::degrees:
-      return coder.encodeFloat(number, key::kNumberValue);
+      return coder.encodeFloat(number, archived::primitive::kNumberValue);
     case PMRPrimitive::color:
-      return encodeColor(coder, color, key::kColorValue);
+      return encodeColor(coder, color, archived::primitive::kColorValue);
     case PMRPrimitive::string:
-      return coder.encodeString(string, key::kStringValue);
+      return coder.encodeString(string, archived::primitive::kStringValue);
     default:
       return;
   }
@@ -153,47 +72,48 @@ PortRecord::PortRecord(bool published)
       isPublished(published) {}
 
 void PortRecord::encodeWithCoder(Encoder& coder) const {
-  coder.encodeInt(orientation, key::kPortOrientation);
-  coder.encodeInt(relationship, key::kPortRelationship);
-  coder.encodeConditionalObject(object(symbolicPort), key::kPortSymbolicPort);
+  coder.encodeInt(orientation, archived::port::kOrientation);
+  coder.encodeInt(relationship, archived::port::kConnectionRelationship);
+  coder.encodeConditionalObject(object(symbolicPort), archived::port::kSymbolicPort);
   if (isPublished) {
-    coder.encodeConditionalObject(object(inner), key::kPublishedPort);
-    coder.encodeString(name, key::kPublishedName);
+    coder.encodeConditionalObject(object(inner), archived::symbolicPort::kPort);
+    coder.encodeString(name, archived::symbolicPort::kName);
   } else {
-    encodeRecords(coder, CodingKind::orderedSet, connections, key::kPortConnections);
-    coder.encodeObject(object(value.get()), key::kPortStaticValue);
+    encodeRecords(coder, CodingKind::orderedSet, connections, archived::patchPort::kConnections);
+    coder.encodeObject(object(value.get()), archived::patchPort::kStaticValue);
   }
 }
 
 ConnectionRecord::ConnectionRecord() : TextRecord(HXConnection::kClass) {}
 
 void ConnectionRecord::encodeWithCoder(Encoder& coder) const {
-  coder.encodeConditionalObject(object(output), key::kOutputPort);
-  coder.encodeConditionalObject(object(input), key::kInputPort);
-  coder.encodeConditionalObject(object(shownOutput), key::kDisplayOutputPort);
-  coder.encodeConditionalObject(object(shownInput), key::kDisplayInputPort);
+  coder.encodeConditionalObject(object(output), archived::connection::kOutputPort);
+  coder.encodeConditionalObject(object(input), archived::connection::kInputPort);
+  coder.encodeConditionalObject(object(shownOutput), archived::connection::kDisplayOutputPort);
+  coder.encodeConditionalObject(object(shownInput), archived::connection::kDisplayInputPort);
 }
 
 PortGroupRecord::PortGroupRecord(bool published)
     : TextRecord(published ? HXSymbolicPortGroup::kClass : HXPatchPortGroup::kClass) {}
 
 void PortGroupRecord::encodeWithCoder(Encoder& coder) const {
-  coder.encodeString(groupKey, key::kGroupKey);
-  coder.encodeConditionalObject(object(node), key::kGroupNode);
-  coder.encodeInt(orientation, key::kGroupOrientation);
-  coder.encodeBool(collapsedCanvas, key::kCollapsedCanvasGroup);
-  coder.encodeBool(collapsedSidebar, key::kCollapsedSidebarGroup);
-  coder.encodeBool(hidden, key::kHidden);
+  coder.encodeString(groupKey, archived::portGroup::kGroupKey);
+  coder.encodeConditionalObject(object(node), archived::portGroup::kNode);
+  coder.encodeInt(orientation, archived::portGroup::kOrientation);
+  coder.encodeBool(collapsedCanvas, archived::portGroup::kCollapsedCanvasGroup);
+  coder.encodeBool(collapsedSidebar, archived::portGroup::kCollapsedSidebarGroup);
+  coder.encodeBool(hidden, archived::portGroup::kHidden);
 }
 
 PortGroupOrderRecord::PortGroupOrderRecord() : TextRecord(HXPortGroupCollection::kClass) {}
 
 void PortGroupOrderRecord::encodeWithCoder(Encoder& coder) const {
-  coder.encodeConditionalObject(object(node), key::kCollectionNode);
+  coder.encodeConditionalObject(object(node), archived::portGroupCollection::kNode);
   coder.encodeCollection(
       CodingKind::orderedSet, keys.size(),
-      [&](std::size_t i) -> const Object* { return keys[i].object().get(); }, key::kCollectionKeys);
-  coder.encodeInt(orientation, key::kCollectionOrientation);
+      [&](std::size_t i) -> const Object* { return keys[i].object().get(); },
+      archived::portGroupCollection::kPortGroupKeys);
+  coder.encodeInt(orientation, archived::portGroupCollection::kOrientation);
 }
 
 ParameterRecord::ParameterRecord(const NodeRecord& ofNode, String ofKey, ParameterValue ofValue)
@@ -203,20 +123,20 @@ ParameterRecord::ParameterRecord(const NodeRecord& ofNode, String ofKey, Paramet
       value(std::move(ofValue)) {}
 
 void ParameterRecord::encodeWithCoder(Encoder& coder) const {
-  coder.encodeConditionalObject(object(node), key::kParameterNode);
+  coder.encodeConditionalObject(object(node), archived::parameter::kNode);
   switch (value.kind) {
     case ParameterValue::Kind::boolean:
-      return coder.encodeBool(value.boolean, key::kBooleanParameter);
+      return coder.encodeBool(value.boolean, archived::parameter::kBooleanValue);
     case ParameterValue::Kind::number:
-      return coder.encodeFloat(value.number, key::kNumberParameter);
+      return coder.encodeFloat(value.number, archived::parameter::kNumberValue);
     case ParameterValue::Kind::index:
-      return coder.encodeInt(value.index, key::kIndexParameter);
+      return coder.encodeInt(value.index, archived::parameter::kIndexValue);
     case ParameterValue::Kind::string:
-      return coder.encodeString(value.string, key::kStringParameter);
+      return coder.encodeString(value.string, archived::parameter::kStringValue);
     case ParameterValue::Kind::color:
-      return encodeColor(coder, value.color, key::kColorParameter);
+      return encodeColor(coder, value.color, archived::parameter::kColorValue);
     default:
-      return coder.encodeObject(object(image), key::kImageParameter);
+      return coder.encodeObject(object(image), archived::parameter::kImageEntry);
   }
 }
 
@@ -224,33 +144,35 @@ GroupRecord::GroupRecord(bool isOfViews)
     : TextRecord(isOfViews ? HXSubviewGroup::kClass : HXGroup::kClass), ofViews(isOfViews) {}
 
 void GroupRecord::encodeWithCoder(Encoder& coder) const {
-  coder.encodeConditionalObject(object(node), key::kSubnodeGroupNode);
+  coder.encodeConditionalObject(object(node), archived::group::kNode);
   if (coder.codingType() == HXCodingTypeEditorWithKeys) {
     encodeKeyed(
         coder, subnodes, [](const NodeRecord* subnode) -> const String& { return subnode->key; },
         [](const NodeRecord* subnode) -> const Object* { return subnode; },
-        key::kSubnodesByUniqueKey);
+        archived::group::kSubnodesByUniqueKey);
   } else {
-    encodeRecords(coder, CodingKind::list, subnodes, key::kSubnodes);
+    encodeRecords(coder, CodingKind::list, subnodes, archived::group::kSubnodes);
   }
-  coder.encodeFloat(centerX, key::kCanvasCenterX);
-  coder.encodeFloat(centerY, key::kCanvasCenterY);
-  coder.encodeBool(opaque, key::kOpaque);
+  coder.encodeFloat(centerX, archived::group::kCanvasCenterX);
+  coder.encodeFloat(centerY, archived::group::kCanvasCenterY);
+  coder.encodeBool(opaque, archived::group::kOpaque);
   for (const auto side : kBothSides) {
-    encodeRecords(coder, CodingKind::orderedSet, published[side], key::kSymbolicPorts[side]);
+    encodeRecords(coder, CodingKind::orderedSet, published[side],
+                  archived::group::kSymbolicPorts[side]);
   }
-  if (ofViews) encodeRecords(coder, CodingKind::orderedSet, views, key::kSubviewNodes);
+  if (ofViews)
+    encodeRecords(coder, CodingKind::orderedSet, views, archived::subviewGroup::kSubviewNodes);
 }
 
 ImageRecord::ImageRecord() : TextRecord(Image::kClass) {}
 
-void ImageRecord::encodeWithCoder(Encoder& coder) const { coder.encodeBytes(png, key::kImagePNG); }
+void ImageRecord::encodeWithCoder(Encoder& coder) const { coder.encodeBytes(png, Image::kPNGKey); }
 
 ImageEntryRecord::ImageEntryRecord() : TextRecord(HXImageStoreEntry::kClass) {}
 
 void ImageEntryRecord::encodeWithCoder(Encoder& coder) const {
-  coder.encodeObject(object(image), key::kEntryImage);
-  coder.encodeString(key, key::kEntryKey);
+  coder.encodeObject(object(image), archived::imageStoreEntry::kImage);
+  coder.encodeString(key, archived::imageStoreEntry::kKey);
 }
 
 ImageStoreRecord::ImageStoreRecord() : TextRecord(HXImageStore::kClass) {}
@@ -258,42 +180,46 @@ ImageStoreRecord::ImageStoreRecord() : TextRecord(HXImageStore::kClass) {}
 void ImageStoreRecord::encodeWithCoder(Encoder& coder) const {
   encodeKeyed(
       coder, entries, [](const ImageEntryRecord* entry) -> const String& { return entry->key; },
-      [](const ImageEntryRecord* entry) -> const Object* { return entry; }, key::kImageEntries);
+      [](const ImageEntryRecord* entry) -> const Object* { return entry; },
+      archived::imageStore::kImageEntries);
 }
 
 void NodeRecord::encodeWithCoder(Encoder& coder) const {
-  if (coder.codingType() == HXCodingTypeEditorWithKeys) coder.encodeString(key, key::kUniqueKey);
-  coder.encodeConditionalObject(object(parentGroup), key::kParentGroup);
-  coder.encodeObject(object(group), key::kSubnodeGroup);
-  coder.encodeBool(forceAllowsSubnodes, key::kForceAllowsSubnodes);
-  coder.encodeString(patchClass, key::kPatchClass);
-  coder.encodeString(name, key::kName);
-  coder.encodeFloat(x, key::kPositionX);
-  coder.encodeFloat(y, key::kPositionY);
-  coder.encodeInt(inspectorPanel, key::kInspectorPanel);
-  coder.encodeBool(selected, key::kSelected);
+  if (coder.codingType() == HXCodingTypeEditorWithKeys)
+    coder.encodeString(key, archived::node::kUniqueKey);
+  coder.encodeConditionalObject(object(parentGroup), archived::node::kParentGroup);
+  coder.encodeObject(object(group), archived::node::kSubnodeGroup);
+  coder.encodeBool(forceAllowsSubnodes, archived::node::kForceAllowsSubnodes);
+  coder.encodeString(patchClass, archived::node::kPatchClass);
+  coder.encodeString(name, archived::node::kName);
+  coder.encodeFloat(x, archived::node::kPositionX);
+  coder.encodeFloat(y, archived::node::kPositionY);
+  coder.encodeInt(inspectorPanel, archived::node::kInspectorPanel);
+  coder.encodeBool(selected, archived::node::kSelected);
   for (const auto side : kBothSides) {
-    coder.encodeObject(object(groupOrder[side]), key::kPortGroupCollection[side]);
+    coder.encodeObject(object(groupOrder[side]), archived::node::kPortGroupCollection[side]);
   }
   for (const auto side : kBothSides) {
     encodeKeyed(
         coder, portGroups[side],
         [](const PortGroupRecord* record) -> const String& { return record->key; },
         [](const PortGroupRecord* record) -> const Object* { return record; },
-        key::kPortGroupsByKey[side]);
+        archived::node::kPortGroupsByKey[side]);
   }
   const auto keyOfPort = [](const KeyedPort& port) -> const String& { return port.key; };
   const auto recordOfPort = [](const KeyedPort& port) -> const Object* { return port.port; };
-  encodeKeyed(coder, ports, keyOfPort, recordOfPort, key::kPortsByUniqueKey);
-  encodeRecords(coder, CodingKind::orderedSet, parameters, key::kParameters);
+  encodeKeyed(coder, ports, keyOfPort, recordOfPort, archived::node::kPortsByUniqueKey);
+  encodeRecords(coder, CodingKind::orderedSet, parameters, archived::node::kParameters);
   encodeKeyed(
       coder, parameters,
       [](const ParameterRecord* parameter) -> const String& { return parameter->key; },
       [](const ParameterRecord* parameter) -> const Object* { return parameter; },
-      key::kParametersByUniqueKey);
-  coder.encodeString(comment, key::kComment);
-  if (isReplicator) encodeKeyed(coder, arrayOutputs, keyOfPort, recordOfPort, key::kArrayOutputs);
-  if (images) coder.encodeObject(object(images), key::kImageStore);
+      archived::node::kParametersByUniqueKey);
+  coder.encodeString(comment, archived::node::kComment);
+  if (isReplicator)
+    encodeKeyed(coder, arrayOutputs, keyOfPort, recordOfPort,
+                archived::replicatorNode::kArrayOutputs);
+  if (images) coder.encodeObject(object(images), archived::document::kImageStore);
 }
 
 }  // namespace tarnkit::detail

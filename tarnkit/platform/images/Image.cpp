@@ -15,10 +15,9 @@
 namespace tarnkit {
 
 const Class Image::kClass{"NSImage", &Object::kClass, &detail::makeByDefault<Image>};
+constinit const Symbol Image::kPNGKey{"NSImage.png"};
 
 namespace {
-
-constinit const Symbol kPNGKey{"NSImage.png"};
 
 Status outOfMemory() {
   return Status::failure(StatusCode::outOfMemory, "there is not enough memory");

@@ -8,6 +8,7 @@
 #include "tarnkit/platform/objects/Object.h"
 #include "tarnkit/platform/system/Result.h"
 #include "tarnkit/platform/text/String.h"
+#include "tarnkit/platform/text/Symbol.h"
 
 namespace tarnkit {
 
@@ -56,6 +57,8 @@ class Image final : public Object {
   /// Class name and size.
   String description() const override;
 
+  /// What the PNG stands under in an archive.
+  static const Symbol kPNGKey;
   void encodeWithCoder(Encoder& coder) const override;
   /// Checks the file's structure and size; the pixels stay packed until they are asked for.
   void initWithCoder(Decoder& coder) override;
