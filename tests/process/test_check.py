@@ -86,6 +86,8 @@ class CheckTest(CheckedDocuments):
         shape = self.json(first, second, "--limit", "3", status=1)
         self.assertEqual(shape["counts"], {"error": 2, "warning": 8, "note": 0})
         self.assertEqual([len(file["findings"]) for file in shape["files"]], [2, 1])
+        self.assertIn("no number of findings", self.one_line(
+            self.host("check", first, "--limit", "-1", status=2)[1]))
 
     def test_json_has_one_shape_and_tells_of_files_that_cannot_be_read(self):
         path = self.broken(codingType=3)

@@ -97,7 +97,10 @@ class MergeTest(CompareTest):
         self.assertEqual((conflict["ours"], conflict["theirs"], conflict["taken"]),
                          ('"Mine"', '"Yours"', '"Mine"'))
         self.assertEqual(self.names("out.document"), {"Mine", "Delay"})
-        self.host(*three, "--favor", "theirs:Mine: name")
+        told = self.host(*three, "--favor", "theirs:Nobody", status=1)
+        self.assertIn('nothing conflicts at "Nobody"', told.stderr)
+        told = self.host(*three, "--favor", "theirs:Mine: name")
+        self.assertEqual(told.stderr, "")
         self.assertEqual(self.names("out.document"), {"Yours", "Delay"})
         (self.folder / "broken.document").write_text("no document", encoding="utf-8")
         self.host("merge", "base.document", "broken.document", "theirs.document", "-o",
@@ -132,6 +135,9 @@ class GitTest(CompareTest):
         self.git("checkout", "-q", "main")
         self.commit("Clamp", "Mine")
         self.assertIn('renamed from "Clamp" to "Mine"', self.git("diff", "HEAD~").stdout)
+        command = f"diff.tarnkit.command={HOST} diff --html changes.html"
+        self.git("-c", command, "diff", "HEAD~", "--", "page.document")
+        self.assertIn("Mine", (self.folder / "changes.html").read_text(encoding="utf-8"))
         self.git("merge", "-q", "-m", "both", "other")
         self.assertEqual(self.names("page.document"), {"Mine", "Wait"})
 

@@ -36,6 +36,11 @@ std::vector<HXFindingCode> codesOf(const std::vector<std::string>& names) {
   return codes;
 }
 
+std::string checkCount(const std::string& text) {
+  const bool isCount = text.find_first_not_of("0123456789") == std::string::npos;
+  return isCount ? "" : "'" + oneLine(text) + "' is no number of findings";
+}
+
 std::string checkCode(const std::string& name) {
   if (findingKindNamed(name)) return {};
   std::string names;
@@ -128,12 +133,13 @@ void addCheckCommand(CLI::App& app) {
     return command->add_option(name, codes, what)
         ->take_all()
         ->allow_extra_args(false)
-        ->check(CLI::Validator(checkCode, "CODE"))
-        ->type_name("");
+        ->check(CLI::Validator(checkCode, ""))
+        ->type_name("CODE");
   };
   addCodes("--only", options->only, "Look for this only; as often as needed");
   addCodes("--ignore", options->ignored, "Do not look for this; as often as needed");
   command->add_option("--limit", options->limit, "Show the worst N; all are counted")
+      ->check(CLI::Validator(checkCount, ""))
       ->type_name("N");
   auto* json = command->add_flag("--json", options->json, "Print a JSON document");
   command->add_flag("--sarif", options->sarif, "Print a SARIF 2.1.0 log")->excludes(json);

@@ -154,7 +154,8 @@ void writeFindings(const std::vector<CheckedFile>& files, std::size_t hidden) {
     complain(fmt::format("check, {}, {} {} fixed", file.file, file.fixed.size(),
                          file.fixed.size() == 1 ? "finding was" : "findings were"));
   }
-  if (hidden != 0) complain(fmt::format("check, {} more findings are not shown", hidden));
+  if (hidden == 1) complain("check, 1 more finding is not shown");
+  if (hidden > 1) complain(fmt::format("check, {} more findings are not shown", hidden));
 }
 
 void writeFindingsAsJSON(const std::vector<CheckedFile>& files) {

@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -99,6 +100,19 @@ HXTextFile::ImageFiles imageFilesOf(const MergeOptions& options, const DocumentI
   return files;
 }
 
+// An address that settles nothing is mistyped, most often.
+void tellUnused(const HXDocumentMerge::Options& options,
+                const std::vector<HXMergeConflict>& conflicts) {
+  for (const auto& favored : options.favored) {
+    const bool isUsed =
+        std::any_of(conflicts.begin(), conflicts.end(), [&](const HXMergeConflict& conflict) {
+          return conflict.address == favored.first ||
+                 conflict.address + ": " + conflict.subject == favored.first;
+        });
+    if (!isUsed) complain("merge: --favor: nothing conflicts at \"" + favored.first + "\"");
+  }
+}
+
 int merge(const MergeOptions& options) {
   const Progress progress("merging " + options.theirs);
   auto mergeOptions = optionsOf(options.favored);
@@ -119,6 +133,7 @@ int merge(const MergeOptions& options) {
   for (const auto& conflict : outcome->conflicts) {
     if (!conflict.isDecided) complain("conflict: " + conflict.description());
   }
+  tellUnused(mergeOptions, outcome->conflicts);
   return outcome->hasOpenConflicts() ? 1 : 0;
 }
 
