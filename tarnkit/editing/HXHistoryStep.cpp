@@ -38,58 +38,104 @@ std::uint32_t numberOf(const HXChange::Subject& subject, SubjectTable& subjects)
   return known ? known->number : subjects.append({subject, subjects.size()}).number;
 }
 
-// Of each change whether it changes nothing in the end. A value that is what it was does; of the
-// entries of a table those do that came and went again, or the other way round, with nothing of
-// that table left in between; a table that was exchanged as a whole only when no entry of it is
-// left. All of a table or nothing: where an entry stood is told by what stood beside it, so that
-// what stays needs the rest.
-std::vector<bool> whatCancelsOut(const HXChangeList& changes) {
+// The tables from which entries went, or whose entries changed: to the others entries came and
+// nothing else, so that nothing of them cancels out.
+class TablesInQuestion {
+ public:
+  explicit TablesInQuestion(const HXChangeList& changes) {
+    for (const HXChange& change : changes) {
+      const auto table = change.table();
+      if (!table.object) {
+        hasNeutralValue_ = hasNeutralValue_ || change.isNeutral();
+        continue;
+      }
+      if (change.isOfNewEntry()) continue;
+      numberOf(table, numbers_);
+      if (!hasOneOfProperty(table.property)) properties_.push_back(table.property);
+    }
+  }
+
+  std::uint32_t count() const noexcept { return numbers_.size(); }
+  /// Whether a value, no table, is what it was.
+  bool hasNeutralValue() const noexcept { return hasNeutralValue_; }
+  /// The number of the table, counted from 0; null of one that is none of them. Most changes are
+  /// not looked up: what is in question is of one or two properties.
+  const std::uint32_t* numberOfTable(const HXChange::Subject& table) const {
+    return table.object && hasOneOfProperty(table.property) ? numberOfSuch(table) : nullptr;
+  }
+
+ private:
+  bool hasOneOfProperty(const char* property) const noexcept {
+    for (const char* known : properties_) {
+      if (known == property) return true;
+    }
+    return false;
+  }
+  const std::uint32_t* numberOfSuch(const HXChange::Subject& table) const {
+    const auto* const entry = numbers_.find(table);
+    return entry ? &entry->number : nullptr;
+  }
+
+  SubjectTable numbers_;
+  std::vector<const char*> properties_;
+  bool hasNeutralValue_ = false;
+};
+
+// Of each of the tables whether all changes of it change nothing in the end: its entries came and
+// went again, or the other way round, with nothing left in between; a table that was exchanged as a
+// whole only when no entry of it is left. All of a table or nothing: where an entry stood is told
+// by what stood beside it, so that what stays needs the rest.
+std::vector<bool> tablesThatCancelOut(const HXChangeList& changes,
+                                      const TablesInQuestion& inQuestion) {
   constexpr std::uint32_t kNone = 0xFFFFFFFFU;
   struct Link {
-    HXChange* change;
-    std::uint32_t table = kNone;  // its number
-    std::uint32_t below = kNone;  // of the changes of the table that no later one has taken back
+    const HXChange* change;
+    std::uint32_t below;  // of the changes of the table that no later one has taken back
   };
   struct Table {
     std::uint32_t last = kNone;  // the last change that none has taken back, and how many there are
     std::uint32_t count = 0;
   };
   std::vector<Link> links;
-  links.reserve(changes.count());
-  std::vector<bool> goes;
-  goes.reserve(changes.count());
-  SubjectTable numbers;
-  // Of a table to which entries came and nothing else nothing cancels out.
-  for (HXChange& change : changes) {
-    const auto subject = change.table();
-    links.push_back({&change});
-    goes.push_back(!subject.object && change.isNeutral());
-    if (subject.object && !change.isOfNewEntry()) numberOf(subject, numbers);
-  }
-  std::vector<Table> tables(numbers.size());
-  if (tables.empty()) return goes;
-  for (std::uint32_t at = 0; at < links.size(); ++at) {
-    Link& link = links[at];
-    const auto* const entry = numbers.find(link.change->table());
-    if (!entry) continue;
-    Table& table = tables[entry->number];
-    link.table = entry->number;
-    link.below = table.last;
-    if (table.count != 0 && links[table.last].change->isUndoneBy(*link.change)) {
+  std::vector<Table> tables(inQuestion.count());
+  if (tables.empty()) return {};
+  for (const HXChange& change : changes) {
+    const auto* const number = inQuestion.numberOfTable(change.table());
+    if (!number) continue;
+    Table& table = tables[*number];
+    if (table.count != 0 && links[table.last].change->isUndoneBy(change)) {
       table.last = links[table.last].below;
       --table.count;
     } else {
-      table.last = at;
+      links.push_back({&change, table.last});
+      table.last = static_cast<std::uint32_t>(links.size() - 1);
       ++table.count;
     }
   }
-  std::vector<bool> tableGoes;
+  std::vector<bool> cancelOut;
+  cancelOut.reserve(tables.size());
   for (const Table& table : tables) {
-    tableGoes.push_back(table.count == 0 ||
+    cancelOut.push_back(table.count == 0 ||
                         (table.count == 1 && links[table.last].change->isNeutral()));
   }
-  for (std::size_t at = 0; at < links.size(); ++at) {
-    if (links[at].table != kNone) goes[at] = tableGoes[links[at].table];
+  return cancelOut;
+}
+
+// Of each change whether it changes nothing in the end, as a value that is what it was, or as part
+// of a table that is; none when all do something.
+std::vector<bool> whatCancelsOut(const HXChangeList& changes) {
+  const TablesInQuestion inQuestion(changes);
+  const auto tables = tablesThatCancelOut(changes, inQuestion);
+  std::vector<bool> goes;
+  if (!inQuestion.hasNeutralValue() &&
+      std::find(tables.begin(), tables.end(), true) == tables.end()) {
+    return goes;
+  }
+  goes.reserve(changes.count());
+  for (const HXChange& change : changes) {
+    const auto table = change.table();
+    const auto* const number = inQuestion.numberOfTable(table);
+    goes.push_back(table.object ? number && tables[*number] : change.isNeutral());
   }
   return goes;
 }
@@ -178,9 +224,8 @@ bool HXHistoryStep::mayCancelOut() const {
 HXChangeList HXHistoryStep::takeWhatCancelsOut() {
   if (!mayCancelOut()) return {};
   const auto goes = whatCancelsOut(changes_);
-  const auto going = std::count(goes.begin(), goes.end(), true);
-  if (going == 0) return {};
-  const bool allGo = static_cast<std::size_t>(going) == goes.size();
+  if (goes.empty()) return {};
+  const bool allGo = std::find(goes.begin(), goes.end(), false) == goes.end();
   HXChangeList gone;
   HXChangeList all = takeAll();
   for (const bool leaves : goes) {
