@@ -2,13 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <unordered_set>
 #include <vector>
 
 #include "tarnkit/model/HXGroup.h"
 #include "tarnkit/model/HXNode.h"
-#include "tarnkit/model/HXPort.h"
+#include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/platform/text/JSONWriter.h"
 
 namespace tarnkit {
@@ -97,10 +98,17 @@ bool HXAddresses::sharesName(const HXPort& port, const String& name) {
     const auto found = ports.find(name.toStdString());
     return found != ports.end() && found->second != &port;
   }
-  for (const Ref<HXPort>& other : isInput ? node->inputPorts() : node->outputPorts()) {
-    if (other.get() != &port && other->displayName() == name) return true;
+  const auto isAnother = [&](const HXPort& other) {
+    return &other != &port && other.orientation() == port.orientation() &&
+           other.displayName() == name;
+  };
+  // Hidden ports are asked, too, since listing what is shown costs more; names are seldom shared.
+  const auto& all = node->portsInForce();
+  if (std::none_of(all.begin(), all.end(), [&](const auto& e) { return isAnother(*e.value); })) {
+    return false;
   }
-  return false;
+  const auto shown = isInput ? node->inputPorts() : node->outputPorts();
+  return std::any_of(shown.begin(), shown.end(), [&](const auto& e) { return isAnother(*e); });
 }
 
 std::string HXAddresses::labelOf(const HXPort& port) {
