@@ -75,17 +75,17 @@ HXChangeRecorder* recorderOf(const Source& source) {
 }
 
 /// While one lives, a public operation on `source` is under way.
-class Operation {
+class RecordedOperation {
  public:
   template <class Source>
-  explicit Operation(const Source& source) : recorder_(recorderOf(source)) {
+  explicit RecordedOperation(const Source& source) : recorder_(recorderOf(source)) {
     if (recorder_) recorder_->operationWillBegin();
   }
-  ~Operation() {
+  ~RecordedOperation() {
     if (recorder_) recorder_->operationDidEnd();
   }
-  Operation(const Operation&) = delete;
-  Operation& operator=(const Operation&) = delete;
+  RecordedOperation(const RecordedOperation&) = delete;
+  RecordedOperation& operator=(const RecordedOperation&) = delete;
 
  private:
   Ref<HXChangeRecorder> recorder_;

@@ -47,7 +47,7 @@ const Symbol& HXDocument::deviceClassName() const {
 }
 
 Ref<HXConnection> HXDocument::connectPort(HXPort& first, HXPort& toPort) {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   BySide<HXPort*> ends{{nullptr, nullptr}};
   for (HXPort* port : {&first, &toPort}) {
     if (auto* end = ends.find(port->orientation())) *end = port;
@@ -75,7 +75,7 @@ Ref<HXConnection> HXDocument::connectPort(HXPort& first, HXPort& toPort) {
 // document ends the connection as a whole.
 
 void HXDocument::breakConnection(HXConnection& connection) {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   const Ref<HXDocument> self(this);
   const Ref<HXConnection> kept(&connection);
   const Ref<HXPort> output(connection.outputPort());
@@ -89,7 +89,7 @@ void HXDocument::breakConnection(HXConnection& connection) {
 }
 
 void HXDocument::breakAllConnectionsToPort(HXPort& port) {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   const Ref<HXDocument> self(this);
   const Ref<HXPort> keptPort(&port);
   for (const auto& connection : port.connections().toVector()) {
@@ -101,7 +101,7 @@ void HXDocument::breakAllConnectionsToPort(HXPort& port) {
 void HXDocument::restoreConnection(HXConnection& connection) { hx_addConnection(connection); }
 
 void HXDocument::hx_addConnection(HXConnection& connection) {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   const Ref<HXDocument> self(this);
   const Ref<HXConnection> kept(&connection);
   const Ref<HXPort> output(connection.outputPort());

@@ -208,7 +208,7 @@ HXRefusal HXGroup::whyNotMoveNode(const HXNode& node) const {
 }
 
 void HXGroup::addNode(HXNode& node) {
-  const detail::Operation operation(inForce());
+  const detail::RecordedOperation operation(inForce());
   const Ref<HXGroup> here(&inForce());
   const Ref<HXNode> kept(&node);
   if (!here->mayHold(node)) return;
@@ -297,7 +297,7 @@ void HXGroup::endViewGroupWithoutViews(HXGroup& group) {
 }
 
 void HXGroup::removeNode(HXNode* node) {
-  const detail::Operation operation(inForce());
+  const detail::RecordedOperation operation(inForce());
   HXGroup& here = inForce();
   if (!node || here.subnodeForKey(node->uniqueKey()) != node) return;
   const Ref<HXGroup> keptGroup(&here);
@@ -338,7 +338,7 @@ void HXGroup::withdraw(const std::vector<Ref<HXPort>>& ports) {
 
 void HXGroup::arrangeSubnodes(const std::vector<Ref<HXNode>>& order) {
   HXGroup& here = inForce();
-  const detail::Operation operation(here);
+  const detail::RecordedOperation operation(here);
   std::vector<Ref<HXNode>> arranged;
   std::unordered_set<const HXNode*> taken;
   for (const auto& node : order) {
@@ -358,7 +358,7 @@ void HXGroup::arrangePublications(std::int32_t orientation,
                                   const std::vector<Ref<HXSymbolicPort>>& order) {
   HXGroup& here = inForce();
   if (!symbolicPorts_.isSide(orientation)) return;
-  const detail::Operation operation(here);
+  const detail::RecordedOperation operation(here);
   const OrderedSet& present = *here.symbolicPorts_[orientation];
   std::vector<Ref<Object>> arranged;
   std::unordered_set<const Object*> taken;
@@ -415,7 +415,7 @@ HXRefusal HXGroup::whyNotAddSymbolicPortForPort(const HXPort& port) const {
 }
 
 Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
-  const detail::Operation operation(inForce());
+  const detail::RecordedOperation operation(inForce());
   HXGroup& here = inForce();
   if (!symbolicPorts_.isSide(port.orientation())) return nullptr;
   const Ref<HXGroup> kept(&here);
@@ -452,7 +452,7 @@ void HXGroup::hx_addSymbolicPort(HXSymbolicPort& symbolicPort, HXPort& toPort) {
 }
 
 void HXGroup::restoreSymbolicPort(HXSymbolicPort& symbolicPort) {
-  const detail::Operation operation(inForce());
+  const detail::RecordedOperation operation(inForce());
   const Ref<HXPort> port(symbolicPort.port());
   if (!port) return;
   const Ref<HXSymbolicPort> kept(&symbolicPort);
@@ -502,7 +502,7 @@ HXGroup* HXGroup::holderOf(const HXSymbolicPort& symbolicPort, HXGroup& asked) {
 }
 
 void HXGroup::removeSymbolicPortForPort(HXPort* port) {
-  const detail::Operation operation(inForce());
+  const detail::RecordedOperation operation(inForce());
   const Ref<HXGroup> kept(this);
   const Ref<HXPort> keptPort(port);
   if (port && port->symbolicPort()) endDeepPublications(*port);
@@ -528,7 +528,7 @@ void HXGroup::removeSymbolicPortForPort(HXPort* port) {
 }
 
 void HXGroup::removeSymbolicPort(HXSymbolicPort& symbolicPort) {
-  const detail::Operation operation(inForce());
+  const detail::RecordedOperation operation(inForce());
   const Ref<HXGroup> kept(this);
   const Ref<HXSymbolicPort> keptPort(&symbolicPort);
   const auto isPublished = [&] {
@@ -579,7 +579,7 @@ void HXGroup::hierarchyDidChange() {
   for (const auto& node : subnodes()) node->hierarchyDidChange();
 }
 void HXGroup::pruneInvalidConnections() {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   for (const auto& node : subnodes()) node->pruneInvalidConnections();
 }
 

@@ -169,14 +169,14 @@ void HXGroup::storeOrder(std::int32_t orientation, std::vector<Ref<Object>> symb
 
 void HXGroup::storeOpaque(bool opaque) {
   if (opaque == opaque_) return;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   willSet<HXGroupFields::Opaque>(*this);
   opaque_ = opaque;
 }
 
 void HXGroup::storeCanvasCenter(HXPoint center) {
   if (center == canvasCenter_) return;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   willSet<HXGroupFields::CanvasCenter>(*this);
   canvasCenter_ = center;
 }

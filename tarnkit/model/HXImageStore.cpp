@@ -82,7 +82,7 @@ void HXImageStore::addImageEntry(const Ref<HXImageStoreEntry>& entry) {
     Log::warning("HXImageStore", "Attempting to add an entry whose image is empty.");
     return;
   }
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   const std::int32_t count = counts_.get(entry->key());
   storeCount(entry->key(), count + 1);
   if (count != 0) return;
@@ -93,7 +93,7 @@ void HXImageStore::addImageEntry(const Ref<HXImageStoreEntry>& entry) {
 void HXImageStore::removeImageEntry(const HXImageStoreEntry* entry) {
   if (!entry || entry->key().isNil()) return;
   const Ref<const HXImageStoreEntry> kept(entry);
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   const std::int32_t count = counts_.get(entry->key());
   storeCount(entry->key(), count - 1);
   if (count > 1) return;

@@ -94,34 +94,34 @@ String HXNode::description() const {
 
 void HXNode::setName(String name) {
   if (name == name_) return;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   storeName(std::move(name));
   announceName();
 }
 
 void HXNode::setPosition(HXPoint position) {
   if (position == position_) return;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   storePosition(position);
   announcePosition();
 }
 
 void HXNode::setSelected(bool selected) {
   if (selected == selected_) return;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   storeSelected(selected);
   announceSelection();
 }
 
 void HXNode::setInspectorPanel(std::uint64_t panel) {
   if (panel == inspectorPanel_) return;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   storeInspectorPanel(panel);
 }
 
 void HXNode::setComment(String comment) {
   if (comment == comment_) return;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   storeComment(std::move(comment));
 }
 
@@ -150,7 +150,7 @@ const HXRNodeClass& HXNode::patchClass() const noexcept {
 void HXNode::setParentGroup(HXGroup* group) {
   if (group == parentGroup_.get()) return;
   const Ref<HXNode> self(this);
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   if (group) return group->addNode(*this);
   const Ref<HXGroup> present(parentGroup());
   present->removeNode(this);
@@ -228,7 +228,7 @@ void HXNode::tellParametersHierarchyDidChange() {
 }
 
 void HXNode::pruneInvalidConnections() {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   for (HXNodeWalk walk(*this); HXNode* node = walk.next();) {
     for (const auto& entry : node->portsByUniqueKey_) entry.value->pruneInvalidConnections();
   }
@@ -236,7 +236,7 @@ void HXNode::pruneInvalidConnections() {
 
 void HXNode::setForceAllowsSubnodes(bool force) {
   if (force == forceAllowsSubnodes_) return;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   storeForceAllowsSubnodes(force);
   const Ref<HXNode> self(this);
   // What was published shows until the groups that showed it are announced to go.
@@ -270,7 +270,7 @@ Ref<HXGroup> HXNode::makeSubnodeGroup(bool ofViews) const {
 
 void HXNode::hx_swapSubnodeGroupToGroup(const Ref<HXGroup>& group) {
   const Ref<HXNode> self(this);
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   exchangeSubnodeGroup(group);
   if (const Ref<HXGroup> parent{parentGroup()}) parent->subnodeViewTypeDidChange(*this);
 }
@@ -379,7 +379,7 @@ HXPort* HXNode::collectingPort(const HXPort&) const { return nullptr; }
 
 void HXNode::setPatch(const Ref<HXRNode>& patch) {
   const Ref<HXNode> self(this);
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   const Ref<HXRNode> fresh = patch;
   willSetPatch(fresh);
   storePatch(fresh, nullptr);

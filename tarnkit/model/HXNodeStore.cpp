@@ -240,7 +240,7 @@ struct HXNodeFields {
     explicit DefinitionChange(const HXNode& node) : operation_(node) {}
 
    private:
-    detail::Operation operation_;
+    detail::RecordedOperation operation_;
   };
 };
 

@@ -73,7 +73,7 @@ void HXParameter::valueDidChange() {
   const Ref<HXNode> node(this->node());
   const Ref<HXParameter> kept(this);
   if (!node) return;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   announceValue(node);
   node->parameterDidChange(*this);
 }

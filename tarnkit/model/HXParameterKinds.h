@@ -27,7 +27,7 @@ class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
     valueDidChange();
   }
   void setPatchParameter(Ref<HXRParameter> patchParameter) override {
-    const Operation operation(static_cast<const HXParameter&>(*this));
+    const RecordedOperation operation(static_cast<const HXParameter&>(*this));
     const bool changed = exchangePatchParameter(std::move(patchParameter));
     if (!valueInitialized()) {
       if (const auto* definition = this->definition()) storeValue(definition->defaultValue());

@@ -141,7 +141,7 @@ bool HXPatchPort::takeConnection(HXConnection& connection) {
 bool HXPatchPort::dropConnection(HXConnection& connection) { return removeConnection(connection); }
 
 void HXPatchPort::arrangeConnections(const std::vector<Ref<HXConnection>>& order) {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   HXConnectionSet arranged;
   for (const auto& connection : order) {
     if (connections_.contains(connection.get())) arranged.add(*connection);
@@ -156,7 +156,7 @@ void HXPatchPort::arrangeConnections(const std::vector<Ref<HXConnection>>& order
 // Both ends let it go: the other may be out of the document, where nobody asks it to prune, and
 // come back into it.
 void HXPatchPort::pruneInvalidConnections() {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   const HXConnectionSet all = connections_;
   all.forEach([&](HXConnection& connection) {
     if (connection.displayInputPort() && connection.displayOutputPort()) return;
@@ -184,7 +184,7 @@ Ref<PMRPrimitive> HXPatchPort::defaultValue() const {
 void HXPatchPort::setStaticValue(Ref<PMRPrimitive> value) {
   if (value == staticValue_) return;
   const Ref<HXPatchPort> self(this);
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   const Ref<PMRPrimitive> earlier = effectiveValue();
   storeStaticValue(std::move(value));
   announceStaticValue();

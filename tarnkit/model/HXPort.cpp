@@ -57,7 +57,7 @@ void HXPort::setNode(HXNode* node) {
     Log::warning("HXPort", "Attempting to take a port from the node that holds it.");
     return;
   }
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   detail::willSet<HXPortFields::Node>(*this);
   node_ = node;
 }
@@ -92,7 +92,7 @@ void HXPort::exchangeSymbolicPort(HXSymbolicPort* symbolicPort) {
   assert(!symbolicPort || symbolicPort->port() == this);
   if (symbolicPort == symbolicPort_.get()) return;
   const Ref<HXPort> self(this);
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   if (!symbolicPort) {
     const Ref<HXSymbolicPort> earlier(symbolicPort_.get());
     announceSymbolicReference(false);
@@ -138,14 +138,14 @@ void HXPort::hx_fireDidConnectNotification(HXConnection&) {}
 void HXPort::hx_fireDidDisconnectNotification(HXConnection&) {}
 
 bool HXPort::connectConnection(HXConnection& connection) {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   if (!takeConnection(connection)) return false;
   hx_fireDidConnectNotification(connection);
   return true;
 }
 
 bool HXPort::disconnectConnection(HXConnection& connection) {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   const Ref<HXConnection> kept(&connection);
   if (!dropConnection(connection)) return false;
   hx_fireDidDisconnectNotification(connection);

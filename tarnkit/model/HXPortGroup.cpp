@@ -83,7 +83,7 @@ String HXPortGroup::documentKey() const {
 
 void HXPortGroup::change(Flag flag, bool value, const Symbol& notification, const Symbol& infoKey) {
   if (this->*flag == value) return;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   storeFlag(flag, value);
   announceChange(flag, notification, infoKey);
 }

@@ -51,7 +51,7 @@ void HXPortGroupCollection::followNode(const Ref<const OrderedSet>& keys) {
 }
 
 void HXPortGroupCollection::updateWithPortGroupKeys(const Ref<OrderedSet>& keys) {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   storeFollowsNode(false);
   update(keys ? make<OrderedSet>(*keys) : make<OrderedSet>());
 }

@@ -175,7 +175,7 @@ void HXReplicatorNode::endArrayOutput(HXPort& port) {
 
 void HXReplicatorNode::setArrayOutputs(const IdentityMap<HXPort, String>& keys) {
   const Ref<HXNode> kept(this);
-  const detail::Operation operation(static_cast<const HXNode&>(*this));
+  const detail::RecordedOperation operation(static_cast<const HXNode&>(*this));
   std::vector<std::pair<Ref<HXPort>, String>> wanted;
   for (const auto& entry : keys) {
     const auto* published = entry.key->symbolicPort();

@@ -93,14 +93,14 @@ void HXSubviewGroup::moveSubviewNode(HXNode& node, std::uint64_t toIndex) {
   const auto index = subviewNodes_->indexOf(&node);
   if (index == kNotFoundIndex) return;
   const auto last = std::uint64_t{subviewNodes_->count()} - 1;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   moveView(node, static_cast<std::uint32_t>(index),
            static_cast<std::uint32_t>(std::min(toIndex, last)));
   announceOrder();
 }
 
 void HXSubviewGroup::setSubviewNodes(const std::vector<Ref<HXNode>>& views) {
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   auto wanted = make<OrderedSet>();
   for (const auto& view : views) {
     if (view && subnodeForKey(view->uniqueKey()) == view.get()) wanted->add(view);

@@ -95,7 +95,7 @@ void HXSymbolicPort::setPort(HXPort* port) {
   }
   const Ref<HXPort> earlier(this->port());
   if (port == earlier.get()) return;
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   if (earlier && earlier->symbolicPort() == this) {
     earlier->linkSymbolicPort(nullptr, PassKey<HXSymbolicPort>());
   }
@@ -149,7 +149,7 @@ String HXSymbolicPort::uniqueKey() const {
 
 void HXSymbolicPort::setName(String name) {
   const Ref<HXSymbolicPort> self(this);
-  const detail::Operation operation(*this);
+  const detail::RecordedOperation operation(*this);
   storeName(std::move(name));
   if (const Ref<HXNode> node{this->node()}) node->symbolicPortNameDidChange(*this);
   announceName();

@@ -49,22 +49,25 @@ KEYWORDS = """
 """
 
 
-def expect_headers_stand_alone(arguments, prefix):
-    """Each installed header compiles as the only one, and after those definitions."""
+def expect_headers_compile(arguments, prefix):
+    """Each installed header compiles as the only one, after those definitions, and all together."""
     headers = sorted(prefix.rglob("*.h"))
     if len(headers) < 50:
         sys.exit(f"only {len(headers)} headers are installed")
     flags = run(arguments.pkg_config, "--cflags", "fmt", "icu-uc").split()
 
-    def compile_alone(header):
-        source = f'{KEYWORDS}#include "{header}"\n'
+    def compile_these(included):
+        source = KEYWORDS + "".join(f'#include "{header}"\n' for header in included)
         return subprocess.run([arguments.compiler, "-std=c++20", "-fsyntax-only", "-Wall", "-Wextra",
                                "-Werror", *flags, f"-I{prefix / 'include'}", "-x", "c++", "-"],
                               input=source, capture_output=True, text=True)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        for header, outcome in zip(headers, pool.map(compile_alone, headers)):
+        together = pool.submit(compile_these, headers)
+        for header, outcome in zip(headers, pool.map(lambda one: compile_these([one]), headers)):
             if outcome.returncode != 0:
                 sys.exit(f"{header} does not compile alone:\n{outcome.stderr}")
+        if together.result().returncode != 0:
+            sys.exit(f"the headers do not compile together:\n{together.result().stderr}")
 
 
 def expect_private_headers_stay(prefix):
@@ -119,7 +122,7 @@ def main():
         prefix = (folder / "installed").rename(folder / "moved")
         expect_private_headers_stay(prefix)
         if not arguments.flags:
-            expect_headers_stand_alone(arguments, prefix)
+            expect_headers_compile(arguments, prefix)
         through_cmake(arguments, prefix, folder / "cmake")
         through_pkg_config(arguments, prefix, folder / "pkg-config")
 
