@@ -8,3 +8,5 @@ find_package(ZLIB REQUIRED)
 find_package(PNG REQUIRED)
 find_package(TIFF REQUIRED)
 find_package(JPEG REQUIRED)
+set(TARNKIT_DEPENDENCIES fmt::fmt ICU::uc ICU::i18n EXPAT::EXPAT PkgConfig::MD ZLIB::ZLIB PNG::PNG
+    TIFF::TIFF JPEG::JPEG ${CMAKE_DL_LIBS})

@@ -76,15 +76,15 @@ def expect_private_headers_stay(prefix):
             sys.exit(f"{name} is private and was installed")
 
 
-def configure(arguments, prefix, scratch, *options):
-    run(arguments.cmake, "-S", HERE, "-B", scratch, "-G", arguments.generator,
+def configure(arguments, prefix, scratch, project, *options):
+    run(arguments.cmake, "-S", project, "-B", scratch, "-G", arguments.generator,
         f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_CXX_COMPILER={arguments.compiler}",
         f"-DCMAKE_CXX_FLAGS={arguments.flags}", "-DCMAKE_BUILD_TYPE=Debug", *options)
     run(arguments.cmake, "--build", scratch)
 
 
-def through_cmake(arguments, prefix, scratch):
-    configure(arguments, prefix, scratch)
+def through_cmake(arguments, prefix, scratch, project=HERE):
+    configure(arguments, prefix, scratch, project)
     expect_runs(scratch / "model")
     expect_runs(scratch / "math")
     expect_no_images(scratch / "math")
@@ -93,18 +93,18 @@ def through_cmake(arguments, prefix, scratch):
                   "nothing\n", scratch / "closed_editor", scratch / "copying_plugin.so")
     # The engine alone, where there are no image libraries to be found.
     alone = scratch.with_name("math-alone")
-    configure(arguments, prefix, alone, "-DCOMPONENTS=math",
+    configure(arguments, prefix, alone, project, "-DCOMPONENTS=math",
               *(f"-DCMAKE_DISABLE_FIND_PACKAGE_{name}=ON" for name in ("PNG", "TIFF", "JPEG")))
     expect_runs(alone / "math")
 
 
-def through_pkg_config(arguments, prefix, scratch):
+def through_pkg_config(arguments, prefix, scratch, project=HERE):
     scratch.mkdir()
     found = [path.parent for path in prefix.rglob("tarnkit.pc")]
     environment = {**os.environ, "PKG_CONFIG_PATH": os.pathsep.join(map(str, found))}
     for name, package in (("model", "tarnkit"), ("math", "tarnkit-math")):
         flags = run(arguments.pkg_config, "--cflags", "--libs", package, env=environment).split()
-        run(arguments.compiler, "-std=c++20", *arguments.flags.split(), HERE / f"{name}.cpp", "-o",
+        run(arguments.compiler, "-std=c++20", *arguments.flags.split(), project / f"{name}.cpp", "-o",
             scratch / name, *flags)
         expect_runs(scratch / name)
 

@@ -1,0 +1,132 @@
+"""Unpacks the Debian packages into an empty root and uses them there: the host as people do, the
+library from a project outside. Holds what libtarnkit.so shows against the installed headers and
+against the list beside this file, which TARNKIT_REGENERATE=1 writes anew."""
+
+import argparse
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+HERE = pathlib.Path(__file__).resolve().parent
+TREE = HERE.parents[1]
+NAMES = HERE / "shown-names.txt"
+sys.path.insert(0, str(HERE.parent / "consumer"))
+
+from run_consumer import run, through_cmake, through_pkg_config  # noqa: E402
+
+# Tests of the host that depend on how it was linked: plug-ins find the library's symbols in it.
+PROCESS_TESTS = ("test_plugins.py", "test_files.py", "test_text.py", "test_math.py")
+
+
+def expect_sound(packages):
+    """The distribution's checker has no error, and what the packages depend on is there."""
+    told = subprocess.run(["lintian", "--allow-root", "--fail-on", "error", *packages],
+                          stdout=subprocess.PIPE, text=True, check=False)
+    if told.returncode != 0:
+        sys.exit(f"lintian finds errors:\n{told.stdout}")
+    run("apt-get", "install", "--simulate", "--no-install-recommends", *packages)
+
+
+def unpacked(packages, root):
+    for package in packages:
+        run("dpkg-deb", "--extract", package, root)
+    for path in root.rglob("*"):
+        if path.is_file() and not path.is_symlink() and str(TREE).encode() in path.read_bytes():
+            sys.exit(f"/{path.relative_to(root)} has a path of the build in it")
+    return root / "usr"
+
+
+def names_shown(library):
+    """The classes and functions whose symbols the library shows."""
+    names = set()
+    for line in run("nm", "-D", "--defined-only", "-C", library).splitlines():
+        symbol = re.sub(r"\(.*", "", line.split(" ", 2)[2])
+        found = re.search(r"\btarnkit::((?:detail::)?\w+)", symbol)
+        if not found:
+            sys.exit(f"{library.name} shows {symbol}, which is none of the library's own")
+        names.add(found.group(1))
+    return "".join(f"{name}\n" for name in sorted(names))
+
+
+def expect_names(library):
+    shown = names_shown(library)
+    if os.environ.get("TARNKIT_REGENERATE"):
+        NAMES.write_text(shown, encoding="utf-8")
+    known = NAMES.read_text(encoding="utf-8")
+    if shown != known:
+        more = sorted(set(shown.split()) - set(known.split()))
+        less = sorted(set(known.split()) - set(shown.split()))
+        sys.exit(f"{library.name} shows {more} too many and does not show {less}; is "
+                 f"cmake/libtarnkit.map right, or {NAMES.name} out of date?")
+
+
+def expect_headers_find_all(arguments, prefix, library, scratch):
+    """Whatever an inline function of a public header calls is in the library."""
+    source = scratch / "headers.cpp"
+    include = prefix / "include"
+    source.write_text("".join(f'#include "{header.relative_to(include)}"\n'
+                              for header in sorted(include.rglob("*.h"))), encoding="utf-8")
+    compiled = scratch / "headers.o"
+    run(arguments.compiler, "-std=c++20", "-fkeep-inline-functions", f"-I{include}", "-c", source,
+        "-o", compiled)
+
+    def names(*command):
+        return {line.split()[-1] for line in run("nm", *command).splitlines() if "7tarnkit" in line}
+    missing = names("-u", compiled) - names("-D", "--defined-only", library)
+    if missing:
+        sys.exit(f"headers call what {library.name} does not show: {sorted(missing)}")
+
+
+def expect_host_works(arguments, prefix, library, scratch):
+    manual = prefix / "share/doc/libtarnkit-doc"
+    plugins = {"TARNKIT_PLUGIN": sorted((manual / "examples/plugin").glob("*.cpp")),
+               "TARNKIT_HOSTILE_PLUGIN": [TREE / "tests/plugins/HostileNode.cpp"],
+               "TARNKIT_FAULTY_PLUGIN": [TREE / "tests/plugins/FaultyNodes.cpp"]}
+    environment = {"HOME": str(scratch), "LANG": "C.UTF-8", "LD_LIBRARY_PATH": str(library.parent),
+                   "PATH": os.pathsep.join([str(prefix / "bin"), "/usr/bin", "/bin"]),
+                   "TARNKIT": str(prefix / "bin/tarnkit"), "TARNKIT_SOURCE_DIR": str(TREE)}
+    for name, sources in plugins.items():
+        environment[name] = str(scratch / f"{name.lower()}.so")
+        run(arguments.compiler, "-std=c++20", "-O1", "-shared", "-fPIC", f"-I{prefix / 'include'}",
+            f"-I{manual}", *sources, "-o", environment[name])
+    printed = run("tarnkit", "eval", "6*7", env=environment, cwd=scratch)
+    if printed != "42\n":
+        sys.exit(f"tarnkit eval '6*7' printed {printed!r}")
+    for test in PROCESS_TESTS:
+        run(sys.executable, "-B", TREE / "tests/process" / test, env=environment, cwd=TREE)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--build", required=True, type=pathlib.Path)
+    parser.add_argument("--cmake", default="cmake")
+    parser.add_argument("--compiler", default="c++")
+    parser.add_argument("--generator", default="Ninja")
+    parser.add_argument("--pkg-config", default="pkg-config")
+    parser.add_argument("--flags", default="")
+    arguments = parser.parse_args()
+    packages = sorted((arguments.build / "debs").resolve().glob("*.deb"))
+    if len(packages) != 4:
+        sys.exit(f"there are {len(packages)} packages instead of four")
+    expect_sound(packages)
+    with tempfile.TemporaryDirectory() as folder:
+        folder = pathlib.Path(folder)
+        prefix = unpacked(packages, folder / "root")
+        library = next(prefix.rglob("libtarnkit.so.*.*.*"))
+        expect_names(library)
+        expect_headers_find_all(arguments, prefix, library, folder)
+        expect_host_works(arguments, prefix, library, folder)
+        # A project elsewhere, which sees the root and nothing of the tree.
+        outside = shutil.copytree(HERE.parent / "consumer", folder / "consumer")
+        os.environ["LD_LIBRARY_PATH"] = str(library.parent)
+        through_cmake(arguments, prefix, folder / "cmake", outside)
+        through_pkg_config(arguments, prefix, folder / "pkg-config", outside)
+    print(f"{len(packages)} packages: ok")
+
+
+if __name__ == "__main__":
+    main()
