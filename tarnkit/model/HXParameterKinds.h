@@ -94,6 +94,7 @@ class HXBoundedParameter : public HXValueParameter<Value, Description> {
 
 }  // namespace detail
 
+/// A whole number, such as a count of ports. Nothing clamps it to its bounds.
 class HXIndexParameter final : public detail::HXBoundedParameter<std::int32_t, HXRIndexParameter> {
   TARNKIT_CLASS
  public:
@@ -104,6 +105,7 @@ class HXIndexParameter final : public detail::HXBoundedParameter<std::int32_t, H
   HXParameterKind hx_kind() override { return this; }
 };
 
+/// A number. Nothing clamps it to its bounds.
 class HXNumberParameter final : public detail::HXBoundedParameter<float, HXRNumberParameter> {
   TARNKIT_CLASS
  public:
@@ -114,6 +116,7 @@ class HXNumberParameter final : public detail::HXBoundedParameter<float, HXRNumb
   HXParameterKind hx_kind() override { return this; }
 };
 
+/// A switch.
 class HXBooleanParameter final : public detail::HXValueParameter<bool, HXRBooleanParameter> {
   TARNKIT_CLASS
  public:
@@ -124,6 +127,7 @@ class HXBooleanParameter final : public detail::HXValueParameter<bool, HXRBoolea
   HXParameterKind hx_kind() override { return this; }
 };
 
+/// A text, such as an expression or a script.
 class HXStringParameter final : public detail::HXValueParameter<String, HXRStringParameter> {
   TARNKIT_CLASS
  public:
@@ -136,6 +140,7 @@ class HXStringParameter final : public detail::HXValueParameter<String, HXRStrin
   HXParameterKind hx_kind() override { return this; }
 };
 
+/// A colour.
 class HXColorParameter final : public detail::HXValueParameter<RGBA, HXRColorParameter> {
   TARNKIT_CLASS
  public:

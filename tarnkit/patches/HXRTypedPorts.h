@@ -32,6 +32,7 @@ class HXRInputPort : public detail::PortOf<HXRInputPort, HXRPort> {
       : PortOf(std::move(name), std::move(uniqueKey), HXOrientationInput, connectionRelationship) {}
 };
 
+/// An output; the typed ones say what they carry, and leave to the input what it takes.
 class HXROutputPort : public detail::PortOf<HXROutputPort, HXRPort> {
  public:
   static const HXRPortClass kClass;
@@ -58,6 +59,7 @@ class HXRValueOutputPort : public detail::PortOf<HXRValueOutputPort, HXROutputPo
   bool canConnectToPort(const HXRPort* other) const override;
 };
 
+/// An output of a `PMRPrimitive`: a boolean, an index, a number, an angle, a colour or a string.
 class HXRPrimitiveOutputPort final
     : public detail::PortOf<HXRPrimitiveOutputPort, HXRValueOutputPort> {
  public:
@@ -65,18 +67,22 @@ class HXRPrimitiveOutputPort final
   using PortOf::PortOf;
 };
 
+/// An input that takes array outputs only, and those of subclasses.
 class HXRArrayInputPort final : public detail::PortOf<HXRArrayInputPort, HXRValueInputPort> {
  public:
   static const HXRPortClass kClass;
   using PortOf::PortOf;
 };
 
+/// An output of an array. The outputs that a replicator gathers are of a class of their own below
+/// it.
 class HXRArrayOutputPort : public detail::PortOf<HXRArrayOutputPort, HXRValueOutputPort> {
  public:
   static const HXRPortClass kClass;
   using PortOf::PortOf;
 };
 
+/// An input that takes dictionary outputs only.
 class HXRDictionaryInputPort final
     : public detail::PortOf<HXRDictionaryInputPort, HXRValueInputPort> {
  public:
@@ -84,6 +90,7 @@ class HXRDictionaryInputPort final
   using PortOf::PortOf;
 };
 
+/// An output of a dictionary.
 class HXRDictionaryOutputPort final
     : public detail::PortOf<HXRDictionaryOutputPort, HXRValueOutputPort> {
  public:
@@ -91,42 +98,49 @@ class HXRDictionaryOutputPort final
   using PortOf::PortOf;
 };
 
+/// An input that takes image outputs only.
 class HXRImageInputPort final : public detail::PortOf<HXRImageInputPort, HXRValueInputPort> {
  public:
   static const HXRPortClass kClass;
   using PortOf::PortOf;
 };
 
+/// An output of an image.
 class HXRImageOutputPort final : public detail::PortOf<HXRImageOutputPort, HXRValueOutputPort> {
  public:
   static const HXRPortClass kClass;
   using PortOf::PortOf;
 };
 
+/// An input that takes filter outputs only.
 class HXRFilterInputPort final : public detail::PortOf<HXRFilterInputPort, HXRValueInputPort> {
  public:
   static const HXRPortClass kClass;
   using PortOf::PortOf;
 };
 
+/// An output of a filter for images.
 class HXRFilterOutputPort final : public detail::PortOf<HXRFilterOutputPort, HXRValueOutputPort> {
  public:
   static const HXRPortClass kClass;
   using PortOf::PortOf;
 };
 
+/// An input that takes view outputs only.
 class HXRViewInputPort final : public detail::PortOf<HXRViewInputPort, HXRValueInputPort> {
  public:
   static const HXRPortClass kClass;
   using PortOf::PortOf;
 };
 
+/// An output of a view, or of a group of views.
 class HXRViewOutputPort final : public detail::PortOf<HXRViewOutputPort, HXRValueOutputPort> {
  public:
   static const HXRPortClass kClass;
   using PortOf::PortOf;
 };
 
+/// An input that takes gesture outputs only, several at a time.
 class HXRGestureInputPort final : public detail::PortOf<HXRGestureInputPort, HXRInputPort> {
  public:
   static const HXRPortClass kClass;
@@ -134,6 +148,7 @@ class HXRGestureInputPort final : public detail::PortOf<HXRGestureInputPort, HXR
       : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipMany) {}
 };
 
+/// An output of a gesture, joined to one input.
 class HXRGestureOutputPort final : public detail::PortOf<HXRGestureOutputPort, HXROutputPort> {
  public:
   static const HXRPortClass kClass;
@@ -141,6 +156,7 @@ class HXRGestureOutputPort final : public detail::PortOf<HXRGestureOutputPort, H
       : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipOne) {}
 };
 
+/// An input that takes interaction outputs only, several at a time.
 class HXRInteractionInputPort final : public detail::PortOf<HXRInteractionInputPort, HXRInputPort> {
  public:
   static const HXRPortClass kClass;
@@ -148,6 +164,7 @@ class HXRInteractionInputPort final : public detail::PortOf<HXRInteractionInputP
       : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipMany) {}
 };
 
+/// An output of an interaction, joined to one input.
 class HXRInteractionOutputPort final
     : public detail::PortOf<HXRInteractionOutputPort, HXROutputPort> {
  public:
@@ -156,6 +173,7 @@ class HXRInteractionOutputPort final
       : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipOne) {}
 };
 
+/// The input end of a state pair: takes feedback outputs only, several at a time.
 class HXRFeedbackInputPort final : public detail::PortOf<HXRFeedbackInputPort, HXRInputPort> {
  public:
   static const HXRPortClass kClass;
@@ -163,6 +181,7 @@ class HXRFeedbackInputPort final : public detail::PortOf<HXRFeedbackInputPort, H
       : PortOf(std::move(name), std::move(uniqueKey), HXConnectionRelationshipMany) {}
 };
 
+/// The output end of a state pair, joined to one feedback input.
 class HXRFeedbackOutputPort final : public detail::PortOf<HXRFeedbackOutputPort, HXROutputPort> {
  public:
   static const HXRPortClass kClass;

@@ -62,6 +62,7 @@ class HXRValueParameter : public HXRParameter {
   Value defaultValue_{};
 };
 
+/// Describes a switch.
 class HXRBooleanParameter final : public HXRValueParameter<bool> {
   TARNKIT_CLASS_OF(HXRParameterClass)
  public:
@@ -85,6 +86,7 @@ class HXRBoundedParameter : public HXRValueParameter<Value> {
   Value maximumValue_{};
 };
 
+/// Describes a number.
 class HXRNumberParameter final : public HXRBoundedParameter<float> {
   TARNKIT_CLASS_OF(HXRParameterClass)
  public:
@@ -93,6 +95,7 @@ class HXRNumberParameter final : public HXRBoundedParameter<float> {
   Ref<HXRParameter> copy() const override;
 };
 
+/// Describes a whole number, such as a count of ports.
 class HXRIndexParameter final : public HXRBoundedParameter<std::int32_t> {
   TARNKIT_CLASS_OF(HXRParameterClass)
  public:
@@ -101,6 +104,7 @@ class HXRIndexParameter final : public HXRBoundedParameter<std::int32_t> {
   Ref<HXRParameter> copy() const override;
 };
 
+/// Describes a text.
 class HXRStringParameter final : public HXRValueParameter<String> {
   TARNKIT_CLASS_OF(HXRParameterClass)
  public:
@@ -115,6 +119,7 @@ class HXRStringParameter final : public HXRValueParameter<String> {
   std::int32_t displayStyle_ = 0;
 };
 
+/// Describes a colour.
 class HXRColorParameter final : public HXRValueParameter<RGBA> {
   TARNKIT_CLASS_OF(HXRParameterClass)
  public:

@@ -14,9 +14,11 @@ namespace tarnkit {
 /// The default values of a declaration, by kind.
 namespace value {
 
+/// An angle as a default value; made by `radians` and `degrees`.
 struct Angle {
   Ref<PMRPrimitive> value;
 };
+/// The primitives of the kinds that are no angles.
 Ref<PMRPrimitive> boolean(bool value);
 Ref<PMRPrimitive> index(std::int32_t value);
 Ref<PMRPrimitive> number(float value);
