@@ -61,14 +61,21 @@ HXArchiveKind HXArchiveReader::sniff(ByteSpan bytes) {
 }
 
 Status HXArchiveReader::open(ByteSpan bytes) {
-  *this = HXArchiveReader();
   auto list = PropertyListReader::read(bytes);
-  if (!list) return std::move(list).status();
-  const auto kind = sniff(*list);
+  if (!list) {
+    *this = HXArchiveReader();
+    return std::move(list).status();
+  }
+  return open(*std::move(list));
+}
+
+Status HXArchiveReader::open(PropertyList list) {
+  *this = HXArchiveReader();
+  const auto kind = sniff(list);
   if (kind != HXArchiveKind::deviceGraph && kind != HXArchiveKind::imageArchive) {
     return Status::failure(StatusCode::unsupported, "neither a device graph nor an image archive");
   }
-  list_ = *std::move(list);
+  list_ = std::move(list);
   kind_ = kind;
   const Index top = list_.root();
   root_ = list_.valueForKey(top, archive::kRoot.text());

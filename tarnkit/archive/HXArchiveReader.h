@@ -33,6 +33,8 @@ class HXArchiveReader {
 
   /// Opens a device graph or an image archive; a failure for anything else.
   Status open(ByteSpan bytes);
+  /// The same of a property list that was read already, whose bytes are still there.
+  Status open(PropertyList list);
 
   const PropertyList& list() const noexcept { return list_; }
   HXArchiveKind kind() const noexcept { return kind_; }

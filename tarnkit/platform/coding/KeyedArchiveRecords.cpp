@@ -66,7 +66,6 @@ bool KeyedArchiveRecords::open() {
   keysKey_ = list_.keyNamed(archive::kKeys.text());
   objects_.resize(list_.count());
   marks_.resize(list_.count());
-  recordClasses_.resize(list_.count());
   return true;
 }
 
@@ -91,7 +90,7 @@ std::string KeyedArchiveRecords::unreadObjects() const {
   std::vector<UnreadClass> classes;
   std::unordered_map<Index, std::size_t> numbers;  // of the classes, by their records
   for (const Index record : archived_) {
-    const bool isRead = objects_[record] || recordClasses_[record] != 0;
+    const bool isRead = objects_[record] || (knownClass(record) && !isClass(record));
     if (isRead || counted[record] || list_.kind(record) != Kind::map) continue;
     counted[record] = true;
     const Index reference = list_.valueOfKind(record, classKey_, Kind::uid);
@@ -208,13 +207,18 @@ Ref<Object> KeyedArchiveRecords::makeNumber(Index value) {
 
 // Looked up once a record: a record may have many keys and be referred to many times.
 const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::classOf(Index record) {
-  std::uint32_t& known = recordClasses_[record];
-  if (known == 0) {
-    const ClassRecord* const found = findClass(record);
-    if (!found) return nullptr;
-    known = static_cast<std::uint32_t>(found - classes_.data()) + 1;
-  }
-  return &classes_[known - 1];
+  const ClassRecord* const known = isClass(record) ? nullptr : knownClass(record);
+  if (known) return known;
+  const ClassRecord* const found = findClass(record);
+  if (!found) return nullptr;
+  if (isClass(record)) return refuseClassAsObject();
+  marks_[record] |= static_cast<std::uint32_t>(found - classes_.data() + 1) << kClassShift;
+  return found;
+}
+
+const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::refuseClassAsObject() {
+  fail("an object is a class as well");
+  return nullptr;
 }
 
 const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::findClass(Index record) {
@@ -224,10 +228,9 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::findClass(Index rec
     fail("an object has no class");
     return nullptr;
   }
-  if (const std::uint32_t number = marks_[value] >> kClassShift; number != 0) {
-    return &classes_[number - 1];
-  }
-  return readClass(value);
+  const ClassRecord* const known = knownClass(value);
+  if (!known) return readClass(value);
+  return isClass(value) ? known : refuseClassAsObject();
 }
 
 KeyedArchiveRecords::Form KeyedArchiveRecords::platformForm(std::string_view className) noexcept {
@@ -264,7 +267,7 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::readClass(Index val
     found.form = Form::registered;
   }
   classes_.push_back(std::move(found));
-  marks_[value] |= static_cast<std::uint32_t>(classes_.size()) << kClassShift;
+  marks_[value] |= kIsClass | static_cast<std::uint32_t>(classes_.size()) << kClassShift;
   return &classes_.back();
 }
 

@@ -103,11 +103,13 @@ class KeyedArchiveRecords {
     std::string name;
   };
   // Of each value: whether its object was initialised, what the search for containers that hold
-  // themselves knows about it, and, for class records, their number.
+  // themselves knows about it, and the number of a class, counted from 1: that of its object, or,
+  // of a class record, its own.
   static constexpr std::uint32_t kInitialised = 1;
   static constexpr std::uint32_t kOnPath = 2;
   static constexpr std::uint32_t kSearched = 4;
-  static constexpr std::uint32_t kClassShift = 3;
+  static constexpr std::uint32_t kIsClass = 8;
+  static constexpr std::uint32_t kClassShift = 4;
 
   Index referredValue(Index reference);
   Ref<Object> objectOf(Index value);
@@ -118,6 +120,14 @@ class KeyedArchiveRecords {
   Ref<Object> makeData(Index record);
   Ref<Object> stringOf(Index text);
   const ClassRecord* classOf(Index record);
+  /// The class whose number stands among the marks; null for none.
+  const ClassRecord* knownClass(Index value) const noexcept {
+    const std::uint32_t number = marks_[value] >> kClassShift;
+    return number == 0 ? nullptr : &classes_[number - 1];
+  }
+  bool isClass(Index value) const noexcept { return (marks_[value] & kIsClass) != 0; }
+  /// A failure: nobody writes a record that is both, and its two classes would have one place.
+  const ClassRecord* refuseClassAsObject();
   const ClassRecord* findClass(Index record);
   const ClassRecord* readClass(Index value);
   /// Empty when it is no class.
@@ -140,9 +150,8 @@ class KeyedArchiveRecords {
   PropertyList::Key membersKey_ = PropertyList::kNoKey;
   PropertyList::Key keysKey_ = PropertyList::kNoKey;
   Index rootReference_ = PropertyList::kNone;
-  std::vector<Ref<Object>> objects_;          // of each value
-  std::vector<std::uint32_t> marks_;          // of each value
-  std::vector<std::uint32_t> recordClasses_;  // of each value that is a record: 1 + number of class
+  std::vector<Ref<Object>> objects_;  // of each value
+  std::vector<std::uint32_t> marks_;  // of each value
   std::vector<Index> made_;
   std::vector<Index> referred_;
   std::vector<ClassRecord> classes_;
