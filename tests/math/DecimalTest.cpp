@@ -190,6 +190,9 @@ TEST(DecimalTest, WholeNumbersRemaindersAndShifts) {
 }
 
 TEST(DecimalTest, ExactResultsAndIdentities) {
+  // A sum of 39 digits, cut in the middle of two: the even one.
+  EXPECT_EQ(MXDecimalAdd(read("99999999999999999999999999999999999999"), Decimal::of(26)).text(),
+            "100000000000000000000000000000000000020");
   const Decimal pi = MXDecimalPi();
   EXPECT_EQ(MXDecimalSqrt(Decimal::of(4)).text(), "2");
   EXPECT_EQ(MXDecimalPower(Decimal::of(9), read("0.5")).text(), "3");

@@ -73,6 +73,12 @@ TEST(BinaryPropertyList, RefusesWhatIsMalformed) {
       {"an unknown kind", BinaryList{.objects = {"\x70"}}.bytes()},
       {"an unknown single byte", BinaryList{.objects = {"\x0F"}}.bytes()},
       {"a reference beyond the objects", BinaryList{.objects = {"\xA1\x01"}}.bytes()},
+      {"a reference beyond all numbers of objects",
+       BinaryList{.objects = {"\xA2" + BinaryList::number(1, 8) +
+                                  BinaryList::number((std::uint64_t{1} << 32) + 1, 8),
+                              "\x09"},
+                  .referenceWidth = 8}
+           .bytes()},
       {"a reference of 8 bytes that wraps round",
        BinaryList{.objects = {"\xA1\0\0\0\1\0\0\0\1"s, text}, .referenceWidth = 8}.bytes()},
       {"a list that is too long", BinaryList{.objects = {"\xAE\0"s}}.bytes()},
@@ -381,7 +387,7 @@ TEST(XMLPropertyList, ReadsEveryKindOfValue) {
       "<key>huge</key><real>1e999</real><key>tiny</key><real>1e-999</real>"
       "<key>yes</key><true/><key>no</key><false/>"
       "<key>data</key><data>\n  aGVs\n  bG8=\n</data>"
-      "<key>date</key><date>2001-01-02T00:00:01Z</date>"
+      "<key>date</key><date>2001-01-02T03:04:05Z</date>"
       "<key>list</key><array><string/><dict/></array>"
       "<key>uid</key><dict><key>CF$UID</key><integer>3</integer></dict></dict>");
   const auto read = PropertyListReader::read(bytesOf(file));
@@ -401,7 +407,7 @@ TEST(XMLPropertyList, ReadsEveryKindOfValue) {
   const auto data = list.data(value("data"));
   EXPECT_EQ(std::string(data.begin(), data.end()), "hello");
   EXPECT_EQ(list.kind(value("date")), Kind::date);
-  EXPECT_EQ(list.real(value("date")), 86401);
+  EXPECT_EQ(list.real(value("date")), 86400 + 3 * 3600 + 4 * 60 + 5);
   ASSERT_EQ(list.count(value("list")), 2U);
   EXPECT_EQ(list.string(list.elements(value("list"))[0]), "");
   EXPECT_EQ(list.kind(value("uid")), Kind::uid);

@@ -41,6 +41,11 @@ std::string withNodes(const std::string& nodes) {
   return "{\"tarnkit\": 1, \"id\": \"doc\", \"nodes\": [\n" + nodes + "\n]}";
 }
 
+std::string withImageAt(const std::string& path) {
+  return R"({"tarnkit": 1, "images": [{"key": "k", "file": ")" + path + R"("}]})";
+}
+constexpr const char* kDownward = "leads from the text's folder downward";
+
 // The lines of either text that the other has not.
 std::size_t differentLines(const std::string& a, const std::string& b) {
   std::map<std::string, int> lines;
@@ -217,6 +222,11 @@ TEST_F(TextFileTest, FailuresSayWhereAndWhatWouldBeRight) {
       {R"({"nodes": []})", "this is no document"},
       {R"({"tarnkit": 1, "tarnkit": 1})", "the key \"tarnkit\" stands twice"},
       {"{\"tarnkit\": 1,\n \"images\": [{\"key\": \"k\", \"file\": \"../x.png\"}]}", "line 2: "},
+      {withImageAt("a/../x.png"), kDownward},
+      {withImageAt(".."), kDownward},
+      {withImageAt("./x.png"), kDownward},
+      {withImageAt("a//x.png"), kDownward},
+      {withImageAt("/x.png"), kDownward},
       {R"({"tarnkit": 1, "images": [{"key": "k", "png": "AAAA"}]})", "NSImage.png"},
   };
   for (const auto& each : kCases) {
@@ -260,9 +270,10 @@ TEST_F(TextFileTest, ImagesStandWithinOrBeside) {
   };
   const auto first = *HXImageStore::entryWithImage(image(10));
   const auto loose = *HXImageStore::entryWithImage(image(20));
-  document->imageStore()->addImageEntry(make<HXImageStoreEntry>(first->image(), "~ odd/key"));
+  const auto odd = make<HXImageStoreEntry>(first->image(), "~ odd/key");
+  document->imageStore()->addImageEntry(odd);
   document->imageStore()->addImageEntry(first);
-  for (const auto& entry : {first, loose, loose}) {
+  for (const auto& entry : {odd, first, loose, loose}) {
     const auto node = add("HXRImageNode");
     for (const auto& parameter : node->parametersInForce()) {
       if (auto* held = as<HXImageParameter>(parameter.value.get())) held->setImageEntry(entry);
