@@ -183,6 +183,22 @@ TEST_F(ClipboardTest, WhatIsPastedIsWhatWasCopied) {
   EXPECT_EQ(port(*scene.source, "Tarn.output").connections().count(), 1U);
 }
 
+// The ends at the inputs are met first, and in the other order.
+TEST_F(ClipboardTest, AnOutputKeepsTheOrderOfItsWires) {
+  Nodes chosen;
+  for (int i = 0; i < 4; ++i) chosen.push_back(add("HXRClampNode"));
+  for (const std::size_t to : {2U, 1U, 0U}) {
+    connect(*chosen[3], "Tarn.resultOutput", *chosen[to], "Tarn.valueInput");
+  }
+  const auto nodes = pasted(copied(chosen), *document);
+  ASSERT_EQ(nodes.size(), 4U);
+  std::vector<const HXNode*> order;
+  for (const auto& wire : port(*nodes[3], "Tarn.resultOutput").connections().toVector()) {
+    order.push_back(wire->inputPort()->node());
+  }
+  EXPECT_THAT(order, ElementsAre(nodes[2].get(), nodes[1].get(), nodes[0].get()));
+}
+
 TEST_F(ClipboardTest, NothingOutsideTheChoiceIsCopied) {
   const auto scene = makeScene();
   addNamed("HXRClampNode", "Stranger");

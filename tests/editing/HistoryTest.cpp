@@ -69,7 +69,9 @@ TEST_F(HistoryTest, GivesBackTheSameObjects) {
 }
 
 TEST_F(HistoryTest, StepsNestCoalesceAndCancelOut) {
+  EXPECT_FALSE(history->isModified());
   HXNode& clamp = add("HXRClampNode");
+  EXPECT_TRUE(history->isModified());
   history->removeAllSteps();
   history->markClean();
 
