@@ -47,7 +47,8 @@ struct ExpressionNode {
 static_assert(sizeof(ExpressionNode) == 24);
 
 /// A tree as its algorithms see it: nodes in postorder, the index of a root, and the text that the
-/// nodes' slices refer to (two runs, as a tree being built has them). Refers to memory of others.
+/// nodes' slices refer to (two runs: the text that the tree was read from, and what stands not in
+/// it). Refers to memory of others.
 struct TreeView {
   const ExpressionNode* nodes = nullptr;
   std::uint32_t root = 0;
@@ -76,6 +77,10 @@ struct TreeView {
     const char* const from = node.textOffset < textSize ? text + node.textOffset
                                                         : moreText + (node.textOffset - textSize);
     return {from, node.textLength};
+  }
+  /// Whether the slice of the node is a place in the text that the tree was read from.
+  bool hasPlace(const ExpressionNode& node) const noexcept {
+    return moreText && node.textLength > 0 && node.textOffset < textSize;
   }
   /// A variable's name, or a function's name as written.
   std::string_view name(const ExpressionNode& node) const noexcept {
@@ -109,14 +114,15 @@ struct TreeSummary {
 struct ExpressionTree {
   std::uint32_t nodeCount;
   TreeSummary summary;
-  std::size_t textSize;
+  std::size_t sourceSize;  // of the text, how much the tree was read from
 
   const ExpressionNode* nodes() const noexcept {
     return reinterpret_cast<const ExpressionNode*>(this + 1);
   }
   /// The characters stand behind the nodes.
   TreeView view(std::uint32_t root) const noexcept {
-    return {nodes(), root, reinterpret_cast<const char*>(nodes() + nodeCount), textSize, nullptr};
+    const char* const text = reinterpret_cast<const char*>(nodes() + nodeCount);
+    return {nodes(), root, text, sourceSize, text + sourceSize};
   }
 };
 static_assert(alignof(ExpressionTree) >= alignof(ExpressionNode));

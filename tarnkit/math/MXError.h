@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -33,12 +34,16 @@ inline constexpr const char* MXUnknownVariableKey = "org.tarnkit.math.Variable";
 /// User-info key of the name of a function that could not be resolved.
 inline constexpr const char* MXUnknownFunctionKey = "org.tarnkit.math.Function";
 
-/// The engine's error: a code, a message and, for unresolved names, the name.
+/// The engine's error: a code, a message, for unresolved names the name, and where it can be told
+/// the place in the text.
 ///
 /// A default-made one is an empty slot. Operations that can fail take an `MXError*`, which may be
 /// null, and write it only when they fail. A plain value, copied freely.
 class MXError {
  public:
+  /// The offset of an error that has no place.
+  static constexpr std::size_t kNoOffset = static_cast<std::size_t>(-1);
+
   MXError() = default;
   MXError(MXErrorCode code, std::string message) : code_(code), message_(std::move(message)) {}
 
@@ -51,6 +56,24 @@ class MXError {
   const OrderedMap<String>& userInfo() const noexcept { return userInfo_; }
   void setUserInfo(const String& value, const String& forKey) { userInfo_.set(forKey, value); }
 
+  /// Where in the text what is at fault begins, and how long it is, in bytes of UTF-8. The text is
+  /// the one that was handed over for this operation, or of which the expression was made; what is
+  /// wrong in the text of a variable's value is at fault where the variable stands. A length of 0
+  /// is a place between two characters.
+  ///
+  /// Tokenizing and parsing always tell a place, and so does evaluation where the expression was
+  /// made of a text. There is none in a text that is not UTF-8 or too long to be read at all, and
+  /// none of a variable whose name is written with backslashes; compiled expressions tell none.
+  std::size_t offset() const noexcept { return offset_; }
+  /// 0 without a place.
+  std::size_t length() const noexcept { return length_; }
+  bool hasPlace() const noexcept { return offset_ != kNoOffset; }
+  void setPlace(std::size_t offset, std::size_t length) noexcept {
+    offset_ = offset;
+    length_ = length;
+  }
+  void removePlace() noexcept { setPlace(kNoOffset, 0); }
+
   /// Writes an error into a slot that may be null.
   static void set(MXError* slot, MXErrorCode code, std::string message) {
     if (slot) *slot = MXError(code, std::move(message));
@@ -61,6 +84,8 @@ class MXError {
 
  private:
   MXErrorCode code_ = MXErrorCode::none;
+  std::size_t offset_ = kNoOffset;
+  std::size_t length_ = 0;
   std::string message_;
   OrderedMap<String> userInfo_;
 };

@@ -36,6 +36,7 @@ Ref<MXExpression> MXExpression::expressionFromString(std::string_view string, MX
     std::string_view text = string;
     if (detail::prepareText(text, storage)) {
       detail::TreeBuilder tree(text);
+      tree.setTextIsSource(text.data() == string.data());
       if (detail::OnePassParser(text, table, tree).parse()) return expressionWithTree(tree);
     }
   }

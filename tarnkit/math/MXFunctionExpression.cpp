@@ -53,7 +53,8 @@ Ref<MXFunctionExpression> MXFunctionExpression::withTree(TreeBuilder& builder) {
   ExpressionNode& root = nodes[count - 1];
   root.flags = static_cast<std::uint16_t>(root.flags & ~ExpressionNode::kPercentOfFirst);
   auto* const tree = ::new (reinterpret_cast<ExpressionTree*>(nodes) - 1)
-      ExpressionTree{static_cast<std::uint32_t>(count), builder.summary(), textSize};
+      ExpressionTree{static_cast<std::uint32_t>(count), builder.summary(),
+                     builder.isTextSource() ? text.size() : 0};
   return Ref<MXFunctionExpression>::adopt(
       ::new (memory.release()) MXFunctionExpression(*tree, static_cast<std::uint32_t>(count - 1)));
 }

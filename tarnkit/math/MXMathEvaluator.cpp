@@ -34,6 +34,23 @@ constexpr Alias kStandardAliases[] = {
     {"chord", "crd"},
 };
 
+// An operator that nothing computes, as a parenthesis too many is one, has no name in the text.
+void placeOperator(MXError& error, MXMathStringTokenizer& tokenizer) {
+  const String* const name = error.userInfo().find(MXUnknownFunctionKey);
+  if (!name) return;
+  std::size_t open = 0;
+  tokenizer.reset();
+  while (const auto token = tokenizer.nextObject()) {
+    const String function = token->operatorFunction();
+    if (function == MXOperatorParenthesisOpen) ++open;
+    if (function == MXOperatorParenthesisClose && open > 0) {
+      --open;
+    } else if (token->tokenType() == MXTokenType::op && function == *name) {
+      return error.setPlace(token->offset(), token->length());
+    }
+  }
+}
+
 }  // namespace
 
 const Ref<MXMathEvaluator>& MXMathEvaluator::defaultMathEvaluator() {
@@ -112,6 +129,7 @@ std::optional<MXNumber> MXMathEvaluator::evaluateString(std::string_view string,
   std::string_view text = string;
   if (detail::prepareText(text, storage)) {
     detail::TreeBuilder tree(text);
+    tree.setTextIsSource(text.data() == string.data());
     if (detail::OnePassParser(text, operatorSet_->table(), tree).parse()) {
       double value = 0;
       const auto view = tree.view();
@@ -120,14 +138,23 @@ std::optional<MXNumber> MXMathEvaluator::evaluateString(std::string_view string,
                                     angleMode_ == MXAngleMeasurementMode::degrees, value)) {
         return value;
       }
-      return evaluateExpression(*MXExpression::expressionWithTree(tree), substitutions, error);
+      // A variable alone makes an expression without a text, and leaves the tree where it is.
+      const bool isVariable = view.top().kind == detail::NodeKind::variable;
+      auto other =
+          evaluateExpression(*MXExpression::expressionWithTree(tree), substitutions, error);
+      if (!other && error && isVariable && tree.isTextSource()) {
+        detail::placeError(*error, view, view.top());
+      }
+      return other;
     }
   }
-  const auto parser = MXParser::parserWithTokenizer(
-      MXMathStringTokenizer::tokenizerWithString(string, operatorSet_, error), error);
+  const auto tokenizer = MXMathStringTokenizer::tokenizerWithString(string, operatorSet_, error);
+  const auto parser = MXParser::parserWithTokenizer(tokenizer, error);
   const auto expression = parser ? parser->parsedExpressionWithError(error) : nullptr;
   if (!expression) return std::nullopt;
-  return evaluateExpression(*expression, substitutions, error);
+  auto value = evaluateExpression(*expression, substitutions, error);
+  if (!value && error && !error->hasPlace()) placeOperator(*error, *tokenizer);
+  return value;
 }
 
 std::optional<MXNumber> MXMathEvaluator::evaluateString(

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "tarnkit/math/MXError.h"
 #include "tarnkit/math/MXMathOperator.h"
 #include "tarnkit/math/MXNumber.h"
 #include "tarnkit/platform/objects/Object.h"
@@ -47,12 +48,24 @@ class MXMathStringToken final : public Object {
   /// The description and, for an operator, its function, arity, associativity and precedence.
   String debugDescription() const;
 
+  /// Where it stands in the text, in bytes of UTF-8, with the sign of a variable, or its quotes,
+  /// and the "0x" of a number; what the tokenizer puts in has a length of 0. The offset is
+  /// `MXError::kNoOffset` in a text that is not UTF-8, and of a token made without a text.
+  std::size_t offset() const noexcept { return offset_; }
+  std::size_t length() const noexcept { return length_; }
+  void setPlace(std::size_t offset, std::size_t length) noexcept {
+    offset_ = offset;
+    length_ = length;
+  }
+
   MXMathStringToken(String token, MXTokenType type) : token_(std::move(token)), type_(type) {}
 
  private:
   String token_;
   MXTokenType type_;
   bool ambiguous_ = false;
+  std::size_t offset_ = MXError::kNoOffset;
+  std::size_t length_ = 0;
   MXNumber number_;
   Ref<MXMathOperator> operator_;
 };

@@ -12,20 +12,29 @@ const Class MXMathStringTokenizer::kClass{"MXMathStringTokenizer", &Object::kCla
 
 namespace {
 
-/// Hands the tokens of the text to the sink that `makeSink` makes of the text as it is scanned.
+/// Hands the tokens of the text to the sink that `makeSink` makes of the text as it is scanned, and
+/// of whether that is the text as it was given.
 template <class MakeSink>
 bool scan(std::string_view string, const detail::OperatorTable& table, MakeSink makeSink,
           MXError* error) {
+  const char* const given = string.data();
   std::string storage;
   if (!detail::prepareText(string, storage)) {
     MXError::set(error, MXErrorCode::invalidFormat, "the expression is too long");
     return false;
   }
-  auto sink = makeSink(string);
+  const bool isAsGiven = string.data() == given;
+  auto sink = makeSink(string, isAsGiven);
   detail::TokenScanner scanner(string, table, sink);
   if (scanner.run()) return true;
   MXError::set(error, detail::scanError(scanner.failure(), string));
+  if (error && !isAsGiven) error->removePlace();
   return false;
+}
+
+detail::TextPlace placeOf(std::string_view text, MXTokenType type,
+                          const detail::ScannedToken& token) noexcept {
+  return detail::wholePlace(text, type, {token.offset(), token.length()});
 }
 
 /// Keeps the names of the variables.
@@ -50,10 +59,17 @@ struct VisitorSink {
   std::string_view text;
   const detail::OperatorTable& table;
   FunctionRef<void(const MXTokenText&)> visit;
+  bool isAsGiven;
 
   template <MXTokenType Type>
   bool take(const detail::ScannedToken& scanned) {
-    MXTokenText shown{Type, text.substr(scanned.offset(), scanned.length()), {}};
+    MXTokenText shown{
+        Type, text.substr(scanned.offset(), scanned.length()), {}, MXError::kNoOffset, 0};
+    if (isAsGiven) {
+      const auto place = placeOf(text, Type, scanned);
+      shown.offset = place.offset;
+      shown.length = place.length;
+    }
     std::string storage;
     if (Type == MXTokenType::op || scanned.form != detail::TokenForm::plain) {
       storage = detail::tokenText(scanned, text, table);
@@ -76,6 +92,7 @@ struct MXMathStringTokenizer::Sink {
   MXMathStringTokenizer& tokenizer;
   std::string_view text;
   const detail::OperatorTable& table;
+  bool isAsGiven;
 
   template <MXTokenType Type>
   bool take(const detail::ScannedToken& scanned) {
@@ -84,7 +101,12 @@ struct MXMathStringTokenizer::Sink {
     if (token && scanned.row != detail::OperatorTable::kNoRow) {
       token->resolveToOperatorFunction(table.row(scanned.row).info->function());
     }
-    if (token) tokenizer.appendToken(token);
+    if (!token) return true;
+    if (isAsGiven) {
+      const auto place = placeOf(text, Type, scanned);
+      token->setPlace(place.offset, place.length);
+    }
+    tokenizer.appendToken(token);
     return true;
   }
 };
@@ -104,8 +126,9 @@ bool MXMathStringTokenizer::initWithString(std::string_view string,
   const detail::OperatorTable& table = *kept;
   const bool isRead = scan(
       string, table,
-      [&](std::string_view text) {
-        return Sink{*this, text, table};
+      [&](std::string_view text, bool isAsGiven) {
+        if (isAsGiven) text_ = text;
+        return Sink{*this, text, table, isAsGiven};
       },
       error);
   appendToken(nullptr);
@@ -117,7 +140,7 @@ std::vector<String> MXMathStringTokenizer::variableNames(std::string_view string
   std::vector<String> names;
   const bool isRead = scan(
       string, table,
-      [&](std::string_view text) {
+      [&](std::string_view text, bool) {
         return VariableSink{text, table, names};
       },
       error);
@@ -130,8 +153,8 @@ bool MXMathStringTokenizer::eachToken(std::string_view string,
   const auto table = MXMathOperatorSet::defaultOperatorSet()->keptTable();
   return scan(
       string, *table,
-      [&](std::string_view text) {
-        return VisitorSink{text, *table, visit};
+      [&](std::string_view text, bool isAsGiven) {
+        return VisitorSink{text, *table, visit, isAsGiven};
       },
       error);
 }

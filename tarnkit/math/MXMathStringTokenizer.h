@@ -17,6 +17,9 @@ struct MXTokenText {
   std::string_view token;
   /// Of an operator, the name of its function, "invalid" while it is ambiguous; "" of others.
   std::string_view function;
+  /// Where it stands, as of a `MXMathStringToken`.
+  std::size_t offset;
+  std::size_t length;
 };
 
 /// Cuts an expression text into numbers, operators, functions and variables; a read-only enumerator
@@ -67,6 +70,8 @@ class MXMathStringTokenizer : public Object {
   /// Back to the first token.
   void reset() noexcept { tokenIndex_ = 0; }
 
+  /// The text that its tokens have places in; "" where they have none.
+  std::string_view text() const noexcept { return text_; }
   /// The set that governs operator characters; the default one unless another was given.
   const Ref<MXMathOperatorSet>& operatorSet() const noexcept { return operatorSet_; }
   /// The characters of all tokens of all operators of the set, in ascending order; built at first
@@ -82,6 +87,7 @@ class MXMathStringTokenizer : public Object {
 
  private:
   struct Sink;
+  std::string text_;
   Ref<MXMathOperatorSet> operatorSet_;
   std::vector<Ref<MXMathStringToken>> tokens_;
   std::vector<char32_t> operatorCharacters_;

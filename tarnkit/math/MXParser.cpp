@@ -20,7 +20,7 @@ Ref<MXExpression> MXParser::parsedExpressionWithError(MXError* error) {
   const auto tokens = tokenizer_->allObjects();
   while (tokenizer_->nextObject()) {
   }
-  detail::TreeBuilder tree;
+  detail::TreeBuilder tree(tokenizer_->text());
   detail::TermReduction reduction(tokens, *this, tree);
   return reduction.reduce(error) ? MXExpression::expressionWithTree(tree) : nullptr;
 }

@@ -92,11 +92,13 @@ bool TermReduction::failUnclosed() {
     return terms_[term].kind == Kind::function;
   });
   if (function == open_.end()) {
-    return fail(MXErrorCode::imbalancedParentheses, "imbalanced parentheses");
+    return failOf(MXErrorCode::imbalancedParentheses, "imbalanced parentheses",
+                  tokenOf(open_.back()));
   }
-  return fail(
-      MXErrorCode::imbalancedParentheses,
-      fmt::format("missing parentheses after function \"{}\"", tokenOf(*function).token().view()));
+  const MXMathStringToken& name = tokenOf(*function);
+  return failOf(MXErrorCode::imbalancedParentheses,
+                fmt::format("missing parentheses after function \"{}\"", name.token().view()),
+                name);
 }
 
 void TermReduction::splitArguments(Index function) {
@@ -179,7 +181,8 @@ bool TermReduction::reduceGroup(Index group) {
     from = to;
   }
   if (terms_[group].count > 1) {
-    return fail(MXErrorCode::invalidFormat, fmt::format("invalid format: {}", describe(group)));
+    return failFor(MXErrorCode::invalidFormat, fmt::format("invalid format: {}", describe(group)),
+                   group);
   }
   return true;
 }
@@ -304,12 +307,13 @@ bool TermReduction::produce() {
     steps.pop_back();
     const Term& term = terms_[step.term];
     if (step.closes) {
-      const std::string name = functionName(term);
-      tree_.addNamed(builtinNamed(name), name, term.count, tree_.count() - step.firstNode);
+      addNamed(term, tree_.count() - step.firstNode);
     } else if (term.kind == Kind::group) {
       if (term.count != 1) {
-        return fail(MXErrorCode::invalidFormat,
-                    fmt::format("Unable to create expression from term: {}", describe(step.term)));
+        return failFor(
+            MXErrorCode::invalidFormat,
+            fmt::format("Unable to create expression from term: {}", describe(step.term)),
+            step.term);
       }
       steps.push_back({term.first, false, 0});
     } else if (term.kind == Kind::function) {
@@ -333,10 +337,28 @@ bool TermReduction::produceLeaf(Index index) {
   auto name = token.token().view();
   if (!name.empty() && name.front() == '$') name.remove_prefix(1);
   if (name.empty()) {
-    return fail(MXErrorCode::invalidVariable, "variable names must be at least 1 character long");
+    return failOf(MXErrorCode::invalidVariable, "variable names must be at least 1 character long",
+                  token);
   }
-  tree_.addVariable(tree_.keep(name), static_cast<std::uint32_t>(name.size()));
+  tree_.addVariable(sliceOf(name, token), static_cast<std::uint32_t>(name.size()));
   return true;
+}
+
+void TermReduction::addNamed(const Term& term, std::uint32_t nodes) {
+  const std::string name = functionName(term);
+  const Builtin builtin = builtinNamed(name);
+  if (term.folded) return tree_.addNamed(builtin, name, term.count, nodes);
+  tree_.addFunction(builtin, term.count, nodes, sliceOf(name, *tokens_[term.token]),
+                    static_cast<std::uint32_t>(name.size()));
+}
+
+// In the text, so that its place is known, unless the name is not written there as it is.
+std::uint32_t TermReduction::sliceOf(std::string_view name, const MXMathStringToken& token) {
+  const auto written =
+      tree_.text().substr(std::min(token.offset(), tree_.text().size()), token.length());
+  const auto at = written.find(name);
+  if (at == written.npos) return tree_.keep(name);
+  return static_cast<std::uint32_t>(token.offset() + at);
 }
 
 bool TermReduction::groupsRight(Index op) const {
@@ -380,7 +402,49 @@ std::string TermReduction::describe(Index term) const {
 }
 
 bool TermReduction::failAt(MXErrorCode code, const char* message, Index op) {
-  return fail(code, fmt::format(fmt::runtime(message), tokenOf(op).token().view()));
+  return failOf(code, fmt::format(fmt::runtime(message), tokenOf(op).token().view()), tokenOf(op));
+}
+
+bool TermReduction::failOf(MXErrorCode code, std::string message, const MXMathStringToken& token) {
+  error_ = MXError(code, std::move(message));
+  error_.setPlace(token.offset(), token.length());
+  return false;
+}
+
+// From the first token to the last of those in it, unless an operator stands where an operand
+// should: that is at fault then. An empty one is where its owner is, and an empty text at its
+// beginning.
+bool TermReduction::failFor(MXErrorCode code, std::string message, Index term) {
+  const Term& empty = terms_[term];
+  if (empty.count == 0 && empty.token == kNone && empty.owner != kNone) {
+    return failOf(code, std::move(message), tokenOf(empty.owner));
+  }
+  error_ = MXError(code, std::move(message));
+  std::size_t from = MXError::kNoOffset;
+  std::size_t to = 0;
+  const MXMathStringToken* misplaced = nullptr;
+  std::vector<Index> terms{term};
+  while (!terms.empty()) {
+    const Term& at = terms_[terms.back()];
+    terms.pop_back();
+    if (at.kind == Kind::op && (!misplaced || tokens_[at.token]->offset() < misplaced->offset())) {
+      misplaced = tokens_[at.token].get();
+    }
+    if (at.token != kNone && tokens_[at.token]->offset() != MXError::kNoOffset) {
+      const MXMathStringToken& token = *tokens_[at.token];
+      from = std::min(from, token.offset());
+      to = std::max(to, token.offset() + token.length());
+    }
+    for (Index sub = at.first; sub != kNone; sub = terms_[sub].next) terms.push_back(sub);
+  }
+  if (misplaced) {
+    error_.setPlace(misplaced->offset(), misplaced->length());
+  } else if (from != MXError::kNoOffset) {
+    error_.setPlace(from, to - from);
+  } else if (tokens_.empty()) {
+    error_.setPlace(0, 0);
+  }
+  return false;
 }
 
 }  // namespace tarnkit::detail

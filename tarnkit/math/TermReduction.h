@@ -79,11 +79,13 @@ class TermReduction {
   bool groupsRight(Index op) const;
   std::string functionName(const Term& term) const;
   std::string describe(Index term) const;
-  bool fail(MXErrorCode code, std::string message) {
-    error_ = MXError(code, std::move(message));
-    return false;
-  }
   bool failAt(MXErrorCode code, const char* message, Index op);
+  /// A failure whose place is all of the term.
+  bool failFor(MXErrorCode code, std::string message, Index term);
+  /// A failure whose place is a token.
+  bool failOf(MXErrorCode code, std::string message, const MXMathStringToken& token);
+  void addNamed(const Term& term, std::uint32_t nodes);
+  std::uint32_t sliceOf(std::string_view name, const MXMathStringToken& token);
 
   const std::vector<Ref<MXMathStringToken>>& tokens_;
   const MXParser& parser_;

@@ -19,27 +19,61 @@ bool prepareText(std::string_view& text, std::string& storage) {
   return true;
 }
 
-MXError scanError(const ScanFailure& failure, std::string_view text) {
+namespace {
+
+bool isQuote(char c) noexcept { return c == '"' || c == '\''; }
+
+TextPlace placeOf(const ScanFailure& failure, std::string_view text) noexcept {
+  if (failure.code == MXErrorCode::unknownOperatorPrecedence) {
+    return {failure.offset, failure.length};
+  }
+  // The scan stands behind the "0x" whose digits are missing.
+  if (failure.hexadecimal) return {failure.offset - std::size_t{2}, 2};
+  std::size_t end = failure.offset;
+  if (end == text.size()) return {end, 0};
+  if (failure.code == MXErrorCode::invalidVariable && text[end] != '$') {
+    return {end, text.size() - end};  // a quote without its end
+  }
+  nextCodePoint(text, end);
+  return {failure.offset, end - failure.offset};
+}
+
+std::string messageOf(const ScanFailure& failure, std::string_view text, TextPlace place) {
+  const auto slice = text.substr(place.offset, place.length);
   switch (failure.code) {
     case MXErrorCode::invalidNumber:
-      return {failure.code,
-              failure.hexadecimal ? "unable to parse hex number" : "unable to parse number"};
+      return failure.hexadecimal ? "unable to parse hex number" : "unable to parse number";
     case MXErrorCode::invalidVariable:
-      return {failure.code, text[failure.offset] == '$'
-                                ? "variable names must be at least 1 character long"
-                                : "Unable to parsed quoted variable name"};
-    case MXErrorCode::invalidOperator: {
-      std::size_t end = failure.offset;
-      nextCodePoint(text, end);
-      return {failure.code, fmt::format("{} is not a valid operator",
-                                        text.substr(failure.offset, end - failure.offset))};
-    }
+      return slice.substr(0, 1) == "$" ? "variable names must be at least 1 character long"
+                                       : "Unable to parsed quoted variable name";
+    case MXErrorCode::invalidOperator:
+      return fmt::format("{} is not a valid operator", slice);
     case MXErrorCode::unknownOperatorPrecedence:
-      return {failure.code, fmt::format("unknown precedence for token: {}",
-                                        text.substr(failure.offset, failure.length))};
+      return fmt::format("unknown precedence for token: {}", slice);
     default:
-      return {failure.code, "unable to parse identifier"};
+      return "unable to parse identifier";
   }
+}
+
+}  // namespace
+
+MXError scanError(const ScanFailure& failure, std::string_view text) {
+  const TextPlace place = placeOf(failure, text);
+  MXError error(failure.code, messageOf(failure, text, place));
+  error.setPlace(place.offset, place.length);
+  return error;
+}
+
+TextPlace wholePlace(std::string_view text, MXTokenType type, TextPlace name) noexcept {
+  const auto [offset, length] = name;
+  if (type == MXTokenType::number) {
+    const bool isHexadecimal =
+        offset >= 2 && text[offset - 2] == '0' && lowerCaseOf(text[offset - 1]) == 'x';
+    return isHexadecimal ? TextPlace{offset - 2, length + 2} : name;
+  }
+  if (type != MXTokenType::variable || offset == 0) return name;
+  if (isQuote(text[offset - 1])) return {offset - 1, length + 2};
+  return {offset - 1, length + 1};
 }
 
 std::string tokenText(const ScannedToken& token, std::string_view text,

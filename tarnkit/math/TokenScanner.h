@@ -31,6 +31,12 @@ struct ScannedToken {
   std::uint32_t length() const noexcept { return static_cast<std::uint32_t>(place >> 32); }
 };
 
+/// Where something stands in a text, in bytes.
+struct TextPlace {
+  std::size_t offset;
+  std::size_t length;
+};
+
 /// What stopped a scan, and where.
 struct ScanFailure {
   MXErrorCode code = MXErrorCode::none;
@@ -47,6 +53,8 @@ inline constexpr std::size_t kMaximumTextLength = 0x7FFFFFFF;
 bool prepareText(std::string_view& text, std::string& storage);
 /// The error of a failed scan.
 MXError scanError(const ScanFailure& failure, std::string_view text);
+/// The place of a name with the sign of the variable, or its quotes, and of digits with their "0x".
+TextPlace wholePlace(std::string_view text, MXTokenType type, TextPlace name) noexcept;
 /// The token's text as the token object holds it.
 std::string tokenText(const ScannedToken& token, std::string_view text, const OperatorTable& table);
 /// The value of hexadecimal digits; more than 64 bits saturate.
@@ -74,9 +82,11 @@ class TokenScanner {
   [[gnu::always_inline]] inline bool next(ScannedToken& token);
   [[gnu::always_inline]] inline bool process(ScannedToken& token);
   [[gnu::always_inline]] inline bool processOperator(ScannedToken& token);
-  [[gnu::noinline]] bool separate(bool fromOperand);
-  bool insert(std::uint16_t row);
-  bool insertParentheses() { return insert(table_.openRow()) && insert(table_.closeRow()); }
+  [[gnu::noinline]] bool separate(bool fromOperand, const ScannedToken& from);
+  bool insert(std::uint16_t row, const char* place);
+  bool insertParentheses(const char* place) {
+    return insert(table_.openRow(), place) && insert(table_.closeRow(), place);
+  }
   LastToken lastOf(std::uint16_t row) const noexcept {
     return row == OperatorTable::kNoRow ? LastToken::noArity : table_.row(row).asLast;
   }

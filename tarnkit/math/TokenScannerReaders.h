@@ -20,7 +20,7 @@ bool TokenScanner<Sink>::run() {
     failure_.code = MXErrorCode::none;
     if (!process(token)) return false;
   }
-  if (last_ == LastToken::function && !insertParentheses()) return false;
+  if (last_ == LastToken::function && !insertParentheses(at_)) return false;
   return canBeRead && failure_.code == MXErrorCode::none;
 }
 
@@ -39,7 +39,7 @@ bool TokenScanner<Sink>::next(ScannedToken& token) {
 template <class Sink>
 bool TokenScanner<Sink>::process(ScannedToken& token) {
   if (token.type == MXTokenType::op) return processOperator(token);
-  if (last_ >= LastToken::operand && !separate(true)) return false;
+  if (last_ >= LastToken::operand && !separate(true, token)) return false;
   if (token.type == MXTokenType::number) {
     last_ = LastToken::operand;
     return sink_.template take<MXTokenType::number>(token);
@@ -68,7 +68,7 @@ bool TokenScanner<Sink>::processOperator(ScannedToken& token) {
   const bool mustSeparate =
       asLast == LastToken::prefix ? last_ >= LastToken::operand : last_ == LastToken::function;
   if (mustSeparate && !(opens && last_ == LastToken::function) &&
-      !separate(asLast == LastToken::prefix)) {
+      !separate(asLast == LastToken::prefix, token)) {
     return false;
   }
   last_ = asLast;
@@ -77,16 +77,19 @@ bool TokenScanner<Sink>::processOperator(ScannedToken& token) {
 
 // Ends a function that was named without arguments, and multiplies with what begins an operand.
 template <class Sink>
-bool TokenScanner<Sink>::separate(bool fromOperand) {
-  if (last_ == LastToken::function && !insertParentheses()) return false;
+bool TokenScanner<Sink>::separate(bool fromOperand, const ScannedToken& from) {
+  const TextPlace name{from.offset(), from.length()};
+  const auto whole = wholePlace(rest(begin_), from.type, name);
+  const char* const place = begin_ + whole.offset;
+  if (last_ == LastToken::function && !insertParentheses(place)) return false;
   const bool multiplies = last_ == LastToken::operand || last_ == LastToken::postfix;
-  return !fromOperand || !multiplies || insert(table_.multiplyRow());
+  return !fromOperand || !multiplies || insert(table_.multiplyRow(), place);
 }
 
 template <class Sink>
-bool TokenScanner<Sink>::insert(std::uint16_t row) {
+bool TokenScanner<Sink>::insert(std::uint16_t row, const char* place) {
   ScannedToken token;
-  slice(token, MXTokenType::op, at_, at_);
+  slice(token, MXTokenType::op, place, place);
   token.form = TokenForm::inserted;
   token.row = row;
   last_ = lastOf(row);

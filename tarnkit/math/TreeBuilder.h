@@ -31,6 +31,9 @@ class TreeBuilder {
   /// The text that the nodes' slices refer to comes in two runs.
   std::string_view text() const noexcept { return text_; }
   std::string_view moreText() const noexcept { return moreText_; }
+  /// Whether a place in the text is one in what the engine was given.
+  bool isTextSource() const noexcept { return isTextSource_; }
+  void setTextIsSource(bool is) noexcept { isTextSource_ = is; }
   /// Whether the nodes stand in what `reserve` made, and it has room for the texts.
   bool hasMemory() const noexcept {
     return memory_.holds(nodes_.size(), text_.size() + moreText_.size()) &&
@@ -133,6 +136,7 @@ class TreeBuilder {
   std::string_view text_;
   std::string moreText_;
   std::uint32_t depth_ = 0;
+  bool isTextSource_ = true;
   TreeSummary summary_;
   TreeMemory memory_;
   SmallStack<ExpressionNode, kInlineNodes> nodes_;

@@ -10,6 +10,7 @@
 #include "tarnkit/math/FunctionMath.h"
 #include "tarnkit/math/MXFunctionEvaluator.h"
 #include "tarnkit/math/MathText.h"
+#include "tarnkit/math/TokenScanner.h"
 #include "tarnkit/math/TreeOperations.h"
 
 namespace tarnkit::detail {
@@ -99,6 +100,14 @@ bool evaluatePlainTree(const TreeView& tree, std::uint32_t stackDepth,
   return true;
 }
 
+void placeError(MXError& error, const TreeView& tree, const ExpressionNode& node) noexcept {
+  if (!tree.hasPlace(node)) return error.removePlace();
+  const auto type = node.kind == NodeKind::variable ? MXTokenType::variable : MXTokenType::function;
+  const auto place =
+      wholePlace({tree.text, tree.textSize}, type, {node.textOffset, node.textLength});
+  error.setPlace(place.offset, place.length);
+}
+
 TreeEvaluation::TreeEvaluation(const MXMathEvaluator& evaluator,
                                const MXSubstitutions& substitutions, MXError* error)
     : evaluator_(evaluator), substitutions_(substitutions), error_(error ? error : &own_) {}
@@ -108,18 +117,18 @@ std::optional<MXNumber> TreeEvaluation::evaluate(const MXExpression& expression)
   root_ = &expression;
   ExpressionNode storage;
   tree_ = expression.view(storage);
-  if (!step(tree_.root, 0)) return std::nullopt;
+  if (!step(tree_.root, 0)) return failAt(tree_.root);
   while (!frames_.empty()) {
     Frame& frame = frames_.back();
     if (frame.waiting == 0) {
-      if (!leaveFunction()) return std::nullopt;
+      if (!leaveFunction()) return failAt(frames_.back().node);
       continue;
     }
     const std::uint32_t node = children_.back();
     children_.pop();
     const std::uint32_t place = tree_.nodes[frame.node].argumentCount - frame.waiting;
     --frame.waiting;
-    if (!step(node, place)) return std::nullopt;
+    if (!step(node, place)) return failAt(node);
   }
   assert(values_.size() == 1 && children_.empty() && objects_.empty());
   return values_.back();
@@ -319,6 +328,12 @@ Ref<MXExpression> TreeEvaluation::objectOf(std::uint32_t place) {
     objects_.push_back(objects_.back()->arguments()[frames_[objects_.size()].place]);
   }
   return objects_.back()->arguments()[place];
+}
+
+// What failed within, in the text of a value, has its place in that text.
+std::nullopt_t TreeEvaluation::failAt(std::uint32_t node) {
+  placeError(*error_, tree_, tree_.nodes[node]);
+  return std::nullopt;
 }
 
 bool TreeEvaluation::fail(MXErrorCode code, std::string message) {

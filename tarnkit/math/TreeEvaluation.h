@@ -29,6 +29,9 @@ inline bool sameName(std::string_view a, std::string_view b) noexcept {
 bool evaluatePlainTree(const TreeView& tree, std::uint32_t stackDepth,
                        const MXSubstitutions& substitutions, bool degrees, double& result);
 
+/// Gives the error the place of a node in the text that its tree was read from, or none.
+void placeError(MXError& error, const TreeView& tree, const ExpressionNode& node) noexcept;
+
 /// Evaluates any expression in the order of its arguments, from a stack of its own: registered
 /// functions, aliases, resolvers, substituted strings and expressions, and every error. Used once.
 class TreeEvaluation {
@@ -63,6 +66,7 @@ class TreeEvaluation {
   std::optional<MXNumber> variableValue(const String& name);
   std::optional<MXNumber> reduce(const Object* value);
   Ref<MXExpression> objectOf(std::uint32_t place);
+  std::nullopt_t failAt(std::uint32_t node);
   bool fail(MXErrorCode code, std::string message);
   bool failReturning(std::string_view name);
 
