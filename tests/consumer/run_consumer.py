@@ -76,6 +76,15 @@ def expect_private_headers_stay(prefix):
             sys.exit(f"{name} is private and was installed")
 
 
+def expect_program_is_told_of(prefix):
+    """The system's manual has the program's pages, and the shells know how to complete it."""
+    for name in ("man/man1/tarnkit.1.gz", "man/man1/tarnkit-run.1.gz",
+                 "bash-completion/completions/tarnkit", "zsh/site-functions/_tarnkit",
+                 "fish/vendor_completions.d/tarnkit.fish"):
+        if not (prefix / "share" / name).is_file():
+            sys.exit(f"share/{name} is not installed")
+
+
 def configure(arguments, prefix, scratch, project, *options):
     run(arguments.cmake, "-S", project, "-B", scratch, "-G", arguments.generator,
         f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_CXX_COMPILER={arguments.compiler}",
@@ -121,6 +130,7 @@ def main():
         # Moved, to show that no path of the build is left in the package.
         prefix = (folder / "installed").rename(folder / "moved")
         expect_private_headers_stay(prefix)
+        expect_program_is_told_of(prefix)
         if not arguments.flags:
             expect_headers_compile(arguments, prefix)
         through_cmake(arguments, prefix, folder / "cmake")

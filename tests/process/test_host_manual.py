@@ -219,6 +219,9 @@ class HostManual(HostTest):
         found["What functions prints"] = {*language, *language["operators"][0],
                                           *language["functions"][0]}
 
+        failed = json.loads(self.host("eval", "2x", "--json", status=1)[0])
+        found["Error of an expression"] = set(failed["error"])
+
         toggle = ROOT / "examples/documents/toggle.json"
         changed = self.folder / "changed.json"
         text = toggle.read_text()

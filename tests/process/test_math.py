@@ -97,7 +97,8 @@ class Math(HostTest):
             ({"op": "eval", "text": "x", "functionsAsVariables": True, "vars": {"x": 9}},
              {"value": "9"}),
             ({"op": "eval", "text": "1 +"},
-             {"error": {"code": 10, "message": "no right operand to binary +"}}),
+             {"error": {"code": 10, "message": "no right operand to binary +", "offset": 2,
+                        "length": 1}}),
         ]
         broken = ["", "{", "[]", '{"op":"eval"}', '{"op":"jump","text":"1"}', '{"op":1,"text":"1"}',
                   '{"op":"eval","text":"1","degrees":"yes"}',

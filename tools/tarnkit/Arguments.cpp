@@ -7,6 +7,7 @@
 
 #include "tarnkit/patches/Orientation.h"
 #include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/Suggestion.h"
 
 namespace tarnkit::tool {
 
@@ -39,7 +40,10 @@ bool lists(std::string_view allowed, std::string_view name) {
 void Arguments::check(std::string_view allowed) const {
   for (const auto& argument : operation_.items()) {
     if (argument.key() == "do" || lists(allowed, argument.key())) continue;
-    throw CommandFailure(fmt::format("it has no argument \"{}\"", argument.key()));
+    std::vector<std::string_view> names;
+    for (auto rest = allowed; !rest.empty();) names.push_back(takeName(rest).name);
+    throw CommandFailure(fmt::format("it has no argument \"{}\"{}", argument.key(),
+                                     didYouMean(argument.key(), names)));
   }
   for (auto rest = allowed; !rest.empty();) {
     const auto [name, isOptional] = takeName(rest);

@@ -10,10 +10,12 @@
 
 #include "tarnkit/patches/HXRNode.h"
 #include "tarnkit/patches/PatchRegistry.h"
+#include "tarnkit/platform/text/ASCII.h"
 #include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/CatalogueShapes.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/Output.h"
+#include "tools/tarnkit/Suggestion.h"
 
 namespace tarnkit::tool {
 
@@ -42,14 +44,42 @@ bool standsBefore(const HXRNodeClass* a, const HXRNodeClass* b) {
   return a->name() < b->name();
 }
 
+std::string lowerCase(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) c = detail::lowerCaseOf(c);
+  return lower;
+}
+
+// The class of that key; without one the patches that people call so, and without these the ones of
+// which that is a part of the name or of the key. In any case but for the first.
+PatchClasses classesCalled(const std::string& name) {
+  if (const auto* const patchClass = patchClassNamed(name)) return {patchClass};
+  const std::string wanted = lowerCase(name);
+  PatchClasses whole, parts;
+  std::vector<std::string_view> names;
+  for (const auto* const patchClass : catalogue()) {
+    const std::string displayName = lowerCase(patchClass->defaultName().view());
+    const std::string key = lowerCase(patchClass->name());
+    if (displayName == wanted || key == wanted) whole.push_back(patchClass);
+    if (displayName.find(wanted) != std::string::npos || key.find(wanted) != std::string::npos) {
+      parts.push_back(patchClass);
+    }
+    names.push_back(patchClass->defaultName().view());
+    names.push_back(patchClass->name());
+  }
+  if (!whole.empty()) return whole;
+  if (parts.empty() || wanted.empty()) {
+    throw CommandFailure("catalogue", name,
+                         "there is no patch of that name or key" + didYouMean(name, names));
+  }
+  return parts;
+}
+
 PatchClasses namedClasses(const std::vector<std::string>& names) {
   PatchClasses classes;
   for (const std::string& name : names) {
-    const auto* const patchClass = patchClassNamed(name);
-    if (!patchClass) {
-      throw CommandFailure("catalogue", name, "there is no patch definition of that name");
-    }
-    classes.push_back(patchClass);
+    const auto called = classesCalled(name);
+    classes.insert(classes.end(), called.begin(), called.end());
   }
   return classes;
 }
@@ -130,7 +160,9 @@ void listCatalogue(const CatalogueOptions& options) {
 void addCatalogueCommand(CLI::App& app) {
   auto options = std::make_shared<CatalogueOptions>();
   auto* const command = app.add_subcommand("catalogue", "List the patch definitions");
-  command->add_option("CLASS", options->classes, "Only these classes, with their ports")
+  command
+      ->add_option("CLASS", options->classes,
+                   "Only these, with their ports: keys, names, or parts of them")
       ->type_name("");
   command->add_option("--category", options->category, "Only the patches of this category")
       ->type_name("NAME");

@@ -126,9 +126,7 @@ int check(const CheckOptions& options) {
 void addCheckCommand(CLI::App& app) {
   auto* command = app.add_subcommand("check", "Tell what is wrong in documents");
   const auto options = std::make_shared<CheckOptions>();
-  command->add_option("FILE", options->files, "Editor documents; - for standard input")
-      ->required()
-      ->type_name("");
+  addDocumentFiles(*command, options->files);
   const auto addCodes = [&](const char* name, std::vector<std::string>& codes, const char* what) {
     return command->add_option(name, codes, what)
         ->take_all()

@@ -1,6 +1,7 @@
 #include "tools/tarnkit/CheckOutput.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <iterator>
@@ -8,6 +9,7 @@
 #include "tarnkit/foundation/MD5.h"
 #include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Output.h"
+#include "tools/tarnkit/Terminal.h"
 
 namespace tarnkit::tool {
 
@@ -139,13 +141,27 @@ std::size_t keepWorst(std::vector<CheckedFile>& files, std::size_t limit) {
   return total - std::min(limit, all.size());
 }
 
+namespace {
+const char* styleOf(HXFindingSeverity severity) {
+  switch (severity) {
+    case HXFindingSeverity::error:
+      return "1;31";
+    case HXFindingSeverity::warning:
+      return "33";
+    case HXFindingSeverity::note:
+      break;
+  }
+  return "36";
+}
+}  // namespace
+
 void writeFindings(const std::vector<CheckedFile>& files, std::size_t hidden) {
   std::string lines;
   for (const Told& told : inOrder(files)) {
     const HXFinding& finding = *told.finding;
-    lines +=
-        oneLine(fmt::format("{}: {}: {}: {} [{}]", told.file->file, finding.address,
-                            nameOf(finding.severity()), sentenceOf(finding), finding.kind().name));
+    lines += oneLine(fmt::format("{}: {}: ", told.file->file, finding.address));
+    lines += styled(STDOUT_FILENO, styleOf(finding.severity()), nameOf(finding.severity()));
+    lines += oneLine(fmt::format(": {} [{}]", sentenceOf(finding), finding.kind().name));
     lines += '\n';
   }
   writeToStandardOutput(lines);

@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <utility>
@@ -17,6 +16,7 @@
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/Progress.h"
+#include "tools/tarnkit/Terminal.h"
 
 namespace tarnkit::tool {
 
@@ -67,8 +67,6 @@ bool isSummary(const Change& change) {
 
 class TextReport {
  public:
-  explicit TextReport(bool isColored) : isColored_(isColored) {}
-
   void add(const Change& change) {
     const std::string& place = isSummary(change) ? change.place : change.address;
     if (place != place_ || text_.empty()) {
@@ -90,11 +88,10 @@ class TextReport {
   const std::string& text() const { return text_; }
 
  private:
-  std::string colored(const char* code, const std::string& text) const {
-    return isColored_ ? fmt::format("\x1b[{}m{}\x1b[0m", code, text) : text;
+  static std::string colored(const char* style, const std::string& text) {
+    return styled(STDOUT_FILENO, style, text);
   }
 
-  bool isColored_;
   std::string place_;
   std::string text_;
 };
@@ -182,7 +179,7 @@ int diff(const DiffOptions& options) {
   if (options.json) {
     writeJSON(told);
   } else if (!options.quiet && options.page != kStandardStream) {
-    TextReport report(::isatty(STDOUT_FILENO) == 1 && !std::getenv("NO_COLOR"));
+    TextReport report;
     for (const auto& change : told) report.add(change);
     if (isCalledByGit && !told.empty()) {
       writeToStandardOutput(oneLine(options.files[0]) + "\n");

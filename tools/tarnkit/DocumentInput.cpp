@@ -8,6 +8,7 @@
 #include "tarnkit/platform/system/File.h"
 #include "tarnkit/text/HXTextFile.h"
 #include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/FileKind.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/Shapes.h"
 
@@ -17,6 +18,16 @@ void DocumentOptions::addTo(CLI::App& command) {
   command.add_option("FILE", file, "An editor document; - for standard input")
       ->required()
       ->type_name("");
+  addCodingTypeTo(command);
+}
+
+void addDocumentFiles(CLI::App& command, std::vector<std::string>& files) {
+  command.add_option("FILE", files, "Editor documents; - for standard input")
+      ->required()
+      ->type_name("");
+}
+
+void DocumentOptions::addCodingTypeTo(CLI::App& command) {
   command
       .add_option("--coding-type", codingType,
                   "Read as 0 or 1: draw fresh unique keys; 3: keep those of the file (default: as "
@@ -38,10 +49,16 @@ std::string imageFolderOf(const DocumentOptions& options) {
   return options.file == kStandardStream ? std::string() : File::directoryOf(options.file);
 }
 
+void refuseOther(std::string_view what, const std::string& path, FileKind kind) {
+  const bool isDocument = kind == FileKind::document || kind == FileKind::textDocument;
+  if (!isDocument && kind != FileKind::unknown) failWithFile(what, path, describeOther(kind));
+}
+
 }  // namespace
 
 DocumentInput openDocument(std::string_view what, const DocumentOptions& options,
                            const PropertyList& list, std::vector<HXNodeLosses>* losses) {
+  refuseOther(what, options.file, fileKindOf(HXArchiveReader::sniff(list)));
   DocumentInput input;
   input.codingType = options.codingType ? *options.codingType : HXDocumentFile::codingTypeOf(list);
   auto document = HXDocumentFile::document(list, input.codingType, losses);
@@ -75,12 +92,18 @@ DocumentInput openDocument(std::string_view what, const DocumentOptions& options
     auto document = HXTextFile::document(
         text, input.codingType, imageFolderOf(options), losses, &input.imageFiles,
         mayLackImages ? HXTextFile::AbsentImages::leftOut : HXTextFile::AbsentImages::refused);
-    if (!document) failWithFile(what, options.file, document.status());
+    if (!document) {
+      refuseOther(what, options.file, fileKindOf(bytes));
+      failWithFile(what, options.file, document.status());
+    }
     input.document = *std::move(document);
     return input;
   }
   const auto list = PropertyListReader::read(bytes);
-  if (!list) failWithFile(what, options.file, list.status());
+  if (!list) {
+    refuseOther(what, options.file, fileKindOf(bytes));
+    failWithFile(what, options.file, list.status());
+  }
   auto input = openDocument(what, options, *list, losses);
   input.form = form;
   return input;

@@ -32,8 +32,12 @@ struct DocumentOptions {
   bool leavesOutImages = false;
 
   void addTo(CLI::App& command);
+  void addCodingTypeTo(CLI::App& command);
   void addWithoutImagesTo(CLI::App& command);
 };
+
+/// The argument FILE of a command that takes several documents.
+void addDocumentFiles(CLI::App& command, std::vector<std::string>& files);
 
 /// The forms of an editor document as a file.
 enum class DocumentForm : std::uint8_t { binary, xml, text };

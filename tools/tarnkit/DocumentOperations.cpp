@@ -8,6 +8,7 @@
 #include "tarnkit/text/HXTextFile.h"
 #include "tools/tarnkit/Arguments.h"
 #include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/FileKind.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Session.h"
 #include "tools/tarnkit/Shapes.h"
@@ -33,6 +34,11 @@ std::string filePath(const Session& session, const Arguments& arguments) {
   return path;
 }
 
+Result quit(Session& session, const Arguments&) {
+  session.end();
+  return {};
+}
+
 Result newDocument(Session& session, const Arguments& arguments) {
   const auto name = arguments.optionalText("as");
   const auto document = make<HXDocument>();
@@ -51,6 +57,12 @@ Result documentGraph(Session& session, const Arguments& arguments) {
   return keysOf(document);
 }
 
+void refuseOther(const std::string& path, FileKind kind) {
+  if (kind == FileKind::document || kind == FileKind::textDocument) return;
+  const std::string other = describeOther(kind);
+  if (!other.empty()) throw CommandFailure(fmt::format("{}, {}", path, other));
+}
+
 Result open(Session& session, const Arguments& arguments) {
   const auto name = arguments.optionalText("as");
   const auto path = filePath(session, arguments);
@@ -58,10 +70,11 @@ Result open(Session& session, const Arguments& arguments) {
   const bool isText = HXTextFile::isText(bytes);
   // A text calls its nodes by their keys, which are therefore kept unless somebody says otherwise.
   const auto codingType = arguments.integer("codingType", isText ? HXCodingTypeEditorWithKeys : 0);
-  const auto document = required(isText ? HXTextFile::open(path, codingType)
-                                        : HXDocumentFile::document(bytes, codingType).at(path));
-  session.takeDocument(name, document);
-  return keysOf(document);
+  auto document = isText ? HXTextFile::open(path, codingType)
+                         : HXDocumentFile::document(bytes, codingType).at(path);
+  if (!document) refuseOther(path, fileKindOf(bytes));
+  session.takeDocument(name, required(std::move(document)));
+  return keysOf(session.document());
 }
 
 Result save(Session& session, const Arguments& arguments) {
@@ -110,6 +123,7 @@ constexpr Operation kOperations[] = {
     {"send", "file", send},
     {"sendImages", "directory", sendImages},
     {"dump", "node?", dump},
+    {"quit", "", quit},
 };
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "tarnkit/math/MXMathEvaluator.h"
 #include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/ExpressionErrors.h"
 #include "tools/tarnkit/MathCommands.h"
 #include "tools/tarnkit/MathSupport.h"
 #include "tools/tarnkit/Output.h"
@@ -41,16 +42,29 @@ MXSubstitutions readVariables(const std::vector<std::string>& variables, bool pr
   return substitutions;
 }
 
+[[noreturn]] void fail(const MXError& error, const MXSubstitutions& variables,
+                       const EvalOptions& options) {
+  std::vector<std::string> names;
+  for (const auto& variable : variables) names.push_back(variable.key.toStdString());
+  const ExpressionFailure failure{error, options.expression, names};
+  if (!options.json) failure.end();
+  std::string line;
+  JSONWriter json(line);
+  failure.writeJSON(json);
+  writeToStandardOutput(line + '\n');
+  throw CommandStatus{1};
+}
+
 void evaluate(const EvalOptions& options) {
   if (options.percent) readPercentSignAsPercent();
   const auto evaluator = make<MXMathEvaluator>();
   if (options.degrees) evaluator->setAngleMeasurementMode(MXAngleMeasurementMode::degrees);
   evaluator->setUsesHighPrecisionEvaluation(options.precise);
   evaluator->setResolvesFunctionsAsVariables(options.functionsAsVariables);
+  const auto variables = readVariables(options.variables, options.precise);
   MXError error;
-  const auto value = evaluator->evaluateString(
-      options.expression, readVariables(options.variables, options.precise), &error);
-  if (!value) throw CommandFailure(describeError(error));
+  const auto value = evaluator->evaluateString(options.expression, variables, &error);
+  if (!value) fail(error, variables, options);
   const std::string text = valueText(*value, options.precise);
   std::string line = text;
   if (options.json) {

@@ -4,7 +4,7 @@
 
 #include "tarnkit/math/MXMathEvaluator.h"
 #include "tarnkit/math/MXMathStringTokenizer.h"
-#include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/ExpressionErrors.h"
 #include "tools/tarnkit/MathCommands.h"
 #include "tools/tarnkit/MathSupport.h"
 #include "tools/tarnkit/Output.h"
@@ -26,16 +26,14 @@ void printTokens(const std::string& text) {
     lines += token.token;
     lines += '\n';
   };
-  if (!MXMathStringTokenizer::eachToken(text, print, &error)) {
-    throw CommandFailure(describeError(error));
-  }
+  if (!MXMathStringTokenizer::eachToken(text, print, &error)) ExpressionFailure{error, text}.end();
   writeToStandardOutput(lines);
 }
 
 Ref<MXExpression> parse(const std::string& text) {
   MXError error;
   auto expression = MXExpression::expressionFromString(text, &error);
-  if (!expression) throw CommandFailure(describeError(error));
+  if (!expression) ExpressionFailure{error, text}.end();
   return expression;
 }
 
@@ -66,7 +64,7 @@ void addExpressionCommands(CLI::App& program) {
       [](const std::string& text) {
         MXError error;
         const auto simplified = parse(text)->simplifiedExpressionWithEvaluator(nullptr, &error);
-        if (!simplified) throw CommandFailure(describeError(error));
+        if (!simplified) ExpressionFailure{error, text}.end();
         print(simplified);
       });
   add(program, "rewrite", "Print the tree of an expression, simplified by the rewrite rules",

@@ -118,9 +118,7 @@ int find(const FindOptions& options, const HXSearchCriteria& criteria) {
 void addFindCommand(CLI::App& app) {
   auto* command = app.add_subcommand("find", "Find nodes and ports in documents");
   const auto options = std::make_shared<FindOptions>();
-  command->add_option("FILE", options->files, "Editor documents; - for standard input")
-      ->required()
-      ->type_name("");
+  addDocumentFiles(*command, options->files);
   command
       ->add_option("--patch", options->patch, "Of this patch class, or of the patch of this name")
       ->type_name("CLASS");

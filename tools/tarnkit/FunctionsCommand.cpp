@@ -1,4 +1,5 @@
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -12,6 +13,8 @@
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/MathCommands.h"
 #include "tools/tarnkit/Output.h"
+#include "tools/tarnkit/Suggestion.h"
+#include "tools/tarnkit/Terminal.h"
 
 namespace tarnkit::tool {
 
@@ -43,7 +46,15 @@ Language languageOf(const FunctionsOptions& options) {
            std::none_of(language.functions.begin(), language.functions.end(), isOfFunction);
   });
   if (language.functions.empty() && language.operators.empty()) {
-    throw CommandFailure("functions", options.name, "there is no function and no operator so");
+    std::vector<std::string_view> names;
+    const auto all = functionDescriptions();
+    for (const auto& function : all) {
+      names.push_back(function.name);
+      for (const String& alias : function.aliases) names.push_back(alias.view());
+    }
+    throw CommandFailure(
+        "functions", options.name,
+        "there is no function and no operator so" + didYouMean(name.view(), names));
   }
   return language;
 }
@@ -158,7 +169,7 @@ void addFunctionsCommand(CLI::App& program) {
     if (options->json) {
       writeJSON(language);
     } else {
-      writeToStandardOutput(linesOf(language));
+      writeToStandardOutput(wrapped(linesOf(language), terminalWidth(STDOUT_FILENO)));
     }
   });
 }

@@ -2,6 +2,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tarnkit/archive/HXArchiveReader.h"
 #include "tarnkit/archive/HXArchiveText.h"
@@ -9,10 +10,12 @@
 #include "tarnkit/platform/text/JSONWriter.h"
 #include "tarnkit/text/HXTextFile.h"
 #include "tools/tarnkit/DocumentInput.h"
+#include "tools/tarnkit/FileKind.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Outline.h"
 #include "tools/tarnkit/Output.h"
 #include "tools/tarnkit/Progress.h"
+#include "tools/tarnkit/SeveralFiles.h"
 #include "tools/tarnkit/Shapes.h"
 
 namespace tarnkit::tool {
@@ -20,7 +23,7 @@ namespace tarnkit::tool {
 namespace {
 
 struct InspectOptions {
-  std::string file;
+  std::vector<std::string> files;
   bool json = false;
 };
 
@@ -33,13 +36,13 @@ void printArchive(const HXArchiveReader& archive, bool asJson) {
   }
 }
 
-void printDocument(const DocumentInput& input, const InspectOptions& options) {
-  if (!options.json) {
+void printDocument(const DocumentInput& input, const std::string& file, bool asJSON) {
+  if (!asJSON) {
     writeToStandardOutput("editor document, ");
     writeOutline(*input.document, writeToStandardOutput);
     return;
   }
-  requireShape("inspect", options.file, *input.document);
+  requireShape("inspect", file, *input.document);
   JSONWriter json(writeToStandardOutput);
   json.beginObject().key("kind").value("editorDocument").key("document");
   writeNode(json, *input.document);
@@ -47,23 +50,26 @@ void printDocument(const DocumentInput& input, const InspectOptions& options) {
   json.flush();
 }
 
-void inspect(const InspectOptions& options) {
-  const Progress progress("inspecting " + options.file);
-  const auto bytes = readFile("inspect", options.file);
+void inspect(const std::string& file, bool asJSON) {
+  const Progress progress("inspecting " + file);
+  const auto bytes = readFile("inspect", file);
   DocumentOptions document;
-  document.file = options.file;
+  document.file = file;
   if (HXTextFile::isText(bytes)) {
-    return printDocument(openDocument("inspect", document, bytes), options);
+    return printDocument(openDocument("inspect", document, bytes), file, asJSON);
   }
   HXArchiveReader archive;
-  if (archive.open(bytes)) return printArchive(archive, options.json);
+  if (archive.open(bytes)) return printArchive(archive, asJSON);
   const auto list = PropertyListReader::read(bytes);
-  if (!list) failWithFile("inspect", options.file, list.status());
-  if (HXArchiveReader::sniff(*list) != HXArchiveKind::editorDocument) {
-    failWithFile("inspect", options.file,
-                 "it is no editor document, device graph or image archive");
+  if (!list) {
+    const std::string other = describeOther(fileKindOf(bytes));
+    if (!other.empty()) failWithFile("inspect", file, other);
+    failWithFile("inspect", file, list.status());
   }
-  printDocument(openDocument("inspect", document, *list), options);
+  if (HXArchiveReader::sniff(*list) != HXArchiveKind::editorDocument) {
+    failWithFile("inspect", file, "it is no editor document, device graph or image archive");
+  }
+  printDocument(openDocument("inspect", document, *list), file, asJSON);
 }
 
 }  // namespace
@@ -72,12 +78,15 @@ void addInspectCommand(CLI::App& app) {
   auto* command = app.add_subcommand("inspect", "Tell what a file is and print it");
   const auto options = std::make_shared<InspectOptions>();
   command
-      ->add_option("FILE", options->file,
-                   "An editor document, a device graph or an image archive; - for standard input")
+      ->add_option("FILE", options->files,
+                   "Editor documents, device graphs, image archives; - for standard input")
       ->required()
       ->type_name("");
   command->add_flag("--json", options->json, "Print it as JSON");
-  command->callback([options] { inspect(*options); });
+  command->callback([options] {
+    printEach(options->files, options->json,
+              [&](const std::string& file) { inspect(file, options->json); });
+  });
 }
 
 }  // namespace tarnkit::tool

@@ -14,6 +14,7 @@
 #include "tarnkit/math/MXMathStringTokenizer.h"
 #include "tarnkit/platform/text/JSONWriter.h"
 #include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/ExpressionErrors.h"
 #include "tools/tarnkit/InputLines.h"
 #include "tools/tarnkit/MathCommands.h"
 #include "tools/tarnkit/MathSupport.h"
@@ -119,8 +120,11 @@ class Batch {
     answers_.key("code").value(code).key("message").value(message);
     answers_.endObject().endObject();
   }
-  void fail(const MXError& error) {
-    fail(static_cast<int>(error.code()), error.localizedDescription());
+  void fail(const MXError& error, const std::string& expression,
+            const MXSubstitutions& substitutions = {}) {
+    std::vector<std::string> names;
+    for (const auto& variable : substitutions) names.push_back(variable.key.toStdString());
+    ExpressionFailure{error, expression, names}.writeJSON(answers_);
   }
   void failForMemory() { fail(kMalformedLine, "there is not enough memory for this line"); }
 
@@ -128,7 +132,9 @@ class Batch {
   void listTokens(const std::string& expression) {
     MXError error;
     const auto ignore = [](const MXTokenText&) {};
-    if (!MXMathStringTokenizer::eachToken(expression, ignore, &error)) return fail(error);
+    if (!MXMathStringTokenizer::eachToken(expression, ignore, &error)) {
+      return fail(error, expression);
+    }
     answers_.beginObject().key("tokens").beginArray();
     const auto list = [this](const MXTokenText& token) {
       answers_.beginObject();
@@ -143,7 +149,7 @@ class Batch {
   void evaluate(const std::string& expression, const MXSubstitutions& substitutions) {
     MXError error;
     const auto value = evaluator_->evaluateString(expression, substitutions, &error);
-    if (!value) return fail(error);
+    if (!value) return fail(error, expression, substitutions);
     const std::string digits = valueText(*value, evaluator_->usesHighPrecisionEvaluation());
     answers_.beginObject().key("value").value(digits).endObject();
   }
@@ -156,7 +162,7 @@ class Batch {
     } else if (expression && op == "rewrite") {
       expression = evaluator_->expressionByRewritingExpression(expression);
     }
-    if (!expression) return fail(error);
+    if (!expression) return fail(error, source);
     const String description = expression->description();
     answers_.beginObject().key("expression").value(description.view()).endObject();
   }

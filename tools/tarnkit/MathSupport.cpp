@@ -1,12 +1,9 @@
 #include "tools/tarnkit/MathSupport.h"
 
-#include <fmt/format.h>
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 
-#include "tarnkit/math/MXError.h"
 #include "tarnkit/math/MXExpressionRewriter.h"
 #include "tarnkit/math/MXMathOperatorSet.h"
 #include "tarnkit/math/MXNumber.h"
@@ -42,10 +39,6 @@ void takeExpression(const CLI::App& command, std::string& expression) {
 void readPercentSignAsPercent() {
   MXExpressionRewriter::defaultRewriter();
   MXMathOperatorSet::defaultOperatorSet()->setInterpretsPercentSignAsModulo(false);
-}
-
-std::string describeError(const MXError& error) {
-  return fmt::format("{} (code {})", error.localizedDescription(), static_cast<int>(error.code()));
 }
 
 Ref<Object> substitutionFromText(const std::string& text, bool keepsDigits) {

@@ -9,7 +9,6 @@ class App;
 }
 
 namespace tarnkit {
-class MXError;
 class MXNumber;
 class Object;
 }  // namespace tarnkit
@@ -27,8 +26,6 @@ void takeExpression(const CLI::App& command, std::string& expression);
 /// Reads "%" as the percent operator for the rest of the process; the rewriter's rules, which mean
 /// the modulo, are made before.
 void readPercentSignAsPercent();
-/// "MESSAGE (code N)".
-std::string describeError(const MXError& error);
 /// A value for a variable: a number where the text is one, otherwise an expression. A number whose
 /// digits are to be kept is an expression too.
 Ref<Object> substitutionFromText(const std::string& text, bool keepsDigits);

@@ -6,7 +6,8 @@ class App;
 
 namespace tarnkit::tool {
 
-// The commands that work on documents. Each function enters its command into the program.
+// The commands that work on documents, and those about the program. Each function enters its
+// command into the program.
 
 /// `tarnkit run`: performs an editing session.
 void addRunCommand(CLI::App& app);
@@ -32,6 +33,10 @@ void addImagesCommand(CLI::App& app);
 void addDiffCommand(CLI::App& app);
 /// `tarnkit merge`: merges what two branches made of a document.
 void addMergeCommand(CLI::App& app);
+/// `tarnkit completion`: prints what makes a shell complete this command line.
+void addCompletionCommand(CLI::App& app);
+/// `tarnkit manpage`: prints or writes the pages of the system's manual.
+void addManPageCommand(CLI::App& app);
 /// `tarnkit git`: has git compare and merge documents.
 void addGitCommand(CLI::App& app);
 

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 #include "tarnkit/platform/system/File.h"
 #include "tarnkit/platform/system/Log.h"
 #include "tools/tarnkit/Command.h"
@@ -22,6 +24,10 @@ void writeToStandardOutput(std::string_view text) {
 }
 
 std::vector<std::uint8_t> readFile(std::string_view what, const std::string& path) {
+  static bool isStreamRead = false;
+  if (path == kStandardStream && std::exchange(isStreamRead, true)) {
+    failWithFile(what, path, "it is named twice, and can be read once only");
+  }
   auto bytes = path == kStandardStream ? File::readStream(STDIN_FILENO) : File::read(path);
   if (!bytes) failWithFile(what, path, bytes.status());
   return *std::move(bytes);

@@ -107,7 +107,7 @@ void addReferenceCommand(CLI::App& app) {
       ->type_name("DIR");
   command
       ->add_option("--theme", options->theme, "Colours; those of the reader's system when absent")
-      ->check(CLI::IsMember({"light", "dark"}))
+      ->check(CLI::IsMember({"light", "dark"}).description(""))
       ->type_name("light|dark");
   command->callback([options] { writeReference(*options); });
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tarnkit/model/HXNodeWalk.h"
+#include "tarnkit/platform/text/ASCII.h"
 #include "tarnkit/render/HXGraphPage.h"
 #include "tools/tarnkit/DocumentInput.h"
 #include "tools/tarnkit/ModelCommands.h"
@@ -21,7 +22,7 @@ struct RenderOptions {
   DocumentOptions document;
   std::string output;
   std::string group;
-  std::string format = "svg";
+  std::string format;
   std::string theme = "light";
 };
 
@@ -39,7 +40,24 @@ const HXGroup* groupForKey(const HXDocument& document, std::string_view key) {
   return nullptr;
 }
 
+// Of the name where none was given; a name without an ending is that of a picture.
+std::string formatOf(const RenderOptions& options) {
+  if (!options.format.empty()) return options.format;
+  const std::string name = options.output.substr(options.output.rfind('/') + 1);
+  const auto point = name.rfind('.');
+  if (point == std::string::npos || point == 0) return "svg";
+  std::string ending = name.substr(point + 1);
+  for (char& c : ending) c = detail::lowerCaseOf(c);
+  if (ending == "svg") return "svg";
+  if (ending == "html" || ending == "htm") return "html";
+  throw CLI::ValidationError(
+      "-o", fmt::format("what \"{}\" ends in is no form that is drawn; name it .svg or .html, or "
+                        "say which with --format",
+                        oneLine(name)));
+}
+
 void render(const RenderOptions& options) {
+  const std::string format = formatOf(options);
   HXPictureReport report;
   {
     const Progress progress("drawing " + options.document.file);
@@ -50,8 +68,8 @@ void render(const RenderOptions& options) {
     if (!group) failWithFile("render", options.document.file, "it has no group " + options.group);
     HXPictureOptions picture;
     picture.theme = options.theme == "dark" ? HXPictureTheme::dark : HXPictureTheme::light;
-    const std::string text = options.format == "html" ? graphPage(*group, picture.theme, &report)
-                                                      : graphPicture(*group, picture, &report);
+    const std::string text = format == "html" ? graphPage(*group, picture.theme, &report)
+                                              : graphPicture(*group, picture, &report);
     writeFile("render", options.output, bytesOf(text));
   }
   for (const std::string& note : report.notes) {
@@ -75,11 +93,12 @@ void addRenderCommand(CLI::App& app) {
       ->type_name("KEY");
   command
       ->add_option("--format", options->format,
-                   "svg: one picture; html: a page to look around in, with every group below")
-      ->check(CLI::IsMember({"svg", "html"}))
+                   "svg: one picture; html: a page to look around in, with every group below "
+                   "(default: after the ending of OUT)")
+      ->check(CLI::IsMember({"svg", "html"}).description(""))
       ->type_name("svg|html");
   command->add_option("--theme", options->theme, "Colours")
-      ->check(CLI::IsMember({"light", "dark"}))
+      ->check(CLI::IsMember({"light", "dark"}).description(""))
       ->type_name("light|dark");
   command->callback([options] { render(*options); });
 }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "tools/tarnkit/FileKind.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Operations.h"
 #include "tools/tarnkit/Output.h"
@@ -18,10 +19,11 @@ struct RunOptions {
   bool trace = false;
   bool json = false;
   bool history = false;
+  bool keepGoing = false;
 };
 
 void run(const RunOptions& options) {
-  const auto bytes = readFile("script", options.script);
+  const auto write = [](std::string_view text) { writeToStandardOutput(text); };
   SessionRun run;
   if (options.trace) {
     run.output = SessionRun::Output::trace;
@@ -29,8 +31,14 @@ void run(const RunOptions& options) {
     run.output = SessionRun::Output::json;
   }
   run.recordsHistory = options.history;
-  run.perform({reinterpret_cast<const char*>(bytes.data()), bytes.size()},
-              [](std::string_view text) { writeToStandardOutput(text); });
+  run.keepsGoing = options.keepGoing;
+  if (options.script == kStandardStream) return run.performInput(write);
+  const auto bytes = readFile("script", options.script);
+  const FileKind kind = fileKindOf(bytes);
+  if (kind != FileKind::script && kind != FileKind::unknown) {
+    failWithFile("run", options.script, describeOther(kind));
+  }
+  run.perform({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, write);
 }
 
 // What --help says beneath the options.
@@ -59,6 +67,8 @@ void addRunCommand(CLI::App& app) {
                     "Print the results as one JSON array (a trace stays JSON lines)");
   command->add_flag("--history", options->history,
                     "Record the changes of each document, so that they can be undone");
+  command->add_flag("--keep-going", options->keepGoing,
+                    "Tell what cannot be performed, {op, do, error}, and go on");
   command->footer(operationList);
   command->callback([options] { run(*options); });
 }

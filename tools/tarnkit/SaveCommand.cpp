@@ -74,8 +74,8 @@ void addSaveCommand(CLI::App& app) {
       ->add_option("--format", options->format,
                    "binary, xml or json, a text (default: after the ending of OUT, .xml or .json; "
                    "otherwise binary)")
-      ->check(CLI::IsMember({"binary", "xml", "json"}))
-      ->type_name("FORMAT");
+      ->check(CLI::IsMember({"binary", "xml", "json"}).description(""))
+      ->type_name("binary|xml|json");
   command
       ->add_option("--images", options->images,
                    "With a text: write the images as files into this folder, below that of OUT")

@@ -39,34 +39,49 @@ void checkDepth(int depth, Event event) {
 }
 
 // Reads the elements of an array one by one: none of them is kept.
-void readElements(std::string_view text, const Script::Visit& visit) {
+void readElements(std::string_view text, const Script::Visit* visit) {
   std::size_t number = 0;
+  bool goesOn = true;
   const auto element = [&](int depth, Event event, Json& parsed) {
     checkDepth(depth, event);
     const bool ends =
         event == Event::object_end || event == Event::array_end || event == Event::value;
     if (depth != 1 || !ends) return true;
-    if (visit) visit(number, parsed);
+    if (visit && goesOn) goesOn = (*visit)({number, &parsed, {}});
     ++number;
     return false;
   };
   [[maybe_unused]] const Json rest = Json::parse(text.begin(), text.end(), element);
 }
 
-}  // namespace
-
-Script::Script(std::string_view text) : text_(text) {
-  if (text_.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-    text_.remove_prefix(kByteOrderMark.size());
-  }
+bool isBlank(std::string_view text) {
+  return text.find_first_not_of(kWhiteSpace) == std::string_view::npos;
 }
 
-void Script::eachOperation(const Visit& visit) const {
-  const auto first = text_.find_first_not_of(kWhiteSpace);
-  if (first != std::string_view::npos && text_[first] == '[') {
-    eachElement(visit);
-  } else {
-    eachLine(visit);
+std::string_view withoutByteOrderMark(std::string_view text) {
+  if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+    text.remove_prefix(kByteOrderMark.size());
+  }
+  return text;
+}
+
+}  // namespace
+
+Script::Script(std::string_view text) : text_(withoutByteOrderMark(text)) {}
+
+bool Script::isArray(std::string_view beginning) {
+  const auto text = withoutByteOrderMark(beginning);
+  const auto first = text.find_first_not_of(kWhiteSpace);
+  return first != text.npos && text[first] == '[';
+}
+
+void Script::eachStep(const Visit& visit) const {
+  if (isArray(text_)) return eachElement(visit);
+  ScriptLines lines(visit);
+  for (std::size_t at = 0; at < text_.size();) {
+    const auto end = std::min(text_.find('\n', at), text_.size());
+    if (!lines.take(text_.substr(at, end - at))) return;
+    at = end + 1;
   }
 }
 
@@ -78,33 +93,29 @@ void Script::eachElement(const Visit& visit) const {
   } catch (const CommandFailure& failure) {
     throw CommandFailure("script", "the array of operations", failure.what());
   }
-  readElements(text_, visit);
+  readElements(text_, &visit);
 }
 
-void Script::eachLine(const Visit& visit) const {
-  std::size_t number = 0;
-  std::size_t lineNumber = 0;
-  for (std::size_t at = 0; at < text_.size();) {
-    const auto end = std::min(text_.find('\n', at), text_.size());
-    const auto line = text_.substr(at, end - at);
-    at = end + 1;
-    ++lineNumber;
-    if (line.find_first_not_of(kWhiteSpace) == std::string_view::npos) continue;
-    Json operation;
-    try {
-      operation = Json::parse(line.begin(), line.end(), [](int depth, Event event, Json&) {
-        checkDepth(depth, event);
-        return true;
-      });
-    } catch (const Json::exception& error) {
-      throw CommandFailure(
-          fmt::format("operation {}, line {}, {}", number, lineNumber, reasonOf(error)));
-    } catch (const CommandFailure& failure) {
-      throw CommandFailure(
-          fmt::format("operation {}, line {}, {}", number, lineNumber, failure.what()));
-    }
-    visit(number++, operation);
+bool ScriptLines::take(std::string_view line) {
+  if (++lineNumber_ == 1) line = withoutByteOrderMark(line);
+  if (isBlank(line)) return true;
+  Json operation;
+  ScriptStep step{number_++, &operation, {}};
+  try {
+    operation = Json::parse(line.begin(), line.end(), [](int depth, Event event, Json&) {
+      checkDepth(depth, event);
+      return true;
+    });
+  } catch (const Json::exception& error) {
+    step = {step.number, nullptr, fmt::format("line {}, {}", lineNumber_, reasonOf(error))};
+  } catch (const CommandFailure& failure) {
+    step = {step.number, nullptr, fmt::format("line {}, {}", lineNumber_, failure.what())};
   }
+  return visit_(step);
+}
+
+bool ScriptLines::takeUnreadable(std::string_view why) {
+  return visit_({number_++, nullptr, fmt::format("line {}, {}", ++lineNumber_, why)});
 }
 
 }  // namespace tarnkit::tool

@@ -29,6 +29,10 @@ class Session {
 
   /// Documents that are taken in hand from now on record their changes.
   void recordHistory() noexcept { recordsHistory_ = true; }
+  /// No further operation is performed.
+  void end() noexcept { isEnded_ = true; }
+  bool isEnded() const noexcept { return isEnded_; }
+
   /// Of the document in hand; throws when the session records none.
   HXHistory& history() const;
 
@@ -74,6 +78,7 @@ class Session {
 
   bool allowsFiles_;
   bool recordsHistory_ = false;
+  bool isEnded_ = false;
   Ref<HXDocument> document_;
   Ref<HXHistory> history_;  // of the document; null while none is recorded
   /// Whether the nodes of the document in hand are among `nodesByKey_`.

@@ -9,6 +9,7 @@
 #include <exception>
 #include <iostream>
 #include <new>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -17,9 +18,11 @@
 #include "tarnkit/platform/system/Bundle.h"
 #include "tools/tarnkit/CatalogueCommand.h"
 #include "tools/tarnkit/Command.h"
+#include "tools/tarnkit/CommandLine.h"
 #include "tools/tarnkit/MathCommands.h"
 #include "tools/tarnkit/ModelCommands.h"
 #include "tools/tarnkit/Output.h"
+#include "tools/tarnkit/Terminal.h"
 
 namespace {
 
@@ -66,6 +69,8 @@ void addCommands(CLI::App& program) {
   tool::addDiffCommand(program);
   tool::addMergeCommand(program);
   tool::addGitCommand(program);
+  tool::addCompletionCommand(program);
+  tool::addManPageCommand(program);
 }
 
 int run(int argc, char** argv) {
@@ -87,6 +92,17 @@ int run(int argc, char** argv) {
       ->take_all()
       ->allow_extra_args(false)
       ->type_name("FILE");
+  program
+      .add_option_function<std::string>(
+          "--color",
+          [](const std::string& choice) {
+            tool::setColorChoice(choice == "always"  ? tool::ColorChoice::always
+                                 : choice == "never" ? tool::ColorChoice::never
+                                                     : tool::ColorChoice::automatic);
+          },
+          "Colours: on terminals, unless NO_COLOR is set; always; or never")
+      ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
+      ->type_name("auto|always|never");
   addCommands(program);
   describeApplication();
   tarnkit::registerModelClasses();
@@ -96,10 +112,14 @@ int run(int argc, char** argv) {
   } catch (const tool::CommandStatus& ended) {
     return ended.status;
   } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-      return program.exit(error);  // --help, --version
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {  // --help, --version
+      std::ostringstream text;
+      const int status = program.exit(error, text, text);
+      std::cout << tool::wrapped(text.str(), tool::terminalWidth(STDOUT_FILENO));
+      return status;
     }
-    tool::complain(fmt::format("{} (--help tells more)", error.what()));
+    tool::complain(
+        fmt::format("{} (--help tells more)", tool::describeWrongCommandLine(program, error)));
     return kWrongCommandLine;
   }
 }
