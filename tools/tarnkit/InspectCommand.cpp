@@ -2,6 +2,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tarnkit/archive/HXArchiveReader.h"
@@ -58,18 +59,20 @@ void inspect(const std::string& file, bool asJSON) {
   if (HXTextFile::isText(bytes)) {
     return printDocument(openDocument("inspect", document, bytes), file, asJSON);
   }
-  HXArchiveReader archive;
-  if (archive.open(bytes)) return printArchive(archive, asJSON);
-  const auto list = PropertyListReader::read(bytes);
+  auto list = PropertyListReader::read(bytes);
   if (!list) {
     const std::string other = describeOther(fileKindOf(bytes));
     if (!other.empty()) failWithFile("inspect", file, other);
     failWithFile("inspect", file, list.status());
   }
-  if (HXArchiveReader::sniff(*list) != HXArchiveKind::editorDocument) {
+  if (HXArchiveReader::sniff(*list) == HXArchiveKind::editorDocument) {
+    return printDocument(openDocument("inspect", document, *list), file, asJSON);
+  }
+  HXArchiveReader archive;
+  if (!archive.open(*std::move(list))) {
     failWithFile("inspect", file, "it is no editor document, device graph or image archive");
   }
-  printDocument(openDocument("inspect", document, *list), file, asJSON);
+  printArchive(archive, asJSON);
 }
 
 }  // namespace
