@@ -61,12 +61,12 @@ std::string titleOf(const Rows& rows, std::size_t index) {
 }
 
 std::string exitStatusOf(const std::string& command) {
-  std::string one = "the work failed, and standard error tells why";
-  std::string two = "the command line is wrong";
-  if (command == "diff") one = "the documents differ";
-  if (command == "merge") one = "merged, with conflicts";
-  if (command == "check") one = "there are findings that count";
-  if (command == "find") one = "nothing was found";
+  std::string one = "The work failed, and standard error tells why";
+  std::string two = "The command line is wrong";
+  if (command == "diff") one = "The documents differ";
+  if (command == "merge") one = "Merged, with conflicts";
+  if (command == "check") one = "There are findings that count";
+  if (command == "find") one = "Nothing was found";
   const bool answers =
       command == "diff" || command == "merge" || command == "check" || command == "find";
   if (answers) two += ", or the work failed";
