@@ -189,7 +189,7 @@ TEST(CheckTest, AnExpressionsFaultIsShownWhereItIsKnown) {
        "the expression does not parse: variable names must be at least 1 character "
        "long, at character 5"},
       {"1 + foo($a)", 4, "there is no function \"foo\", at character 5"},
-      {"$a +", HXFinding::kNoOffset, "the expression does not parse: no right operand to binary +"},
+      {"$a +", 3, "the expression does not parse: no right operand to binary +, at character 4"},
   };
   for (const auto& row : rows) {
     CheckExample example;
