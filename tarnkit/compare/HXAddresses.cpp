@@ -35,6 +35,10 @@ std::string HXAddresses::escaped(std::string_view name) {
   return text;
 }
 
+std::string HXAddresses::quoted(const String& name) {
+  return name.isNil() ? "no name" : "\"" + escaped(name.view()) + "\"";
+}
+
 void HXAddresses::count(const HXGroup& group) {
   // A label that is given may be the own name of a later node ("Page [2]"), which then moves on.
   std::unordered_map<std::string_view, std::uint32_t> numbers;

@@ -43,6 +43,8 @@ class HXAddresses {
 
   /// A name as it stands in an address.
   static std::string escaped(std::string_view name);
+  /// The same in quotation marks; "no name", without them, for nil.
+  static std::string quoted(const String& name);
 
  private:
   /// The shown ports of a side by their names; null for a name that several have.

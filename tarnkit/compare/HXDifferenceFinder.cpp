@@ -30,10 +30,6 @@ bool isSamePoint(HXPoint a, HXPoint b) {
 
 std::string textOf(HXPoint point) { return fmt::format("({}, {})", point.x, point.y); }
 
-std::string quoted(const String& text) {
-  return text.isNil() ? "no name" : "\"" + HXAddresses::escaped(text.view()) + "\"";
-}
-
 // How a patch is called: by its name in the library, otherwise by its class.
 std::string patchText(const HXDocumentState::Node& node) {
   if (node.patch && node.patch->defaultName()) {
@@ -165,13 +161,13 @@ void HXDifferenceFinder::findNodeChanges(std::int32_t number) {
   }
   if (earlier.name != node.name) {
     auto& change = add(Kind::nodeRenamed, older, number);
-    change.oldText = quoted(earlier.name);
-    change.newText = quoted(node.name);
+    change.oldText = HXAddresses::quoted(earlier.name);
+    change.newText = HXAddresses::quoted(node.name);
   }
   if (earlier.comment != node.comment) {
     auto& change = add(Kind::commentChanged, older, number);
-    change.oldText = earlier.comment.isNil() ? "none" : quoted(earlier.comment);
-    change.newText = node.comment.isNil() ? "none" : quoted(node.comment);
+    change.oldText = earlier.comment.isNil() ? "none" : HXAddresses::quoted(earlier.comment);
+    change.newText = node.comment.isNil() ? "none" : HXAddresses::quoted(node.comment);
   }
   if (earlier.forcesSubnodes != node.forcesSubnodes) {
     if (earlier.hasGroup && !node.hasGroup) groupLostBy_[at(older)] = changes_.size();

@@ -20,10 +20,6 @@ std::size_t at(std::int32_t number) { return static_cast<std::size_t>(number); }
 // What is said of a group that was removed, and stays for what is in it.
 constexpr const char* kHolds = "holds what was made";
 
-std::string quoted(const String& text) {
-  return text.isNil() ? "no name" : "\"" + HXAddresses::escaped(text.view()) + "\"";
-}
-
 std::string patchText(const HXDocumentState::Node& node) {
   return node.patchClass.isNil() ? "none" : HXAddresses::escaped(node.patchClass.view());
 }
@@ -247,8 +243,8 @@ void StateMerge::mergeNode(std::int32_t number) {
   const bool hasKeptKeys = options_.keys == HXNodeMatching::Keys::whereTheyAgree;
   node.key = hasKeptKeys && o->key == b->key ? t->key : o->key;
   node.nodeClass = o->nodeClass;
-  node.name = pick(b->name, o->name, t->name, number, "name", quoted);
-  node.comment = pick(b->comment, o->comment, t->comment, number, "comment", quoted);
+  node.name = pick(b->name, o->name, t->name, number, "name", HXAddresses::quoted);
+  node.comment = pick(b->comment, o->comment, t->comment, number, "comment", HXAddresses::quoted);
   node.position = pick(b->position, o->position, t->position, number, "position",
                        [](HXPoint point) { return fmt::format("({}, {})", point.x, point.y); });
   const auto look = [](const auto& before, const auto& ours, const auto& theirs) {
@@ -303,9 +299,9 @@ void StateMerge::mergeShape(std::int32_t number, const Node& b, const Node& o, c
     const auto ours = valueOf(inOurs, parameter.key);
     const auto theirs = valueOf(inTheirs, parameter.key);
     if (ours.isNone() || theirs.isNone()) continue;
-    parameter.value =
-        pick(valueOf(before, parameter.key), ours, theirs, number, parameter.key.toStdString(),
-             [](const HXStateValue& value) { return value.description(); });
+    parameter.value = pick(valueOf(before, parameter.key), ours, theirs, number,
+                           HXAddresses::escaped(parameter.key.view()),
+                           [](const HXStateValue& value) { return value.description(); });
   }
   node.shape = o.shape == t.shape ? o.shape : 0;
 }

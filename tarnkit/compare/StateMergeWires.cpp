@@ -188,7 +188,7 @@ void StateMerge::takeOutPublications(std::int32_t number, std::int32_t side,
     const auto found = had.find(publication.port);
     if (found != had.end() && *found->second == publication) continue;
     const bool isOurs = ours_.places.publisherOf(publication.port) == number;
-    const std::string name = publication.name.toStdString();
+    const std::string name = HXAddresses::quoted(publication.name);
     const std::string other = "its port removed or moved";
     tell(Kind::hungOnRemoved, number, "published port", isOurs ? name : other,
          isOurs ? other : name, "none");
@@ -247,7 +247,7 @@ StateMerge::Publications StateMerge::mergedPublications(std::int32_t number,
       present.insert(port);
       // What goes because its node does is told when it is taken out.
       if (!isRenamed || (port.node >= 0 && !isKept_[at(port.node)])) continue;
-      const std::string name = publication.name.toStdString();
+      const std::string name = HXAddresses::quoted(publication.name);
       tell(Kind::removedAndChanged, number, "published port", isOurs ? name : "removed",
            isOurs ? "removed" : name, name);
     }
@@ -269,9 +269,8 @@ StateMerge::Publications StateMerge::mergedPublications(std::int32_t number,
     }
     const auto* earlier = find(had);
     merged.push_back(*first);
-    merged.back().name =
-        pick(earlier ? earlier->name : String(), first->name, second->name, number,
-             "name of a published port", [](const String& name) { return name.toStdString(); });
+    merged.back().name = pick(earlier ? earlier->name : String(), first->name, second->name, number,
+                              "name of a published port", HXAddresses::quoted);
   }
   return merged;
 }
@@ -414,7 +413,8 @@ void StateMerge::mergeWireOrder(std::int32_t number) {
     bool conflict = false;
     auto order = mergedOrder(b, o, t, present, conflict);
     if (conflict) {
-      decide(Kind::twoOrders, number, "connections of " + key.toStdString(), "ours", "theirs");
+      decide(Kind::twoOrders, number, "connections of " + HXAddresses::escaped(key.view()), "ours",
+             "theirs");
     }
     merged_.nodes[at(number)].wires.push_back({key, std::move(order)});
   }

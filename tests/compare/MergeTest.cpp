@@ -204,7 +204,7 @@ TEST_F(MergeEditsTest, WhatDoesNotGoTogetherIsToldWithBothSides) {
        {"Shelf / Loose: group, ours Shelf, theirs Album, taken Shelf"}},
       {[&](HXDocument& d) { in(d, album).symbolicInputPorts()[0]->setName("Mine"); },
        [&](HXDocument& d) { in(d, album).symbolicInputPorts()[0]->setName("Yours"); },
-       {"Album: name of a published port, ours Mine, theirs Yours, taken Mine"}},
+       {"Album: name of a published port, ours \"Mine\", theirs \"Yours\", taken \"Mine\""}},
       {[&](HXDocument& d) {
          as<HXSubviewGroup>(in(d, views).subnodeGroup())->moveSubviewNode(in(d, front), 0);
        },
@@ -224,7 +224,7 @@ TEST_F(MergeEditsTest, WhatDoesNotGoTogetherIsToldWithBothSides) {
       {[&](HXDocument& d) { remove(in(d, album)); },
        [&](HXDocument& d) { publish(in(d, delay), "Tarn.valueOutput", "Out"); },
        {"Album: node, ours removed, theirs changed, taken changed",
-        "Album: published port, ours its port removed or moved, theirs Out, taken none"}},
+        "Album: published port, ours its port removed or moved, theirs \"Out\", taken none"}},
       {[&](HXDocument& d) { remove(in(d, shelf)); },
        [&](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, loose)); },
        {"Shelf: node, ours removed, theirs holds what was made, taken holds what was made"}},
@@ -236,7 +236,7 @@ TEST_F(MergeEditsTest, WhatDoesNotGoTogetherIsToldWithBothSides) {
        {}},
       {[&](HXDocument& d) { remove(in(d, clamp)); },
        [&](HXDocument& d) { in(d, album).symbolicInputPorts()[0]->setName("Yours"); },
-       {"Album: published port, ours its port removed or moved, theirs Yours, taken none"}},
+       {"Album: published port, ours its port removed or moved, theirs \"Yours\", taken none"}},
       // What one made hung on what the other removed.
       {[&](HXDocument& d) { remove(in(d, source)); },
        [&](HXDocument& d) {
@@ -245,7 +245,7 @@ TEST_F(MergeEditsTest, WhatDoesNotGoTogetherIsToldWithBothSides) {
        {"Source: node, ours removed, theirs changed, taken changed"}},
       {[&](HXDocument& d) { publish(in(d, clamp), "Tarn.minimumInput", "Low"); },
        [&](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, clamp)); },
-       {"Album: published port, ours Low, theirs its port removed or moved, taken none"}},
+       {"Album: published port, ours \"Low\", theirs its port removed or moved, taken none"}},
       {[&](HXDocument& d) { remove(in(d, shelf)); },
        [&](HXDocument& d) { in(d, shelf).subnodeGroup()->addNode(in(d, views)); },
        {"Shelf: node, ours removed, theirs holds what was made, taken holds what was made"}},
