@@ -89,7 +89,10 @@ void Told::tell(const std::string& line) {
 }
 
 void Told::beginLogging() {
-  Log::setSink([](std::string_view line) { tell(std::string(line)); });
+  Log::setSink([](std::string_view line) {
+    const py::gil_scoped_acquire acquired;  // an operation may have let go of it
+    tell(std::string(line));
+  });
   py::module_::import("atexit").attr("register")(py::cpp_function([] { Log::setSink({}); }));
 }
 

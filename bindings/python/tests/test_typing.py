@@ -45,8 +45,9 @@ def check(module, arguments, folder):
     """Runs a module of mypy's on the package that is tested, in a folder of its own."""
     package = tarnkit.__path__[0].removesuffix("/tarnkit")
     done = subprocess.run([sys.executable, "-m", module, *arguments], capture_output=True,
-                          text=True, timeout=300, cwd=folder, check=False,
-                          env={**os.environ, "MYPYPATH": package})
+                          text=True, timeout=900, cwd=folder, check=False,
+                          env={**os.environ, "MYPYPATH": package,
+                               "MYPY_CACHE_DIR": str(folder / "cache")})
     return done.returncode, done.stdout + done.stderr
 
 
