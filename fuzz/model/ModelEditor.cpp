@@ -39,13 +39,14 @@ constexpr const char* kExpressions[] = {"$a+$b",       "$c*$d", "",        "$a",
 
 std::uint64_t edits = 0;
 
+}  // namespace
+
 template <class T>
-void keep(std::vector<Ref<T>>& kept, const Ref<T>& object) {
+void ModelEditor::keep(std::vector<Ref<T>>& kept, const Ref<T>& object) {
+  if (keepsDocument_) loose_.emplace_back(object.get());
   if (kept.size() == kMaximumKept) kept.erase(kept.begin());
   kept.push_back(object);
 }
-
-}  // namespace
 
 std::uint64_t ModelEditor::editCount() noexcept { return edits; }
 

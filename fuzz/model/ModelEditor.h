@@ -23,7 +23,9 @@ class ModelEditor {
 
   /// Edits until the bytes are used up.
   void run();
-  /// Edits this document only, which is not let go either.
+  /// Edits this document only, which is not let go either. Nor is what was taken out of it: an
+  /// archive tells whether somebody still has the port that a published port of it stands for, so a
+  /// loose node that ends would change the document's bytes without an edit.
   void keepTo(HXDocument& document);
   /// Makes one edit, with those of observers in the middle of it; false when the bytes are used up.
   bool runOne();
@@ -49,6 +51,8 @@ class ModelEditor {
   bool isDone() const noexcept { return next_ == end_; }
 
   std::uint32_t upTo(std::size_t count) { return byte() % static_cast<std::uint32_t>(count); }
+  template <class T>
+  void keep(std::vector<Ref<T>>& kept, const Ref<T>& object);
   std::vector<HXNode*> nodes() const;
   HXNode* anyNode();
   HXNode* anyContainer();
@@ -86,6 +90,7 @@ class ModelEditor {
   std::vector<Ref<HXNode>> nodes_;
   std::vector<Ref<HXConnection>> connections_;
   std::vector<Ref<HXSymbolicPort>> symbolicPorts_;
+  std::vector<Ref<Object>> loose_;  // all of them, with a document that is kept
 };
 
 }  // namespace tarnkit::fuzz

@@ -61,31 +61,12 @@ std::size_t unmatchedParenthesis(std::string_view text) {
 // The engine reads a parenthesis too many as a function of that name, which is no help to anybody.
 Ref<MXExpression> parse(std::string_view text, MXError& error) {
   auto expression = MXExpression::expressionFromString(text, &error);
-  if (!expression || unmatchedParenthesis(text) == kNoOffset) return expression;
+  if (!expression) return expression;
+  const auto unmatched = unmatchedParenthesis(text);
+  if (unmatched == kNoOffset) return expression;
   error = MXError(MXErrorCode::imbalancedParentheses, "imbalanced parentheses");
+  error.setPlace(unmatched, 1);
   return nullptr;
-}
-
-// The tokens stand in the text in their order, but for those that the tokenizer puts in between.
-std::size_t endOfTokens(std::string_view text) {
-  std::size_t at = 0;
-  const auto skipBlanks = [&] {
-    while (at < text.size() && text.find_first_of(" \t\r\n", at) == at) ++at;
-  };
-  const auto pass = [&](const MXTokenText& token) {
-    skipBlanks();
-    if (token.type == MXTokenType::variable && at < text.size() && text[at] == '$') ++at;
-    if (text.substr(at, token.token.size()) == token.token) at += token.token.size();
-  };
-  MXError error;
-  if (MXMathStringTokenizer::eachToken(text, pass, &error)) return kNoOffset;
-  skipBlanks();
-  return at < text.size() ? at : kNoOffset;
-}
-
-std::size_t placeOfError(std::string_view text, const MXError& error) {
-  if (error.code() == MXErrorCode::imbalancedParentheses) return unmatchedParenthesis(text);
-  return endOfTokens(text);
 }
 
 // Characters as people count them, but for those that are put together of several.
@@ -112,8 +93,7 @@ void findSyntax(CheckReport& report, const CheckedNode& checked) {
   MXError error;
   if (parse(parameter->value().view(), error)) return;
   addAt(report, Code::expressionSyntax, checked, *parameter,
-        "the expression does not parse: " + error.localizedDescription(),
-        placeOfError(parameter->value().view(), error));
+        "the expression does not parse: " + error.localizedDescription(), error.offset());
 }
 
 // With any value for every variable; what fails then fails with all values.
@@ -141,9 +121,7 @@ void findFunction(CheckReport& report, const CheckedNode& checked) {
   if (!name) return;
   addAt(report, Code::expressionFunction, checked, *parameter,
         fmt::format("there is no function \"{}\"", HXAddresses::escaped(name->view())),
-        parameter->value().view().find(name->view()) == std::string_view::npos
-            ? kNoOffset
-            : parameter->value().view().find(name->view()));
+        error.offset());
 }
 
 void findArguments(CheckReport& report, const CheckedNode& checked) {
@@ -156,7 +134,7 @@ void findArguments(CheckReport& report, const CheckedNode& checked) {
     return;
   }
   addAt(report, Code::expressionArguments, checked, *parameter,
-        "the expression has no value: " + error.localizedDescription());
+        "the expression has no value: " + error.localizedDescription(), error.offset());
 }
 
 void findNames(CheckReport& report, const CheckedNode& checked) {

@@ -40,6 +40,10 @@ inline constinit const Symbol HXHistoryDidChangeNotification{"HXHistoryDidChange
 /// Selection, inspector panel and canvas centre are how the editor looks at the document: they make
 /// no step of their own, and go back and forth with the step before them.
 ///
+/// After every undo and redo the document is archived as it was at that point, byte for byte. One
+/// thing of an archive is not the document's: of a published port whose own port is in a node that
+/// was removed (hidden ports stay published), it tells whether somebody still keeps that node.
+///
 /// Owned by the editor; a document has one at most at a time. Objects that left the document live
 /// as long as a step needs them. For the document's thread. Recording costs constant time a change
 /// (a patch that rebuilds its ports: a copy of its ports), undoing costs what the changes did.

@@ -519,7 +519,9 @@ void HXGroup::removeSymbolicPortForPort(HXPort* port) {
     levels.push_back(
         {Ref<HXGroup>(holderOf(*symbolicPort, *group)), Ref<HXPort>(port), symbolicPort});
     port = levels.back().symbolicPort.get();
-    group = port->node() ? port->node()->parentGroup() : nullptr;
+    // While a document is read, a group knows its node before its published ports do.
+    const auto* owner = port->node() ? port->node() : levels.back().group->node();
+    group = owner ? owner->parentGroup() : nullptr;
   }
   for (auto level = levels.rbegin(); level != levels.rend(); ++level) {
     if (level->port->symbolicPort() != level->symbolicPort.get()) continue;

@@ -11,7 +11,9 @@
 #include "tarnkit/compare/HXDocumentSearch.h"
 #include "tarnkit/editing/HXHistory.h"
 #include "tarnkit/model/HXDocumentFile.h"
+#include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/model/HXSymbolicPort.h"
+#include "tarnkit/patches/HXRValueParameters.h"
 #include "tests/compare/CheckExamples.h"
 #include "tests/model/ModelFixture.h"
 
@@ -109,6 +111,30 @@ TEST(CheckTest, GroupsThatBecomeEmptyGoToo) {
   EXPECT_TRUE(example.document->subnodeGroup()->subnodesInForce().empty());
 }
 
+TEST(CheckTest, WhatOpeningMendedAndLostIsToldOnceEach) {
+  CheckExample mended;
+  const auto entry = mended.image(2, 2);
+  as<HXImageParameter>(mended.add("HXRImageNode")->parameterForKey("Tarn.imageParameter"))
+      ->setImageEntry(entry);
+  mended.document->imageStore()->addImageEntry(entry);
+  mended.reopen("HXImageStoreEntry.key", "HXImageStoreEntry.kez");
+  EXPECT_EQ(all(checkOf(mended, {.only = {Code::openingMended}})),
+            "/: opening the file: Dropping 1 image entries without a key [opening-mended]\n");
+  CheckExample lost;
+  CheckExample::port(*lost.add("HXRClampNode"), "Tarn.minimumInput")
+      .setStaticValue(PMRPrimitive::primitiveWithNumberValue(3));
+  lost.reopen("HXRClampNode", "HXRDeltaNode");
+  EXPECT_EQ(all(checkOf(lost, {.only = {Code::openingMended}})), "");
+}
+
+TEST(CheckTest, AParameterMayHaveNoBounds) {
+  CheckExample example;
+  const auto node = example.add("HXRClampNode");
+  node->patch()->addParameter(*make<HXRIndexParameter>("Own", "Own.parameter"));
+  as<HXIndexParameter>(node->parameterForKey("Own.parameter"))->setValue(3);
+  EXPECT_EQ(countOf(checkOf(example), Code::parameterBounds), 0U);
+}
+
 TEST(CheckTest, TheWorstComesFirstAndALimitCountsTheRest) {
   CheckExample example;
   example.add("HXRFamousNode");
@@ -163,7 +189,7 @@ TEST(CheckTest, AnExpressionsFaultIsShownWhereItIsKnown) {
        "the expression does not parse: variable names must be at least 1 character "
        "long, at character 5"},
       {"1 + foo($a)", 4, "there is no function \"foo\", at character 5"},
-      {"$a +", HXFinding::kNoOffset, "the expression does not parse: no right operand to binary +"},
+      {"$a +", 3, "the expression does not parse: no right operand to binary +, at character 4"},
   };
   for (const auto& row : rows) {
     CheckExample example;
@@ -179,19 +205,27 @@ TEST(CheckTest, AnExpressionsFaultIsShownWhereItIsKnown) {
 TEST(CheckTest, CirclesAreToldOnceWithTheirMembers) {
   CheckExample example;
   std::vector<Ref<HXNode>> nodes;
-  for (int i = 0; i < 6; ++i) nodes.push_back(example.add("HXRClampNode"));
+  for (int i = 0; i < 15; ++i) nodes.push_back(example.add("HXRClampNode"));
   const auto join = [&](std::size_t from, std::size_t to, const char* input) {
     example.connect(*nodes[from], "Tarn.resultOutput", *nodes[to], input);
   };
-  // Two circles that share a node are one; 4 leads into it, 5 to itself.
+  // Two circles that share a node are one; 4 leads into it, 5 to itself. Then four and five nodes.
   join(0, 1, "Tarn.valueInput");
   join(1, 0, "Tarn.valueInput");
   join(1, 2, "Tarn.valueInput");
   join(2, 1, "Tarn.minimumInput");
   join(4, 0, "Tarn.minimumInput");
   join(5, 5, "Tarn.valueInput");
+  for (std::size_t i = 6; i < 10; ++i) join(i, i == 9 ? 6 : i + 1, "Tarn.valueInput");
+  for (std::size_t i = 10; i < 15; ++i) join(i, i == 14 ? 10 : i + 1, "Tarn.valueInput");
   const auto result = checkOf(example, {.only = {Code::wireCircle}});
-  ASSERT_EQ(result.findings.size(), 2U);
+  ASSERT_EQ(result.findings.size(), 4U);
+  EXPECT_EQ(result.findings[2].sentence,
+            "4 nodes wait for each other's values: this one, \"Clamp\", "
+            "\"Clamp\", \"Clamp\"");
+  EXPECT_EQ(result.findings[3].sentence,
+            "5 nodes wait for each other's values: this one, \"Clamp\", "
+            "\"Clamp\", \"Clamp\" and others");
   EXPECT_EQ(result.findings[0].sentence,
             "3 nodes wait for each other's values: this one, \"Clamp\", \"Clamp\"");
   EXPECT_EQ(result.findings[0].place.get(), nodes[0].get());

@@ -83,12 +83,20 @@ using DifferenceOfEditTest = test::EditsFixture;
 // There, and back.
 TEST_F(DifferenceOfEditTest, EachHasItsWords) {
   std::string lines = "\n";
+  const auto tell = [&](HXDocument& before, HXDocument& after) {
+    const HXDocumentDifference difference(before, after);
+    for (const auto& line : linesOf(difference)) lines += line + "\n";
+    for (const auto& change : difference.changes()) {
+      if (change.oldNumber < 0 || change.newNumber < 0) continue;
+      EXPECT_EQ(change.oldKey, change.newKey) << change.address;
+    }
+  };
   for (const auto& edit : edits()) {
     const auto before = reopened(*document, kWithKeys);
     const auto after = reopened(*document, kWithKeys);
     edit(*after);
-    for (const auto& line : linesOf(HXDocumentDifference(*before, *after))) lines += line + "\n";
-    for (const auto& line : linesOf(HXDocumentDifference(*after, *before))) lines += line + "\n";
+    tell(*before, *after);
+    tell(*after, *before);
   }
   EXPECT_EQ(lines, R"(
 nodeRenamed Drain: renamed from "Sink" to "Drain"
@@ -196,6 +204,80 @@ TEST_F(DifferenceTest, AWireThatIsDraggedToAnotherOutputIsRewired) {
               }),
               ElementsAre("connectionRewired Clamp: Value connected to Second: Value, was "
                           "Transition: Value"));
+}
+
+// The input takes several: the gesture that stays is not the one that was dragged.
+TEST_F(DifferenceTest, AWireOfSeveralIsRewiredAmongThem) {
+  std::vector<Ref<HXNode>> gestures;
+  for (const char* name : {"First", "Second", "Third"}) {
+    gestures.push_back(add("HXRPanGestureNode"));
+    gestures.back()->setName(name);
+  }
+  const auto view = add("HXRShadowViewNode");
+  connect(*gestures[0], "Tarn.gestureOutput", *view, "Tarn.gestureInput");
+  connect(*gestures[1], "Tarn.gestureOutput", *view, "Tarn.gestureInput");
+  EXPECT_THAT(linesAfter([&] {
+                document->breakAllConnectionsToPort(port(*gestures[1], "Tarn.gestureOutput"));
+                connect(*gestures[2], "Tarn.gestureOutput", *view, "Tarn.gestureInput");
+              }),
+              ElementsAre("connectionRewired Shadow View: Gesture connected to Third: Gesture, was "
+                          "Second: Gesture"));
+}
+
+TEST_F(DifferenceTest, WhatWasNamedIsWhatItWasWithAnotherPatch) {
+  std::vector<Ref<HXNode>> nodes;
+  for (const char* name : {"First", "Second", "Third"}) {
+    nodes.push_back(add("HXRClampNode"));
+    nodes.back()->setName(name);
+  }
+  EXPECT_THAT(linesAfter([&] {
+                for (const auto& node : nodes) {
+                  node->setPatch(patchClassNamed("HXRDelayNode")->makeDefinition());
+                }
+              }),
+              ElementsAre("patchReplaced First: patch Clamp → Delay",
+                          "patchReplaced Second: patch Clamp → Delay",
+                          "patchReplaced Third: patch Clamp → Delay"));
+}
+
+TEST_F(DifferenceTest, AGroupThatGoesTakesWhatItPublishedWithIt) {
+  const auto album = add("");
+  album->setName("Album");
+  const auto clamp = add("HXRClampNode", album.get());
+  const auto source = add("HXRTransitionNode");
+  album->subnodeGroup()->addSymbolicPortForPort(port(*clamp, "Tarn.valueInput"))->setName("In");
+  document->connectPort(port(*source, "Tarn.output"),
+                        *port(*clamp, "Tarn.valueInput").symbolicPort());
+  EXPECT_THAT(linesAfter([&] {
+                album->setForceAllowsSubnodes(false);
+                album->setPatch(nullptr);
+                document->pruneInvalidConnections();
+              }),
+              ElementsAre("subnodesForced Album: holds nodes only where its patch does",
+                          "  removes Album / Clamp", "  unpublishes Album / Clamp: Value as \"In\"",
+                          "  disconnects Transition: Value → Album: In"));
+}
+
+// A node keeps the parameters of the patches that it had.
+TEST_F(DifferenceTest, AParameterThatIsGoneIsTold) {
+  const auto node = add("HXRClampNode");
+  const auto before = reopened(*document, kWithKeys);
+  node->setPatch(patchClassNamed("HXRMathNode")->makeDefinition());
+  node->setPatch(patchClassNamed("HXRClampNode")->makeDefinition());
+  EXPECT_THAT(linesOf(HXDocumentDifference(*reopened(*document, kWithKeys), *before)),
+              ElementsAre("parameterChanged Clamp: Tarn.numberOfOperationsParameter 1 → none",
+                          "parameterChanged Clamp: Tarn.operator0Parameter 0 → none"));
+}
+
+TEST_F(DifferenceTest, APublicationThatStandsForNothingIsMadeAsItIs) {
+  add("HXRClampNode");
+  const auto before = reopened(*document, kWithKeys);
+  document->subnodeGroup()->addSymbolicPortForPort(
+      *make<HXPatchPort>(nullptr, HXOrientationInput, HXConnectionRelationshipOne));
+  const auto after = reopened(*document, kWithKeys);
+  const auto history = make<HXHistory>(*before);  // which keeps what a change has had in hand
+  EXPECT_TRUE(HXDocumentDifference(*before, *after).applyTo(*before));
+  EXPECT_EQ(savedBytes(*before, kWithKeys), savedBytes(*after, kWithKeys));
 }
 
 TEST_F(DifferenceTest, WhatIsInsertedAmongLookAlikesLeavesThemAlone) {

@@ -287,6 +287,15 @@ TEST_F(MergeEditsTest, OrdersThatDifferAreOurs) {
   EXPECT_THAT(linesOf(outcome.conflicts),
               ElementsAre("/: nodes, ours ours, theirs theirs, taken ours"));
   EXPECT_EQ(textOf(*outcome.document), textOf(*ours));
+  branch();
+  toTheEnd(*ours, tail, "Tarn.minimumInput");
+  toTheEnd(*theirs, tail, "Tarn.minimumInput");
+  toTheEnd(*theirs, tail, "Tarn.maximumInput");
+  in(*theirs, album)
+      .subnodeGroup()
+      ->arrangePublications(HXOrientationInput, {in(*theirs, album).symbolicInputPorts()[2]});
+  EXPECT_THAT(linesOf(merge().conflicts),
+              ElementsAre("Album: published ports, ours ours, theirs theirs, taken ours"));
 }
 
 // A file has each image once; to that comes what either added.

@@ -241,7 +241,9 @@ TEST_F(Replacement, what_an_opened_document_lost_is_handed_out_and_logged) {
   const auto inner = add("HXRClampNode", group.get());
   port(clamp, "Tarn.minimumInput").setStaticValue(PMRPrimitive::primitiveWithNumberValue(5));
   HXWiring::wire(*document, port(source, "Tarn.output"), port(clamp, "Tarn.valueInput"));
-  group->subnodeGroup()->addSymbolicPortForPort(port(inner, "Tarn.maximumInput"))->setName("Top");
+  const auto top = group->subnodeGroup()->addSymbolicPortForPort(port(inner, "Tarn.maximumInput"));
+  top->setName("Top");
+  document->subnodeGroup()->addSymbolicPortForPort(*top);
   auto archive = bytes();
   std::vector<HXNodeLosses> losses;
   std::vector<std::string> log;
@@ -259,6 +261,7 @@ TEST_F(Replacement, what_an_opened_document_lost_is_handed_out_and_logged) {
   ASSERT_TRUE(opened);
   ASSERT_EQ(losses.size(), 2U);
   EXPECT_EQ(losses[0].node->document(), (*opened).get());
+  EXPECT_TRUE((*opened)->symbolicInputPorts().empty()) << "a publication above one that was lost";
   std::vector<std::string> lost;
   for (const auto& ofNode : losses) {
     for (const auto& line : lines(ofNode.dropped)) {
