@@ -15,7 +15,8 @@ ROOT = pathlib.Path(__file__).resolve().parents[1]
 NAVIGATION = [
     ("Tarnkit", "README.md"), ("Getting started", "docs/getting-started.md"),
     ("Building an editor", "docs/building-an-editor.md"), ("The host", "docs/host.md"),
-    ("Expressions", "docs/expressions.md"), ("Documents", "docs/formats/document.md"),
+    ("Expressions", "docs/expressions.md"), ("Python", "docs/python.md"),
+    ("Documents", "docs/formats/document.md"),
     ("Texts", "docs/formats/text.md"), ("Device graphs", "docs/formats/device-graph.md"),
     ("Image archives", "docs/formats/image-archive.md"), ("Git", "docs/git.md"),
     ("Checks", "docs/checks.md"), ("Plug-ins", "docs/plugins.md"),
