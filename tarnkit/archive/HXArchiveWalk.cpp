@@ -422,7 +422,7 @@ void HXArchiveWalk::fillOrderedSet(const Frame& frame) {
 // --- The result
 // -----------------------------------------------------------------------------------
 
-std::vector<std::uint8_t> HXArchiveWalk::finish() {
+HXArchiveWalk::Index HXArchiveWalk::finish() {
   const auto isWritten = [](const Identified& identified) { return identified.body != kNone; };
   const Index objects = writer().reserve();
   // Objects that were only referred to have an ID and nothing else.
@@ -447,11 +447,10 @@ std::vector<std::uint8_t> HXArchiveWalk::finish() {
                           writer().addString(HXStringFromVersion(HXCurrentVersion()))};
   const auto listInto = writer().fillMap(list_, std::size(keys));
   std::copy_n(values, std::size(values), std::copy_n(keys, std::size(keys), listInto.begin()));
-  // Given back before the output is made.
   identified_ = std::vector<Identified>();
   ids_.clear();
   entries_ = std::vector<Entry>();
-  return writer().finish(list_);
+  return list_;
 }
 
 void HXArchiveWalk::clear() {

@@ -31,7 +31,7 @@ class HXArchiveWalk final : public KeyedArchiveLayout {
   void setClassName(const String& name, const Class& forClass) override;
   String classNameForClass(const Class& forClass) const;
 
-  std::vector<std::uint8_t> finish() override;
+  Index finish() override;
   void clear() override;
 
  private:

@@ -4,7 +4,6 @@
 
 #include "tarnkit/archive/HXArchiveWalk.h"
 #include "tarnkit/platform/coding/KeyedArchiveNames.h"
-#include "tarnkit/platform/system/File.h"
 #include "tarnkit/platform/system/Log.h"
 
 namespace tarnkit {
@@ -51,8 +50,15 @@ Status HXKeyedArchiver::writeRootObject(const Object* rootObject, const std::str
   if (!rootObject) {
     return Status::failure(StatusCode::refused, "there is no object to be written", toFile);
   }
-  auto data = dataWithRootObject(rootObject);
-  return data ? File::write(toFile, data->bytes()) : std::move(data).status().at(toFile);
+  return writeArchive(rootObject, 0, toFile).at(toFile);
+}
+
+Status HXKeyedArchiver::writeArchive(const Object* rootObject, std::int32_t codingType,
+                                     const std::string& toFile) {
+  HXKeyedArchiver archiver(make<Data>());
+  archiver.setCodingType(codingType);
+  archiver.encodeRootObject(rootObject);
+  return archiver.finishInFile(toFile);
 }
 
 void HXKeyedArchiver::encodeRootObject(const Object* rootObject) { putRoot(rootObject); }

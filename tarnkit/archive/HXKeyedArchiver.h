@@ -58,6 +58,10 @@ class HXKeyedArchiver final : public KeyedArchiver {
   static bool archiveRootObject(const Object* rootObject, const std::string& toFile);
   /// The same, telling the caller why not.
   static Status writeRootObject(const Object* rootObject, const std::string& toFile);
+  /// The same under that coding type, and of a null object, too. The archive never stands in memory
+  /// as a whole. A failure has a path when it is the file's, and none when it is the archive's.
+  static Status writeArchive(const Object* rootObject, std::int32_t codingType,
+                             const std::string& toFile);
 
   /// Writes the object as the root, under the next ID; a null object does nothing. Afterwards the
   /// top container is the reference to it. Throws `HXArchiveRecursionError`, or what an object's

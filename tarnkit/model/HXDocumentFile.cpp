@@ -18,6 +18,8 @@ namespace tarnkit {
 
 namespace {
 
+constexpr std::string_view kNoDeviceGraph = "the device graph could not be made";
+
 Status checkCodingType(std::int32_t codingType) {
   if (isEditorCodingType(codingType)) return {};
   return Status::failure(StatusCode::refused,
@@ -105,7 +107,7 @@ Result<std::vector<std::uint8_t>> HXDocumentFile::dataWithDocument(const HXDocum
 
 Result<std::vector<std::uint8_t>> HXDocumentFile::deviceGraph(const HXDocument& document) {
   auto data = HXKeyedArchiver::dataWithRootObject(&document, HXCodingTypeDevice);
-  if (!data) return std::move(data).status().within("the device graph could not be made");
+  if (!data) return std::move(data).status().within(kNoDeviceGraph);
   return std::move(data->mutableBytes());
 }
 
@@ -118,13 +120,14 @@ Result<Ref<HXDocument>> HXDocumentFile::open(const std::string& path, std::int32
 
 Status HXDocumentFile::save(const HXDocument& document, const std::string& path,
                             std::int32_t codingType) {
-  auto bytes = dataWithDocument(document, codingType);
-  return bytes ? File::write(path, *bytes) : std::move(bytes).status();
+  if (auto status = checkCodingType(codingType); !status) return status;
+  return StandardKeyedArchiver::writeArchive(&document, codingType, path);
 }
 
 Status HXDocumentFile::send(const HXDocument& document, const std::string& path) {
-  auto bytes = deviceGraph(document);
-  return bytes ? File::write(path, *bytes) : std::move(bytes).status().at(path);
+  auto status = HXKeyedArchiver::writeArchive(&document, HXCodingTypeDevice, path);
+  if (status || !status.path().empty()) return status;
+  return std::move(status).within(kNoDeviceGraph).at(path);
 }
 
 Result<std::vector<String>> HXDocumentFile::sendImages(const HXDocument& document,

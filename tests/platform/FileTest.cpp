@@ -21,7 +21,11 @@ namespace {
 
 namespace fs = std::filesystem;
 using detail::Naming;
-using detail::replaceFile;
+
+Status replaceWith(const std::string& file, ByteSpan bytes, const struct stat* old, Naming naming) {
+  const auto contents = [&](File::Piece write) { return write(bytes); };
+  return detail::replaceFile(file, contents, old, naming);
+}
 
 class FileTest : public ::testing::Test {
  protected:
@@ -117,6 +121,23 @@ TEST_F(FileTest, TellsKindPathAndCauseOfAFailure) {
   EXPECT_TRUE(File::makeDirectory(path("one/two/"))) << "it is there already";
 }
 
+TEST_F(FileTest, AFileMayComeInPieces) {
+  const std::string file = path("a");
+  ASSERT_TRUE(File::write(file, bytesOf("old")));
+  const std::string large(3'000'000, 'x');
+  const auto write = [&](bool isWhole) {
+    return File::write(file, [&](File::Piece piece) {
+      return piece(bytesOf("be")) && piece(bytesOf(large)) && piece({}) && isWhole &&
+             piece(bytesOf("gun"));
+    });
+  };
+  EXPECT_FALSE(write(false)) << "whoever hands it over has given up";
+  EXPECT_EQ(contents(file), "old");
+  ASSERT_TRUE(write(true));
+  EXPECT_EQ(contents(file), "be" + large + "gun");
+  EXPECT_EQ(fileCount(), 1U);
+}
+
 // A child process runs out of room in the middle of the file, as on a full disk.
 TEST_F(FileTest, AFailureInTheMiddleLeavesTheOldFileAlone) {
   const std::string file = path("a");
@@ -141,7 +162,7 @@ TEST_F(FileTest, KeepsTheBitsThatLendRights) {
     ASSERT_EQ(::chmod(file.c_str(), 06751), 0);
     struct stat status {};
     ASSERT_EQ(::stat(file.c_str(), &status), 0);
-    ASSERT_TRUE(replaceFile(file, bytesOf("new"), &status, naming));
+    ASSERT_TRUE(replaceWith(file, bytesOf("new"), &status, naming));
     ASSERT_EQ(::stat(file.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777U, 06751U);
   }
@@ -182,7 +203,7 @@ TEST_F(FileTest, AnEndInTheMiddleLeavesNothingBehind) {
               struct stat old {};
               if (::stat(file.c_str(), &old) != 0) return 2;
               for (;;) {
-                if (!replaceFile(file, bytesOf(large), &old, naming)) return 1;
+                if (!replaceWith(file, bytesOf(large), &old, naming)) return 1;
               }
             },
             [&](pid_t child) {
@@ -210,7 +231,7 @@ TEST_F(FileTest, ATemporaryFileInUseIsNobodysToRemove) {
     writers.emplace_back([&, text] {
       for (int i = 0; i < 50; ++i) {
         const auto naming = i % 2 == 0 ? Naming::whenWhole : Naming::fromTheStart;
-        if (!replaceFile(file, bytesOf(*text), nullptr, naming)) ++failures;
+        if (!replaceWith(file, bytesOf(*text), nullptr, naming)) ++failures;
       }
     });
   }

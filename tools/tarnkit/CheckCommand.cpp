@@ -67,9 +67,8 @@ void fix(CheckedFile& checked, const DocumentInput& input, const HXOpeningRecord
   }
   auto answered = HXDocumentRepair::repair(*input.document, wanted);
   if (answered.empty()) return;
-  writeFile("check", checked.file,
-            documentBytes("check", checked.file, *input.document, input.form, input.codingType,
-                          input.imageFiles));
+  writeDocument("check", checked.file, checked.file, *input.document, input.form, input.codingType,
+                input.imageFiles);
   checked.fixed = std::move(answered);
 }
 

@@ -43,4 +43,16 @@ std::vector<std::uint8_t> documentBytes(std::string_view what, const std::string
   return copyOf(required(what, path, PropertyListXMLWriter::write(required(what, path, list))));
 }
 
+// An archive never stands in memory as a whole.
+void writeDocument(std::string_view what, const std::string& path, const std::string& output,
+                   const HXDocument& document, DocumentForm form, std::int32_t codingType,
+                   const HXTextFile::ImageFiles& imageFiles) {
+  if (form != DocumentForm::binary || output == kStandardStream) {
+    writeFile(what, output, documentBytes(what, path, document, form, codingType, imageFiles));
+    return;
+  }
+  const auto status = HXDocumentFile::save(document, output, codingType);
+  if (!status) failWithFile(what, status.path().empty() ? path : output, status);
+}
+
 }  // namespace tarnkit::tool

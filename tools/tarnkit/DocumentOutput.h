@@ -21,5 +21,9 @@ std::vector<std::uint8_t> documentBytes(std::string_view what, const std::string
                                         const HXDocument& document, DocumentForm form,
                                         std::int32_t codingType,
                                         const HXTextFile::ImageFiles& imageFiles = {});
+/// The same into a file, or to standard output.
+void writeDocument(std::string_view what, const std::string& path, const std::string& output,
+                   const HXDocument& document, DocumentForm form, std::int32_t codingType,
+                   const HXTextFile::ImageFiles& imageFiles = {});
 
 }  // namespace tarnkit::tool

@@ -126,9 +126,8 @@ int merge(const MergeOptions& options) {
       HXDocumentMerge::merge(*base.document, *ours.document, *theirs.document, mergeOptions);
   if (!outcome) failWithFile("merge", options.ours, outcome.status());
   const auto form = formOfName(options.output).value_or(ours.form);
-  writeFile("merge", options.output,
-            documentBytes("merge", options.output, *outcome->document, form, ours.codingType,
-                          imageFilesOf(options, ours, theirs)));
+  writeDocument("merge", options.output, options.output, *outcome->document, form, ours.codingType,
+                imageFilesOf(options, ours, theirs));
   if (options.json) writeJSON(outcome->conflicts);
   for (const auto& conflict : outcome->conflicts) {
     if (!conflict.isDecided) complain("conflict: " + conflict.description());

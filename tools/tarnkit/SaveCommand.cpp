@@ -52,9 +52,8 @@ void save(const SaveOptions& options) {
     if (!status) failWithFile("save", options.output, status);
     return;
   }
-  writeFile("save", options.output,
-            documentBytes("save", options.document.file, *input.document, form,
-                          options.to.value_or(input.codingType)));
+  writeDocument("save", options.document.file, options.output, *input.document, form,
+                options.to.value_or(input.codingType));
 }
 
 }  // namespace

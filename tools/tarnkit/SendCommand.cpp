@@ -21,9 +21,14 @@ struct SendOptions {
 void send(const SendOptions& options) {
   const Progress progress("sending " + options.document.file);
   const auto input = openDocument("send", options.document);
-  const auto graph = HXDocumentFile::deviceGraph(*input.document);
-  if (!graph) failWithFile("send", options.document.file, graph.status());
-  writeFile("send", options.output, *graph);
+  if (options.output == kStandardStream) {
+    const auto graph = HXDocumentFile::deviceGraph(*input.document);
+    if (!graph) failWithFile("send", options.document.file, graph.status());
+    writeFile("send", options.output, *graph);
+  } else {
+    const auto status = HXDocumentFile::send(*input.document, options.output);
+    if (!status) failWithFile("send", options.output, status);
+  }
   if (options.images.empty()) return;
   const auto keys = HXDocumentFile::sendImages(*input.document, options.images);
   if (!keys) failWithFile("send", options.images, keys.status());

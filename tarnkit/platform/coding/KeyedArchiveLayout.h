@@ -49,8 +49,9 @@ class KeyedArchiveLayout {
                       FunctionRef<Encoder::MapEntry(std::size_t)> at) = 0;
   virtual void setClassName(const String& name, const Class& forClass) = 0;
 
-  /// The archive; the layout can only be cleared afterwards.
-  virtual std::vector<std::uint8_t> finish() = 0;
+  /// Ends the archive and gives its root; the layout can only be cleared afterwards, its writer be
+  /// finished. What was kept for the archive's making is let go.
+  virtual Index finish() = 0;
   /// Forgets everything but the substituted class names.
   virtual void clear();
 

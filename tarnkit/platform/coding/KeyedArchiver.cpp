@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "tarnkit/platform/coding/KeyedArchiveLayout.h"
+#include "tarnkit/platform/system/File.h"
 
 namespace tarnkit {
 
@@ -49,19 +50,36 @@ void KeyedArchiver::putRoot(const Object* root) {
   perform([&] { layout_->putRoot(root); });
 }
 
-Result<std::vector<std::uint8_t>> KeyedArchiver::finish() {
-  Status failure = std::exchange(failure_, Status());
-  std::vector<std::uint8_t> bytes;
-  if (failure.isOK()) {
+// Makes something of the finished list, of which the root is given.
+template <class Use>
+Status KeyedArchiver::finishWith(Use use) {
+  Status status = std::exchange(failure_, Status());
+  if (status.isOK()) {
     try {
-      bytes = layout_->finish();
+      status = use(layout_->finish());
     } catch (const std::length_error& error) {
-      failure = tooLarge(error);
+      status = tooLarge(error);
     }
   }
   layout_->clear();
-  if (!failure.isOK()) return Result<std::vector<std::uint8_t>>(std::move(failure));
+  return status;
+}
+
+Result<std::vector<std::uint8_t>> KeyedArchiver::finish() {
+  std::vector<std::uint8_t> bytes;
+  auto status = finishWith([&](PropertyListWriter::Index root) {
+    bytes = layout_->writer().finish(root);
+    return Status();
+  });
+  if (!status.isOK()) return Result<std::vector<std::uint8_t>>(std::move(status));
   return Result<std::vector<std::uint8_t>>(std::move(bytes));
+}
+
+Status KeyedArchiver::finishInFile(const std::string& path) {
+  return finishWith([&](PropertyListWriter::Index root) {
+    return File::write(path,
+                       [&](File::Piece write) { return layout_->writer().finish(root, write); });
+  });
 }
 
 void KeyedArchiver::encodeBool(bool value, const Symbol& key) {

@@ -78,6 +78,8 @@ class KeyedArchiver : public Encoder {
   void putRoot(const Object* root);
   /// The bytes, or why there are none; the archiver is empty afterwards.
   Result<std::vector<std::uint8_t>> finish();
+  /// The same into a file, whole or not at all.
+  Status finishInFile(const std::string& path);
   const detail::KeyedArchiveLayout& layout() const noexcept { return *layout_; }
 
  private:
@@ -85,6 +87,8 @@ class KeyedArchiver : public Encoder {
   void perform(Step step);
   template <class Add>
   void putScalar(const Symbol& key, Add add);
+  template <class Use>
+  Status finishWith(Use use);
   /// Null for what the filter refuses.
   const Object* written(const Object* object) const {
     return object && isWritten_ && !isWritten_(*object) ? nullptr : object;

@@ -75,7 +75,7 @@ class Layout final : public detail::KeyedArchiveLayout {
     classes().substitute(forClass, name);
   }
 
-  std::vector<std::uint8_t> finish() override {
+  Index finish() override {
     namespace names = detail::archive;
     for (Index& body : bodies_) {
       if (body == kNone) body = null_;  // referred to conditionally only
@@ -87,7 +87,11 @@ class Layout final : public detail::KeyedArchiveLayout {
                             writer().addInt(names::kFormatVersion)};
     const auto into = writer().fillMap(list_, std::size(keys));
     std::copy_n(values, std::size(values), std::copy_n(keys, std::size(keys), into.begin()));
-    return writer().finish(list_);
+    bodies_ = std::vector<Index>();
+    objects_ = std::vector<Ref<const Object>>();
+    valueUIDs_ = std::vector<UID>();
+    identities_.clear();
+    return list_;
   }
 
   void clear() override {
@@ -330,6 +334,14 @@ Result<Ref<Data>> StandardKeyedArchiver::archivedData(const Object* root, std::i
   auto bytes = archiver.finishEncoding();
   if (!bytes) return std::move(bytes).status();
   return make<Data>(*std::move(bytes));
+}
+
+Status StandardKeyedArchiver::writeArchive(const Object* root, std::int32_t codingType,
+                                           const std::string& path) {
+  StandardKeyedArchiver archiver;
+  archiver.setCodingType(codingType);
+  archiver.encodeRootObject(root);
+  return archiver.finishInFile(path);
 }
 
 void StandardKeyedArchiver::encodeRootObject(const Object* root) { putRoot(root); }

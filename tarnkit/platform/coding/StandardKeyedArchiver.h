@@ -25,6 +25,10 @@ class StandardKeyedArchiver final : public KeyedArchiver {
   /// The archive of `root` (which may be null); a failure when it would be too large for the
   /// format. A class that cannot be archived throws (std::logic_error).
   static Result<Ref<Data>> archivedData(const Object* root, std::int32_t codingType);
+  /// The same into a file, whole or not at all (see `File::write`), without the archive ever
+  /// standing in memory as a whole. A failure has a path when it is the file's, and none when it is
+  /// the archive's.
+  static Status writeArchive(const Object* root, std::int32_t codingType, const std::string& path);
 
   /// Writes the object, and everything it refers to unconditionally, under "root" of "$top"; null
   /// is written as a reference to nil.

@@ -21,6 +21,8 @@ constexpr std::size_t kHeaderSize = detail::kPropertyListHeaderSize;
 constexpr std::size_t kTrailerSize = detail::kPropertyListTrailerSize;
 constexpr std::size_t kMaximumCountSize = 6;  // a marker, an integer's marker and 4 bytes
 constexpr std::size_t kSlack = 16;            // bytes that may be read past a small scalar
+constexpr std::size_t kPiece = std::size_t{1} << 18;
+constexpr char kMagic[] = "bplist00";
 
 [[noreturn]] void throwTooLarge() {
   throw std::length_error("the property list is too large to be written");
@@ -91,6 +93,16 @@ std::uint8_t* putScalar(std::uint8_t* at, const std::uint8_t* end, const std::ui
     std::memcpy(at, bytes, size);
   }
   return at + size;
+}
+
+std::uint8_t* putTrailer(std::uint8_t* at, unsigned offsetWidth, unsigned width,
+                         std::size_t objects, std::uint32_t root, std::size_t tableStart) noexcept {
+  at = put(put(at, std::uint32_t{0}), std::uint16_t{0});
+  at = put(at, static_cast<std::uint8_t>(offsetWidth));
+  at = put(at, static_cast<std::uint8_t>(width));
+  at = put(at, static_cast<std::uint64_t>(objects));
+  at = put(at, static_cast<std::uint64_t>(root));
+  return put(at, static_cast<std::uint64_t>(tableStart));
 }
 
 bool areEqual(const std::uint8_t* a, const std::uint8_t* b, std::size_t size) noexcept {
@@ -346,53 +358,98 @@ bool PropertyListWriter::areReferencesSound() const noexcept {
   return true;
 }
 
-std::vector<std::uint8_t> PropertyListWriter::finish(Index root) {
-  const std::size_t objects = records_.size();
-  assert(root < objects);
-  const unsigned width = widthOf(objects - 1);
+// Where the table of offsets begins.
+std::size_t PropertyListWriter::prepareToFinish(unsigned width) {
   std::size_t size = kHeaderSize;
-  for (std::size_t i = 0; i < objects; ++i) {
+  for (std::size_t i = 0; i < records_.size(); ++i) {
     if (formOf(records_[i]) == Form::reserved) {
       throw std::logic_error("a reserved object of the property list was never filled");
     }
     size += sizeOf(records_[i], width);
   }
   assert(areReferencesSound());
-  const std::size_t tableStart = size;
-  const unsigned offsetWidth = widthOf(tableStart);
-  table_ = std::vector<Slot>();  // given back before the output is made
+  // Given back before the output is made.
+  table_ = std::vector<Slot>();
+  tableUsed_ = 0;
   bytes_.room(kSlack);
+  return size;
+}
+
+std::uint8_t* PropertyListWriter::putObject(std::uint8_t* at, const std::uint8_t* end,
+                                            const Record& record, unsigned width) const noexcept {
+  const std::size_t count = record.formAndCount & kMaximumCount;
+  switch (formOf(record)) {
+    case Form::scalar:
+      return putScalar(at, end, bytes_.data() + record.position, count);
+    case Form::array:
+      return putReferences(putCount(at, kArray, count), references_.data() + record.position, count,
+                           width);
+    default:
+      return putReferences(putCount(at, kMap, count), references_.data() + record.position,
+                           2 * count, width);
+  }
+}
+
+std::vector<std::uint8_t> PropertyListWriter::finish(Index root) {
+  const std::size_t objects = records_.size();
+  assert(root < objects);
+  const unsigned width = widthOf(objects - 1);
+  const std::size_t tableStart = prepareToFinish(width);
+  const unsigned offsetWidth = widthOf(tableStart);
   std::vector<std::uint8_t> output(tableStart + objects * offsetWidth + kTrailerSize);
 
   std::uint8_t* at = output.data();
-  std::memcpy(at, "bplist00", kHeaderSize);
+  std::memcpy(at, kMagic, kHeaderSize);
   at += kHeaderSize;
   std::uint8_t* offset = output.data() + tableStart;
   const std::uint8_t* const end = offset;
   for (std::size_t i = 0; i < objects; ++i) {
-    const Record record = records_[i];
-    const std::size_t count = record.formAndCount & kMaximumCount;
     offset = putWidth(offset, static_cast<std::uint64_t>(at - output.data()), offsetWidth);
-    switch (formOf(record)) {
-      case Form::scalar:
-        at = putScalar(at, end, bytes_.data() + record.position, count);
-        break;
-      case Form::array:
-        at = putReferences(putCount(at, kArray, count), references_.data() + record.position, count,
-                           width);
-        break;
-      default:
-        at = putReferences(putCount(at, kMap, count), references_.data() + record.position,
-                           2 * count, width);
-    }
+    at = putObject(at, end, records_[i], width);
   }
-  offset += 6;
-  offset = put(offset, static_cast<std::uint8_t>(offsetWidth));
-  offset = put(offset, static_cast<std::uint8_t>(width));
-  offset = put(offset, static_cast<std::uint64_t>(objects));
-  offset = put(offset, static_cast<std::uint64_t>(root));
-  put(offset, static_cast<std::uint64_t>(tableStart));
+  putTrailer(offset, offsetWidth, width, objects, root, tableStart);
   return output;
+}
+
+bool PropertyListWriter::finish(Index root, FunctionRef<bool(ByteSpan)> take) {
+  const std::size_t objects = records_.size();
+  assert(root < objects);
+  const unsigned width = widthOf(objects - 1);
+  const std::size_t tableStart = prepareToFinish(width);
+  const unsigned offsetWidth = widthOf(tableStart);
+  std::vector<std::uint8_t> piece(kPiece);
+  std::uint8_t* at = piece.data();
+  // Makes room for so many bytes.
+  const auto makeRoom = [&](std::size_t size) {
+    const auto used = static_cast<std::size_t>(at - piece.data());
+    if (size <= piece.size() - used) return true;
+    if (!take({piece.data(), used})) return false;
+    if (size > piece.size()) piece.resize(size);
+    at = piece.data();
+    return true;
+  };
+  std::memcpy(at, kMagic, kHeaderSize);
+  at += kHeaderSize;
+  for (std::size_t i = 0; i < objects; ++i) {
+    const std::size_t size = sizeOf(records_[i], width);
+    if (formOf(records_[i]) == Form::scalar && size > kPiece) {
+      if (!take({piece.data(), static_cast<std::size_t>(at - piece.data())})) return false;
+      if (!take({bytes_.data() + records_[i].position, size})) return false;
+      at = piece.data();
+      continue;
+    }
+    if (!makeRoom(size)) return false;
+    at = putObject(at, piece.data() + piece.size(), records_[i], width);
+  }
+  std::uint64_t offset = kHeaderSize;
+  for (std::size_t i = 0; i < objects; ++i) {
+    if (!makeRoom(offsetWidth)) return false;
+    at = putWidth(at, offset, offsetWidth);
+    offset += sizeOf(records_[i], width);
+  }
+  if (!makeRoom(kTrailerSize)) return false;
+  at = putTrailer(at, offsetWidth, width, objects, root, tableStart);
+  return take({piece.data(), static_cast<std::size_t>(at - piece.data())});
 }
 
 void PropertyListWriter::clear() noexcept {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/objects/FunctionRef.h"
 #include "tarnkit/platform/propertylist/RawBuffer.h"
 #include "tarnkit/platform/text/String.h"
 #include "tarnkit/platform/text/Symbol.h"
@@ -73,8 +74,11 @@ class PropertyListWriter {
   std::size_t count() const noexcept { return records_.size(); }
 
   /// The property list with that root; every reserved object must be filled (std::logic_error). The
-  /// writer can only be cleared or destroyed afterwards.
+  /// writer can only be cleared or destroyed afterwards, or finished again.
   std::vector<std::uint8_t> finish(Index root);
+  /// The same in pieces, so that the list never stands in memory as a whole. Whether all of them
+  /// were taken: none is handed over after one that was refused.
+  bool finish(Index root, FunctionRef<bool(ByteSpan)> take);
   /// Forgets everything.
   void clear() noexcept;
 
@@ -104,6 +108,9 @@ class PropertyListWriter {
   std::span<Index> fill(Index object, Form form, std::size_t count, std::size_t references);
   void growTable();
   std::size_t sizeOf(const Record& record, unsigned width) const noexcept;
+  std::uint8_t* putObject(std::uint8_t* at, const std::uint8_t* end, const Record& record,
+                          unsigned width) const noexcept;
+  std::size_t prepareToFinish(unsigned width);
   bool areReferencesSound() const noexcept;
 
   detail::RawBuffer<std::uint8_t> bytes_;

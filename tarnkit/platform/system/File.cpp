@@ -43,10 +43,11 @@ std::string targetOf(std::string path) {
   return path;
 }
 
-Status writeStraight(const std::string& path, ByteSpan bytes) {
+Status writeStraight(const std::string& path, File::Contents contents) {
   const detail::SignalHold hold(detail::SignalHold::Of::refusedWrites);
   Descriptor file(detail::retried([&] { return ::open(path.c_str(), O_WRONLY | O_CLOEXEC); }));
-  if (file.isOpen() && detail::writeAll(file.number(), bytes) && file.close()) return {};
+  const auto write = [&](ByteSpan bytes) { return detail::writeAll(file.number(), bytes); };
+  if (file.isOpen() && contents(write) && file.close()) return {};
   return Status::ofSystem(errno, path);
 }
 
@@ -89,20 +90,24 @@ Status File::writeStream(int descriptor, ByteSpan bytes) {
 }
 
 Status File::write(const std::string& path, ByteSpan bytes) {
+  return write(path, [&](Piece write) { return write(bytes); });
+}
+
+Status File::write(const std::string& path, Contents contents) {
   // What a link of the system's own leads to (an open pipe, say) has no name to follow.
   struct stat direct {};
   if (::stat(path.c_str(), &direct) == 0 && !S_ISREG(direct.st_mode) && !S_ISDIR(direct.st_mode)) {
-    return writeStraight(path, bytes);
+    return writeStraight(path, contents);
   }
   const std::string target = targetOf(path);
   struct stat old {};
   const bool isThere = ::stat(target.c_str(), &old) == 0;
   if (!isThere && errno != ENOENT) return Status::ofSystem(errno, path);
   if (isThere && S_ISDIR(old.st_mode)) return Status::ofSystem(EISDIR, path);
-  if (isThere && !S_ISREG(old.st_mode)) return writeStraight(target, bytes);
+  if (isThere && !S_ISREG(old.st_mode)) return writeStraight(target, contents);
   // A rename would replace even a file that may not be written.
   if (isThere && ::access(target.c_str(), W_OK) != 0) return Status::ofSystem(errno, path);
-  return detail::replaceFile(target, bytes, isThere ? &old : nullptr).at(path);
+  return detail::replaceFile(target, contents, isThere ? &old : nullptr).at(path);
 }
 
 std::string File::directoryOf(const std::string& path) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/objects/FunctionRef.h"
 #include "tarnkit/platform/system/Result.h"
 
 namespace tarnkit {
@@ -32,6 +33,14 @@ class File {
   /// that lend their rights only then. Of a symbolic link the file it points to is replaced. What
   /// is no regular file (a device, a pipe) is written straight to.
   static Status write(const std::string& path, ByteSpan bytes);
+
+  /// Takes the next bytes of a file; false once they cannot be written, and nothing more is wanted.
+  using Piece = FunctionRef<bool(ByteSpan)>;
+  /// Hands over a file from its beginning to its end, and tells whether all was taken. Asked again
+  /// where the file has to be written a second time.
+  using Contents = FunctionRef<bool(Piece)>;
+  /// The same for a file that never stands in memory as a whole.
+  static Status write(const std::string& path, Contents contents);
 
   /// The same for a stream that is open, whose name the caller knows: a failure has no path.
   /// Interrupted calls are made again, and a stream that does not block is waited for. `expected`

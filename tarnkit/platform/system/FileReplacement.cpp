@@ -56,7 +56,7 @@ void syncFolder(const std::string& folder) noexcept {
 // The old file's owner and permissions. Another owner can be kept by the superuser only; the file
 // is then simply ours, and a bit that lends its owner's or group's rights is dropped with them.
 // Writing clears such bits, so they come last.
-bool writeAs(int file, ByteSpan bytes, const struct stat* old, const SignalHold* hold) noexcept {
+bool writeAs(int file, File::Contents contents, const struct stat* old, const SignalHold* hold) {
   mode_t lent = 0;
   if (old) {
     if (::fchown(file, old->st_uid, old->st_gid) != 0) errno = 0;
@@ -66,15 +66,24 @@ bool writeAs(int file, ByteSpan bytes, const struct stat* old, const SignalHold*
     if (now.st_gid == old->st_gid) lent |= old->st_mode & S_ISGID;
     lent |= old->st_mode & S_ISVTX;
   }
-  while (hold && bytes.size() > kPiece) {
-    if (hold->endsProcess()) {
-      errno = EINTR;
-      return false;
+  std::size_t sinceLooked = 0;
+  const auto write = [&](ByteSpan bytes) {
+    while (!bytes.empty()) {
+      if (hold && sinceLooked >= kPiece) {
+        sinceLooked = 0;
+        if (hold->endsProcess()) {
+          errno = EINTR;
+          return false;
+        }
+      }
+      const auto piece = bytes.first(std::min(bytes.size(), kPiece));
+      if (!writeAll(file, piece)) return false;
+      sinceLooked += piece.size();
+      bytes = bytes.subspan(piece.size());
     }
-    if (!writeAll(file, bytes.first(kPiece))) return false;
-    bytes = bytes.subspan(kPiece);
-  }
-  if (!writeAll(file, bytes)) return false;
+    return true;
+  };
+  if (!contents(write)) return false;
   // A system that refuses them has its reasons; the contents are what counts.
   if (lent != 0) static_cast<void>(::fchmod(file, (old->st_mode & kPermissions) | lent));
   return retried([&] { return ::fsync(file); }) == 0;
@@ -137,12 +146,13 @@ Descriptor openTemporary(const std::string& target, std::string& temporary) {
   return Descriptor(-1);
 }
 
-bool replaceByTemporary(const std::string& target, ByteSpan bytes, const struct stat* old) {
+bool replaceByTemporary(const std::string& target, File::Contents contents,
+                        const struct stat* old) {
   const SignalHold hold(SignalHold::Of::endings);
   std::string temporary;
   const Descriptor file = openTemporary(target, temporary);
   if (!file.isOpen()) return false;
-  if (writeAs(file.number(), bytes, old, &hold) && closeKeepingLock(file) &&
+  if (writeAs(file.number(), contents, old, &hold) && closeKeepingLock(file) &&
       ::rename(temporary.c_str(), target.c_str()) == 0) {
     return true;
   }
@@ -184,12 +194,12 @@ Outcome takePlace(const Descriptor& file, const std::string& target, bool isTher
   return Outcome::notOffered;
 }
 
-Outcome replaceUnnamed(const std::string& target, ByteSpan bytes, const struct stat* old) {
+Outcome replaceUnnamed(const std::string& target, File::Contents contents, const struct stat* old) {
   const Descriptor file(retried([&] {
     return ::open(folderOf(target).c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, kNewFile);
   }));
   if (!file.isOpen() || !lock(file)) return Outcome::notOffered;
-  if (!writeAs(file.number(), bytes, old, nullptr) || !closeKeepingLock(file)) {
+  if (!writeAs(file.number(), contents, old, nullptr) || !closeKeepingLock(file)) {
     return Outcome::failed;
   }
   return takePlace(file, target, old != nullptr);
@@ -197,7 +207,7 @@ Outcome replaceUnnamed(const std::string& target, ByteSpan bytes, const struct s
 
 #else
 
-Outcome replaceUnnamed(const std::string&, ByteSpan, const struct stat*) {
+Outcome replaceUnnamed(const std::string&, File::Contents, const struct stat*) {
   return Outcome::notOffered;
 }
 
@@ -205,13 +215,13 @@ Outcome replaceUnnamed(const std::string&, ByteSpan, const struct stat*) {
 
 }  // namespace
 
-Status replaceFile(const std::string& target, ByteSpan bytes, const struct stat* old,
+Status replaceFile(const std::string& target, File::Contents contents, const struct stat* old,
                    Naming naming) {
   const SignalHold hold(SignalHold::Of::refusedWrites);
   sweep(target);
   auto outcome = Outcome::notOffered;
-  if (naming == Naming::whenWhole) outcome = replaceUnnamed(target, bytes, old);
-  if (outcome == Outcome::notOffered && replaceByTemporary(target, bytes, old)) {
+  if (naming == Naming::whenWhole) outcome = replaceUnnamed(target, contents, old);
+  if (outcome == Outcome::notOffered && replaceByTemporary(target, contents, old)) {
     outcome = Outcome::done;
   }
   if (outcome != Outcome::done) return Status::ofSystem(errno);

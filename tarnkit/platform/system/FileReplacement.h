@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/system/File.h"
 #include "tarnkit/platform/system/Status.h"
 
 struct stat;
@@ -26,7 +27,7 @@ enum class Naming {
 /// the process meanwhile (where other threads take signals, it stays for the next write). One whose
 /// writer was killed goes with the next replacement of the same file: a writer holds a lock on its
 /// own, so that none in use is mistaken for a stale one.
-Status replaceFile(const std::string& target, ByteSpan bytes, const struct stat* old,
+Status replaceFile(const std::string& target, File::Contents contents, const struct stat* old,
                    Naming naming = Naming::whenWhole);
 
 /// All of the bytes to an open file or stream, waiting where it does not block; false with `errno`.
