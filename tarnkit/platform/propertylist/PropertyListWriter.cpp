@@ -125,7 +125,7 @@ bool areEqual(const std::uint8_t* a, const std::uint8_t* b, std::size_t size) no
 
 }  // namespace
 
-PropertyListWriter::PropertyListWriter() = default;
+PropertyListWriter::PropertyListWriter() { smallInts_.fill(kNone); }
 PropertyListWriter::~PropertyListWriter() = default;
 
 PropertyListWriter::Index PropertyListWriter::addRecord(std::size_t position, Form form,
@@ -181,12 +181,12 @@ PropertyListWriter::Index PropertyListWriter::addText(std::string_view utf8, boo
 }
 
 PropertyListWriter::Index PropertyListWriter::addLongString(const StringObject& text) {
-  LongText& known = longTexts_[&text];
+  KnownText& known = longTexts_[&text];
   if (!known.text) known = {Ref<const StringObject>(&text), addText(text.view(), true)};
   return known.index;
 }
 
-PropertyListWriter::Index PropertyListWriter::addInt(std::int64_t value) {
+PropertyListWriter::Index PropertyListWriter::addOtherInt(std::int64_t value) {
   const std::size_t start = bytes_.size();
   const unsigned width = widthOf(static_cast<std::uint64_t>(value));
   std::uint8_t* const room = bytes_.room(9);
@@ -460,6 +460,8 @@ void PropertyListWriter::clear() noexcept {
   tableUsed_ = 0;
   symbols_ = std::vector<Index>();
   uids_ = std::vector<Index>();
+  recentTexts_.fill({});
+  smallInts_.fill(kNone);
   longTexts_.clear();
   booleans_[0] = booleans_[1] = kNone;
 }

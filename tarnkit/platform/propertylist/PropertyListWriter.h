@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -38,10 +39,16 @@ class PropertyListWriter {
   ~PropertyListWriter();
 
   Index addString(std::string_view utf8) { return addText(utf8, true); }
-  /// The string's text; of a long one the object is remembered (and kept), so that a text that many
-  /// objects share is not hashed for each.
+  /// The string's text. The objects that were met last are remembered (and kept), and all those of
+  /// long texts, so that a text that many objects share is not hashed for each.
   Index addString(const StringObject& text) {
-    return text.view().size() <= kLongText ? addText(text.view(), true) : addLongString(text);
+    KnownText& known = recentTexts_[slotOf(text)];
+    if (known.text.get() == &text) return known.index;
+    known.text = nullptr;
+    known.index =
+        text.view().size() <= kLongText ? addText(text.view(), true) : addLongString(text);
+    known.text = Ref<const StringObject>(&text);
+    return known.index;
   }
   /// As `addString`, without looking for an equal one: for texts known to be different.
   Index addDistinctString(std::string_view utf8) { return addText(utf8, false); }
@@ -52,7 +59,12 @@ class PropertyListWriter {
     return addNewSymbol(symbol, number);
   }
   /// 1, 2 or 4 bytes unsigned, else 8 signed.
-  Index addInt(std::int64_t value);
+  Index addInt(std::int64_t value) {
+    if (value < 0 || value >= kSmallInts) return addOtherInt(value);
+    Index& known = smallInts_[static_cast<std::size_t>(value)];
+    if (known == kNone) known = addOtherInt(value);
+    return known;
+  }
   Index addReal32(float value);
   Index addReal64(double value);
   Index addBool(bool value);
@@ -85,6 +97,8 @@ class PropertyListWriter {
  private:
   static constexpr Index kNone = 0xFFFFFFFFU;
   static constexpr std::size_t kLongText = 256;
+  static constexpr unsigned kRecentTextBits = 9;
+  static constexpr std::int64_t kSmallInts = 64;
   enum class Form : std::uint32_t { scalar, array, map, reserved };
   // A scalar: `position` and `count` of its encoded bytes; a container: of its object numbers.
   struct Record {
@@ -103,6 +117,7 @@ class PropertyListWriter {
   Index addNewSymbol(const Symbol& symbol, std::uint32_t number);
   Index addText(std::string_view utf8, bool shared);
   Index addLongString(const StringObject& text);
+  Index addOtherInt(std::int64_t value);
   Index addScalar(std::size_t start, bool shared);
   Index addRecord(std::size_t position, Form form, std::size_t count);
   std::span<Index> fill(Index object, Form form, std::size_t count, std::size_t references);
@@ -120,11 +135,17 @@ class PropertyListWriter {
   std::size_t tableUsed_ = 0;
   std::vector<Index> symbols_;
   std::vector<Index> uids_;
-  struct LongText {
+  struct KnownText {
     Ref<const StringObject> text;
-    Index index;
+    Index index = kNone;
   };
-  std::unordered_map<const StringObject*, LongText> longTexts_;
+  static std::size_t slotOf(const StringObject& text) noexcept {
+    constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15U;
+    return reinterpret_cast<std::uintptr_t>(&text) * kGolden >> (64 - kRecentTextBits);
+  }
+  std::array<KnownText, std::size_t{1} << kRecentTextBits> recentTexts_;
+  std::unordered_map<const StringObject*, KnownText> longTexts_;
+  std::array<Index, kSmallInts> smallInts_;
   Index booleans_[2] = {kNone, kNone};
 };
 

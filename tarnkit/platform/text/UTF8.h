@@ -11,15 +11,21 @@ namespace tarnkit::detail {
 
 /// Whether every byte is below 128.
 inline bool isASCII(std::string_view text) noexcept {
-  const char* at = text.data();
-  std::size_t left = text.size();
-  std::uint64_t seen = 0;
-  for (; left >= 8; at += 8, left -= 8) {
+  const auto wordAt = [&](std::size_t at) {
     std::uint64_t word = 0;
-    std::memcpy(&word, at, 8);
-    seen |= word;
+    std::memcpy(&word, text.data() + at, sizeof word);
+    return word;
+  };
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  const std::size_t size = text.size();
+  std::uint64_t seen = 0;
+  if (size < kWord) {
+    for (const char c : text) seen |= static_cast<std::uint64_t>(c & 0x80);
+  } else {
+    // The last word may overlap the one before.
+    for (std::size_t at = 0; at + kWord < size; at += kWord) seen |= wordAt(at);
+    seen |= wordAt(size - kWord);
   }
-  for (; left > 0; ++at, --left) seen |= static_cast<std::uint64_t>(*at & 0x80);
   return (seen & 0x8080808080808080ULL) == 0;
 }
 
