@@ -1,5 +1,6 @@
 // A plug-in that wishes its host ill: names with markup, control characters and other scripts, and
-// a help page of any name, taken from the environment.
+// a help page of any name, taken from the environment. Two of its patches mean well: they have all
+// their ports on one side.
 #include <cstdlib>
 #include <vector>
 
@@ -33,10 +34,33 @@ const HXRNodeClass hostileNode{"Hostile<Node> \"&1",
 
 const HXRNodeClass namelessNode{"NamelessNode", &hostileNode, {.defaultName = " "}};
 
+const HXRNodeClass listeningNode{"ListeningNode",
+                                 &HXRNode::kClass,
+                                 {.defaultName = "Listening", .libraryCategory = "AZaz09 é-"},
+                                 [](PatchDeclaration& patch) {
+                                   patch.in("One", "Listening.one");
+                                   patch.in("Two", "Listening.two");
+                                   patch.in("Three", "Listening.three");
+                                   patch.in("Four", "Listening.four");
+                                   patch.in("Five", "Listening.five");
+                                   patch.parameter("Loud", "Listening.loud", false);
+                                   patch.parameter("Near", "Listening.near", false);
+                                 }};
+
+const HXRNodeClass tellingNode{
+    "TellingNode", &HXRNode::kClass, {.defaultName = "Telling"}, [](PatchDeclaration& patch) {
+      patch.out("One", "Telling.one");
+      patch.out("Two", "Telling.two");
+      patch.out("Three", "Telling.three");
+      patch.out("Four", "Telling.four");
+      patch.out("Five", "Telling.five");
+      patch.out("Six", "Telling.six");
+    }};
+
 class HostilePlugin final : public HXRPlugin {
  public:
   std::vector<const HXRNodeClass*> nodeClasses() const override {
-    return {&hostileNode, &namelessNode};
+    return {&hostileNode, &namelessNode, &listeningNode, &tellingNode};
   }
 };
 

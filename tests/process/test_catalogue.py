@@ -87,10 +87,22 @@ class Catalogue(unittest.TestCase):
         named = listing("HXRLoopNode", "HXRClampNode", "HXRLoopNode")
         self.assertEqual([patch["class"] for patch in named], ["HXRLoopNode", "HXRClampNode"])
 
+    def test_a_patch_named_often_is_listed_once(self):
+        names = ["HXRClampNode"] * 100 + ["HXRDelayNode"] * 28
+        self.assertEqual([patch["class"] for patch in listing(*names)],
+                         ["HXRDelayNode", "HXRClampNode"])
+
     def test_is_readable(self):
-        lines = catalogue("--category", "Math").stdout.splitlines()
-        self.assertEqual(lines[0], "Math")
-        self.assertEqual(len(lines), 6)
+        expected, category = [], ""
+        for patch in listing("--all"):
+            if patch["libraryCategory"] != category:
+                category = patch["libraryCategory"]
+                expected += ["", category or "(no category)"]
+            flags = {"hidden": patch["hiddenInLibrary"], "secret": patch["secretInLibrary"],
+                     "holds nodes": patch["allowsSubnodes"]}
+            expected.append(f"  {patch['defaultName']:<24} {patch['class']}" +
+                            "".join(f", {flag}" for flag, holds in flags.items() if holds))
+        self.assertEqual(catalogue("--all").stdout.splitlines(), expected[1:])
         details = catalogue("HXRClampNode").stdout
         self.assertIn("Tarn.minimumInput", details)
         self.assertIn("PMRClampPatch", details)

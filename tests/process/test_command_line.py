@@ -167,6 +167,16 @@ class Scripts(HostTest):
                 line = self.one_line(self.host("run", "-", input=script, status=1)[1])
                 self.assertTrue(line.startswith(start), line)
 
+    def test_a_reason_is_cut_only_where_it_is_too_long(self):
+        reasons = []
+        for length in range(10, 90):
+            script = ('["' + "a" * length).encode()  # a text without end, which the reason quotes
+            line = self.one_line(self.host("run", "-", input=script, status=1)[1])
+            reasons.append(line.removeprefix("script, the array of operations, "))
+        whole = [reason for reason in reasons if not reason.endswith("...")]
+        self.assertEqual(max(map(len, whole)), 160)
+        self.assertEqual({len(reason) for reason in reasons[len(whole):]}, {163})
+
     def test_nothing_is_done_of_an_array_that_is_damaged(self):
         file = self.folder / "document"
         script = json.dumps([op("newDocument"), op("save", file=str(file))])[:-1]

@@ -78,25 +78,33 @@ class HostManual(HostTest):
         return re.findall(r"^  (\w+)", listed, re.MULTILINE)
 
     def options(self, *command):
+        """The options of a command, each with the name of its value or ""."""
         text = self.help(*command).split("Options:\n")[1].split("\n\n")[0]
-        names = {name for line in re.findall(r"^  (-\S+)", text, re.MULTILINE)
-                 for name in line.split(",")}
-        return names - {"-h", "--help"}
+        lines = re.findall(r"^  (-\S+)(?: ([^\s:]+)(?!\S))?", text, re.MULTILINE)
+        options = {name: value for names, value in lines for name in names.split(",")}
+        self.assertEqual((options.pop("-h"), options.pop("--help")), ("", ""))
+        return options
 
     def test_commands(self):
         headings = re.findall(r"^### tarnkit (\w+)", PAGE.text, re.MULTILINE)
         self.assertEqual(sorted(headings), sorted(self.commands()))
 
     def test_options(self):
-        documented = {}
+        documented = collections.defaultdict(dict)
         for titles, header, rows in PAGE.tables():
-            if header[0] == "Option":
-                documented[titles[-1].split()[1] if titles[-1].startswith("tarnkit") else ""] = {
-                    code.split()[0] for row in rows for code in code_of(row[0])}
-        self.assertEqual(documented.pop("") - {"-h", "--help"}, self.options())
+            if header[0] != "Option":
+                continue
+            command = titles[-1].split()[1] if titles[-1].startswith("tarnkit") else ""
+            for row in rows:
+                codes = code_of(row[0])
+                value = codes[-1].partition(" ")[2]
+                documented[command].update({code.split()[0]: value for code in codes})
+        for name in ("-h", "--help"):
+            self.assertEqual(documented[""].pop(name), "")
+        self.assertEqual(documented[""], self.options())
         for command in self.commands():
             with self.subTest(command=command):
-                self.assertEqual(documented.get(command, set()), self.options(command))
+                self.assertEqual(documented[command], self.options(command))
 
     def test_operations(self):
         listed = dict(re.findall(r"^  (\w+) *(.*)$",

@@ -25,6 +25,7 @@ class Math(HostTest):
             (["1/0"], "inf"),
             (["sin(90)", "--degrees"], "1"),
             (["2$x", "--var", "x=21"], "42"),
+            (["2$x", "--var", "$x=21"], "42"),
             (["x + y", "--var", "x=1", "--var", "y=2", "--functions-as-variables"], "3"),
             (["50 + 10%", "--percent"], "55"),
             (["7 % 4"], "3"),

@@ -40,9 +40,7 @@ std::string_view faultOf(std::string_view name) {
   const std::string lower = lowerCased(name);
   if (lower == ReferencePages::kIndex) return "that is the index";
   if (lower == kExpressionsPage) return "that is the page of the expressions";
-  if (lower.size() <= kExtension.size() || !lower.ends_with(kExtension)) {
-    return "its name does not end with .html";
-  }
+  if (!lower.ends_with(kExtension)) return "its name does not end with .html";
   return {};
 }
 
