@@ -66,6 +66,11 @@ std::string StateMerge::addressOf(std::int32_t number) {
   return branch.addresses.of(*branch.nodes[at(branch.own[at(number)])]);
 }
 
+std::string StateMerge::labelOf(std::int32_t number) {
+  auto& branch = branchWith(number);
+  return branch.addresses.labelOf(*branch.nodes[at(branch.own[at(number)])]);
+}
+
 HXMergeSide StateMerge::decide(Kind kind, std::int32_t number, const std::string& subject,
                                const std::string& ours, const std::string& theirs) {
   const std::string address = addressOf(number);
@@ -362,10 +367,8 @@ void StateMerge::mergePortGroups(std::int32_t number, const Node& b, const Node&
     for (const auto& key : b.groupOrder[side]) {
       if (!inOurs.contains(key) || !inTheirs.contains(key)) present.erase(key);
     }
-    bool conflict = false;
-    node.groupOrder[side] =
-        mergedOrder(b.groupOrder[side], o.groupOrder[side], t.groupOrder[side], present, conflict);
-    if (conflict) decide(Kind::twoOrders, number, "port groups", "ours", "theirs");
+    node.groupOrder[side] = mergedOrder(b.groupOrder[side], o.groupOrder[side], t.groupOrder[side],
+                                        present, number, "port groups", HXAddresses::quoted);
     const ByKey flaggedBefore(b.flaggedGroups[side]);
     const ByKey flaggedByUs(o.flaggedGroups[side]);
     const ByKey flaggedByThem(t.flaggedGroups[side]);
@@ -412,9 +415,9 @@ void StateMerge::mergeSubnodes(std::int32_t number) {
   gather(before);
   gather(ours);
   gather(theirs);
-  bool conflict = false;
-  node.subnodes = mergedOrder(before.subnodes, ours.subnodes, theirs.subnodes, present, conflict);
-  if (conflict) decide(Kind::twoOrders, number, "nodes", "ours", "theirs");
+  const auto labelOfNode = [this](std::int32_t subnode) { return labelOf(subnode); };
+  node.subnodes = mergedOrder(before.subnodes, ours.subnodes, theirs.subnodes, present, number,
+                              "nodes", labelOfNode);
   std::unordered_set<std::int32_t> views;
   for (const auto* of : {&ours, &theirs}) {
     for (const auto view : of->views) {
@@ -429,8 +432,8 @@ void StateMerge::mergeSubnodes(std::int32_t number) {
       if (all.contains(view) && !its.contains(view)) views.erase(view);
     }
   }
-  node.views = mergedOrder(before.views, ours.views, theirs.views, views, conflict);
-  if (conflict) decide(Kind::twoOrders, number, "views", "ours", "theirs");
+  node.views =
+      mergedOrder(before.views, ours.views, theirs.views, views, number, "views", labelOfNode);
   if (!node.views.empty()) node.showsViews = true;
   node.hasGroup = !node.subnodes.empty() || (o ? o->hasGroup : t ? t->hasGroup : before.hasGroup);
   const bool isUnknown = !node.patch && !node.patchClass.isNil();

@@ -113,14 +113,21 @@ class StateMerge {
   Value pick(const Value& b, const Value& o, const Value& t, std::int32_t number,
              const std::string& subject, TextOf textOf, Kind kind = Kind::twoValues);
   std::string addressOf(std::int32_t number);
+  /// The last part of it.
+  std::string labelOf(std::int32_t number);
   MergeBranch& branchWith(std::int32_t number);
   /// Members of either list that are present; in the order of the one that has another order than
-  /// the base, of ours where both have. Where both added something ours come first.
-  template <class Item, class Hash>
+  /// the base, as is decided where both have and they are not one. Where both added something ours
+  /// come first. `subject` is what is in order, and `textOf` tells of one.
+  template <class Item, class Hash, class TextOf>
   std::vector<Item> mergedOrder(const std::vector<Item>& b, const std::vector<Item>& o,
                                 const std::vector<Item>& t,
-                                const std::unordered_set<Item, Hash>& present,
-                                bool& conflict) const;
+                                const std::unordered_set<Item, Hash>& present, std::int32_t number,
+                                const std::string& subject, TextOf textOf);
+  /// From where it is another order than the other one, some of it.
+  template <class Item, class TextOf>
+  static std::string orderText(const std::vector<Item>& order, const std::vector<Item>& other,
+                               TextOf textOf);
 
   MergeBranch& base_;
   MergeBranch& ours_;
@@ -136,11 +143,29 @@ class StateMerge {
   std::vector<HXMergeConflict> conflicts_;
 };
 
-template <class Item, class Hash>
+template <class Item, class TextOf>
+std::string StateMerge::orderText(const std::vector<Item>& order, const std::vector<Item>& other,
+                                  TextOf textOf) {
+  constexpr std::ptrdiff_t kMost = 6;
+  const auto first = std::mismatch(order.begin(), order.end(), other.begin(), other.end()).first;
+  std::string text = first == order.begin() ? "(" : "(…, ";
+  for (auto at = first; at != order.end(); ++at) {
+    if (at != first) text += ", ";
+    if (at - first == kMost) {
+      text += "…";
+      break;
+    }
+    text += textOf(*at);
+  }
+  return text + ")";
+}
+
+template <class Item, class Hash, class TextOf>
 std::vector<Item> StateMerge::mergedOrder(const std::vector<Item>& b, const std::vector<Item>& o,
                                           const std::vector<Item>& t,
                                           const std::unordered_set<Item, Hash>& present,
-                                          bool& conflict) const {
+                                          std::int32_t number, const std::string& subject,
+                                          TextOf textOf) {
   using Set = std::unordered_set<Item, Hash>;
   const auto setOf = [](const std::vector<Item>& list) { return Set(list.begin(), list.end()); };
   const Set inBase = setOf(b);
@@ -164,8 +189,12 @@ std::vector<Item> StateMerge::mergedOrder(const std::vector<Item>& b, const std:
   };
   const bool oursMoved = !agree(b, inOurs, o, inBase);
   const bool theirsMoved = !agree(b, inTheirs, t, inBase);
-  conflict = oursMoved && theirsMoved && !agree(o, inTheirs, t, inOurs);
-  const bool byTheirs = theirsMoved && (!oursMoved || options_.preference == HXMergeSide::theirs);
+  auto side = options_.preference;
+  if (oursMoved && theirsMoved && !agree(o, inTheirs, t, inOurs)) {
+    side =
+        decide(Kind::twoOrders, number, subject, orderText(o, t, textOf), orderText(t, o, textOf));
+  }
+  const bool byTheirs = theirsMoved && (!oursMoved || side == HXMergeSide::theirs);
   // What only one has follows what it follows there, ours before theirs.
   struct Gaps {
     std::vector<Item> atStart;

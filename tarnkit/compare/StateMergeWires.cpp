@@ -252,9 +252,13 @@ StateMerge::Publications StateMerge::mergedPublications(std::int32_t number,
            isOurs ? "removed" : name, name);
     }
   }
-  bool conflict = false;
-  const auto order = mergedOrder(hadPorts, ourPorts, theirPorts, present, conflict);
-  if (conflict) decide(Kind::twoOrders, number, "published ports", "ours", "theirs");
+  const auto nameOf = [&](const Port& port) {
+    const auto found = inOurs.find(port);
+    return HXAddresses::quoted(found == inOurs.end() ? inTheirs.at(port)->name
+                                                     : found->second->name);
+  };
+  const auto order =
+      mergedOrder(hadPorts, ourPorts, theirPorts, present, number, "published ports", nameOf);
   Publications merged;
   for (const auto& port : order) {
     const auto find = [&port](const ByPort& in) {
@@ -410,12 +414,11 @@ void StateMerge::mergeWireOrder(std::int32_t number) {
       }
     }
     if (present.empty()) continue;
-    bool conflict = false;
-    auto order = mergedOrder(b, o, t, present, conflict);
-    if (conflict) {
-      decide(Kind::twoOrders, number, "connections of " + HXAddresses::escaped(key.view()), "ours",
-             "theirs");
-    }
+    const auto textOf = [this](std::int32_t wire) {
+      return wireText(isInOurs_[at(wire)] ? ours_ : theirs_, merged_.connections[at(wire)]);
+    };
+    auto order = mergedOrder(b, o, t, present, number,
+                             "connections of " + HXAddresses::escaped(key.view()), textOf);
     merged_.nodes[at(number)].wires.push_back({key, std::move(order)});
   }
 }

@@ -211,7 +211,8 @@ TEST_F(MergeEditsTest, WhatDoesNotGoTogetherIsToldWithBothSides) {
        [&](HXDocument& d) {
          as<HXSubviewGroup>(in(d, views).subnodeGroup())->moveSubviewNode(in(d, front), 1);
        },
-       {"Views: views, ours ours, theirs theirs, taken ours"}},
+       {"Views: views, ours (Color View [3], Color View, Color View [2]), theirs (Color View, "
+        "Color View [3], Color View [2]), taken (Color View [3], Color View, Color View [2])"}},
       // What is removed here and changed there.
       {[&](HXDocument& d) { remove(in(d, tail)); },
        [&](HXDocument& d) { in(d, tail).inputPortGroups()[0]->setHidden(true); },
@@ -285,7 +286,9 @@ TEST_F(MergeEditsTest, OrdersThatDifferAreOurs) {
   toTheEnd(*theirs, debug, "Tarn.minimumInput");
   const auto outcome = merge();
   EXPECT_THAT(linesOf(outcome.conflicts),
-              ElementsAre("/: nodes, ours ours, theirs theirs, taken ours"));
+              ElementsAre("/: nodes, ours (…, Tail, Choice, Debug, Loose, Shelf, Views, …), theirs "
+                          "(…, Sink, Choice, Loose, Shelf, Views, Tail, …), taken (…, Tail, "
+                          "Choice, Debug, Loose, Shelf, Views, …)"));
   EXPECT_EQ(textOf(*outcome.document), textOf(*ours));
   branch();
   toTheEnd(*ours, tail, "Tarn.minimumInput");
@@ -295,7 +298,13 @@ TEST_F(MergeEditsTest, OrdersThatDifferAreOurs) {
       .subnodeGroup()
       ->arrangePublications(HXOrientationInput, {in(*theirs, album).symbolicInputPorts()[2]});
   EXPECT_THAT(linesOf(merge().conflicts),
-              ElementsAre("Album: published ports, ours ours, theirs theirs, taken ours"));
+              ElementsAre("Album: published ports, ours (\"In\", \"Tarn.maximumInput\", "
+                          "\"Tarn.minimumInput\"), theirs (\"Tarn.maximumInput\", \"In\", "
+                          "\"Tarn.minimumInput\"), taken (\"In\", \"Tarn.maximumInput\", "
+                          "\"Tarn.minimumInput\")"));
+  HXDocumentMerge::Options options;
+  options.favored.emplace("Album: published ports", HXMergeSide::theirs);
+  EXPECT_EQ(textOf(*merge(options).document), textOf(*theirs)) << "what is said to be taken is";
 }
 
 // A file has each image once; to that comes what either added.
