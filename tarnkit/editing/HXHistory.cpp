@@ -90,13 +90,11 @@ void HXHistory::commit() {
   open_.time = time_;
   if (!coalesce(open_)) {
     open_.id = ++lastId_;
-    for (const HXChange& change : open_.changes()) {
-      if (auto* const node = change.subnode()) {
-        auto* const held = subnodes_.find(node);
-        ++(held ? *held : subnodes_.append({node, 0})).count;
-        mark(*node);
-      }
-    }
+    open_.end([&](HXNode& node) {
+      auto* const held = subnodes_.find(&node);
+      ++(held ? *held : subnodes_.append({&node, 0})).count;
+      mark(node);
+    });
     byteCount_ += open_.byteCount();
     done_.push_back(std::move(open_));
     if (maximumSteps_ != 0 || maximumBytes_ != 0) applyLimits();

@@ -142,14 +142,30 @@ std::vector<bool> whatCancelsOut(const HXChangeList& changes) {
 
 }  // namespace
 
-struct HXHistoryStep::Subjects {
+// Of a step of many changes. When it ends its changes lie scattered, most of them of entries that
+// came, so what has to be looked at is noted while it is at hand.
+struct HXHistoryStep::Index {
   /// Whether it is a new one, or none.
   bool add(const HXChange::Subject& subject) {
     if (!subject.object) return true;
-    const auto count = table.size();
-    return numberOf(subject, table) == count;
+    const auto count = subjects.size();
+    return numberOf(subject, subjects) == count;
   }
-  SubjectTable table;
+  void note(const HXChange& change) {
+    ++noted;
+    if (!change.isOfNewEntry()) others.push_back(&change);
+    if (change.movesSubnodes()) moves.push_back(&change);
+  }
+  void endNotes() {
+    noted = 0;
+    others = {};
+    moves = {};
+  }
+
+  SubjectTable subjects;
+  std::size_t noted = 0;                // how many changes: from the first one on
+  std::vector<const HXChange*> others;  // that are of no new entry
+  std::vector<const HXChange*> moves;   // of subnodes
 };
 
 HXHistoryStep::HXHistoryStep() noexcept = default;
@@ -160,13 +176,13 @@ HXHistoryStep::HXHistoryStep(HXHistoryStep&& other) noexcept
       id(other.id),
       changes_(std::move(other.changes_)),
       changeBytes_(std::exchange(other.changeBytes_, 0)),
-      subjects_(std::move(other.subjects_)) {}
+      index_(std::move(other.index_)) {}
 HXHistoryStep& HXHistoryStep::operator=(HXHistoryStep&&) noexcept = default;
 HXHistoryStep::~HXHistoryStep() = default;
 
 bool HXHistoryStep::holds(const HXChange::Subject& subject) const {
   if (!subject.object) return false;
-  if (subjects_) return subjects_->table.find(subject) != nullptr;
+  if (index_) return index_->subjects.find(subject) != nullptr;
   return std::any_of(changes_.begin(), changes_.end(),
                      [&](const HXChange& change) { return change.subject() == subject; });
 }
@@ -175,21 +191,44 @@ void HXHistoryStep::add(std::unique_ptr<HXChange> change) {
   changeBytes_ += change->byteCount();
   changes_.append(std::move(change));
   if (changes_.count() <= kSearchedInPlace) return;
-  if (subjects_) {
-    subjects_->add(changes_.last()->subject());
+  if (index_) {
+    index_->add(changes_.last()->subject());
+    note();
     return;
   }
-  subjects_ = std::make_unique<Subjects>();
-  for (const HXChange& present : changes_) subjects_->add(present.subject());
+  index_ = std::make_unique<Index>();
+  for (const HXChange& present : changes_) {
+    index_->add(present.subject());
+    index_->note(present);
+  }
 }
 
+// The last change, unless the step has ended once.
+void HXHistoryStep::note() {
+  if (index_->noted + 1 == changes_.count()) index_->note(*changes_.last());
+}
+bool HXHistoryStep::isNoted() const noexcept { return index_ && index_->noted == changes_.count(); }
+
 void HXHistoryStep::addFirst(std::unique_ptr<HXChange> change) {
-  if (!subjects_) {
+  if (!index_) {
     if (!holds(change->subject())) add(std::move(change));
-  } else if (subjects_->add(change->subject())) {
+  } else if (index_->add(change->subject())) {
     changeBytes_ += change->byteCount();
     changes_.append(std::move(change));
+    note();
   }
+}
+
+void HXHistoryStep::end(FunctionRef<void(HXNode&)> visitSubnode) {
+  const auto visit = [&](const HXChange& change) {
+    if (auto* const node = change.subnode()) visitSubnode(*node);
+  };
+  if (isNoted()) {
+    for (const HXChange* change : index_->moves) visit(*change);
+  } else {
+    for (const HXChange& change : changes_) visit(change);
+  }
+  if (index_) index_->endNotes();
 }
 
 void HXHistoryStep::append(HXHistoryStep later) {
@@ -197,13 +236,20 @@ void HXHistoryStep::append(HXHistoryStep later) {
 }
 
 HXChangeList HXHistoryStep::takeAll() {
-  subjects_ = nullptr;
+  index_ = nullptr;
   changeBytes_ = 0;
   return std::exchange(changes_, {});
 }
 
-// Most steps are of a few changes of different things.
+// Most steps are of a few changes of different things. Of a table to which entries came, and
+// nothing else, nothing cancels out; nor does one that was exchanged as a whole, to which entries
+// came, and which is not what it was.
 bool HXHistoryStep::mayCancelOut() const {
+  if (isNoted()) {
+    return std::any_of(index_->others.begin(), index_->others.end(), [](const HXChange* change) {
+      return (change->table().object && !change->subject().object) || change->isNeutral();
+    });
+  }
   if (changes_.count() > kSearchedInPlace) return true;
   for (const HXChange& change : changes_) {
     const auto table = change.table();

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "tarnkit/model/HXChangeList.h"
+#include "tarnkit/platform/objects/FunctionRef.h"
 #include "tarnkit/platform/text/String.h"
 
 namespace tarnkit {
@@ -36,6 +37,9 @@ class HXHistoryStep {
   /// Takes over the changes of a later step, but those of a subject that is held already.
   void append(HXHistoryStep later);
   HXChangeList takeAll();
+  /// The step will be recorded no more: visits the nodes that came or went, each as often as it
+  /// did, and lets go of what only making a step needs.
+  void end(FunctionRef<void(HXNode&)> visitSubnode);
 
   /// Whether the step does nothing but set values, the same ones as the other step.
   bool setsTheSameAs(const HXHistoryStep& other) const;
@@ -47,12 +51,14 @@ class HXHistoryStep {
   std::size_t byteCount() const noexcept { return sizeof(*this) + changeBytes_; }
 
  private:
-  struct Subjects;
+  struct Index;
+  void note();
+  bool isNoted() const noexcept;
   bool mayCancelOut() const;
 
   HXChangeList changes_;
   std::size_t changeBytes_ = 0;
-  std::unique_ptr<Subjects> subjects_;  // null while there are few changes
+  std::unique_ptr<Index> index_;  // null while there are few changes
 };
 
 }  // namespace tarnkit
