@@ -87,13 +87,13 @@ std::vector<Ref<HXSymbolicPort>> HXDocumentAlignment::strays(
   return found;
 }
 
+// The port that it is made for ends right away.
 Ref<HXSymbolicPort> HXDocumentAlignment::publishNothing(HXGroup& group, std::int32_t side,
                                                         const State::Publication& wanted) {
   const auto nothing = make<HXPatchPort>(nullptr, side, wanted.relationship);
   const auto published = group.addSymbolicPortForPort(*nothing);
   if (!published) return nullptr;
   published->setName(wanted.name);
-  published->setPort(nullptr);
   return published;
 }
 

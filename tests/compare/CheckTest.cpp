@@ -121,8 +121,10 @@ TEST(CheckTest, WhatOpeningMendedAndLostIsToldOnceEach) {
   EXPECT_EQ(all(checkOf(mended, {.only = {Code::openingMended}})),
             "/: opening the file: Dropping 1 image entries without a key [opening-mended]\n");
   CheckExample lost;
-  CheckExample::port(*lost.add("HXRClampNode"), "Tarn.minimumInput")
+  const auto clamp = lost.add("HXRClampNode");
+  CheckExample::port(*clamp, "Tarn.minimumInput")
       .setStaticValue(PMRPrimitive::primitiveWithNumberValue(3));
+  lost.connect(*lost.add("HXRPulseNode"), "Tarn.pulseOutput", *clamp, "Tarn.minimumInput");
   lost.reopen("HXRClampNode", "HXRDeltaNode");
   EXPECT_EQ(all(checkOf(lost, {.only = {Code::openingMended}})), "");
 }

@@ -258,6 +258,28 @@ TEST_F(DifferenceTest, AGroupThatGoesTakesWhatItPublishedWithIt) {
                           "  disconnects Transition: Value → Album: In"));
 }
 
+// A hidden port stays published where its node was.
+TEST_F(DifferenceTest, AGroupThatGoesTakesWhatStandsForPortsElsewhere) {
+  const auto album = add("");
+  album->setName("Album");
+  const auto choice = add("HXRMultiplexerNode", album.get());
+  const auto source = add("HXRTransitionNode");
+  const auto published =
+      album->subnodeGroup()->addSymbolicPortForPort(*choice->portForKey("Tarn.source0Input"));
+  published->setName("In");
+  document->connectPort(port(*source, "Tarn.output"), *published);
+  for (const auto& group : choice->inputPortGroups()) group->setHidden(true);
+  document->subnodeGroup()->addNode(*choice);
+  EXPECT_THAT(linesAfter([&] {
+                album->setForceAllowsSubnodes(false);
+                album->setPatch(nullptr);
+                document->pruneInvalidConnections();
+              }),
+              ElementsAre("subnodesForced Album: holds nodes only where its patch does",
+                          "  unpublishes Multiplexer: Source 0 as \"In\"",
+                          "  disconnects Transition: Value → Album: In"));
+}
+
 // A node keeps the parameters of the patches that it had.
 TEST_F(DifferenceTest, AParameterThatIsGoneIsTold) {
   const auto node = add("HXRClampNode");
