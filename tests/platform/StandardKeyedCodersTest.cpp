@@ -376,6 +376,8 @@ TEST_F(StandardKeyedCoders, RefusesWhatDoesNotFit) {
       {thing(entry("Thing.name", text)), "Thing.name: a string where a reference"},
       {thing(entry("Thing.name", uid(3)), "<true/>"),
        "Thing.name: a NSNumber where a NSString is expected"},
+      {thing(entry("Thing.name", uid(3)), "<data>AAAA</data>"),
+       "Thing.name: a NSData where a NSString is expected"},
       {thing(entry("Thing.parts", uid(3)), text), "Thing.parts: a string where a list"},
       {thing(entry("Thing.parts", uid(1))), "Thing.parts: a Thing where a list"},
       {thing(entry("Thing.parts", uid(3)),

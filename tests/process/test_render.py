@@ -303,33 +303,59 @@ class Files(RenderTest):
             self.one_line(self.host("render", document, *output, *wrong, status=2)[1])
 
 
+class PageReader(html.parser.HTMLParser):
+    def __init__(self, page):
+        super().__init__()
+        self.scripts, self.ids, self.templates = [], [], 0
+        self.feed(page)
+
+    def handle_starttag(self, tag, attributes):
+        attributes = dict(attributes)
+        if tag == "script":
+            self.scripts.append((attributes, []))
+        self.templates += tag == "template"
+        if "id" in attributes:
+            self.ids.append(attributes["id"])
+
+    def handle_data(self, data):
+        if self.lasttag == "script" and self.scripts:
+            self.scripts[-1][1].append(data)
+
+    def data(self):
+        """What the page knows of each group."""
+        return [json.loads("".join(text)) for attributes, text in self.scripts
+                if attributes.get("type") == "application/json"]
+
+
 class Page(RenderTest):
+    def page(self, document):
+        return self.host("render", document, "-o", "-", "--format", "html")[0].decode()
+
+    def test_parameters_are_told_as_people_read_them(self):
+        document = self.folder / "parameters.document"
+        changes = {"Tarn.integerParameter": 3, "Tarn.floatParameter": 0.5,
+                   "Tarn.colorParameter": [1, 0, 0, 1], "Tarn.singleLineStringParameter": "text"}
+        self.document([
+            op("newDocument"),
+            op("newNode", as_="grid", patch="HXRGridLayoutNode"), op("addNode", node="grid", to="node_0"),
+            op("newNode", as_="all", patch="HXRDebugNode"), op("addNode", node="all", to="node_0"),
+            *[op("setParameter", node="all", parameter=key, value=value)
+              for key, value in changes.items()],
+            op("save", file=str(document))])
+        grid, all_ = [{entry["name"]: entry["value"] for entry in node["parameters"]}
+                      for node in PageReader(self.page(document)).data()[0]["nodes"]]
+        self.assertEqual(grid, {"Vertical": "on"})
+        self.assertEqual(all_, {
+            "Boolean": "off", "Integer": "3", "Float": "0.5", "Color": "#ff0000",
+            "Single Line String": "text", "Multi-Line String": "", "Image": "no image"})
+
     def test_names_cannot_break_out_of_the_page(self):
         document = self.folder / "all.document"
         self.document(everything(document))
-        page = self.host("render", document, "-o", "-", "--format", "html")[0].decode()
-
-        class Reader(html.parser.HTMLParser):
-            def __init__(self):
-                super().__init__()
-                self.scripts, self.ids, self.templates = [], [], 0
-
-            def handle_starttag(self, tag, attributes):
-                attributes = dict(attributes)
-                if tag == "script":
-                    self.scripts.append((attributes, []))
-                self.templates += tag == "template"
-                if "id" in attributes:
-                    self.ids.append(attributes["id"])
-
-            def handle_data(self, data):
-                if self.lasttag == "script" and self.scripts:
-                    self.scripts[-1][1].append(data)
-        reader = Reader()
-        reader.feed(page)
+        page = self.page(document)
+        reader = PageReader(page)
         self.assertEqual(len(reader.ids), len(set(reader.ids)))
-        data = [json.loads("".join(text)) for attributes, text in reader.scripts
-                if attributes.get("type") == "application/json"]
+        data = reader.data()
         self.assertEqual(len(reader.scripts), len(data) + 1)
         self.assertEqual(reader.templates, len(data) - 1)
         self.assertEqual([d["title"] for d in data[:1]], ["Document"])
@@ -338,7 +364,6 @@ class Page(RenderTest):
         self.assertIn(LONG, names)
         self.assertIn(CONTROL, names)
         self.assertFalse(SCRIPT in page)
-
 
     def test_a_page_of_too_many_groups_says_so(self):
         document, page = self.folder / "deep.document", self.folder / "deep.html"

@@ -97,6 +97,38 @@ class TextTest(unittest.TestCase):
         keys = [node["uniqueKey"] for node in fresh["subnodeGroup"]["subnodes"]]
         self.assertTrue(all(key.startswith("node_") for key in keys), keys)
 
+    def test_the_order_of_connections_stays(self):
+        clamp, interaction = {"patch": "HXRClampNode"}, "touch/Tarn.interactionOutput"
+        document = {"tarnkit": 1, "id": "document", "nodes": [
+            {"id": "a", "in": "box", **clamp},
+            {"id": "b", "in": "box", **clamp},
+            # Its inputs stand in another order than their keys.
+            {"id": "box",
+             "publishedInputs": ["b/Tarn.valueInput", "a/Tarn.valueInput",
+                                 "view/Tarn.interactionInput"],
+             "connections": {"Symbolic.a.Tarn.valueInput": "source/Tarn.resultOutput",
+                             "Symbolic.b.Tarn.valueInput": "source/Tarn.resultOutput",
+                             "Symbolic.view.Tarn.interactionInput": interaction}},
+            {"id": "source", **clamp},
+            {"id": "touch", "patch": "HXRTouchInteractionNode"},
+            {"id": "touch2", "in": "box", "patch": "HXRTouchInteractionNode"},
+            {"id": "view", "in": "box", "patch": "HXRColorViewNode",
+             "connections": {"Tarn.interactionInput": {"from": "touch2/Tarn.interactionOutput",
+                                                       "inputPlace": 0}}},
+        ]}
+        text, again = self.write(document), self.folder / "again.json"
+        archive = self.folder / "archive"
+        self.host("save", text, "-o", archive)
+        for source in text, archive:
+            with self.subTest(source.name):
+                self.host("save", source, "-o", again)
+                self.assertEqual(json.loads(again.read_text()), document)
+
+    def test_a_near_name_is_one_in_any_case(self):
+        node = {"id": "toggle", "patch": "Switch", "connections": {"Toggle": "AZ/Down"}}
+        text = self.write({"tarnkit": 1, "nodes": [{"id": "az", "patch": "Touch Interaction"}, node]})
+        self.assertIn('there is no node "AZ"; "az"?', run("open", text).stderr)
+
     def test_sessions_take_it(self):
         text = self.write(TOGGLE)
         out = self.folder / "out.json"
