@@ -124,7 +124,8 @@ class Session {
     if (!bytes) return fault("the repaired document cannot be saved");
     const auto opened = HXDocumentFile::document(*bytes, HXCodingTypeEditorWithKeys);
     if (!opened) return fault("the repaired document cannot be opened");
-    requireRepaired(**opened, "repaired and opened");
+    // Of a port that was published twice, opening ends the later publication only.
+    if (!editor_.doublePublications()) requireRepaired(**opened, "repaired and opened");
     if (history_->undoCount() > steps + 1) fault("a repair is no single step");
     if (history_->undoCount() > steps && !history_->undo()) fault("a repair cannot be undone");
     const auto state = archive();

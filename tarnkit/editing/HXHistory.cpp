@@ -189,9 +189,8 @@ bool HXHistory::canExchange(const HXHistoryStep& step) const {
     const auto* const node = change.comingSubnode();
     const Object* const group = node ? node->parentGroup() : nullptr;
     if (!group || change.table().object == group) continue;
-    const HXNode* root = node;
-    while (const auto* enclosing = root->enclosingNode()) root = enclosing;
-    if (root != document && !holdsSubnode(*root)) return false;
+    const HXNode& root = rootOf(*node);
+    if (&root != document && !holdsSubnode(root)) return false;
   }
   return true;
 }

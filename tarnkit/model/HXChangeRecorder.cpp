@@ -41,18 +41,21 @@ void HXChangeRecorder::endRecording(HXDocument& document) noexcept {
 
 void HXChangeRecorder::mark(HXNode& node) noexcept { node.mayBeRecorded_ = true; }
 
-// Asked for every change, and of fresh nodes most of the time. A node is held by the one that
-// encloses it, or would if the group that it stands in had not been replaced: what a group took
-// along that was dropped comes back with it.
-HXChangeRecorder* HXChangeRecorder::of(const HXNode* node) {
-  if (!node) return nullptr;
-  const HXNode* root = node;
+const HXNode& HXChangeRecorder::rootOf(const HXNode& node) noexcept {
+  const HXNode* root = &node;
   while (const HXGroup* const group = root->parentGroup_.get()) {
     const HXNode* const holder = group->presentOrFormerNode();
     if (!holder) break;
     root = holder;
   }
-  return root->mayBeRecorded_ ? ofRoot(*root) : nullptr;
+  return *root;
+}
+
+// Asked for every change, and of fresh nodes most of the time.
+HXChangeRecorder* HXChangeRecorder::of(const HXNode* node) {
+  if (!node) return nullptr;
+  const HXNode& root = rootOf(*node);
+  return root.mayBeRecorded_ ? ofRoot(root) : nullptr;
 }
 
 HXChangeRecorder* HXChangeRecorder::ofRoot(const HXNode& root) {

@@ -44,6 +44,10 @@ class HXChangeRecorder : public Object {
   void endRecording(HXDocument& document) noexcept;
   /// From now on `holdsSubnode` is asked about the node.
   static void mark(HXNode& node) noexcept;
+  /// The node that holds it in the end. A node is held by the one that encloses it, or would if the
+  /// group that it stands in had not been replaced: what a group took along that was dropped comes
+  /// back with it. Costs the depth.
+  static const HXNode& rootOf(const HXNode& node) noexcept;
   /// Whether a change that is held has the node come or go.
   virtual bool holdsSubnode(const HXNode& node) const = 0;
 

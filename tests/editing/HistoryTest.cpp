@@ -298,6 +298,30 @@ TEST_F(HistoryTest, ANodeThatStandsElsewhereStopsTheUndo) {
   EXPECT_THROW(make<HXHistory>(*document), std::logic_error);
 }
 
+// What went with a group that was dropped stands where the step takes it from.
+TEST_F(HistoryTest, ANodeThatWentWithADroppedGroupComesBack) {
+  const auto addGroup = [&](HXNode& to) {
+    const auto group = make<HXNode>();
+    group->setForceAllowsSubnodes(true);
+    group->setPatch(nullptr);
+    to.subnodeGroup()->addNode(*group);
+    return group;
+  };
+  const auto outer = addGroup(*document);
+  const auto inner = addGroup(*outer);
+  const Ref<HXNode> node(&add("HXRClampNode"));
+  const auto before = archive();
+  history->beginStep();
+  inner->subnodeGroup()->addNode(*node);
+  outer->setForceAllowsSubnodes(false);
+  outer->setPatch(nullptr);
+  history->endStep();
+  ASSERT_FALSE(outer->subnodeGroup());
+  ASSERT_TRUE(history->undo());
+  EXPECT_EQ(archive(), before);
+  EXPECT_EQ(node->parentGroup(), document->subnodeGroup().get());
+}
+
 TEST_F(HistoryTest, OutlivesItsDocument) {
   add("HXRClampNode");
   document = nullptr;
