@@ -1,12 +1,11 @@
-"""Unpacks the Debian packages into an empty root and uses them there: the host as people do, the
-library from a project outside. Holds what libtarnkit.so shows against the installed headers and
-against the list beside this file, which TARNKIT_REGENERATE=1 writes anew."""
+"""Unpacks the Debian packages and looks at what is in them: what libtarnkit.so shows is held against
+the installed headers and against the list beside this file, which TARNKIT_REGENERATE=1 writes anew,
+and the host passes those tests that depend on how it was linked. run_installed.py installs them."""
 
 import argparse
 import os
 import pathlib
 import re
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -16,19 +15,18 @@ TREE = HERE.parents[1]
 NAMES = HERE / "shown-names.txt"
 sys.path.insert(0, str(HERE.parent / "consumer"))
 
-from run_consumer import run, through_cmake, through_pkg_config  # noqa: E402
+from run_consumer import run  # noqa: E402
 
 # Tests of the host that depend on how it was linked: plug-ins find the library's symbols in it.
 PROCESS_TESTS = ("test_plugins.py", "test_files.py", "test_text.py", "test_math.py")
 
 
 def expect_sound(packages):
-    """The distribution's checker has no error, and what the packages depend on is there."""
+    """The distribution's checker has no error."""
     told = subprocess.run(["lintian", "--allow-root", "--fail-on", "error", *packages],
                           stdout=subprocess.PIPE, text=True, check=False)
     if told.returncode != 0:
         sys.exit(f"lintian finds errors:\n{told.stdout}")
-    run("apt-get", "install", "--simulate", "--no-install-recommends", *packages)
 
 
 def unpacked(packages, root):
@@ -103,11 +101,7 @@ def expect_host_works(arguments, prefix, library, scratch):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--build", required=True, type=pathlib.Path)
-    parser.add_argument("--cmake", default="cmake")
     parser.add_argument("--compiler", default="c++")
-    parser.add_argument("--generator", default="Ninja")
-    parser.add_argument("--pkg-config", default="pkg-config")
-    parser.add_argument("--flags", default="")
     arguments = parser.parse_args()
     packages = sorted((arguments.build / "debs").resolve().glob("*.deb"))
     if len(packages) != 4:
@@ -120,12 +114,7 @@ def main():
         expect_names(library)
         expect_headers_find_all(arguments, prefix, library, folder)
         expect_host_works(arguments, prefix, library, folder)
-        # A project elsewhere, which sees the root and nothing of the tree.
-        outside = shutil.copytree(HERE.parent / "consumer", folder / "consumer")
-        os.environ["LD_LIBRARY_PATH"] = str(library.parent)
-        through_cmake(arguments, prefix, folder / "cmake", outside)
-        through_pkg_config(arguments, prefix, folder / "pkg-config", outside)
-    print(f"{len(packages)} packages: ok")
+    print(f"{len(packages)} packages, unpacked: ok")
 
 
 if __name__ == "__main__":
