@@ -8,9 +8,11 @@ import pty
 import re
 import select
 import shutil
+import signal
 import struct
 import subprocess
 import termios
+import time
 import unittest
 
 from host import HOST, ROOT, HostTest, op
@@ -332,6 +334,70 @@ class Describing(MannersTest):
         self.assertEqual(sorted(self.completed("open", "desi")), ["design.json", "designs"])
         self.assertEqual(self.completed("images", "-o", "desi"), ["designs"])
         self.assertEqual(self.completed("eval", "desi"), [])
+
+    # What is typed, and the word that its last one can only become.
+    COMPLETED = (
+        ("ren", "render"), ("--color nev", "never"), ("--color never sa", "save"),
+        ("render --the", "--theme"), ("render --theme d", "dark"),
+        ("render card.json --format ht", "html"), ("completion f", "fish"), ("open car", "card.json"),
+        ("render check --them", "--theme"), ("images -o desi", "designs/"),
+        ("images -o car", None), ("eval desi", None))
+
+    def folder_to_complete_in(self):
+        (self.folder / "designs").mkdir()
+        (self.folder / "card.json").write_text("")
+        functions = self.folder / "functions"
+        functions.mkdir()
+        return functions
+
+    @unittest.skipUnless(shutil.which("fish"), "fish is not installed")
+    def test_fish_completes(self):
+        script = self.folder_to_complete_in() / "tarnkit.fish"
+        script.write_bytes(self.host("completion", "fish")[0])
+        lines = [f"tarnkit {typed}" for typed, _ in self.COMPLETED]
+        run = subprocess.run(
+            ["fish", "--no-config", "-c", f"source {script}; for line in $argv; complete -C $line; "
+             "echo ==; end", *lines],
+            capture_output=True, text=True, timeout=120, cwd=self.folder,
+            env={**os.environ, "HOME": str(self.folder)})
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        told = [[line.split("\t")[0] for line in part.splitlines() if line]
+                for part in run.stdout.split("==\n")[:-1]]
+        self.assertEqual(told, [[word] if word else [] for _, word in self.COMPLETED])
+
+    @unittest.skipUnless(shutil.which("zsh"), "zsh is not installed")
+    def test_zsh_completes(self):
+        """As people have it: in a terminal, by the key for it, from a file that the shell finds."""
+        functions = self.folder_to_complete_in()
+        (functions / "_tarnkit").write_bytes(self.host("completion", "zsh")[0])
+        lines, told = [f"tarnkit {typed}" for typed, _ in self.COMPLETED], self.folder / "told"
+        child, terminal = pty.fork()
+        if child == 0:
+            os.chdir(self.folder)
+            os.execvpe("zsh", ["zsh", "-f", "-i"],
+                       {**os.environ, "TERM": "dumb", "HOME": str(self.folder)})
+        try:
+            keys = (f"PS1=; fpath=({functions} $fpath); autoload -U compinit; compinit -u -D\n"
+                    f"tell() {{ print -r -- \"$BUFFER\" >> {told}; zle kill-whole-line }}\n"
+                    "zle -N tell; bindkey '^X' tell; bindkey '^I' complete-word\n")
+            os.write(terminal, keys.encode())
+            for count, line in enumerate(lines, 1):
+                os.write(terminal, f"{line}\t\x18".encode())
+                self.wait_for_lines(terminal, told, count)
+        finally:
+            os.kill(child, signal.SIGKILL)
+            os.waitpid(child, 0)
+            os.close(terminal)
+        expected = [line.rpartition(" ")[0] + " " + (word if word.endswith("/") else word + " ")
+                    if word else line for line, (_, word) in zip(lines, self.COMPLETED)]
+        self.assertEqual(told.read_text().splitlines(), expected)
+
+    def wait_for_lines(self, terminal, path, count):
+        deadline = time.monotonic() + 60
+        while not path.exists() or path.read_text().count("\n") < count:
+            self.assertLess(time.monotonic(), deadline, f"line {count} does not come")
+            if select.select([terminal], [], [], 0.05)[0]:
+                os.read(terminal, 65536)
 
     def test_the_other_shells_are_told_the_same(self):
         for shell, option in (("zsh", r"'\*?--{}\["), ("fish", r" -l {}\b")):

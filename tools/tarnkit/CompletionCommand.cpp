@@ -141,7 +141,7 @@ std::string zshValue(const CommandOption& option) {
     case ValueKind::file:
       return fmt::format(":{}:_files", name);
     case ValueKind::directory:
-      return fmt::format(":{}:_files -/", name);
+      return fmt::format(":{}:_path_files -/", name);
     case ValueKind::text:
       break;
   }
@@ -226,17 +226,44 @@ std::string fishValue(const CommandOption& option) {
   return " -x";
 }
 
+// The command is the first word that is no option of the program and no value of one; fish's own
+// functions would take the value, or a file that is called like a command, for it.
+std::string fishCommandFunction(const CommandRow& program) {
+  std::string withValue;
+  for (const CommandOption& option : program.options) {
+    if (option.kind == ValueKind::none) continue;
+    for (const auto& name : option.names) withValue += " " + name;
+  }
+  return "function __tarnkit_command\n"
+         "  set -l words (commandline -opc)\n"
+         "  set -l command\n"
+         "  set -l value 0\n"
+         "  for word in $words[2..-1]\n"
+         "    if test $value = 1\n"
+         "      set value 0\n"
+         "    else if contains -- $word" +
+         withValue +
+         "\n"
+         "      set value 1\n"
+         "    else if not string match -q -- '-*' $word\n"
+         "      set command $word\n"
+         "      break\n"
+         "    end\n"
+         "  end\n"
+         "  test \"$command\" = \"$argv\"\n"
+         "end\n";
+}
+
 std::string fishScript(const Rows& rows) {
-  std::string text =
-      "# fish completion of tarnkit, made by \"tarnkit completion fish\"\n"
-      "complete -c tarnkit -f\n";
+  std::string text = "# fish completion of tarnkit, made by \"tarnkit completion fish\"\n" +
+                     fishCommandFunction(rows.front()) + "complete -c tarnkit -f\n";
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const CommandRow& row = rows[i];
     const std::string when =
-        i == 0 ? "complete -c tarnkit -n __fish_use_subcommand"
-               : fmt::format("complete -c tarnkit -n '__fish_seen_subcommand_from {}'", row.name);
+        i == 0 ? "complete -c tarnkit -n __tarnkit_command"
+               : fmt::format("complete -c tarnkit -n '__tarnkit_command {}'", row.name);
     if (i > 0) {
-      text += fmt::format("complete -c tarnkit -n __fish_use_subcommand -a {} -d {}\n", row.name,
+      text += fmt::format("complete -c tarnkit -n __tarnkit_command -a {} -d {}\n", row.name,
                           fishQuoted(row.description));
     }
     for (const CommandOption& option : row.options) {
