@@ -44,6 +44,17 @@ int main() {
   }
   // end wires
 
+  // region look
+  for (const auto& port : view->ports()) {
+    if (port->orientation() != HXOrientationInput) continue;  // or HXOrientationOutput
+    port->connections().forEach([&](HXConnection& wire) {
+      std::printf("%s comes from %s\n", port->displayName().toStdString().c_str(),
+                  wire.outputPort()->node()->name().toStdString().c_str());
+      document->breakConnection(wire);
+    });
+  }
+  // end look
+
   // region publish
   // A port is published out of the group that its node stands in, and has the other one's name
   // until somebody gives it one. "Size:Width" shows it under the title "Size".

@@ -1,4 +1,4 @@
-"""Every file that a document links to is there, and every heading."""
+"""Every file that a document links to is there, every heading, and every header that it names."""
 
 import os
 import pathlib
@@ -35,6 +35,15 @@ class Documents(unittest.TestCase):
                     self.assertTrue(path.exists())
                     if anchor and path.suffix == ".md":
                         self.assertIn(anchor, anchors(path))
+
+    def test_headers_are_there(self):
+        named = 0
+        for document in [*ROOT.glob("*.md"), *ROOT.glob("docs/**/*.md")]:
+            for header in re.findall(r"\btarnkit/[\w/]+\.h\b", document.read_text(encoding="utf-8")):
+                with self.subTest(document=document.name, header=header):
+                    self.assertTrue((ROOT / header).is_file() or (ROOT / "tools" / header).is_file())
+                    named += 1
+        self.assertGreater(named, 20)
 
 
 if __name__ == "__main__":
