@@ -123,33 +123,59 @@ std::optional<double> MXCompiledExpression::evaluateTree(std::span<const double>
 
 bool MXCompiledExpression::evaluate(std::span<const double* const> columns, std::size_t count,
                                     double* results, MXError* error) const {
+  std::vector<MXColumn> given;
+  given.reserve(columns.size());
+  for (const double* const column : columns) given.push_back({column});
+  return evaluate(given, count, results, error);
+}
+
+bool MXCompiledExpression::evaluate(std::span<const MXColumn> columns, std::size_t count,
+                                    double* results, MXError* error) const {
   if (!hasEnough(columns.size(), error)) return false;
-  if (!isPrepared_ || !program_.hosts.empty() || count < kBlockRows)
-    return evaluateRows(columns, 0, count, results, error);
-  std::unique_ptr<double[]> temporaries;
-  if (program_.temporaries > 0) {
-    temporaries = std::make_unique<double[]>(program_.temporaries * kBlockRows);
+  if (!isPrepared_ || !program_.hosts.empty() || count < kBlockRows) {
+    return evaluateRows(columns, count, results, error);
   }
-  detail::BlockState block;
-  std::fill_n(block.accumulator, kBlockRows, 0.0);
-  block.columns = columns.data();
-  block.temporaries = temporaries.get();
-  for (std::size_t row = 0; row < count; row += kBlockRows) {
-    // The last block reaches back over rows that are computed already, to the same results.
-    block.firstRow = std::min(row, count - kBlockRows);
-    for (const detail::Instruction& instruction : program_.instructions) {
-      instruction.runBlock(instruction, block);
-    }
-    std::copy_n(block.accumulator, kBlockRows, results + block.firstRow);
-  }
+  evaluateBlocks(columns, count, results);
   return true;
 }
 
-bool MXCompiledExpression::evaluateRows(std::span<const double* const> columns, std::size_t from,
-                                        std::size_t to, double* results, MXError* error) const {
+void MXCompiledExpression::evaluateBlocks(std::span<const MXColumn> columns, std::size_t count,
+                                          double* results) const {
+  // The temporaries, and a block for each value that holds for all rows.
+  const std::size_t slots = variables_.size();
+  std::size_t blocks = program_.temporaries;
+  for (std::size_t i = 0; i < slots; ++i) blocks += columns[i].isConstant ? 1U : 0U;
+  const auto room = std::make_unique<double[]>(blocks * kBlockRows);
+  std::vector<const double*> starts(slots);
+  double* next = room.get() + program_.temporaries * kBlockRows;
+  for (std::size_t i = 0; i < slots; ++i) {
+    if (!columns[i].isConstant) continue;
+    std::fill_n(next, kBlockRows, *columns[i].values);
+    starts[i] = next;
+    next += kBlockRows;
+  }
+
+  detail::BlockState block{nullptr, starts.data(), room.get()};
+  for (std::size_t row = 0; row < count; row += kBlockRows) {
+    // The last block reaches back over rows that are computed already, to the same results.
+    const std::size_t first = std::min(row, count - kBlockRows);
+    for (std::size_t i = 0; i < slots; ++i) {
+      if (!columns[i].isConstant) starts[i] = columns[i].values + first;
+    }
+    block.accumulator = results + first;
+    for (const detail::Instruction& instruction : program_.instructions) {
+      instruction.runBlock(instruction, block);
+    }
+  }
+}
+
+bool MXCompiledExpression::evaluateRows(std::span<const MXColumn> columns, std::size_t count,
+                                        double* results, MXError* error) const {
   std::vector<double> values(variables_.size());
-  for (std::size_t row = from; row < to; ++row) {
-    for (std::size_t i = 0; i < values.size(); ++i) values[i] = columns[i][row];
+  for (std::size_t row = 0; row < count; ++row) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      values[i] = columns[i].values[columns[i].isConstant ? 0 : row];
+    }
     const auto value = evaluate(values, error);
     if (!value) return false;
     results[row] = *value;

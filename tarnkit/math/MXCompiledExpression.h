@@ -9,6 +9,12 @@
 
 namespace tarnkit {
 
+/// The values of a variable for many rows: one for each of them, or one that holds for all.
+struct MXColumn {
+  const double* values = nullptr;
+  bool isConstant = false;
+};
+
 /// An expression prepared for being evaluated many thousand times with other values.
 ///
 /// Its variables are numbered slots, built-in functions and aliases are resolved, constants are
@@ -54,6 +60,9 @@ class MXCompiledExpression final : public Object {
   /// written.
   bool evaluate(std::span<const double* const> columns, std::size_t count, double* results,
                 MXError* error = nullptr) const;
+  /// The same with columns of which some have one value for all rows.
+  bool evaluate(std::span<const MXColumn> columns, std::size_t count, double* results,
+                MXError* error = nullptr) const;
 
   MXCompiledExpression(Ref<MXExpression> expression, Ref<MXMathEvaluator> evaluator,
                        std::vector<String> variables);
@@ -64,8 +73,9 @@ class MXCompiledExpression final : public Object {
   std::optional<double> evaluateOtherwise(std::span<const double> values, MXError* error) const;
   std::optional<double> evaluateCalling(const double* values, double* room, MXError* error) const;
   std::optional<double> evaluateTree(std::span<const double> values, MXError* error) const;
-  bool evaluateRows(std::span<const double* const> columns, std::size_t from, std::size_t to,
-                    double* results, MXError* error) const;
+  bool evaluateRows(std::span<const MXColumn> columns, std::size_t count, double* results,
+                    MXError* error) const;
+  void evaluateBlocks(std::span<const MXColumn> columns, std::size_t count, double* results) const;
   bool hasEnough(std::size_t given, MXError* error) const;
 
   Ref<MXExpression> expression_;

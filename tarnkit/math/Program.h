@@ -56,12 +56,11 @@ using ScalarHandler = double (*)(const Instruction* at, const double* values, do
 /// The rows that are computed together.
 inline constexpr std::size_t kBlockRows = 128;
 
-/// The state of a block of rows: the accumulators, the columns from the block's first row on, and
-/// the temporaries, `kBlockRows` of each.
+/// The state of a block of rows: the accumulators, the column of each variable from the block's
+/// first row on, and the temporaries, `kBlockRows` of each. None of them overlap.
 struct BlockState {
-  alignas(64) double accumulator[kBlockRows];
+  double* accumulator;
   const double* const* columns;
-  std::size_t firstRow;
   double* temporaries;
 };
 using BlockHandler = void (*)(const Instruction& instruction, BlockState& block);

@@ -90,32 +90,38 @@ struct Step {
 
   template <Source S>
   static const double* rows(const BlockState& block, std::uint32_t index) noexcept {
-    if constexpr (S == Source::variable) return block.columns[index] + block.firstRow;
+    if constexpr (S == Source::variable) return block.columns[index];
     if constexpr (S == Source::temporary) return block.temporaries + index * kBlockRows;
-    return block.accumulator;
+    return nullptr;
   }
 
   static void block(const Instruction& at, BlockState& state) {
-    double* __restrict const out = state.accumulator;
-    if constexpr (Stores) {
-      double* __restrict const aside = state.temporaries + at.aside * kBlockRows;
-      for (std::size_t i = 0; i < kBlockRows; ++i) aside[i] = out[i];
-    }
+    if constexpr (Stores) copyRows(state.temporaries + at.aside * kBlockRows, state.accumulator);
     if constexpr (O == Operation::callList) {
       callList(at, state);
     } else if constexpr (O != Operation::store) {
-      const double* __restrict const x = rows<First>(state, at.first);
-      const double* __restrict const y = rows<Second>(state, at.second);
-      const double constant = at.constant;
-      for (std::size_t i = 0; i < kBlockRows; ++i) {
-        out[i] = compute<O>(at, row<First>(x, out, constant, i), row<Second>(y, out, constant, i));
-      }
+      computeRows(at, state.accumulator, rows<First>(state, at.first),
+                  rows<Second>(state, at.second), at.constant);
+    }
+  }
+
+  // The compiler is told by the arguments that none of the rows are others' as well.
+  static void copyRows(double* __restrict to, const double* __restrict from) noexcept {
+    for (std::size_t i = 0; i < kBlockRows; ++i) to[i] = from[i];
+  }
+  static void computeRows(const Instruction& at, double* __restrict accumulators,
+                          const double* __restrict first, const double* __restrict second,
+                          double constant) {
+    for (std::size_t i = 0; i < kBlockRows; ++i) {
+      const double x = row<First>(first, accumulators, constant, i);
+      const double y = row<Second>(second, accumulators, constant, i);
+      accumulators[i] = compute<O>(at, x, y);
     }
   }
 
   template <Source S>
-  static double row(const double* __restrict from, const double* __restrict accumulators,
-                    double constant, std::size_t i) noexcept {
+  static double row(const double* from, const double* accumulators, double constant,
+                    std::size_t i) noexcept {
     if constexpr (S == Source::accumulator) return accumulators[i];
     if constexpr (S == Source::constant) return constant;
     return from[i];

@@ -122,8 +122,9 @@ TEST(CheckTest, WhatOpeningMendedAndLostIsToldOnceEach) {
             "/: opening the file: Dropping 1 image entries without a key [opening-mended]\n");
   CheckExample lost;
   const auto clamp = lost.add("HXRClampNode");
-  CheckExample::port(*clamp, "Tarn.minimumInput")
-      .setStaticValue(PMRPrimitive::primitiveWithNumberValue(3));
+  for (const char* key : {"Tarn.minimumInput", "Tarn.maximumInput"}) {
+    CheckExample::port(*clamp, key).setStaticValue(PMRPrimitive::primitiveWithNumberValue(3));
+  }
   lost.connect(*lost.add("HXRPulseNode"), "Tarn.pulseOutput", *clamp, "Tarn.minimumInput");
   lost.reopen("HXRClampNode", "HXRDeltaNode");
   EXPECT_EQ(all(checkOf(lost, {.only = {Code::openingMended}})), "");

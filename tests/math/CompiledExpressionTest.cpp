@@ -29,6 +29,7 @@ TEST(CompiledExpression, GivesTheBitsOfTheTree) {
   columns[0][7] = std::numeric_limits<double>::quiet_NaN();
   columns[1][9] = std::numeric_limits<double>::infinity();
   const double* const pointers[] = {columns[0].data(), columns[1].data(), columns[2].data()};
+  const MXColumn withConstant[] = {{pointers[0]}, {pointers[1] + 130, true}, {pointers[2]}};
   int prepared = 0;
   for (int i = 0; i < 3000; ++i) {
     evaluator->setAngleMeasurementMode(static_cast<MXAngleMeasurementMode>(i & 1));
@@ -50,6 +51,17 @@ TEST(CompiledExpression, GivesTheBitsOfTheTree) {
       ASSERT_EQ(bits(*fast->evaluate(values)), bits(expected)) << text;
       ASSERT_EQ(bits(results[row]), bits(expected)) << text << " row " << row;
     }
+    // One value for all rows, in blocks and row by row.
+    std::vector<double> mixed(300);
+    ASSERT_TRUE(fast->evaluate(withConstant, mixed.size(), mixed.data())) << text;
+    ASSERT_EQ(bits(mixed[130]), bits(results[130])) << text;
+    for (const std::size_t row : {7U, 299U}) {
+      const double values[] = {columns[0][row], columns[1][130], columns[2][row]};
+      ASSERT_EQ(bits(mixed[row]), bits(*fast->evaluate(values))) << text << " row " << row;
+    }
+    const double inBlocks = mixed[7];
+    ASSERT_TRUE(fast->evaluate(withConstant, 8, mixed.data())) << text;
+    ASSERT_EQ(bits(mixed[7]), bits(inBlocks)) << text;
   }
   EXPECT_GT(prepared, 2500);
 }

@@ -1,9 +1,13 @@
 """What the module costs: run by `scripts/python python3 bindings/python/bench/measure.py`.
 
-Nanoseconds of processor time, the least of several runs; each formula beside NumPy's own evaluation
-and numexpr's, on one thread, in the same run.
+Nanoseconds of processor time, the least of several runs, all in one run: what is done with nodes
+beside the same in C++ (the target tarnkit_python_floor), lxml's elements and networkx's graphs, each
+formula beside NumPy's own evaluation and numexpr's, on one thread. What is not there is left out.
 """
 
+import os
+import pathlib
+import subprocess
 import time
 
 import numpy
@@ -61,6 +65,54 @@ def rows_of_model():
     yield "adding and connecting, a node", least(lambda: build(10_000), 10_000)
 
 
+def rows_of_floor():
+    root = pathlib.Path(os.environ.get("TARNKIT_BUILD_DIR", "build/python"))
+    floor = root / "bindings/python/tarnkit_python_floor"
+    if floor.exists():
+        for line in subprocess.check_output([floor], text=True).splitlines():
+            name, nanoseconds = line.split("\t")
+            yield "C++: " + name, float(nanoseconds)
+
+
+def rows_of_lxml(count=10_000):
+    try:
+        from lxml import etree
+    except ImportError:
+        return
+
+    def grow():
+        root = etree.Element("group")
+        for number in range(count):
+            node = etree.SubElement(root, "node", key=str(number), name="Clamp")
+            if number:
+                etree.SubElement(node, "wire", source=str(number - 1))
+        return root
+
+    root = grow()
+    yield "lxml: element.get(name)", attribute('node.get("name")', {"node": root[0]})
+    yield "lxml: first proxy of an element", least(list, count, lambda: root)
+    yield "lxml: adding and connecting, a node", least(grow, count)
+
+
+def rows_of_networkx(count=10_000):
+    try:
+        import networkx
+    except ImportError:
+        return
+
+    def grow():
+        graph = networkx.DiGraph()
+        for number in range(count):
+            graph.add_node(number, name="Clamp", position=(0, 0))
+            if number:
+                graph.add_edge(number - 1, number, input="Value")
+        return graph
+
+    graph = grow()
+    yield "networkx: graph.nodes[n][name]", attribute('nodes[5]["name"]', {"nodes": graph.nodes})
+    yield "networkx: adding and connecting, a node", least(grow, count)
+
+
 def rows_of_formulas(count=100_000):
     x = numpy.linspace(-10, 10, count)
     y, out = x[::-1].copy(), numpy.empty(count)
@@ -87,6 +139,7 @@ def rows_of_formulas(count=100_000):
 
 
 if __name__ == "__main__":
-    for rows in (rows_of_model(), rows_of_formulas()):
+    for rows in (rows_of_model(), rows_of_floor(), rows_of_lxml(), rows_of_networkx(),
+                 rows_of_formulas()):
         for name, nanoseconds in rows:
-            print(f"{name:34} {nanoseconds:10.2f} ns", flush=True)
+            print(f"{name:40} {nanoseconds:10.2f} ns", flush=True)

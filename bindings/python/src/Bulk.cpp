@@ -20,12 +20,26 @@ std::vector<Ref<Object>> nodesIn(py::handle view) {
 
 HXNode& nodeIn(const Ref<Object>& object) { return static_cast<HXNode&>(*object); }
 
+// The nodes where they are, without a copy: for what runs no code of Python's, which could edit.
+const OrderedMap<Ref<HXNode>>& nodesInForce(py::handle view) {
+  static const OrderedMap<Ref<HXNode>> none;
+  if (Py_TYPE(view.ptr()) != nodesType) failWithType(view.ptr(), "Nodes");
+  auto& owner = ownerOf(view.ptr());
+  const auto* const node = as<HXNode>(&owner);
+  const HXGroup* const group =
+      node ? node->subnodeGroup().get() : &static_cast<const HXGroup&>(owner);
+  return group ? group->subnodesInForce() : none;
+}
+
 Positions positionsOf(const py::object& view) {
-  const auto nodes = nodesIn(view);
-  Positions positions({static_cast<py::ssize_t>(nodes.size()), py::ssize_t{2}});
+  const auto count = static_cast<py::ssize_t>(nodesInForce(view).size());
+  Positions positions({count, py::ssize_t{2}});
+  // Asked again: making the array was Python's.
+  const auto& nodes = nodesInForce(view);
+  if (static_cast<py::ssize_t>(nodes.size()) != count) return positionsOf(view);
   float* at = positions.mutable_data();
-  for (const auto& node : nodes) {
-    const HXPoint point = nodeIn(node).position();
+  for (const auto& [key, node] : nodes) {
+    const HXPoint point = node->position();
     *at++ = point.x;
     *at++ = point.y;
   }
@@ -53,9 +67,13 @@ void setPositions(const py::object& view, const py::object& given) {
 }
 
 py::list namesOf(const py::object& view) {
-  const auto nodes = nodesIn(view);
-  py::list names(nodes.size());
-  for (std::size_t i = 0; i < nodes.size(); ++i) names[i] = text(nodeIn(nodes[i]).name());
+  py::list names(nodesInForce(view).size());
+  const auto& nodes = nodesInForce(view);
+  if (static_cast<std::size_t>(nodes.size()) != names.size()) return namesOf(view);
+  Py_ssize_t at = 0;
+  for (const auto& [key, node] : nodes) {
+    PyList_SET_ITEM(names.ptr(), at++, toPython(node->name()));
+  }
   return names;
 }
 

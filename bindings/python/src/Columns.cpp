@@ -1,7 +1,5 @@
 #include <pybind11/numpy.h>
 
-#include <algorithm>
-
 #include "bindings/python/src/ExpressionObjects.h"
 #include "bindings/python/src/Values.h"
 
@@ -49,29 +47,18 @@ py::array_t<double> resultFor(const py::object& out, const std::vector<py::ssize
   return array;
 }
 
-// The values of one variable: a column, or a scalar so many times that it serves a piece of rows,
-// which stays in the cache.
-constexpr std::size_t kRowsWithScalars = 1024;
-struct Operand {
-  const double* column;
-  std::vector<double> scalar;
-};
-
-bool evaluateRows(const MXCompiledExpression& prepared, const std::vector<Operand>& operands,
-                  std::size_t count, double* results, MXError* error) {
-  const bool hasScalars = std::any_of(operands.begin(), operands.end(),
-                                      [](const Operand& operand) { return !operand.column; });
-  const std::size_t step = hasScalars ? kRowsWithScalars : std::max<std::size_t>(count, 1);
-  std::vector<const double*> starts(operands.size());
-  for (std::size_t from = 0; from < count; from += step) {
-    for (std::size_t i = 0; i < operands.size(); ++i) {
-      const auto& [column, scalar] = operands[i];
-      starts[i] = column ? column + from : scalar.data();
-    }
-    const std::size_t rows = std::min(step, count - from);
-    if (!prepared.evaluate(starts, rows, results + from, error)) return false;
+// The error of the engine's for the first variable that has no value, which knows its place.
+[[noreturn]] void failWithoutValues(const Expression& expression, const py::dict& values,
+                                    const String& variable) {
+  py::dict others;
+  for (const auto& [name, value] : values) others[name] = py::float_(1.0);
+  MXError error;
+  if (expression.evaluator().evaluateExpression(*expression.tree, substitutionsFrom(others),
+                                                &error)) {
+    error = MXError(MXErrorCode::invalidVariable,
+                    "no value for the variable " + variable.toStdString());
   }
-  return true;
+  expression.fail(error);
 }
 
 }  // namespace
@@ -97,11 +84,7 @@ py::object evaluateColumns(Expression& expression, const py::dict& values, const
   std::vector<Column> columns;
   for (const auto& variable : prepared->variables()) {
     const py::object name = text(variable);
-    if (!values.contains(name)) {
-      throwExpressionError(MXError(MXErrorCode::invalidVariable,
-                                   "no value for the variable " + variable.toStdString()),
-                           expression.text);
-    }
+    if (!values.contains(name)) failWithoutValues(expression, values, variable);
     const py::object value = values[name];
     if (!isColumn(value)) {
       columns.emplace_back();
@@ -125,19 +108,20 @@ py::object evaluateColumns(Expression& expression, const py::dict& values, const
 
   auto result = resultFor(out, shape);
   const py::ssize_t count = result.size();
-  std::vector<Operand> operands;
+  std::vector<MXColumn> operands(columns.size());
+  std::vector<double> constants(columns.size());
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const py::object value = values[text(prepared->variables()[i])];
     if (isColumn(value)) {
       if (!out.is_none() && overlap(columns[i], result.data(), count)) {
         throw py::value_error("out is one of the arrays of values");
       }
-      operands.push_back({columns[i].data(), {}});
+      operands[i].values = columns[i].data();
       continue;
     }
-    const double number = PyFloat_AsDouble(value.ptr());
-    if (number == -1 && PyErr_Occurred()) throw py::error_already_set();
-    operands.push_back({nullptr, std::vector<double>(kRowsWithScalars, number)});
+    constants[i] = PyFloat_AsDouble(value.ptr());
+    if (constants[i] == -1 && PyErr_Occurred()) throw py::error_already_set();
+    operands[i] = {&constants[i], true};
   }
 
   MXError error;
@@ -145,13 +129,13 @@ py::object evaluateColumns(Expression& expression, const py::dict& values, const
   Evaluator* const own = expression.own();
   bool isDone = false;
   if (own && !own->functions.empty()) {
-    isDone = evaluateRows(*prepared, operands, static_cast<std::size_t>(count), to, &error);
+    isDone = prepared->evaluate(operands, static_cast<std::size_t>(count), to, &error);
   } else {
     const Use use(own);
     const py::gil_scoped_release released;
-    isDone = evaluateRows(*prepared, operands, static_cast<std::size_t>(count), to, &error);
+    isDone = prepared->evaluate(operands, static_cast<std::size_t>(count), to, &error);
   }
-  if (!isDone) throwExpressionError(error, expression.text);
+  if (!isDone) expression.fail(error);
   return result;
 }
 

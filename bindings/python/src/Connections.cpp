@@ -79,7 +79,9 @@ void defineConnections(py::module_& module) {
                      nullptr, attributes, describe);
   setHandleType(HXConnection::kClass, types.connection);
   method(types.connection, "remove", "(self)", "Breaks it.", [](HXConnection& connection) {
-    if (auto* const document = documentOf(connection)) document->breakConnection(connection);
+    auto* const document = documentOf(connection);
+    if (!document) throwRefused("the connection stands in no document");
+    document->breakConnection(connection);
   });
 }
 

@@ -28,17 +28,24 @@ struct Evaluator {
 
 /// What Python's `Expression` is: a tree, its text, and who evaluates it.
 struct Expression {
-  Expression(Ref<MXExpression> treeOf, std::string textOf, py::object ownerOf)
-      : tree(std::move(treeOf)), text(std::move(textOf)), owner(std::move(ownerOf)) {}
+  Expression(Ref<MXExpression> treeOf, std::string textOf, std::string sourceOf, py::object ownerOf)
+      : tree(std::move(treeOf)),
+        text(std::move(textOf)),
+        source(std::move(sourceOf)),
+        owner(std::move(ownerOf)) {}
 
   Ref<MXExpression> tree;
   std::string text;
+  /// The text that places in errors are about: that of the expression of which it is a part.
+  std::string source;
   py::object owner;  // the Evaluator; None for the common one
 
   Evaluator* own() const;
   MXMathEvaluator& evaluator() const;
   /// Prepared anew when the evaluator has changed.
   const MXCompiledExpression& prepared();
+  /// `ExpressionError`.
+  [[noreturn]] void fail(const MXError& error) const;
 
  private:
   Ref<MXCompiledExpression> prepared_;
@@ -48,11 +55,8 @@ struct Expression {
 /// The exception that a function of Python's has raised during an evaluation comes out of it.
 void rethrowOwnFailure();
 void keepOwnFailure(py::error_already_set& failure);
-/// `ExpressionError`.
-[[noreturn]] void throwExpressionError(const MXError& error, const std::string& text);
-
-/// The value for scalar values of the variables: a float, or a `decimal.Decimal`.
-py::object evaluateOnce(Expression& expression, const py::dict& values);
+/// What the engine is to know of a value of a variable. `TypeError` for what is none.
+MXSubstitutions substitutionsFrom(const py::dict& values);
 /// The values for columns of values, some of which may be scalars.
 py::object evaluateColumns(Expression& expression, const py::dict& values, const py::object& out);
 /// Whether a value is an array, and no scalar.

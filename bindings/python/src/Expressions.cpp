@@ -1,5 +1,7 @@
 #include <pybind11/stl.h>
 
+#include <algorithm>
+
 #include "bindings/python/src/ExpressionObjects.h"
 #include "bindings/python/src/Module.h"
 #include "bindings/python/src/Slots.h"
@@ -36,18 +38,53 @@ Ref<Object> substitutionFrom(py::handle value) {
   return Ref<Object>(MXExpression::numberExpressionWithNumber(MXNumber(number)).get());
 }
 
+// Bytes of UTF-8 as characters of Python's.
+std::size_t charactersIn(std::string_view text) {
+  return static_cast<std::size_t>(
+      std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
+}
+
+// `source` is the text in which the error has its place, `text` that of the expression itself.
+[[noreturn]] void throwExpressionError(const MXError& error, std::string_view expression,
+                                       std::string_view source) {
+  rethrowOwnFailure();
+  py::object name = py::none();
+  for (const auto& [key, value] : error.userInfo()) name = text(value);
+  py::object offset = py::none();
+  py::object length = py::none();
+  if (error.hasPlace() && error.offset() + error.length() <= source.size()) {
+    expression = source;
+    offset = py::int_(charactersIn(source.substr(0, error.offset())));
+    length = py::int_(charactersIn(source.substr(error.offset(), error.length())));
+  }
+  const py::object type = plainType("ExpressionError");
+  const py::object made =
+      type(text(std::string_view(error.localizedDescription())), static_cast<int>(error.code()),
+           text(expression), name, offset, length);
+  PyErr_SetObject(type.ptr(), made.ptr());
+  throw py::error_already_set();
+}
+
 Expression parse(const std::string& text, const py::object& evaluator) {
   if (!evaluator.is_none() && !py::isinstance<Evaluator>(evaluator)) {
     failWithType(evaluator.ptr(), "tarnkit.Evaluator");
   }
   MXError error;
   auto tree = MXExpression::expressionFromString(text, &error);
-  if (!tree) throwExpressionError(error, text);
-  return Expression(std::move(tree), text, evaluator);
+  if (!tree) throwExpressionError(error, text, text);
+  return Expression(std::move(tree), text, text, evaluator);
 }
 
 Expression derived(const Expression& from, const Ref<MXExpression>& tree) {
-  return Expression(tree, tree->description().toStdString(), from.owner);
+  return Expression(tree, tree->description().toStdString(), from.source, from.owner);
+}
+
+py::object evaluateOnce(const Expression& expression, const py::dict& values) {
+  MXError error;
+  const auto number = expression.evaluator().evaluateExpression(*expression.tree,
+                                                                substitutionsFrom(values), &error);
+  if (!number) expression.fail(error);
+  return toNumber(*number, expression.evaluator().usesHighPrecisionEvaluation());
 }
 
 py::object evaluate(Expression& expression, const py::object& given, const py::object& out,
@@ -209,28 +246,14 @@ void rethrowOwnFailure() {
   throw py::error_already_set(*failure);
 }
 
-void throwExpressionError(const MXError& error, const std::string& expression) {
-  rethrowOwnFailure();
-  py::object name = py::none();
-  for (const auto& [key, value] : error.userInfo()) name = text(value);
-  const py::object type = plainType("ExpressionError");
-  const py::object made =
-      type(text(std::string_view(error.localizedDescription())), static_cast<int>(error.code()),
-           text(std::string_view(expression)), name);
-  PyErr_SetObject(type.ptr(), made.ptr());
-  throw py::error_already_set();
-}
+void Expression::fail(const MXError& error) const { throwExpressionError(error, text, source); }
 
-py::object evaluateOnce(Expression& expression, const py::dict& values) {
+MXSubstitutions substitutionsFrom(const py::dict& values) {
   MXSubstitutions substitutions;
   for (const auto& [name, value] : values) {
     substitutions.set(stringFrom(name, "a variable"), substitutionFrom(value));
   }
-  MXError error;
-  const auto number =
-      expression.evaluator().evaluateExpression(*expression.tree, substitutions, &error);
-  if (!number) throwExpressionError(error, expression.text);
-  return toNumber(*number, expression.evaluator().usesHighPrecisionEvaluation());
+  return substitutions;
 }
 
 void defineExpressions(py::module_& module) {
@@ -312,7 +335,7 @@ void defineExpressions(py::module_& module) {
           [](Expression& e) {
             MXError error;
             const auto tree = e.tree->simplifiedExpressionWithEvaluator(&e.evaluator(), &error);
-            if (!tree) throwExpressionError(error, e.text);
+            if (!tree) e.fail(error);
             return derived(e, tree);
           },
           "simplified(self)\n--\n\nThe expression with what has a value replaced by it.")

@@ -6,12 +6,13 @@
 #include <unordered_map>
 
 #include "bindings/python/src/Errors.h"
+#include "bindings/python/src/ParameterKey.h"
 #include "tarnkit/compare/HXOpeningRecord.h"
 #include "tarnkit/editing/HXHistory.h"
 #include "tarnkit/model/HXConnection.h"
 #include "tarnkit/model/HXNodeWalk.h"
-#include "tarnkit/model/HXParameter.h"
 #include "tarnkit/model/HXPatchPort.h"
+#include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXSymbolicPort.h"
 
 namespace tarnkit::python {
@@ -57,6 +58,7 @@ HXNode* anchorOf(Object& object) {
   if (auto* const group = as<HXGroup>(&object)) return group->presentOrFormerNode();
   if (auto* const port = as<HXPort>(&object)) return port->node();
   if (auto* const parameter = as<HXParameter>(&object)) return parameter->node();
+  if (auto* const group = as<HXPortGroup>(&object)) return group->node();
   if (auto* const connection = as<HXConnection>(&object)) {
     const auto* const port = connection->outputPort();
     return port ? port->node() : nullptr;
@@ -77,7 +79,12 @@ bool isHeld(Object& object, PyTypeObject* type) {
   if (type == types.parameter) {
     auto& parameter = static_cast<HXParameter&>(object);
     const auto* const node = parameter.node();
-    return node && node->parameterForKey(parameter.uniqueKey()) == &parameter;
+    return node && node->parameterForKey(keyOf(parameter)) == &parameter;
+  }
+  if (type == types.portGroup) {
+    auto& group = static_cast<HXPortGroup&>(object);
+    const auto* const node = group.node();
+    return node && node->portGroupForKey(group.groupKey(), group.orientation()) == &group;
   }
   if (type == types.group) {
     const auto* const node = static_cast<HXGroup&>(object).presentOrFormerNode();

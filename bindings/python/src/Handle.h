@@ -14,6 +14,7 @@ class HXOpeningRecord;
 class HXParameter;
 class HXPatchPort;
 class HXPort;
+class HXPortGroup;
 class HXSymbolicPort;
 }  // namespace tarnkit
 
@@ -64,6 +65,7 @@ struct Types {
   PyTypeObject* publishedPort;
   PyTypeObject* connection;
   PyTypeObject* parameter;
+  PyTypeObject* portGroup;
   PyTypeObject* image;
   PyTypeObject* history;
 };
@@ -159,6 +161,10 @@ inline PyTypeObject* typeOf<HXConnection>() {
 template <>
 inline PyTypeObject* typeOf<HXParameter>() {
   return types.parameter;
+}
+template <>
+inline PyTypeObject* typeOf<HXPortGroup>() {
+  return types.portGroup;
 }
 template <>
 inline PyTypeObject* typeOf<HXImageStoreEntry>() {

@@ -27,6 +27,12 @@ bool move(HXDocument& document, bool (HXHistory::*operation)()) {
   return history && move(*history, operation);
 }
 
+double secondsFrom(const py::object& value) {
+  const double seconds = PyFloat_AsDouble(value.ptr());
+  if (seconds == -1 && PyErr_Occurred()) throw py::error_already_set();
+  return seconds;
+}
+
 PyGetSetDef attributes[] = {
     exists(),
     attribute<HXHistory, bool>("can_undo", "Whether there is a step to be undone: bool.",
@@ -45,6 +51,12 @@ PyGetSetDef attributes[] = {
     attribute<HXHistory, std::uint64_t>(
         "redo_count", "How many steps can be done again: int.",
         [](HXHistory& h) -> std::uint64_t { return h.redoCount(); }),
+    attribute<HXHistory, std::uint64_t>(
+        "open_steps", "How many steps are open, one inside the other: int.",
+        [](HXHistory& h) -> std::uint64_t { return h.openSteps(); }),
+    attribute<HXHistory, std::uint64_t>(
+        "byte_count", "What the steps take, roughly, in bytes: int.",
+        [](HXHistory& h) -> std::uint64_t { return h.byteCount(); }),
     attribute<HXHistory, bool>(
         "is_modified", "Whether the document differs from what was marked clean last: bool.",
         [](HXHistory& h) { return h.isModified(); }),
@@ -105,6 +117,24 @@ void defineHistory(py::module_& module) {
         history.setMaximumBytes(bytes);
       },
       py::kw_only(), py::arg("steps") = 0, py::arg("bytes") = 0);
+  method(
+      type, "configure",
+      "(self, *, gesture=None, time=None, interval=None, records_view_state=None)",
+      "What tells steps apart that could become one: they do not when their gestures differ (a "
+      "word of the caller's), or when the later one is more than the interval after the earlier "
+      "one, by the time in seconds that is told here before each change. And whether selection "
+      "and canvas make steps of their own. What is not given stays as it is.",
+      [](HXHistory& history, const py::object& gesture, const py::object& time,
+         const py::object& interval, const py::object& recordsViewState) {
+        if (!gesture.is_none()) history.setCoalescingKey(stringFrom(gesture, "a gesture"));
+        if (!time.is_none()) history.setTime(secondsFrom(time));
+        if (!interval.is_none()) history.setCoalescingInterval(secondsFrom(interval));
+        if (!recordsViewState.is_none()) {
+          history.setRecordsViewState(boolFrom(recordsViewState, "records_view_state"));
+        }
+      },
+      py::kw_only(), py::arg("gesture") = py::none(), py::arg("time") = py::none(),
+      py::arg("interval") = py::none(), py::arg("records_view_state") = py::none());
   py::class_<Step>(module, "Step", "An open step of a document's history: see Document.step.",
                    plainClass())
       .def("__enter__", &Step::enter, py::call_guard<Section>())

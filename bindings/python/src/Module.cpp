@@ -18,6 +18,7 @@ PYBIND11_MODULE(_tarnkit, module) {
   defineConnections(module);
   defineImages(module);
   defineNodes(module);
+  definePortGroups(module);
   defineDocuments(module);
   defineFiles(module);
   defineHistory(module);

@@ -16,6 +16,7 @@ void definePorts(py::module_& module);
 void defineConnections(py::module_& module);
 void defineParameters(py::module_& module);
 void defineImages(py::module_& module);
+void definePortGroups(py::module_& module);
 void defineDocuments(py::module_& module);
 void defineFiles(py::module_& module);
 void defineHistory(py::module_& module);

@@ -3,6 +3,7 @@
 #include "tarnkit/editing/HXReplacement.h"
 #include "tarnkit/model/HXNodeWalk.h"
 #include "tarnkit/model/HXPort.h"
+#include "tarnkit/model/HXSubviewGroup.h"
 
 namespace tarnkit::python {
 
@@ -10,6 +11,30 @@ namespace {
 
 py::object patchOf(HXNode& node) {
   return node.patch() ? patchObject(node.patchClass()) : py::object(py::none());
+}
+
+Ref<HXRNode> newDefinition(py::handle patch) {
+  const HXRNodeClass& patchClass = patchFrom(patch);
+  auto definition = patchClass.makeDefinition();
+  if (!definition) throwRefused("the patch makes no nodes");
+  definition->setExternal(HXRNode::hx_isExternalClass(patchClass));
+  return definition;
+}
+
+HXReplacementOptions replacementOptions(const py::object& keys, bool matchNames) {
+  HXReplacementOptions options;
+  options.matchesNamesAndKinds = matchNames;
+  if (keys.is_none()) return options;
+  for (const auto& [from, to] : py::dict(keys)) {
+    options.newKeys.set(stringFrom(from, "a key"), stringFrom(to, "a key"));
+  }
+  return options;
+}
+
+py::list lossesIn(const HXNodeReport& report) {
+  py::list lost;
+  for (const auto& item : report.losses()) lost.append(text(item.description()));
+  return lost;
 }
 
 PyObject* newNode(PyTypeObject*, PyObject* arguments, PyObject* named) {
@@ -81,8 +106,7 @@ PyGetSetDef nodeAttributes[] = {
         "hangs on ports of the same keys.",
         patchOf,
         [](HXNode& n, py::handle value) {
-          HXReplacement::replacePatch(
-              n, value.is_none() ? Ref<HXRNode>() : patchFrom(value).makeDefinition());
+          HXReplacement::replacePatch(n, value.is_none() ? nullptr : newDefinition(value));
         }),
     attribute<HXNode, const String&>(
         "unknown_patch", "The class of its patch where nobody knows that: str, otherwise None.",
@@ -101,6 +125,18 @@ PyGetSetDef nodeAttributes[] = {
         [](HXNode& n) { return n.hx_forceAllowsSubnodes(); },
         [](HXNode& n, py::handle value) {
           n.setForceAllowsSubnodes(boolFrom(value, "allows_subnodes"));
+        }),
+    attribute<HXNode, bool>(
+        "holds_views",
+        "Whether its group is one of views, which it stacks for the device. Set, the group gives "
+        "way to one of the other class with the same nodes, or the node gets one: bool.",
+        [](HXNode& n) { return as<HXSubviewGroup>(n.subnodeGroup().get()) != nullptr; },
+        [](HXNode& n, py::handle value) {
+          if (boolFrom(value, "holds_views")) {
+            n.swapSubnodeGroupToViewGroup();
+          } else {
+            n.swapSubnodeGroupToGroup();
+          }
         }),
     attribute<HXNode, bool>("is_view", "Whether the device shows it as a view: bool.",
                             [](HXNode& n) { return n.shouldBeTreatedAsViewNode(); }),
@@ -176,21 +212,22 @@ void defineNodes(py::module_& module) {
       "over; with match_names also what hangs on ports of the same side, name and kind; keys "
       "says which old key stands for which new one. Returns what was lost, a text each.",
       [](HXNode& node, const py::object& patch, const py::object& keys, bool matchNames) {
-        HXReplacementOptions options;
-        options.matchesNamesAndKinds = matchNames;
-        if (!keys.is_none()) {
-          for (const auto& [from, to] : py::dict(keys)) {
-            options.newKeys.set(stringFrom(from, "a key"), stringFrom(to, "a key"));
-          }
-        }
-        py::list lost;
-        const auto report =
-            HXReplacement::replacePatch(node, patchFrom(patch).makeDefinition(), options);
-        if (!report) return lost;
-        for (const auto& item : report->losses()) lost.append(text(item.description()));
-        return lost;
+        const auto report = HXReplacement::replacePatch(node, newDefinition(patch),
+                                                        replacementOptions(keys, matchNames));
+        return report ? lossesIn(*report) : py::list();
       },
       py::arg("patch"), py::kw_only(), py::arg("keys") = py::none(), py::arg("match_names") = true);
+  method(
+      type, "would_lose", "(self, patch, *, keys=None, match_names=True)",
+      "What `replace_patch` would lose, a text each; changes nothing.",
+      [](HXNode& node, const py::object& patch, const py::object& keys, bool matchNames) {
+        return lossesIn(HXReplacement::wouldLose(node, newDefinition(patch).get(),
+                                                 replacementOptions(keys, matchNames)));
+      },
+      py::arg("patch"), py::kw_only(), py::arg("keys") = py::none(), py::arg("match_names") = true);
+  method(type, "prune", "(self)",
+         "Breaks what is wired to published ports that are gone, of the node and of all below it.",
+         [](HXNode& node) { node.pruneInvalidConnections(); });
 }
 
 }  // namespace tarnkit::python

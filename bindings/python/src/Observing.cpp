@@ -8,7 +8,9 @@
 #include "tarnkit/model/HXPortGroup.h"
 #include "tarnkit/model/HXReplicatorNode.h"
 #include "tarnkit/model/HXSubviewGroup.h"
+#include "tarnkit/platform/collections/Array.h"
 #include "tarnkit/platform/collections/MembersOf.h"
+#include "tarnkit/platform/numbers/Number.h"
 #include "tarnkit/platform/objects/Null.h"
 
 namespace tarnkit::python {
@@ -77,6 +79,15 @@ const Symbol& symbolNamed(std::string_view name) {
                         "\"; tarnkit.notices has all names");
 }
 
+py::object toNotice(Object& value);
+
+template <class Collection>
+py::list toNotices(const Collection& collection) {
+  py::list list;
+  for (const auto& member : collection) list.append(toNotice(*member));
+  return list;
+}
+
 py::object toNotice(Object& value) {
   if (canWrap(value)) return wrap(&value);
   if (as<Null>(&value)) return py::none();
@@ -84,11 +95,14 @@ py::object toNotice(Object& value) {
     return py::reinterpret_steal<py::object>(toPython(primitive));
   }
   if (value.codingKind() == CodingKind::string) return text(String::from(&value));
-  if (const auto* const set = as<OrderedSet>(&value)) {
-    py::list list;
-    for (const auto& member : *set) list.append(toNotice(*member));
-    return list;
+  if (const auto* const number = as<Number>(&value)) {
+    if (number->kind() == Number::Kind::boolean) return py::bool_(number->boolValue());
+    if (number->isReal()) return py::float_(number->doubleValue());
+    return py::int_(number->int64Value());
   }
+  if (const auto* const set = as<OrderedSet>(&value)) return toNotices(*set);
+  if (const auto* const list = as<Array>(&value)) return toNotices(*list);
+  if (const auto* const set = as<Set>(&value)) return toNotices(*set);
   return text(value.description());
 }
 

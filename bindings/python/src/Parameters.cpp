@@ -1,4 +1,5 @@
 #include "bindings/python/src/Module.h"
+#include "bindings/python/src/ParameterKey.h"
 #include "bindings/python/src/Slots.h"
 #include "tarnkit/editing/HXHistory.h"
 #include "tarnkit/model/HXImageStore.h"
@@ -93,9 +94,10 @@ const ViewKind kParameters{
 PyGetSetDef attributes[] = {
     exists(),
     attribute<HXParameter, String>("key", "Under which its node finds it: str.",
-                                   [](HXParameter& p) { return p.uniqueKey(); }),
-    attribute<HXParameter, String>("name", "What it is called: str.",
-                                   [](HXParameter& p) { return p.name(); }),
+                                   [](HXParameter& p) { return keyOf(p); }),
+    attribute<HXParameter, String>(
+        "name", "What it is called: str, or None of one that its patch does not have any more.",
+        [](HXParameter& p) { return p.name(); }),
     attribute<HXParameter, Object*>("node", "The node whose it is: Node.",
                                     [](HXParameter& p) -> Object* { return p.node(); }),
     attribute<HXParameter, std::string_view>(
@@ -124,7 +126,7 @@ PyGetSetDef attributes[] = {
 PyObject* describe(PyObject* self) {
   return guarded<PyObject*>(nullptr, [&] {
     const auto& parameter = static_cast<HXParameter&>(*handleOf(self).object);
-    return newText("<tarnkit.Parameter " + parameter.uniqueKey().toStdString() +
+    return newText("<tarnkit.Parameter " + keyOf(parameter).toStdString() +
                    (isLive(handleOf(self)) ? ">" : ", gone>"));
   });
 }

@@ -184,11 +184,12 @@ PyObject* describe(PyObject* self) {
 }
 
 void disconnect(HXPort& port) {
-  for (const auto& connection : connectionsOf(port).toVector()) {
-    const auto* const node = port.node();
-    auto* const document = node ? node->document() : nullptr;
-    if (document && connection->isHeld()) document->breakConnection(*connection);
-  }
+  auto* const carrier = carrierOf(port);
+  const auto* const node = port.node();
+  auto* const document = node ? node->document() : nullptr;
+  if (!carrier || carrier->connections().isEmpty()) return;
+  if (!document) throwRefused("the port stands in no document");
+  document->breakAllConnectionsToPort(*carrier);
 }
 
 }  // namespace

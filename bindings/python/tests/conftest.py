@@ -1,8 +1,11 @@
 """What all tests share: no test leaves an object of the library alive."""
 
+import ctypes
 import gc
 import os
 import pathlib
+import re
+import tempfile
 
 import pytest
 from _pytest import runner
@@ -10,8 +13,11 @@ from _pytest import runner
 import tarnkit
 
 ROOT = pathlib.Path(os.environ.get("TARNKIT_SOURCE_DIR", pathlib.Path(__file__).parents[3]))
-
-
+# Whether the module was built with AddressSanitizer (scripts/python --sanitize).
+SANITIZER = ctypes.CDLL(None)
+IS_SANITIZED = hasattr(SANITIZER, "__lsan_do_recoverable_leak_check")
+# Type checkers take their time with it, and would find nothing else.
+collect_ignore = ["test_typing.py"] if IS_SANITIZED else []
 PHOTO = sorted((ROOT / "examples/photos").iterdir())[0]
 
 
@@ -48,6 +54,29 @@ def pytest_runtest_protocol(item, nextitem):
         item.ihook.pytest_runtest_logreport(report=report)
     item.ihook.pytest_runtest_logfinish(nodeid=item.nodeid, location=item.location)
     return True
+
+
+def leaks_of_the_module():
+    """What the sanitizer tells of memory that nobody refers to; what the interpreter and the packages
+    of others have lost is none of ours."""
+    gc.collect()
+    with tempfile.TemporaryFile() as told:
+        kept = os.dup(2)
+        os.dup2(told.fileno(), 2)
+        SANITIZER.__lsan_do_recoverable_leak_check()
+        os.dup2(kept, 2)
+        os.close(kept)
+        told.seek(0)
+        report = told.read().decode(errors="replace")
+    blocks = re.split(r"\n(?=(?:Direct|Indirect) leak of)", report)[1:]
+    return [block.split("\n\n")[0] for block in blocks if "_tarnkit" in block.split("\n\n")[0]]
+
+
+def pytest_sessionfinish(session, exitstatus):
+    found = leaks_of_the_module() if IS_SANITIZED and exitstatus == 0 else []
+    if found:
+        print("\n" + "\n\n".join(found[:10]), f"\n{len(found)} leaks")
+        session.exitstatus = 1
 
 
 @pytest.fixture

@@ -46,6 +46,42 @@ def test_failures():
         Expression("x", evaluator=3)
 
 
+def marked(failed):
+    """The text of an error with its place between brackets."""
+    text, offset = failed.value.text, failed.value.offset
+    end = offset + failed.value.length
+    return f"{text[:offset]}[{text[offset:end]}]{text[end:]}"
+
+
+@pytest.mark.parametrize("wanted", [
+    "π * [é]", "π * [#]", "'😀' + π + [sqrt](1, 2)", "'ümläut 😀' * max(1, 2[+])", "1 + [(]π",
+    "'😀' - ['日本語 𝒳']",
+])
+def test_places_are_characters_of_the_text(wanted):
+    text = wanted.replace("[", "").replace("]", "")
+    with pytest.raises(tarnkit.ExpressionError) as failed:
+        Expression(text).evaluate({"😀": 1, "ümläut 😀": 2})
+    assert marked(failed) == wanted
+
+
+def test_places_of_parts_and_arrays():
+    numpy = pytest.importorskip("numpy")
+    whole = Expression("π * max(2, '日' + é)")
+    for part in (whole, whole.arguments[1], whole.arguments[1].arguments[1], whole.simplified()):
+        with pytest.raises(tarnkit.ExpressionError) as failed:
+            part.evaluate(日=1)
+        if failed.value.offset is None:
+            assert failed.value.text == part.text
+        else:
+            assert marked(failed) == "π * max(2, '日' + [é])"
+    with pytest.raises(tarnkit.ExpressionError) as failed:
+        whole.evaluate(日=numpy.ones(3))
+    assert marked(failed) == "π * max(2, '日' + [é])" and failed.value.name == "é"
+    with pytest.raises(tarnkit.ExpressionError) as failed:
+        whole.evaluate(日="1 + nobody(2)", é=3)
+    assert marked(failed) == "π * max(2, ['日'] + é)"
+
+
 def test_decimals_and_degrees():
     exact = tarnkit.Evaluator(decimals=True)
     third = Expression("1 / 3 + x", exact).evaluate(x=decimal.Decimal("0.1"))

@@ -39,6 +39,7 @@ def everything_in(document):
     yield from (first, inner, spring, first.ports[0], published, document.group, inner.group)
     yield second.inputs["Toggle"].connections[0]
     yield document.add("Math Expression").parameters[0]
+    yield spring.input_groups[0]
 
 
 def test_what_is_left_of_a_document_says_so():
@@ -165,7 +166,7 @@ def test_handles_take_no_attributes_of_their_own_and_are_made_by_the_library(doc
     with pytest.raises(AttributeError):
         del node.position
     for type_ in (tarnkit.Group, tarnkit.Port, tarnkit.PatchPort, tarnkit.Connection,
-                  tarnkit.Parameter, tarnkit.History, tarnkit.Nodes):
+                  tarnkit.Parameter, tarnkit.PortGroup, tarnkit.History, tarnkit.Nodes):
         with pytest.raises(TypeError):
             type_()
         with pytest.raises(TypeError):

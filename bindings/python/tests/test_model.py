@@ -240,3 +240,105 @@ def test_views_of_screen_order(document):
         group.group.move_view(document.add("Clamp"), 0)
     document.group.arrange([document.nodes[-1]])
     assert document.nodes[1] is group
+
+
+def test_port_groups(document):
+    group = document.add(tarnkit.Node(name="Card"))
+    spring = group.add("Spring")
+    strength = spring.inputs[0].publish("Card: Strength")
+    shown = [each for each in group.input_groups if each.is_published]
+    assert [each.ports for each in shown] == [[strength]] and shown[0].is_input
+    assert shown[0].node is group and shown[0].document is document
+    assert f"{group.key}/inputs/{shown[0].key}" in repr(shown[0])
+    own = spring.input_groups[0]
+    heard = []
+    document.observe("port_group_hidden_did_change", lambda notice: heard.append(notice.info))
+    assert own is spring.input_groups[0] and not own.is_published and not own.hidden
+    value = own.ports[0]
+    value.value = 7
+    own.hidden = True
+    assert heard[0]["Hidden"] is True and heard[0]["PortGroup"] is own
+    assert value not in list(spring.inputs) and value.exists and value.value == 7
+    own.collapsed_on_canvas = own.collapsed_in_sidebar = True
+    opened = tarnkit.open(document.to_bytes())
+    again = opened.node(spring.key).input_groups[0]
+    assert again.hidden and again.collapsed_on_canvas and again.collapsed_in_sidebar
+    with pytest.raises(TypeError):
+        own.hidden = 1
+    strength.unpublish()
+    assert not shown[0].exists
+    with pytest.raises(tarnkit.GoneError):
+        shown[0].hidden
+    keys = [each.key for each in spring.output_groups]
+    assert [each.key for each in spring.arrange_output_groups([*keys, "Other"])] == keys
+
+
+def test_replicators(document):
+    replicator = document.add("Replicator")
+    clamps = [replicator.add("Clamp"), replicator.add("Clamp")]
+    for clamp in clamps:
+        clamp.outputs[0].publish()
+    drawn = replicator.array_outputs
+    assert set(drawn) == {clamp.outputs[0] for clamp in clamps}
+    for port, key in drawn.items():
+        assert replicator.outputs[key].exists
+    replicator.array_outputs = {clamps[0].outputs[0]: "First", clamps[1].outputs[0]: "Second"}
+    assert list(replicator.array_outputs.values()) == ["First", "Second"]
+    assert replicator.outputs["First"].exists
+    for wrong in ([], {clamps[0]: "x"}, {clamps[0].outputs[0]: 3}):
+        with pytest.raises(TypeError):
+            replicator.array_outputs = wrong
+    assert clamps[0].array_outputs == {}
+    with pytest.raises(tarnkit.RefusedError):
+        clamps[0].array_outputs = {}
+
+
+def test_groups_of_views_and_rehearsals(document):
+    group = document.add(tarnkit.Node())
+    image = group.add("Image")
+    assert not group.holds_views and not group.group.views
+    group.holds_views = True
+    assert group.holds_views and group.nodes[0] is image
+    group.holds_views = False
+    assert not group.holds_views
+    clamp = document.add("Clamp")
+    clamp.inputs["Value"].value = 3
+    lost = clamp.would_lose("Touch Interaction")
+    assert lost and clamp.patch is tarnkit.patches["Clamp"]
+    assert clamp.replace_patch("Touch Interaction") == lost
+    inner = group.add("Clamp")
+    published = inner.inputs["Value"].publish()
+    wire = document.add("Clamp").outputs[0] >> published
+    group.prune()
+    assert wire.exists
+
+
+def test_steps_that_become_one(document):
+    node = document.add("Clamp")
+    history = document.history
+    for x in range(3):
+        node.position = (x, 0)
+    assert history.undo_count == 1 and history.byte_count > 0
+    history.configure(gesture="another drag")
+    node.position = (9, 0)
+    assert history.undo_count == 2
+    history.configure(interval=0.5, time=10)
+    node.position = (10, 0)
+    history.configure(time=10.2)
+    node.position = (11, 0)
+    before = history.undo_count
+    history.configure(time=20)
+    node.position = (12, 0)
+    assert history.undo_count == before + 1
+    node.selected = True
+    assert history.undo_count == before + 1
+    history.configure(records_view_state=True)
+    node.selected = False
+    assert history.undo_count == before + 2
+    with document.step():
+        with document.step():
+            assert history.open_steps == 2
+    history.coalesces = False
+    node.position = (13, 0)
+    node.position = (14, 0)
+    assert history.undo_count == before + 4
