@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tarnkit/compare/HXFinding.h"
+#include "tarnkit/math/MXError.h"
 #include "tarnkit/model/HXDocument.h"
 
 namespace tarnkit {
@@ -59,6 +60,16 @@ struct CheckedNode {
   bool isInLoop;
 };
 
+/// What several rules have to know of an expression, found once for the node that they look at.
+struct ExpressionFacts {
+  const HXNode* node = nullptr;  // null: of none
+  bool parses = false;
+  bool hasVariables = false;
+  /// Why it does not parse; and why it has no value, whatever the variables are: of one that does.
+  MXError parsing;
+  MXError evaluation;
+};
+
 /// What a check gathers: the facts of a document that several rules need, in one walk, and the
 /// findings. Lives as long as one check, of a document that does not change meanwhile.
 class CheckReport {
@@ -82,6 +93,8 @@ class CheckReport {
   /// Whether the port at the end of what a published port stands for is gone, or stands on no node
   /// of the document.
   bool leadsNowhere(const HXSymbolicPort& port) const noexcept;
+  /// Of the expression that was looked at last.
+  ExpressionFacts& expression() noexcept { return expression_; }
   /// The keys of the images that parameters show.
   std::unordered_set<std::string_view>& imagesInUse() noexcept { return imagesInUse_; }
 
@@ -119,6 +132,7 @@ class CheckReport {
   std::unordered_set<const HXPort*> joined_;
   std::unordered_set<const HXPort*> nowhere_;
   std::unordered_set<std::string_view> imagesInUse_;
+  ExpressionFacts expression_;
   std::vector<Entry> entries_;
   std::size_t counts_[3] = {};
 };

@@ -87,36 +87,42 @@ void addAt(CheckReport& report, Code code, const CheckedNode& checked,
   report.add(code, placeOf(*checked.node, parameter), std::move(sentence)).offset = offset;
 }
 
+// Evaluated with any value for every variable: what fails then fails with all values.
+const ExpressionFacts& factsOf(CheckReport& report, const CheckedNode& checked,
+                               const HXRStringParameter& parameter) {
+  ExpressionFacts& facts = report.expression();
+  if (facts.node == checked.node) return facts;
+  facts = {};
+  facts.node = checked.node;
+  const std::string_view text = parameter.value().view();
+  const auto expression = parse(text, facts.parsing);
+  if (!expression) return facts;
+  facts.parses = true;
+  MXError error;
+  MXSubstitutions values;
+  for (const String& name : MXMathStringTokenizer::variableNames(text, &error)) {
+    facts.hasVariables = true;
+    values.set(name, Number::withDouble(1));
+  }
+  MXMathEvaluator::defaultMathEvaluator()->evaluateExpression(*expression, values,
+                                                              &facts.evaluation);
+  return facts;
+}
+
 void findSyntax(CheckReport& report, const CheckedNode& checked) {
   const auto* parameter = expressionOf(checked);
   if (!parameter || isBlank(parameter->value().view())) return;
-  MXError error;
-  if (parse(parameter->value().view(), error)) return;
+  const ExpressionFacts& facts = factsOf(report, checked, *parameter);
+  if (facts.parses) return;
   addAt(report, Code::expressionSyntax, checked, *parameter,
-        "the expression does not parse: " + error.localizedDescription(), error.offset());
-}
-
-// With any value for every variable; what fails then fails with all values.
-MXError errorOfEvaluation(const HXRStringParameter& parameter) {
-  MXError error;
-  const std::string_view text = parameter.value().view();
-  const auto expression = parse(text, error);
-  if (!expression) return {};
-  MXSubstitutions values;
-  for (const String& name : MXMathStringTokenizer::variableNames(text, &error)) {
-    values.set(name, Number::withDouble(1));
-  }
-  error = {};
-  if (MXMathEvaluator::defaultMathEvaluator()->evaluateExpression(*expression, values, &error)) {
-    return {};
-  }
-  return error;
+        "the expression does not parse: " + facts.parsing.localizedDescription(),
+        facts.parsing.offset());
 }
 
 void findFunction(CheckReport& report, const CheckedNode& checked) {
   const auto* parameter = expressionOf(checked);
   if (!parameter) return;
-  const MXError error = errorOfEvaluation(*parameter);
+  const MXError& error = factsOf(report, checked, *parameter).evaluation;
   const String* name = error.userInfo().find(MXUnknownFunctionKey);
   if (!name) return;
   addAt(report, Code::expressionFunction, checked, *parameter,
@@ -127,7 +133,7 @@ void findFunction(CheckReport& report, const CheckedNode& checked) {
 void findArguments(CheckReport& report, const CheckedNode& checked) {
   const auto* parameter = expressionOf(checked);
   if (!parameter) return;
-  const MXError error = errorOfEvaluation(*parameter);
+  const MXError& error = factsOf(report, checked, *parameter).evaluation;
   // The bounds of random() may be right for other values.
   if (error.code() != MXErrorCode::invalidArgument ||
       error.localizedDescription().find("bound") != std::string::npos) {
@@ -176,11 +182,8 @@ void findEmpty(CheckReport& report, const CheckedNode& checked) {
 void findConstant(CheckReport& report, const CheckedNode& checked) {
   const auto* parameter = expressionOf(checked);
   if (!parameter || isBlank(parameter->value().view())) return;
-  MXError error;
-  const std::string_view source = parameter->value().view();
-  if (!MXMathStringTokenizer::variableNames(source, &error).empty() || !parse(source, error)) {
-    return;
-  }
+  const ExpressionFacts& facts = factsOf(report, checked, *parameter);
+  if (facts.hasVariables || !facts.parses) return;
   addAt(report, Code::expressionConstant, checked, *parameter,
         "the expression has no variables, and always the same value");
 }
