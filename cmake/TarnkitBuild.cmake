@@ -30,7 +30,7 @@ endif()
 
 if(TARNKIT_SANITIZE)
   add_compile_options(-fsanitize=${TARNKIT_SANITIZE} -fno-sanitize-recover=all
-                      -fno-omit-frame-pointer -O1 -g)
+                      -fno-omit-frame-pointer -O1 -g1)
   add_link_options(-fsanitize=${TARNKIT_SANITIZE})
 endif()
 if(TARNKIT_FUZZ)
