@@ -44,6 +44,7 @@ void HXHistory::record(std::unique_ptr<HXChange> change) {
     wasChangedMeanwhile_ = true;
     return;
   }
+  if (change->isOfNewEntry()) return open_.addOfNewEntry(std::move(change));
   // The one that is there now, and leaves.
   if (auto* const node = change->comingSubnode()) {
     openSubnodes_.insert(node);
@@ -65,11 +66,20 @@ void HXHistory::endStep() {
   if (--openSteps_ == 0 && operations_ == 0) commit();
 }
 
+void HXHistory::hold(HXNode& node) {
+  auto* const held = subnodes_.find(&node);
+  ++(held ? *held : subnodes_.append({&node, 0})).count;
+  mark(node);
+}
+
+void HXHistory::letGo(const HXNode& node) {
+  auto* const held = subnodes_.find(&node);
+  if (held && --held->count == 0) subnodes_.take(&node);
+}
+
 void HXHistory::forget(HXChangeList changes) {
   while (const auto change = changes.takeLast()) {
-    const auto* node = change->subnode();
-    auto* const held = node ? subnodes_.find(node) : nullptr;
-    if (held && --held->count == 0) subnodes_.take(node);
+    if (const auto* const node = change->comingSubnode()) letGo(*node);
   }
 }
 
@@ -90,11 +100,7 @@ void HXHistory::commit() {
   open_.time = time_;
   if (!coalesce(open_)) {
     open_.id = ++lastId_;
-    open_.end([&](HXNode& node) {
-      auto* const held = subnodes_.find(&node);
-      ++(held ? *held : subnodes_.append({&node, 0})).count;
-      mark(node);
-    });
+    open_.end([&](HXNode& node) { hold(node); });
     byteCount_ += open_.byteCount();
     done_.push_back(std::move(open_));
     if (maximumSteps_ != 0 || maximumBytes_ != 0) applyLimits();
@@ -220,7 +226,13 @@ bool HXHistory::move(Direction direction) {
     auto& to = undoing ? undone_ : done_;
     to.push_back(std::move(from.back()));
     from.pop_back();
-    exchange(to.back(), undoing);
+    exchange(to.back(), undoing, [&](HXNode& node, bool isHeld) {
+      if (isHeld) {
+        hold(node);
+      } else {
+        letGo(node);
+      }
+    });
   }
   announce(undoing ? HXHistoryDidUndoNotification : HXHistoryDidRedoNotification, name);
   finishMove();
@@ -229,9 +241,10 @@ bool HXHistory::move(Direction direction) {
 }
 
 // Everything changes before anybody is told of it.
-void HXHistory::exchange(HXHistoryStep& step, bool backward) {
+void HXHistory::exchange(HXHistoryStep& step, bool backward,
+                         FunctionRef<void(HXNode&, bool)> subnodeIsHeld) {
   HXChangeNotices notices;
-  step.exchange(backward, notices);
+  step.exchange(backward, notices, subnodeIsHeld);
   try {
     notices.post();
   } catch (...) {
@@ -267,7 +280,7 @@ bool HXHistory::abandonStep() {
     return false;
   }
   direction_ = Direction::undoing;
-  exchange(step, true);
+  exchange(step, true, [](HXNode&, bool) {});
   openSubnodes_.clear();
   finishMove();
   return true;

@@ -150,7 +150,9 @@ class HXHistory final : public HXChangeRecorder {
   void applyLimits();
   bool canExchange(const HXHistoryStep& step) const;
   bool move(Direction direction);
-  void exchange(HXHistoryStep& step, bool backward);
+  void exchange(HXHistoryStep& step, bool backward, FunctionRef<void(HXNode&, bool)> subnodeIsHeld);
+  void hold(HXNode& node);
+  void letGo(const HXNode& node);
   void finishMove();
   void announce(const Symbol& name, const String& stepName);
   void announceChange();
@@ -172,8 +174,8 @@ class HXHistory final : public HXChangeRecorder {
   std::deque<HXHistoryStep> done_;
   std::deque<HXHistoryStep> undone_;  // the next one to redo last
   HXHistoryStep open_;
-  detail::OrderedTable<NodeCount, NodeCount> subnodes_;  // how many changes move each
-  std::unordered_set<const HXNode*> openSubnodes_;       // those that left in the open step
+  detail::OrderedTable<NodeCount, NodeCount> subnodes_;  // how many changes hold each
+  std::unordered_set<const HXNode*> openSubnodes_;       // those of the open step
   std::uint32_t openSteps_ = 0;
   std::uint32_t operations_ = 0;
   Direction direction_ = Direction::none;

@@ -10,9 +10,6 @@ namespace tarnkit {
 
 namespace {
 
-// Beyond so many changes the subjects that are held are looked up in a table.
-constexpr std::size_t kSearchedInPlace = 12;
-
 // Numbers of subjects.
 struct NumberedSubject {
   HXChange::Subject subject;
@@ -145,27 +142,20 @@ std::vector<bool> whatCancelsOut(const HXChangeList& changes) {
 // Of a step of many changes. When it ends its changes lie scattered, most of them of entries that
 // came, so what has to be looked at is noted while it is at hand.
 struct HXHistoryStep::Index {
-  /// Whether it is a new one, or none.
-  bool add(const HXChange::Subject& subject) {
-    if (!subject.object) return true;
-    const auto count = subjects.size();
-    return numberOf(subject, subjects) == count;
+  void add(const HXChange::Subject& subject) {
+    if (subject.object) static_cast<void>(numberOf(subject, subjects));
   }
   void note(const HXChange& change) {
-    ++noted;
-    if (!change.isOfNewEntry()) others.push_back(&change);
-    if (change.movesSubnodes()) moves.push_back(&change);
+    if (isWhole && !change.isOfNewEntry()) others.push_back(&change);
   }
   void endNotes() {
-    noted = 0;
+    isWhole = false;
     others = {};
-    moves = {};
   }
 
   SubjectTable subjects;
-  std::size_t noted = 0;                // how many changes: from the first one on
   std::vector<const HXChange*> others;  // that are of no new entry
-  std::vector<const HXChange*> moves;   // of subnodes
+  bool isWhole = true;                  // whether all of them are noted
 };
 
 HXHistoryStep::HXHistoryStep() noexcept = default;
@@ -176,6 +166,8 @@ HXHistoryStep::HXHistoryStep(HXHistoryStep&& other) noexcept
       id(other.id),
       changes_(std::move(other.changes_)),
       changeBytes_(std::exchange(other.changeBytes_, 0)),
+      hasOnlyNewEntries_(std::exchange(other.hasOnlyNewEntries_, true)),
+      heldSubnodes_(std::exchange(other.heldSubnodes_, false)),
       index_(std::move(other.index_)) {}
 HXHistoryStep& HXHistoryStep::operator=(HXHistoryStep&&) noexcept = default;
 HXHistoryStep::~HXHistoryStep() = default;
@@ -188,14 +180,19 @@ bool HXHistoryStep::holds(const HXChange::Subject& subject) const {
 }
 
 void HXHistoryStep::add(std::unique_ptr<HXChange> change) {
+  hasOnlyNewEntries_ = false;
+  heldSubnodes_ = heldSubnodes_ || change->comingSubnode();
   changeBytes_ += change->byteCount();
   changes_.append(std::move(change));
-  if (changes_.count() <= kSearchedInPlace) return;
   if (index_) {
     index_->add(changes_.last()->subject());
-    note();
-    return;
+    index_->note(*changes_.last());
+  } else if (changes_.count() > kSearchedInPlace) {
+    makeIndex();
   }
+}
+
+void HXHistoryStep::makeIndex() {
   index_ = std::make_unique<Index>();
   for (const HXChange& present : changes_) {
     index_->add(present.subject());
@@ -203,29 +200,19 @@ void HXHistoryStep::add(std::unique_ptr<HXChange> change) {
   }
 }
 
-// The last change, unless the step has ended once.
-void HXHistoryStep::note() {
-  if (index_->noted + 1 == changes_.count()) index_->note(*changes_.last());
-}
-bool HXHistoryStep::isNoted() const noexcept { return index_ && index_->noted == changes_.count(); }
+bool HXHistoryStep::isNoted() const noexcept { return index_ && index_->isWhole; }
 
 void HXHistoryStep::addFirst(std::unique_ptr<HXChange> change) {
-  if (!index_) {
-    if (!holds(change->subject())) add(std::move(change));
-  } else if (index_->add(change->subject())) {
-    changeBytes_ += change->byteCount();
-    changes_.append(std::move(change));
-    note();
-  }
+  if (!holds(change->subject())) add(std::move(change));
 }
 
-void HXHistoryStep::end(FunctionRef<void(HXNode&)> visitSubnode) {
+void HXHistoryStep::end(FunctionRef<void(HXNode&)> visitHeldSubnode) {
   const auto visit = [&](const HXChange& change) {
-    if (auto* const node = change.subnode()) visitSubnode(*node);
+    if (auto* const node = change.comingSubnode()) visitHeldSubnode(*node);
   };
-  if (isNoted()) {
-    for (const HXChange* change : index_->moves) visit(*change);
-  } else {
+  if (heldSubnodes_ && isNoted()) {
+    for (const HXChange* change : index_->others) visit(*change);
+  } else if (heldSubnodes_) {
     for (const HXChange& change : changes_) visit(change);
   }
   if (index_) index_->endNotes();
@@ -238,6 +225,8 @@ void HXHistoryStep::append(HXHistoryStep later) {
 HXChangeList HXHistoryStep::takeAll() {
   index_ = nullptr;
   changeBytes_ = 0;
+  hasOnlyNewEntries_ = true;
+  heldSubnodes_ = false;
   return std::exchange(changes_, {});
 }
 
@@ -245,6 +234,7 @@ HXChangeList HXHistoryStep::takeAll() {
 // nothing else, nothing cancels out; nor does one that was exchanged as a whole, to which entries
 // came, and which is not what it was.
 bool HXHistoryStep::mayCancelOut() const {
+  if (hasOnlyNewEntries_) return false;
   if (isNoted()) {
     return std::any_of(index_->others.begin(), index_->others.end(), [](const HXChange* change) {
       return (change->table().object && !change->subject().object) || change->isNeutral();
@@ -297,11 +287,15 @@ bool HXHistoryStep::isViewState() const noexcept {
                      [](const HXChange& change) { return change.isViewState(); });
 }
 
-void HXHistoryStep::exchange(bool backward, HXChangeNotices& notices) {
+void HXHistoryStep::exchange(bool backward, HXChangeNotices& notices,
+                             FunctionRef<void(HXNode&, bool)> subnodeIsHeld) {
   for (auto* change = backward ? changes_.last() : changes_.first(); change;
        change = backward ? HXChangeList::before(*change) : HXChangeList::after(*change)) {
+    auto* const before = change->comingSubnode();
     change->exchange();
     change->addNotices(notices);
+    if (auto* const node = change->comingSubnode()) subnodeIsHeld(*node, true);
+    if (before) subnodeIsHeld(*before, false);
   }
 }
 

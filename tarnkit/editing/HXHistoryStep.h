@@ -32,32 +32,45 @@ class HXHistoryStep {
   void add(std::unique_ptr<HXChange> change);
   /// Likewise, unless a change of its subject is held.
   void addFirst(std::unique_ptr<HXChange> change);
+  /// Likewise, of an entry that is about to come: most changes of a large step are.
+  void addOfNewEntry(std::unique_ptr<HXChange> change) {
+    changeBytes_ += change->byteCount();
+    changes_.append(std::move(change));
+    if (!index_ && changes_.count() > kSearchedInPlace) makeIndex();
+  }
   /// Takes out what changes nothing in the end.
   HXChangeList takeWhatCancelsOut();
   /// Takes over the changes of a later step, but those of a subject that is held already.
   void append(HXHistoryStep later);
   HXChangeList takeAll();
-  /// The step will be recorded no more: visits the nodes that came or went, each as often as it
-  /// did, and lets go of what only making a step needs.
-  void end(FunctionRef<void(HXNode&)> visitSubnode);
+  /// The step will be recorded no more: visits the nodes that its changes hold, each as often as
+  /// it is held, and lets go of what only making a step needs.
+  void end(FunctionRef<void(HXNode&)> visitHeldSubnode);
 
   /// Whether the step does nothing but set values, the same ones as the other step.
   bool setsTheSameAs(const HXHistoryStep& other) const;
   /// Whether all changes are of how the editor looks at the document.
   bool isViewState() const noexcept;
-  /// The last change first, or the first one.
-  void exchange(bool backward, HXChangeNotices& notices);
+  /// The last change first, or the first one. `subnodeIsHeld` is told of each node that a change
+  /// begins to hold (true), or holds no more.
+  void exchange(bool backward, HXChangeNotices& notices,
+                FunctionRef<void(HXNode&, bool)> subnodeIsHeld);
   /// What the step costs, roughly; of each change what it cost when it was made.
   std::size_t byteCount() const noexcept { return sizeof(*this) + changeBytes_; }
 
  private:
+  // Beyond so many changes the subjects that are held are looked up in a table.
+  static constexpr std::size_t kSearchedInPlace = 12;
+
   struct Index;
-  void note();
+  void makeIndex();
   bool isNoted() const noexcept;
   bool mayCancelOut() const;
 
   HXChangeList changes_;
   std::size_t changeBytes_ = 0;
+  bool hasOnlyNewEntries_ = true;
+  bool heldSubnodes_ = false;     // when its changes were made
   std::unique_ptr<Index> index_;  // null while there are few changes
 };
 

@@ -61,8 +61,6 @@ class HXChange {
 
   /// Whether a node comes to a group, or leaves one.
   bool movesSubnodes() const noexcept { return kind_.movesSubnodes; }
-  /// That node, as long as it is in the group or held; otherwise, and for another change, null.
-  HXNode* subnode() const noexcept { return kind_.movesSubnodes ? movedSubnode() : nullptr; }
   /// The node that exchanging brings to a group; null when it takes one out, and for another
   /// change.
   HXNode* comingSubnode() const noexcept { return kind_.movesSubnodes ? heldSubnode() : nullptr; }
@@ -85,7 +83,6 @@ class HXChange {
   Object& owner() const noexcept { return *owner_; }
 
   /// Of a kind that moves subnodes.
-  virtual HXNode* movedSubnode() const noexcept { return nullptr; }
   virtual HXNode* heldSubnode() const noexcept { return nullptr; }
 
  private:

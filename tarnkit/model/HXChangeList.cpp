@@ -4,14 +4,6 @@
 
 namespace tarnkit {
 
-void HXChangeList::append(std::unique_ptr<HXChange> change) noexcept {
-  HXChange* const added = change.release();
-  added->previous_ = last_;
-  (last_ ? last_->next_ : first_) = added;
-  last_ = added;
-  ++count_;
-}
-
 std::unique_ptr<HXChange> HXChangeList::take(HXChange* change) noexcept {
   if (!change) return nullptr;
   (change->previous_ ? change->previous_->next_ : first_) = change->next_;

@@ -32,7 +32,13 @@ class HXChangeList {
   static HXChange* after(const HXChange& change) noexcept { return change.next_; }
   static HXChange* before(const HXChange& change) noexcept { return change.previous_; }
 
-  void append(std::unique_ptr<HXChange> change) noexcept;
+  void append(std::unique_ptr<HXChange> change) noexcept {
+    HXChange* const added = change.release();
+    added->previous_ = last_;
+    (last_ ? last_->next_ : first_) = added;
+    last_ = added;
+    ++count_;
+  }
   /// Null for none.
   std::unique_ptr<HXChange> takeFirst() noexcept { return take(first_); }
   std::unique_ptr<HXChange> takeLast() noexcept { return take(last_); }

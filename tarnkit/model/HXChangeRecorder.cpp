@@ -30,13 +30,15 @@ HXChangeRecorder::~HXChangeRecorder() {
 void HXChangeRecorder::beginRecording(HXDocument& document) {
   if (document.recorder_) throw std::logic_error("a document has one recorder at most");
   document.recorder_ = this;
-  mark(document);
+  document.isRecorded_ = true;
   recorders().push_back(this);
   atWork_.fetch_add(1, std::memory_order_relaxed);
 }
 
 void HXChangeRecorder::endRecording(HXDocument& document) noexcept {
-  if (document.recorder_ == this) document.recorder_ = nullptr;
+  if (document.recorder_ != this) return;
+  document.recorder_ = nullptr;
+  document.isRecorded_ = false;
 }
 
 void HXChangeRecorder::mark(HXNode& node) noexcept { node.mayBeRecorded_ = true; }
@@ -51,40 +53,29 @@ const HXNode& HXChangeRecorder::rootOf(const HXNode& node) noexcept {
   return *root;
 }
 
-// Asked for every change, and of fresh nodes most of the time.
-HXChangeRecorder* HXChangeRecorder::of(const HXNode* node) {
+HXChangeRecorder* HXChangeRecorder::ofNode(const HXNode* node) {
   if (!node) return nullptr;
   const HXNode& root = rootOf(*node);
-  return root.mayBeRecorded_ ? ofRoot(root) : nullptr;
+  if (root.isRecorded_) return static_cast<const HXDocument&>(root).recorder_;
+  return root.mayBeRecorded_ ? ofHeld(root) : nullptr;
 }
 
-HXChangeRecorder* HXChangeRecorder::ofRoot(const HXNode& root) {
-  if (const auto* document = as<HXDocument>(&root)) return document->recorder_;
+HXChangeRecorder* HXChangeRecorder::ofHeld(const HXNode& root) {
   const auto found = std::find_if(recorders().begin(), recorders().end(),
                                   [&](auto* recorder) { return recorder->holdsSubnode(root); });
   return found == recorders().end() ? nullptr : *found;
 }
 
-namespace detail {
-
-HXChangeRecorder* recorderAtWork(const HXNode& node) { return HXChangeRecorder::of(&node); }
-HXChangeRecorder* recorderAtWork(const HXGroup& group) {
-  return HXChangeRecorder::of(group.node());
+HXChangeRecorder* HXChangeRecorder::of(const HXNode& source) { return ofNode(&source); }
+HXChangeRecorder* HXChangeRecorder::of(const HXGroup& source) { return ofNode(source.node()); }
+HXChangeRecorder* HXChangeRecorder::of(const HXPort& source) { return ofNode(source.node()); }
+HXChangeRecorder* HXChangeRecorder::of(const HXPortGroup& source) { return ofNode(source.node()); }
+HXChangeRecorder* HXChangeRecorder::of(const HXPortGroupCollection& source) {
+  return ofNode(source.node());
 }
-HXChangeRecorder* recorderAtWork(const HXPort& port) { return HXChangeRecorder::of(port.node()); }
-HXChangeRecorder* recorderAtWork(const HXPortGroup& group) {
-  return HXChangeRecorder::of(group.node());
+HXChangeRecorder* HXChangeRecorder::of(const HXParameter& source) { return ofNode(source.node()); }
+HXChangeRecorder* HXChangeRecorder::of(const HXImageStore& source) {
+  return ofNode(source.document());
 }
-HXChangeRecorder* recorderAtWork(const HXPortGroupCollection& collection) {
-  return HXChangeRecorder::of(collection.node());
-}
-HXChangeRecorder* recorderAtWork(const HXParameter& parameter) {
-  return HXChangeRecorder::of(parameter.node());
-}
-HXChangeRecorder* recorderAtWork(const HXImageStore& store) {
-  return HXChangeRecorder::of(store.document());
-}
-
-}  // namespace detail
 
 }  // namespace tarnkit

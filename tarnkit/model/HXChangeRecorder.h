@@ -23,11 +23,30 @@ class HXPortGroupCollection;
 /// and its kin below; there is no other way to change one. Lives on the thread of its document.
 class HXChangeRecorder : public Object {
  public:
-  /// The recorder at work for the document that holds the node, or from which the node was taken in
-  /// a change that the recorder still holds; null for none, and for null. Costs the depth.
-  static HXChangeRecorder* of(const HXNode* node);
+  /// The recorder at work for the document that holds the source, or from which its node was taken
+  /// in a change that the recorder still holds; null for none. Costs the depth.
+  static HXChangeRecorder* of(const HXNode& source);
+  static HXChangeRecorder* of(const HXGroup& source);
+  static HXChangeRecorder* of(const HXPort& source);
+  static HXChangeRecorder* of(const HXPortGroup& source);
+  static HXChangeRecorder* of(const HXPortGroupCollection& source);
+  static HXChangeRecorder* of(const HXParameter& source);
+  static HXChangeRecorder* of(const HXImageStore& source);
   /// Whether `of` could find one.
   static bool anyAtWork() noexcept { return atWork_.load(std::memory_order_relaxed) != 0; }
+  /// Whether `of` could find one for the source; most changes of a node are made before it is put
+  /// anywhere. Takes the header of `HXNode`.
+  template <class Source>
+  static bool couldConcern(const Source& source) noexcept {
+    if constexpr (requires { source.parentGroup_; }) {
+      return source.parentGroup_.wasSet() || source.isRecorded_ || source.mayBeRecorded_;
+    } else if constexpr (requires { source.node(); }) {
+      const auto* const node = source.node();
+      return node && couldConcern(*node);
+    } else {
+      return true;
+    }
+  }
 
   /// The change is about to happen.
   virtual void record(std::unique_ptr<HXChange> change) = 0;
@@ -52,30 +71,24 @@ class HXChangeRecorder : public Object {
   virtual bool holdsSubnode(const HXNode& node) const = 0;
 
  private:
-  /// Of one that may be recorded, and that no other node holds.
-  static HXChangeRecorder* ofRoot(const HXNode& root);
+  /// Null for none, and for null.
+  static HXChangeRecorder* ofNode(const HXNode* node);
+  /// Of a node that left a document, and that no other node holds.
+  static HXChangeRecorder* ofHeld(const HXNode& root);
 
   static inline std::atomic<std::uint32_t> atWork_{0};
 };
 
 namespace detail {
 
-HXChangeRecorder* recorderAtWork(const HXNode& node);
-HXChangeRecorder* recorderAtWork(const HXGroup& group);
-HXChangeRecorder* recorderAtWork(const HXPort& port);
-HXChangeRecorder* recorderAtWork(const HXPortGroup& group);
-HXChangeRecorder* recorderAtWork(const HXPortGroupCollection& collection);
-HXChangeRecorder* recorderAtWork(const HXParameter& parameter);
-HXChangeRecorder* recorderAtWork(const HXImageStore& store);
-
 /// The recorder that wants to know of changes of `source`; null, at the cost of one test, while
 /// none is at work.
 template <class Source>
-HXChangeRecorder* recorderOf(const Source& source) {
+[[gnu::always_inline]] inline HXChangeRecorder* recorderOf(const Source& source) {
   if (!HXChangeRecorder::anyAtWork()) [[likely]] {
     return nullptr;
   }
-  return recorderAtWork(source);
+  return HXChangeRecorder::couldConcern(source) ? HXChangeRecorder::of(source) : nullptr;
 }
 
 /// While one lives, a public operation on `source` is under way.

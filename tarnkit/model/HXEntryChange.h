@@ -166,13 +166,6 @@ class EntryChange final : public HXChange {
   };
 
   const Value* held() const noexcept { return held_ ? &held_->value : nullptr; }
-  HXNode* movedSubnode() const noexcept override {
-    if constexpr (Table::kHoldsSubnodes) {
-      auto* const present = Entries::find(Table::in(ofOwner()), key_);
-      return Table::subnode(present ? present : held());
-    }
-    return nullptr;
-  }
   HXNode* heldSubnode() const noexcept override {
     if constexpr (Table::kHoldsSubnodes) return Table::subnode(held());
     return nullptr;
@@ -221,22 +214,24 @@ class PlaceChange final : public HXChange {
   typename Table::Collection::Place held_;
 };
 
+template <class Table, class Key, class... Arguments>
+[[gnu::noinline]] void recordEntry(HXChangeRecorder& recorder, typename Table::Owner& owner,
+                                   const Key& key, Arguments... arguments) {
+  using Change = EntryChange<Table>;
+  recorder.record(std::make_unique<Change>(owner, typename Change::Key(key), arguments...));
+}
+
 /// The entry of the owner's table is about to come, to go, or to be replaced. The key is one of the
 /// table, or the pointer of which one is made; it is held only where somebody records.
 template <class Table, class Key>
-void willChangeEntry(typename Table::Owner& owner, const Key& key) {
-  if (auto* const recorder = recorderOf(owner)) {
-    using Change = EntryChange<Table>;
-    recorder->record(std::make_unique<Change>(owner, typename Change::Key(key)));
-  }
+[[gnu::always_inline]] inline void willChangeEntry(typename Table::Owner& owner, const Key& key) {
+  if (auto* const recorder = recorderOf(owner)) recordEntry<Table>(*recorder, owner, key);
 }
 /// Likewise, of an entry of a key that the table does not have: saves the search for it.
 template <class Table, class Key>
-void willInsertEntry(typename Table::Owner& owner, const Key& key) {
+[[gnu::always_inline]] inline void willInsertEntry(typename Table::Owner& owner, const Key& key) {
   if (auto* const recorder = recorderOf(owner)) {
-    using Change = EntryChange<Table>;
-    recorder->record(
-        std::make_unique<Change>(owner, typename Change::Key(key), typename Change::Comes()));
+    recordEntry<Table>(*recorder, owner, key, typename EntryChange<Table>::Comes());
   }
 }
 

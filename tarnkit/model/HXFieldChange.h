@@ -61,15 +61,18 @@ class FieldChange final : public HXChange {
   Value held_;
 };
 
+template <class Field>
+[[gnu::noinline]] void recordField(HXChangeRecorder& recorder, typename Field::Owner& owner) {
+  recorder.record(std::make_unique<FieldChange<Field>>(owner));
+}
+
 /// The field of the owner is about to be set, on behalf of `source`, which stands in the document.
 template <class Field, class Source>
-void willSet(const Source& source, typename Field::Owner& owner) {
-  if (auto* const recorder = recorderOf(source)) {
-    recorder->record(std::make_unique<FieldChange<Field>>(owner));
-  }
+[[gnu::always_inline]] inline void willSet(const Source& source, typename Field::Owner& owner) {
+  if (auto* const recorder = recorderOf(source)) recordField<Field>(*recorder, owner);
 }
 template <class Field>
-void willSet(typename Field::Owner& owner) {
+[[gnu::always_inline]] inline void willSet(typename Field::Owner& owner) {
   willSet<Field>(owner, owner);
 }
 

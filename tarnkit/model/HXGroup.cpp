@@ -423,7 +423,7 @@ Ref<HXSymbolicPort> HXGroup::addSymbolicPortForPort(HXPort& port) {
   const bool isInside = port.node() && port.node()->parentGroup() == &here;
   auto symbolicPort =
       make<HXSymbolicPort>(&port, here.node(), port.orientation(), port.connectionRelationship());
-  symbolicPort->setName(port.name());
+  symbolicPort->giveFirstName(port.name());
   // Whoever observed the name may have taken the port's node out.
   HXGroup& now = here.inForce();
   if (isInside && (!port.node() || port.node()->parentGroup() != &now)) return nullptr;

@@ -346,7 +346,8 @@ class HXNode : public HXRNodeOwner {
   bool forceAllowsSubnodes_ : 1 = false;
   bool selected_ : 1 = false;
   bool hasKeyPath_ : 1 = false;
-  bool mayBeRecorded_ : 1 = false;  // it is a recorded document, or may have left one
+  bool isRecorded_ : 1 = false;     // a document
+  bool mayBeRecorded_ : 1 = false;  // it may have left a document that is
 };
 
 }  // namespace tarnkit

@@ -151,6 +151,17 @@ void HXSymbolicPort::setName(String name) {
   const Ref<HXSymbolicPort> self(this);
   const detail::RecordedOperation operation(*this);
   storeName(std::move(name));
+  nameWasSet();
+}
+
+// Nobody has seen it without the name, so that there is nothing to go back to.
+void HXSymbolicPort::giveFirstName(String name) {
+  const Ref<HXSymbolicPort> self(this);
+  HXSymbolicPortFields::Name::set(*this, std::move(name));
+  nameWasSet();
+}
+
+void HXSymbolicPort::nameWasSet() {
   if (const Ref<HXNode> node{this->node()}) node->symbolicPortNameDidChange(*this);
   announceName();
 }

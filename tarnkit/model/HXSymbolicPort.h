@@ -57,6 +57,9 @@ class HXSymbolicPort final : public HXPort {
   // All changes of the fields, but for what is read from an archive.
   void storePort(HXPort* port);
   void storeName(String name);
+  /// As `setName`, of a port that was just made.
+  void giveFirstName(String name);
+  void nameWasSet();
 
   WeakRef<HXPort> port_;
   String name_;

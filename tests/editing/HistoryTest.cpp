@@ -322,6 +322,31 @@ TEST_F(HistoryTest, ANodeThatWentWithADroppedGroupComesBack) {
   EXPECT_EQ(node->parentGroup(), document->subnodeGroup().get());
 }
 
+TEST_F(HistoryTest, ANodeThatIsOutIsRecordedWhileAStepHoldsIt) {
+  const Ref<HXNode> clamp(&add("HXRClampNode"));
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(history->undo());
+    EXPECT_FALSE(clamp->parentGroup());
+    ASSERT_TRUE(history->redo());
+  }
+  document->subnodeGroup()->removeNode(clamp.get());
+  clamp->setName("Out");
+  EXPECT_EQ(history->undoCount(), 3U);
+  history->undo();
+  history->undo();
+  EXPECT_TRUE(clamp->parentGroup());
+  history->undo();
+  clamp->setName("Out again");
+  EXPECT_EQ(history->undoCount(), 1U);
+  EXPECT_EQ(history->redoCount(), 0U);
+  // The steps that held it went, or are made to go: now it is nobody's.
+  clamp->setName("Loose");
+  EXPECT_EQ(history->undoCount(), 1U);
+  history->removeAllSteps();
+  clamp->setName("Free");
+  EXPECT_EQ(history->undoCount(), 0U);
+}
+
 TEST_F(HistoryTest, OutlivesItsDocument) {
   add("HXRClampNode");
   document = nullptr;

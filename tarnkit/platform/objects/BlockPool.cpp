@@ -1,5 +1,7 @@
 #include "tarnkit/platform/objects/BlockPool.h"
 
+#include <sys/mman.h>
+
 #include <array>
 #include <atomic>
 #include <cassert>
@@ -28,7 +30,7 @@ constexpr bool kPages = true;
 constexpr std::size_t kGranule = 8;
 constexpr std::size_t kSizeClasses = BlockPool::kLargestBlock / kGranule + 1;
 constexpr std::size_t kPageSize = std::size_t{64} << 10;
-constexpr std::size_t kPagesOfChunk = 16;
+constexpr std::size_t kPagesOfChunk = 32;
 constexpr std::size_t kChunkSize = kPageSize * kPagesOfChunk;
 
 // A block that nobody uses.
@@ -37,6 +39,15 @@ struct FreeBlock {
 };
 
 struct Heap;
+
+// A chunk is as large as a huge page of the usual processors, and a graph that fills chunks touches
+// all of them: one fault instead of 512, each of which takes as long as making a node. The system
+// may refuse. Not for the first chunk: many a program needs little of it.
+void adviseHugePage([[maybe_unused]] void* chunk) noexcept {
+#ifdef MADV_HUGEPAGE
+  ::madvise(chunk, kChunkSize, MADV_HUGEPAGE);
+#endif
+}
 
 // What is known of one page. Stands at the head of its chunk, not of the page: heads of pages would
 // all fall into the same few sets of the cache. A line of its own each, since other threads write
@@ -107,11 +118,8 @@ struct Heap {
 
   void* allocate(std::size_t sizeClass) {
     Page* const page = withRoom[sizeClass].first;
-    if (page && page->free) {
-      ++page->used;
-      return std::exchange(page->free, page->free->next);
-    }
-    return allocateFresh(sizeClass);
+    void* const block = page ? take(*page) : nullptr;
+    return block ? block : allocateFromNextPage(sizeClass);
   }
 
   void release(Page& page, void* block) noexcept {
@@ -126,19 +134,25 @@ struct Heap {
   }
 
  private:
-  void* allocateFresh(std::size_t sizeClass) {
+  // Null where the page has no room.
+  static void* take(Page& page) noexcept {
+    if (page.free) {
+      ++page.used;
+      return std::exchange(page.free, page.free->next);
+    }
+    if (page.fresh != page.end) {
+      ++page.used;
+      return std::exchange(page.fresh, page.fresh + page.blockSize);
+    }
+    return nullptr;
+  }
+
+  // Seldom needed, and out of line so that the common way saves no registers for it.
+  [[gnu::noinline]] void* allocateFromNextPage(std::size_t sizeClass) {
     if (remotePages.load(std::memory_order_relaxed)) takeBackRemote();
     for (auto& list = withRoom[sizeClass];;) {
-      Page* page = list.first;
-      if (!page) page = &takePage(sizeClass);
-      if (page->free) {
-        ++page->used;
-        return std::exchange(page->free, page->free->next);
-      }
-      if (page->fresh != page->end) {
-        ++page->used;
-        return std::exchange(page->fresh, page->fresh + page->blockSize);
-      }
+      Page* const page = list.first ? list.first : &takePage(sizeClass);
+      if (void* const block = take(*page)) return block;
       list.remove(*page);
       page->isFull = true;
     }
@@ -177,7 +191,7 @@ struct Heap {
     page.end = page.fresh + room / page.blockSize * page.blockSize;
   }
 
-  void pageRanEmpty(Page& page) noexcept {
+  [[gnu::noinline]] void pageRanEmpty(Page& page) noexcept {
     startAnew(page);
     auto& list = withRoom[page.blockSize / kGranule];
     if (list.first == &page && !page.next) return;  // the next block of this size wants it
@@ -199,6 +213,7 @@ struct Heap {
 
   void addChunk() {
     void* const memory = ::operator new (kChunkSize, std::align_val_t{kChunkSize});
+    if (chunks.first) adviseHugePage(memory);
     auto& chunk = *::new (memory) Chunk(this);
     for (auto page = chunk.pages.rbegin(); page != chunk.pages.rend(); ++page) empty.push(*page);
     chunks.push(chunk);
@@ -221,7 +236,7 @@ struct Parking {
   }
 };
 
-Heap& takeHeap() {
+[[gnu::noinline]] Heap& takeHeap() {
   static thread_local Parking parking;
   static_cast<void>(parking);
   {
@@ -233,8 +248,8 @@ Heap& takeHeap() {
   return *heapOfThread;
 }
 
-// The owner takes the blocks back when it next looks for room.
-void releaseRemotely(Heap& owner, Page& page, void* block) noexcept {
+// The owner takes the blocks back when a page of its own has run full.
+[[gnu::noinline]] void releaseRemotely(Heap& owner, Page& page, void* block) noexcept {
   FreeBlock* before = page.remote.load(std::memory_order_relaxed);
   auto* const freed = ::new (block) FreeBlock{before};
   while (!page.remote.compare_exchange_weak(before, freed, std::memory_order_acq_rel,
@@ -249,6 +264,12 @@ void releaseRemotely(Heap& owner, Page& page, void* block) noexcept {
                                                     std::memory_order_relaxed));
 }
 
+[[gnu::noinline]] void* allocateFromSystem(std::size_t size) {
+  void* const block = std::malloc(size);
+  if (!block) throw std::bad_alloc();
+  return block;
+}
+
 }  // namespace
 
 bool BlockPool::usesPage(std::size_t size) noexcept { return kPages && size <= kLargestBlock; }
@@ -258,9 +279,7 @@ void* BlockPool::allocate(std::size_t size) {
     Heap& heap = heapOfThread ? *heapOfThread : takeHeap();
     return heap.allocate(size == 0 ? 1 : (size + kGranule - 1) / kGranule);
   }
-  void* const block = std::malloc(size);
-  if (!block) throw std::bad_alloc();
-  return block;
+  return allocateFromSystem(size);
 }
 
 void BlockPool::release(void* block, std::size_t size) noexcept {

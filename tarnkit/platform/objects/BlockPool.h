@@ -14,8 +14,9 @@ namespace tarnkit {
 /// whatever was made and dropped before. A block has no header and is rounded up to eight bytes.
 ///
 /// Safe from any thread: each thread has its pages, and a block that another one releases goes back
-/// to its page without a lock. Both operations take constant time. Pages that are empty are given
-/// back by the mebibyte. Under AddressSanitizer everything comes from the system's allocator, so
+/// to its page without a lock. Both operations take constant time. Pages are taken from the system
+/// and given back two mebibytes at a time; all but the first ones of a thread are huge pages where
+/// the system has them. Under AddressSanitizer everything comes from the system's allocator, so
 /// that no error hides in a page.
 class BlockPool {
  public:

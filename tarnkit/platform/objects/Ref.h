@@ -124,6 +124,8 @@ class WeakRef {
     if (!object_ || !detail::retainIfAlive(object_)) return nullptr;
     return Ref<T>::adopt(detail::downcast<T>(object_));
   }
+  /// Whether it refers to an object, which may be gone.
+  bool wasSet() const noexcept { return object_ != nullptr; }
   /// Whether it was set and its object has gone since.
   bool hasExpired() const noexcept { return object_ && !detail::isAlive(object_); }
   T* operator->() const noexcept { return get(); }
