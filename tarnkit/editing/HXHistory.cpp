@@ -89,16 +89,20 @@ void HXHistory::commit() {
     open_ = {};
     return;
   }
-  open_.takeWhatCancelsOut();
-  if (open_.isEmpty()) {
-    open_ = {};
-    return;
+  // Most steps only bring something, and need no second look.
+  const bool onlyBrings = open_.hasOnlyNewEntries();
+  if (!onlyBrings) {
+    open_.takeWhatCancelsOut();
+    if (open_.isEmpty()) {
+      open_ = {};
+      return;
+    }
+    if (!recordsViewState_ && open_.isViewState()) return commitViewState();
   }
-  if (!recordsViewState_ && open_.isViewState()) return commitViewState();
   while (!undone_.empty()) forgetStep(undone_, false);
   open_.coalescingKey = coalescingKey_;
   open_.time = time_;
-  if (!coalesce(open_)) {
+  if (onlyBrings || !coalesce(open_)) {
     open_.id = ++lastId_;
     open_.end([&](HXNode& node) { hold(node); });
     byteCount_ += open_.byteCount();

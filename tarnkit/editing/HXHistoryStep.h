@@ -27,6 +27,8 @@ class HXHistoryStep {
 
   const HXChangeList& changes() const noexcept { return changes_; }
   bool isEmpty() const noexcept { return changes_.isEmpty(); }
+  /// Whether entries came and nothing else happened: then nothing cancels out.
+  bool hasOnlyNewEntries() const noexcept { return hasOnlyNewEntries_; }
   /// Whether a change of that subject is held.
   bool holds(const HXChange::Subject& subject) const;
   void add(std::unique_ptr<HXChange> change);
