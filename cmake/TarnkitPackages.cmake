@@ -15,6 +15,9 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ
     GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_COMPONENTS_ALL host library dev doc)
+if(TARNKIT_PYTHON_MODULE)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
@@ -64,6 +67,33 @@ set(CPACK_COMPONENT_DOC_DESCRIPTION "model layer of an editor for interactive pr
 The manual of the library and of its command-line host: getting started, a
 cookbook for editors, the formats of files, the language of expressions.")
 
+# The interpreter for which the module is built and no other: the name of its file says so, too.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-tarnkit)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${library_package} ${same}, python3 (>= 3.11), \
+python3 (<< 3.12)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS python3-numpy)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS libtarnkit-doc)
+file(WRITE "${control}/postinst" "#!/bin/sh
+set -e
+if [ \"$1\" = configure ] && command -v py3compile >/dev/null 2>&1; then
+  py3compile -p python3-tarnkit
+fi
+")
+file(WRITE "${control}/prerm" "#!/bin/sh
+set -e
+if command -v py3clean >/dev/null 2>&1; then
+  py3clean -p python3-tarnkit
+fi
+")
+file(CHMOD "${control}/postinst" "${control}/prerm" PERMISSIONS OWNER_READ OWNER_WRITE
+     OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA "${control}/postinst" "${control}/prerm")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "model layer of an editor for interactive prototypes: Python
+The library as a module of Python 3: documents of patches to be opened,
+edited, checked, compared, merged, drawn and sent, and expressions computed
+over numbers and arrays.")
+
 # What each package of the distribution has: who made it, and what has changed.
 execute_process(COMMAND git -C "${PROJECT_SOURCE_DIR}" log -1 --format=%cD
                 OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
@@ -87,7 +117,7 @@ file(WRITE "${parts}/changelog" "tarnkit (${PROJECT_VERSION}) unstable; urgency=
  -- ${TARNKIT_MAINTAINER}  ${date}
 ")
 execute_process(COMMAND gzip -9nf "${parts}/changelog" COMMAND_ERROR_IS_FATAL ANY)
-foreach(component host library dev doc)
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} upper)
   install(FILES "${parts}/copyright" "${parts}/changelog.gz"
           DESTINATION "share/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}"

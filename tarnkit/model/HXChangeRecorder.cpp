@@ -22,6 +22,9 @@ std::vector<HXChangeRecorder*>& recorders() {
 
 }  // namespace
 
+// One in the process, also where a program that hides its names is linked with a shared library.
+constinit std::atomic<std::uint32_t> HXChangeRecorder::atWork_{0};
+
 HXChangeRecorder::HXChangeRecorder() = default;
 HXChangeRecorder::~HXChangeRecorder() {
   if (std::erase(recorders(), this) != 0) atWork_.fetch_sub(1, std::memory_order_relaxed);

@@ -76,7 +76,7 @@ class HXChangeRecorder : public Object {
   /// Of a node that left a document, and that no other node holds.
   static HXChangeRecorder* ofHeld(const HXNode& root);
 
-  static inline std::atomic<std::uint32_t> atWork_{0};
+  static std::atomic<std::uint32_t> atWork_;
 };
 
 namespace detail {

@@ -1,6 +1,7 @@
 #include "tarnkit/model/HXParameterKinds.h"
 
 #include "tarnkit/archive/HXCoding.h"
+#include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/patches/HXArchivedKeys.h"
 
 namespace tarnkit {
@@ -51,7 +52,70 @@ void encodeValue(const HXParameter& parameter, Encoder& coder, const Symbol& edi
   }
 }
 
+template <class T>
+bool equals(const T& a, const T& b) {
+  return a == b;
+}
+// Deliberately by identity: the editor's text fields count an equal string that is another object
+// as a change.
+bool equals(const String& a, const String& b) { return a.isSameObject(b); }
+
 }  // namespace
+
+namespace detail {
+
+// Whether the value was set goes back with it.
+template <class Value, class Description>
+struct HXValueParameter<Value, Description>::Field : FieldOf<HXValueParameter> {
+  static constexpr const char* kName = "value";
+  static constexpr bool kIsSimple = true;
+  static std::pair<Value, bool> get(const HXValueParameter& parameter) {
+    return {parameter.value_, parameter.valueInitialized()};
+  }
+  static void set(HXValueParameter& parameter, std::pair<Value, bool> value) {
+    parameter.value_ = std::move(value.first);
+    parameter.setValueInitialized(value.second);
+  }
+  static void addNotices(HXValueParameter& parameter, const std::pair<Value, bool>&,
+                         HXChangeNotices& notices) {
+    notices.addValue(parameter, kName, [&parameter] { parameter.announceExchangedValue(); });
+  }
+};
+
+/// All changes of the field, but for what is read from an archive.
+template <class Value, class Description>
+void HXValueParameter<Value, Description>::storeValue(Value value) {
+  willSet<Field>(*this);
+  value_ = std::move(value);
+}
+
+template <class Value, class Description>
+void HXValueParameter<Value, Description>::setValue(Value value) {
+  if (equals(value_, value)) return;
+  storeValue(std::move(value));
+  setValueInitialized();
+  valueDidChange();
+}
+
+template <class Value, class Description>
+void HXValueParameter<Value, Description>::setPatchParameter(Ref<HXRParameter> patchParameter) {
+  const RecordedOperation operation(static_cast<const HXParameter&>(*this));
+  const bool changed = exchangePatchParameter(std::move(patchParameter));
+  if (!valueInitialized()) {
+    if (const auto* definition = this->definition()) storeValue(definition->defaultValue());
+  } else if (changed) {
+    valueDidChange();
+  }
+}
+
+template class HXValueParameter<std::int32_t, HXRIndexParameter>;
+template class HXValueParameter<float, HXRNumberParameter>;
+template class HXValueParameter<bool, HXRBooleanParameter>;
+template class HXValueParameter<String, HXRStringParameter>;
+template class HXValueParameter<RGBA, HXRColorParameter>;
+template class HXValueParameter<Ref<Object>, HXRImageParameter>;
+
+}  // namespace detail
 
 void HXIndexParameter::encodeWithCoder(Encoder& coder) const {
   HXParameter::encodeWithCoder(coder);

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <utility>
 
-#include "tarnkit/model/HXFieldChange.h"
 #include "tarnkit/model/HXImageStoreEntry.h"
 #include "tarnkit/model/HXParameter.h"
 #include "tarnkit/patches/HXRValueParameters.h"
@@ -14,27 +13,17 @@ namespace detail {
 
 /// What the parameter kinds have in common: a value, and how it meets its description.
 /// `Description` is the kind of the definition's parameter.
+///
+/// What changes the value stands in the source: a change is known by an address, of which there
+/// must be one in the process, also where the library is a shared object.
 template <class Value, class Description>
 class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
  public:
   HXRValueHolderKind valueHolder() final { return static_cast<HXRValueHolder<Value>*>(this); }
   Value value() const override { return value_; }
   /// Stores the value unless it equals the present one, and tells the document and the node.
-  void setValue(Value value) override {
-    if (equals(value_, value)) return;
-    storeValue(std::move(value));
-    setValueInitialized();
-    valueDidChange();
-  }
-  void setPatchParameter(Ref<HXRParameter> patchParameter) override {
-    const RecordedOperation operation(static_cast<const HXParameter&>(*this));
-    const bool changed = exchangePatchParameter(std::move(patchParameter));
-    if (!valueInitialized()) {
-      if (const auto* definition = this->definition()) storeValue(definition->defaultValue());
-    } else if (changed) {
-      valueDidChange();
-    }
-  }
+  void setValue(Value value) override;
+  void setPatchParameter(Ref<HXRParameter> patchParameter) override;
 
  protected:
   /// Null while none is attached.
@@ -44,36 +33,8 @@ class HXValueParameter : public HXParameter, public HXRValueHolder<Value> {
   void decodedValue(Value value) { value_ = std::move(value); }
 
  private:
-  // Whether the value was set goes back with it.
-  struct Field : FieldOf<HXValueParameter> {
-    static constexpr const char* kName = "value";
-    static constexpr bool kIsSimple = true;
-    static std::pair<Value, bool> get(const HXValueParameter& parameter) {
-      return {parameter.value_, parameter.valueInitialized()};
-    }
-    static void set(HXValueParameter& parameter, std::pair<Value, bool> value) {
-      parameter.value_ = std::move(value.first);
-      parameter.setValueInitialized(value.second);
-    }
-    static void addNotices(HXValueParameter& parameter, const std::pair<Value, bool>&,
-                           HXChangeNotices& notices) {
-      notices.addValue(parameter, kName, [&parameter] { parameter.announceExchangedValue(); });
-    }
-  };
-
-  template <class T>
-  static bool equals(const T& a, const T& b) {
-    return a == b;
-  }
-  // Deliberately by identity: the editor's text fields count an equal string that is another object
-  // as a change.
-  static bool equals(const String& a, const String& b) { return a.isSameObject(b); }
-
-  /// All changes of the field, but for what is read from an archive.
-  void storeValue(Value value) {
-    willSet<Field>(*this);
-    value_ = std::move(value);
-  }
+  struct Field;
+  void storeValue(Value value);
 
   Value value_{};
 };

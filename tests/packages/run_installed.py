@@ -1,5 +1,6 @@
 """Installs the Debian packages into an empty root, as the distribution's tools make one, and uses
-them there: the host, and the library from a project of its own. Nothing else of the tree is in sight.
+them there: the host, the Python module, and the library from a project of its own. Nothing else of the
+tree is in sight.
 
 mmdebstrap makes the root and removes it; in between it calls this script again, with --root."""
 
@@ -21,6 +22,8 @@ from run_consumer import (expect_no_images, expect_prints, expect_runs, run,  # 
 ENVIRONMENT = {"DEBIAN_FRONTEND": "noninteractive", "HOME": "/root", "LANG": "C.UTF-8",
                "PATH": "/usr/sbin:/usr/bin:/sbin:/bin"}
 MANUAL = pathlib.Path("/usr/share/doc/libtarnkit-doc")
+MODULE = "python3-tarnkit"
+TREE = HERE.parents[1]
 WORK = pathlib.Path("/work")
 
 # What the archives of the expression engine stand on, in linking order.
@@ -92,6 +95,18 @@ def use_host():
                   " | sed 's/.* //'")
 
 
+def use_module():
+    """In an interpreter that looks nowhere but where packages are installed."""
+    run("python3", "-I", "try_installed.py", "dist-packages")
+
+
+def use_module_with_arrays():
+    expect_prints("[5.0, 13.0]\n", "python3", "-I", "-c", """
+import numpy, tarnkit
+x, y = numpy.array([3.0, 5.0]), numpy.array([4.0, 12.0])
+print(tarnkit.Expression("sqrt(x**2 + y**2)").evaluate(x=x, y=y).tolist())""")
+
+
 def use_library():
     """With a compiler and nothing that tells it where things are."""
     for name, libraries in (("model", ["-ltarnkit"]), ("math", MATH_ALONE)):
@@ -117,9 +132,15 @@ def install_and_use(root, packages):
     files = {package.name.split("_")[0]: f"./{package.name}" for package in packages}
     for package in packages:
         shutil.copy(package, work)
-    development = files.pop("libtarnkit-dev")
+    development, module = files.pop("libtarnkit-dev"), files.pop(MODULE)
     inside(root, apt, "install", *files.values())
     inside(root, use_host)
+
+    shutil.copy(TREE / "bindings/python/tests/try_installed.py", work)
+    inside(root, apt, "install", module)
+    inside(root, use_module)
+    inside(root, apt, "install", "python3-numpy")
+    inside(root, use_module_with_arrays)
 
     shutil.copytree(HERE.parent / "consumer", work / "consumer")
     inside(root, apt, "install", development, "g++")
@@ -127,7 +148,7 @@ def install_and_use(root, packages):
     inside(root, apt, "install", "cmake", "make", "pkg-config")
     inside(root, use_library_by_name)
 
-    inside(root, apt, "purge", "libtarnkit-dev", *files)
+    inside(root, apt, "purge", "libtarnkit-dev", MODULE, *files)
     left = list((root / "usr").rglob("*tarnkit*"))
     if left:
         sys.exit(f"the packages leave behind {left}")

@@ -1,6 +1,7 @@
 """Unpacks the Debian packages and looks at what is in them: what libtarnkit.so shows is held against
 the installed headers and against the list beside this file, which TARNKIT_REGENERATE=1 writes anew,
-and the host passes those tests that depend on how it was linked. run_installed.py installs them."""
+the host passes those tests that depend on how it was linked, the Python module its own.
+run_installed.py installs them."""
 
 import argparse
 import os
@@ -79,23 +80,32 @@ def expect_headers_find_all(arguments, prefix, library, scratch):
         sys.exit(f"headers call what {library.name} does not show: {sorted(missing)}")
 
 
-def expect_host_works(arguments, prefix, library, scratch):
+def unpacked_environment(arguments, prefix, library, scratch):
+    """Where the tests find what was unpacked, and plug-ins that are built against it."""
     manual = prefix / "share/doc/libtarnkit-doc"
     plugins = {"TARNKIT_PLUGIN": sorted((manual / "examples/plugin").glob("*.cpp")),
                "TARNKIT_HOSTILE_PLUGIN": [TREE / "tests/plugins/HostileNode.cpp"],
                "TARNKIT_FAULTY_PLUGIN": [TREE / "tests/plugins/FaultyNodes.cpp"]}
     environment = {"HOME": str(scratch), "LANG": "C.UTF-8", "LD_LIBRARY_PATH": str(library.parent),
                    "PATH": os.pathsep.join([str(prefix / "bin"), "/usr/bin", "/bin"]),
+                   "PYTHONPATH": str(prefix / "lib/python3/dist-packages"),
                    "TARNKIT": str(prefix / "bin/tarnkit"), "TARNKIT_SOURCE_DIR": str(TREE)}
     for name, sources in plugins.items():
         environment[name] = str(scratch / f"{name.lower()}.so")
         run(arguments.compiler, "-std=c++20", "-O1", "-shared", "-fPIC", f"-I{prefix / 'include'}",
             f"-I{manual}", *sources, "-o", environment[name])
+    return environment
+
+
+def expect_programs_work(environment, scratch):
     printed = run("tarnkit", "eval", "6*7", env=environment, cwd=scratch)
     if printed != "42\n":
         sys.exit(f"tarnkit eval '6*7' printed {printed!r}")
     for test in PROCESS_TESTS:
         run(sys.executable, "-B", TREE / "tests/process" / test, env=environment, cwd=TREE)
+    run("/usr/bin/python3", "-B", "-m", "pytest", "-q", "-p", "no:cacheprovider",
+        TREE / "bindings/python/tests", f"--ignore={TREE / 'bindings/python/tests/test_typing.py'}",
+        env=environment, cwd=scratch)
 
 
 def main():
@@ -104,8 +114,8 @@ def main():
     parser.add_argument("--compiler", default="c++")
     arguments = parser.parse_args()
     packages = sorted((arguments.build / "debs").resolve().glob("*.deb"))
-    if len(packages) != 4:
-        sys.exit(f"there are {len(packages)} packages instead of four")
+    if len(packages) != 5:
+        sys.exit(f"there are {len(packages)} packages instead of five")
     expect_sound(packages)
     with tempfile.TemporaryDirectory() as folder:
         folder = pathlib.Path(folder)
@@ -113,7 +123,8 @@ def main():
         library = next(prefix.rglob("libtarnkit.so.*.*.*"))
         expect_names(library)
         expect_headers_find_all(arguments, prefix, library, folder)
-        expect_host_works(arguments, prefix, library, folder)
+        environment = unpacked_environment(arguments, prefix, library, folder)
+        expect_programs_work(environment, folder)
     print(f"{len(packages)} packages, unpacked: ok")
 
 

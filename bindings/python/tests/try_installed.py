@@ -1,12 +1,14 @@
-"""What scripts/python --wheel runs with the installed wheel, where there are no other packages: the
-module stands alone, and says what it takes when it is asked for arrays."""
+"""A short session of the module where it is installed, as a wheel (`site-packages`) or as a Debian
+package (`dist-packages`), and where there are no other packages: it stands alone, and says what it
+takes when it is asked for arrays."""
 
 import pathlib
+import sys
 import tempfile
 
 import tarnkit
 
-assert "site-packages" in tarnkit.__file__, tarnkit.__file__
+assert sys.argv[1] in tarnkit.__file__, tarnkit.__file__
 document = tarnkit.Document()
 touch, toggle = document.add("Touch Interaction"), document.add("Switch", position=(200, 40))
 touch.outputs["Down"] >> toggle.inputs["Toggle"]
@@ -22,4 +24,4 @@ except ImportError as missing:
     assert "numpy" in str(missing)
 else:
     raise AssertionError("the environment has NumPy")
-print("the wheel works")
+print("the installed module works")
