@@ -73,6 +73,7 @@ from tarnkit._types import (
     RefusedError,
     Ungrouped,
 )
+from tarnkit._version import __version__
 
 
 class Patches(typing.Mapping[str, Patch]):
@@ -151,6 +152,7 @@ __all__ = [
     "RefusedError",
     "Step",
     "Ungrouped",
+    "__version__",
     "copy_nodes",
     "diff",
     "diff_page",

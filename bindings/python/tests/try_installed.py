@@ -9,6 +9,7 @@ import tempfile
 import tarnkit
 
 assert sys.argv[1] in tarnkit.__file__, tarnkit.__file__
+assert tarnkit.__version__.count(".") == 2
 document = tarnkit.Document()
 touch, toggle = document.add("Touch Interaction"), document.add("Switch", position=(200, 40))
 touch.outputs["Down"] >> toggle.inputs["Toggle"]
