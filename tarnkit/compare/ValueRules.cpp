@@ -1,6 +1,5 @@
 #include <fmt/format.h>
 
-#include <charconv>
 #include <cmath>
 
 #include "tarnkit/compare/CheckRules.h"
@@ -8,6 +7,7 @@
 #include "tarnkit/model/HXParameterKinds.h"
 #include "tarnkit/model/HXPatchPort.h"
 #include "tarnkit/patches/HXRPrimitiveInputPort.h"
+#include "tarnkit/platform/numbers/RealText.h"
 #include "tarnkit/platform/objects/Overloaded.h"
 
 namespace tarnkit::detail {
@@ -87,7 +87,7 @@ bool beginsWithNumber(std::string_view text) {
   }
   if (!text.empty() && (text.front() == '+' || text.front() == '-')) text.remove_prefix(1);
   double number = 0;
-  return std::from_chars(text.data(), text.data() + text.size(), number).ec !=
+  return detail::readReal(text.data(), text.data() + text.size(), number).ec !=
          std::errc::invalid_argument;
 }
 

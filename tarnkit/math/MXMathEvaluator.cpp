@@ -61,6 +61,7 @@ const Ref<MXMathEvaluator>& MXMathEvaluator::defaultMathEvaluator() {
 MXMathEvaluator::MXMathEvaluator()
     : functionEvaluator_(make<detail::MXFunctionEvaluator>(this)),
       operatorSet_(MXMathOperatorSet::defaultOperatorSet()),
+      resolvers_(std::make_unique<Resolvers>()),
       randomNumbers_(std::make_unique<detail::RandomNumbers>()) {
   for (const Alias& alias : kStandardAliases) {
     addAlias(String::interned(alias.name), String::interned(alias.function));
@@ -70,21 +71,22 @@ MXMathEvaluator::MXMathEvaluator()
 MXMathEvaluator::~MXMathEvaluator() = default;
 
 bool MXMathEvaluator::registerFunction(MXMathFunction function, const String& forName) {
-  return function && enter(forName, {nullptr, std::move(function), nullptr});
+  return function &&
+         enter(forName,
+               {nullptr, std::make_shared<const MXMathFunction>(std::move(function)), nullptr});
 }
 
 bool MXMathEvaluator::registerNumberFunction(MXNumberFunction function, const String& forName) {
   if (!function) return false;
   const String name = detail::lowerCase(forName);
-  return enter(name, {nullptr,
-                      {},
+  return enter(name, {nullptr, nullptr,
                       std::make_shared<const detail::HostFunction>(
                           detail::HostFunction{name, std::move(function)})});
 }
 
 bool MXMathEvaluator::addAlias(const String& alias, const String& forFunctionName) {
   return !forFunctionName.isNil() &&
-         enter(alias, {detail::lowerCase(forFunctionName), {}, nullptr});
+         enter(alias, {detail::lowerCase(forFunctionName), nullptr, nullptr});
 }
 
 bool MXMathEvaluator::enter(const String& name, RegisteredFunction function) {

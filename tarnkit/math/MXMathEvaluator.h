@@ -111,11 +111,15 @@ class MXMathEvaluator final : public Object {
   bool resolvesFunctionsAsVariables() const noexcept { return functionsAsVariables_; }
   void setResolvesFunctionsAsVariables(bool resolves) noexcept { functionsAsVariables_ = resolves; }
   /// Asked for functions that nothing else knows; may answer an empty function.
-  const FunctionResolver& functionResolver() const noexcept { return functionResolver_; }
-  void setFunctionResolver(FunctionResolver resolver) { functionResolver_ = std::move(resolver); }
+  const FunctionResolver& functionResolver() const noexcept { return resolvers_->ofFunctions; }
+  void setFunctionResolver(FunctionResolver resolver) {
+    resolvers_->ofFunctions = std::move(resolver);
+  }
   /// Asked for variables that have no substitution.
-  const VariableResolver& variableResolver() const noexcept { return variableResolver_; }
-  void setVariableResolver(VariableResolver resolver) { variableResolver_ = std::move(resolver); }
+  const VariableResolver& variableResolver() const noexcept { return resolvers_->ofVariables; }
+  void setVariableResolver(VariableResolver resolver) {
+    resolvers_->ofVariables = std::move(resolver);
+  }
 
   /// Makes `random()` give the same sequence from here on; it is seeded from the system otherwise.
   void seedRandomNumbers(std::uint64_t seed);
@@ -124,8 +128,8 @@ class MXMathEvaluator final : public Object {
 
   /// A registered function of either kind, or an alias of another name.
   struct RegisteredFunction {
-    String aliasOf;  // nil unless it is an alias
-    MXMathFunction function;
+    String aliasOf;                                  // nil unless it is an alias
+    std::shared_ptr<const MXMathFunction> function;  // of either kind, one is null
     std::shared_ptr<const detail::HostFunction> ofNumbers;
   };
   /// By the name in lower case; null when nothing is registered under it.
@@ -138,13 +142,18 @@ class MXMathEvaluator final : public Object {
   bool computesInDoubles() const noexcept { return computesInDoubles_; }
 
  private:
+  // Apart, since not every standard library lets a function object stand in an object of ours.
+  struct Resolvers {
+    FunctionResolver ofFunctions;
+    VariableResolver ofVariables;
+  };
+
   bool enter(const String& name, RegisteredFunction function);
 
   OrderedMap<RegisteredFunction> functionMap_;
   Ref<detail::MXFunctionEvaluator> functionEvaluator_;
   Ref<MXMathOperatorSet> operatorSet_;
-  FunctionResolver functionResolver_;
-  VariableResolver variableResolver_;
+  std::unique_ptr<Resolvers> resolvers_;
   std::unique_ptr<detail::RandomNumbers> randomNumbers_;
   MXAngleMeasurementMode angleMode_ = MXAngleMeasurementMode::radians;
   bool functionsAsVariables_ = false;

@@ -6,10 +6,11 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
+
+#include "tarnkit/platform/numbers/RealText.h"
 
 namespace tarnkit::detail {
 
@@ -36,7 +37,7 @@ std::int64_t readExponent(std::string_view text) noexcept {
 
 double readNumberSlowly(std::string_view text) noexcept {
   double value = 0;
-  const auto read = std::from_chars(text.data(), text.data() + text.size(), value);
+  const auto read = detail::readReal(text.data(), text.data() + text.size(), value);
   if (read.ec != std::errc::result_out_of_range) return value;
   const auto e = text.find_first_of("eE");
   std::int64_t exponent = e == text.npos ? 0 : readExponent(text.substr(e + 1));

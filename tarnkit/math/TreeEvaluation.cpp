@@ -160,7 +160,10 @@ bool TreeEvaluation::enterFunction(std::uint32_t node, std::uint32_t place) {
     enterFrame(node, place, Builtin::none, hosts_.back().get());
     return true;
   }
-  if (called.registered) return callRegistered(called.registered->function, place, called.name);
+  if (called.registered) {
+    const auto function = called.registered->function;  // it may unregister itself
+    return callRegistered(*function, place, called.name);
+  }
   if (!called.leadsToItself) return resolveUnknown(called.name, place);
   return fail(MXErrorCode::invalidFormat,
               fmt::format("the alias {} leads to itself", called.name.view()));
@@ -261,8 +264,7 @@ bool TreeEvaluation::findPercentBase(const Frame& frame, MXNumber& base) {
 bool TreeEvaluation::callRegistered(const MXMathFunction& function, std::uint32_t place,
                                     const String& name) {
   const auto object = objectOf(place);
-  const MXMathFunction called = function;  // it may unregister itself
-  const auto result = called(object->arguments(), substitutions_, evaluator_, error_);
+  const auto result = function(object->arguments(), substitutions_, evaluator_, error_);
   if (!result) {
     failResolving(*error_, "function", MXUnknownFunctionKey, MXErrorCode::invalidIdentifier, name);
     return false;

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <limits>
 
+#include "tarnkit/platform/numbers/RealText.h"
 #include "tarnkit/text/TextReader.h"
 #include "tarnkit/text/TextWords.h"
 
@@ -125,11 +126,11 @@ bool TextReader::readFloat(Index value, float& into) {
                                    shown(digits)));
   }
   if (!expect(value, Kind::number)) return false;
-  const auto [end, error] = std::from_chars(digits.data(), last, into);
+  const auto [end, error] = detail::readReal(digits.data(), last, into);
   if (error == std::errc::result_out_of_range) {
     // What is nearer to zero than any number is zero.
     double wide = 0;
-    const auto read = std::from_chars(digits.data(), last, wide);
+    const auto read = detail::readReal(digits.data(), last, wide);
     if (read.ec == std::errc::result_out_of_range) wide = 0;
     const bool isSmall = digits.find("e-") != digits.npos || digits.find("E-") != digits.npos ||
                          (wide > -1 && wide < 1 && read.ec == std::errc());

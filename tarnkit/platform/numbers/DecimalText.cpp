@@ -5,6 +5,7 @@
 
 #include "tarnkit/platform/numbers/Decimal.h"
 #include "tarnkit/platform/numbers/PowersOfTen.h"
+#include "tarnkit/platform/numbers/RealText.h"
 #include "tarnkit/platform/text/ASCII.h"
 
 namespace tarnkit {
@@ -193,7 +194,7 @@ double Decimal::doubleValue() const noexcept {
   text[kDigits + 1] = 'e';
   const auto end = std::to_chars(text + kDigits + 2, text + sizeof text, int{exponent_});
   double value = 0;
-  std::from_chars(negative_ ? text : text + 1, end.ptr, value);
+  detail::readReal(negative_ ? text : text + 1, end.ptr, value);
   return value;
 }
 

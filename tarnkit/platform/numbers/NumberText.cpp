@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 
+#include "tarnkit/platform/numbers/RealText.h"
 #include "tarnkit/platform/text/ASCII.h"
 
 namespace tarnkit {
@@ -103,7 +104,7 @@ float readFloat(std::string_view text) noexcept {
   const bool negative = takeSign(text);
   if (text.empty() || (!isDigit(text.front()) && text.front() != '.')) return 0;
   float value = 0;
-  const auto read = std::from_chars(text.data(), text.data() + text.size(), value);
+  const auto read = detail::readReal(text.data(), text.data() + text.size(), value);
   if (read.ec == std::errc::invalid_argument) return 0;
   if (read.ec == std::errc::result_out_of_range) {
     const std::string_view taken(text.data(), static_cast<std::size_t>(read.ptr - text.data()));

@@ -1,7 +1,8 @@
 #include "tarnkit/platform/propertylist/PropertyListText.h"
 
-#include <charconv>
 #include <limits>
+
+#include "tarnkit/platform/numbers/RealText.h"
 
 namespace tarnkit::detail {
 
@@ -85,7 +86,7 @@ bool readPropertyListReal(std::string_view text, double& value) {
   }
   if (text.empty()) return false;
   const char* const end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
+  const auto result = detail::readReal(text.data(), end, value);
   if (result.ptr != end) return false;
   if (result.ec == std::errc()) return true;
   // Out of range: below the smallest double is 0, above the largest is infinite.

@@ -122,7 +122,9 @@ Status File::makeDirectory(const std::string& path) {
   // A path that ends in "/" counts as not created when it is there already.
   std::error_code unknown;
   if (std::filesystem::is_directory(path, unknown)) return {};
-  return Status::ofSystem(failure ? failure.value() : ENOTDIR, path);
+  // What stands there and is none is told in either way, as the standard library likes.
+  const bool isOther = !failure || failure == std::errc::file_exists;
+  return Status::ofSystem(isOther ? ENOTDIR : failure.value(), path);
 }
 
 }  // namespace tarnkit

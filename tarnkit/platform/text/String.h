@@ -90,7 +90,7 @@ class String {
   /// By bytes, which is the order of the code points; nil comes before every text.
   friend std::strong_ordering operator<=>(const String& a, const String& b) noexcept {
     if (a.isNil() || b.isNil()) return !a.isNil() <=> !b.isNil();
-    return a.view() <=> b.view();
+    return a.view().compare(b.view()) <=> 0;
   }
 
  private:
