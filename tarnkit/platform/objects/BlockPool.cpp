@@ -1,7 +1,5 @@
 #include "tarnkit/platform/objects/BlockPool.h"
 
-#include <sys/mman.h>
-
 #include <array>
 #include <atomic>
 #include <cassert>
@@ -10,6 +8,8 @@
 #include <mutex>
 #include <new>
 #include <utility>
+
+#include "tarnkit/platform/objects/HugePages.h"
 
 namespace tarnkit {
 
@@ -30,8 +30,9 @@ constexpr bool kPages = true;
 constexpr std::size_t kGranule = 8;
 constexpr std::size_t kSizeClasses = BlockPool::kLargestBlock / kGranule + 1;
 constexpr std::size_t kPageSize = std::size_t{64} << 10;
-constexpr std::size_t kPagesOfChunk = 32;
-constexpr std::size_t kChunkSize = kPageSize * kPagesOfChunk;
+// A fault of a usual page takes as long as making a node, and a graph touches all pages of a chunk.
+constexpr std::size_t kChunkSize = detail::kHugePageSize;
+constexpr std::size_t kPagesOfChunk = kChunkSize / kPageSize;
 
 // A block that nobody uses.
 struct FreeBlock {
@@ -39,15 +40,6 @@ struct FreeBlock {
 };
 
 struct Heap;
-
-// A chunk is as large as a huge page of the usual processors, and a graph that fills chunks touches
-// all of them: one fault instead of 512, each of which takes as long as making a node. The system
-// may refuse. Not for the first chunk: many a program needs little of it.
-void adviseHugePage([[maybe_unused]] void* chunk) noexcept {
-#ifdef MADV_HUGEPAGE
-  ::madvise(chunk, kChunkSize, MADV_HUGEPAGE);
-#endif
-}
 
 // What is known of one page. Stands at the head of its chunk, not of the page: heads of pages would
 // all fall into the same few sets of the cache. A line of its own each, since other threads write
@@ -213,7 +205,8 @@ struct Heap {
 
   void addChunk() {
     void* const memory = ::operator new (kChunkSize, std::align_val_t{kChunkSize});
-    if (chunks.first) adviseHugePage(memory);
+    // Not the first one: many a program needs little of it.
+    if (chunks.first) detail::adviseHugePages(memory, kChunkSize);
     auto& chunk = *::new (memory) Chunk(this);
     for (auto page = chunk.pages.rbegin(); page != chunk.pages.rend(); ++page) empty.push(*page);
     chunks.push(chunk);

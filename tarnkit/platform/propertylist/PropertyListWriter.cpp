@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "tarnkit/platform/collections/KeyedHash.h"
+#include "tarnkit/platform/objects/HugePages.h"
 #include "tarnkit/platform/propertylist/PropertyListEncoding.h"
 #include "tarnkit/platform/text/UTF8.h"
 
@@ -396,7 +397,11 @@ std::vector<std::uint8_t> PropertyListWriter::finish(Index root) {
   const unsigned width = widthOf(objects - 1);
   const std::size_t tableStart = prepareToFinish(width);
   const unsigned offsetWidth = widthOf(tableStart);
-  std::vector<std::uint8_t> output(tableStart + objects * offsetWidth + kTrailerSize);
+  const std::size_t size = tableStart + objects * offsetWidth + kTrailerSize;
+  std::vector<std::uint8_t> output;
+  output.reserve(size);
+  detail::adviseHugePages(output.data(), size);
+  output.resize(size);
 
   std::uint8_t* at = output.data();
   std::memcpy(at, kMagic, kHeaderSize);

@@ -6,6 +6,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "tarnkit/platform/objects/HugePages.h"
+
 namespace tarnkit::detail {
 
 /// A growing run of plain values that never initialises what it hands out and grows in place where
@@ -63,6 +65,7 @@ class RawBuffer {
     if (!memory) throw std::bad_alloc();
     data_ = static_cast<T*>(memory);
     capacity_ = capacity;
+    adviseHugePages(data_, capacity * sizeof(T));
   }
 
   T* data_ = nullptr;
