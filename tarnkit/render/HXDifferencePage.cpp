@@ -73,16 +73,27 @@ std::string listOf(const std::vector<HXDocumentChange>& changes,
 
 }  // namespace
 
-std::string differencePage(const HXDocument& oldDocument, const HXDocument& newDocument,
-                           const HXDocumentDifference& difference,
-                           const HXDifferencePageOptions& options, HXPictureReport* report) {
+void writeDifferencePage(const HXDocument& oldDocument, const HXDocument& newDocument,
+                         const HXDocumentDifference& difference,
+                         const HXDifferencePageOptions& options, HXPagePieces pieces,
+                         HXPictureReport* report) {
   std::vector<HXDocumentChange> changes;
   for (const auto& change : difference.changes()) {
     if (options.viewState || !change.isViewState()) changes.push_back(change);
   }
   const SceneDifference scene(oldDocument, newDocument, difference.matching(), changes);
-  return makePage({*newDocument.subnodeGroup(), options.theme, &scene, listOf(changes, scene)},
-                  report);
+  writePage({*newDocument.subnodeGroup(), options.theme, &scene, listOf(changes, scene)}, pieces,
+            report);
+}
+
+std::string differencePage(const HXDocument& oldDocument, const HXDocument& newDocument,
+                           const HXDocumentDifference& difference,
+                           const HXDifferencePageOptions& options, HXPictureReport* report) {
+  std::string page;
+  writeDifferencePage(
+      oldDocument, newDocument, difference, options, [&](std::string_view piece) { page += piece; },
+      report);
+  return page;
 }
 
 }  // namespace tarnkit

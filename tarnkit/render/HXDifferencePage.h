@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tarnkit/render/HXGraphPicture.h"
+#include "tarnkit/render/HXGraphPage.h"
 
 namespace tarnkit {
 
@@ -26,7 +26,7 @@ struct HXDifferencePageOptions {
 /// to what is still there; a group that is gone can be opened as any other. In the picture, marks
 /// are classes of the elements: "is-added", "is-removed", "is-changed", and "holds-changes" of a
 /// node with such things below it; the keys of what is gone begin with "removed/". Without scripts
-/// the page shows the marked picture of the document and the list.
+/// the page shows the list, and the marked picture as that page does.
 ///
 /// The difference is that of the two documents, neither of which was changed since. For one thread;
 /// linear in both.
@@ -34,5 +34,11 @@ std::string differencePage(const HXDocument& oldDocument, const HXDocument& newD
                            const HXDocumentDifference& difference,
                            const HXDifferencePageOptions& options = {},
                            HXPictureReport* report = nullptr);
+
+/// The same, handed on as it is made (see `writeGraphPage`).
+void writeDifferencePage(const HXDocument& oldDocument, const HXDocument& newDocument,
+                         const HXDocumentDifference& difference,
+                         const HXDifferencePageOptions& options, HXPagePieces pieces,
+                         HXPictureReport* report = nullptr);
 
 }  // namespace tarnkit

@@ -5,7 +5,15 @@
 namespace tarnkit {
 
 std::string graphPage(const HXGroup& group, HXPictureTheme theme, HXPictureReport* report) {
-  return detail::makePage({group, theme, nullptr, {}}, report);
+  std::string page;
+  writeGraphPage(
+      group, theme, [&](std::string_view piece) { page += piece; }, report);
+  return page;
+}
+
+void writeGraphPage(const HXGroup& group, HXPictureTheme theme, HXPagePieces pieces,
+                    HXPictureReport* report) {
+  detail::writePage({group, theme, nullptr, {}}, pieces, report);
 }
 
 }  // namespace tarnkit

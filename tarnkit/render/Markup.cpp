@@ -64,10 +64,14 @@ void appendEscaped(std::string& out, std::string_view text) {
   out.append(text, plain);
 }
 
-void appendNumber(std::string& out, double number) {
+std::int64_t hundredthsOf(double number) noexcept {
   if (std::isnan(number)) number = 0;
   number = std::fmin(std::fmax(number, -kLargest), kLargest);
-  auto hundredths = std::llround(number * 100);
+  return std::llround(number * 100);
+}
+
+void appendNumber(std::string& out, double number) {
+  auto hundredths = hundredthsOf(number);
   if (hundredths < 0) {
     out += '-';
     hundredths = -hundredths;
@@ -81,6 +85,12 @@ void appendNumber(std::string& out, double number) {
 }
 
 void appendNumber(std::string& out, std::size_t number) {
+  char digits[24];
+  const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+  out.append(digits, end);
+}
+
+void appendInteger(std::string& out, std::int64_t number) {
   char digits[24];
   const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
   out.append(digits, end);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -13,10 +14,13 @@ namespace tarnkit::detail {
 /// Escaped for character data and for attribute values in double quotes; what must not stand in
 /// XML is shown as U+FFFD.
 void appendEscaped(std::string& out, std::string_view text);
+/// As `appendNumber` writes the number.
+std::int64_t hundredthsOf(double number) noexcept;
 /// Rounded to hundredths, without needless digits. What is no number reads 0; beyond ten million it
 /// is clamped.
 void appendNumber(std::string& out, double number);
 void appendNumber(std::string& out, std::size_t number);
+void appendInteger(std::string& out, std::int64_t number);
 /// The key as a part of an id: what is no letter, digit, "_" or "." is written as "-" and two
 /// hexadecimal digits, so that different keys give different ids, and "--" can part two keys.
 void appendIdPart(std::string& out, std::string_view key);

@@ -15,8 +15,6 @@ namespace tarnkit::detail {
 namespace {
 
 constexpr double kTitleRoom = 190;
-constexpr double kNameRoom = 130;
-constexpr double kValueRoom = 64;
 constexpr double kLeastWidth = 100;
 constexpr double kColumnGap = 18;
 

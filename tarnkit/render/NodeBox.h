@@ -44,6 +44,9 @@ struct NodeBox {
   static constexpr double kSwatchWidth = 22;
   static constexpr double kBadgePadding = 7;
   static constexpr double kChevronWidth = 10;
+  // For the texts of a line.
+  static constexpr double kNameRoom = 130;
+  static constexpr double kValueRoom = 64;
   static constexpr Font kTitleFont{12, true};
   static constexpr Font kNameFont{11, false};
   static constexpr Font kHeadingFont{10, true};

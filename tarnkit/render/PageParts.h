@@ -13,9 +13,13 @@ extern const std::string_view kPictureStyle;
 extern const std::string_view kPageStyle;
 /// And those of what shows changes.
 extern const std::string_view kChangesStyle;
-/// The body before the first picture and behind it.
+/// The body before what readers without scripts see and behind it.
 extern const std::string_view kPageBodyStart;
 extern const std::string_view kPageBodyEnd;
+/// The script, in the order in which it stands in a page: what draws groups from their data, what
+/// draws large ones from afar, and the page itself.
+extern const std::string_view kPictureScript;
+extern const std::string_view kLargeScript;
 extern const std::string_view kPageScript;
 
 }  // namespace tarnkit::detail

@@ -5,7 +5,6 @@
 #include "tarnkit/model/HXNode.h"
 #include "tarnkit/render/ConnectionIndex.h"
 #include "tarnkit/render/GroupScene.h"
-#include "tarnkit/render/HXGraphPage.h"
 #include "tarnkit/render/Markup.h"
 #include "tarnkit/render/PageData.h"
 #include "tarnkit/render/PageParts.h"
@@ -16,8 +15,9 @@ namespace tarnkit::detail {
 
 namespace {
 
-// Of more nodes than these the page's script shows only what is to be seen (`isLarge`).
-constexpr std::size_t kLargeGroup = 800;
+// Of more the picture would be longer than the data of the whole page.
+constexpr std::size_t kMostNodesWithoutScripts = 250;
+constexpr std::size_t kPiece = std::size_t{1} << 16;
 
 struct PageGroup {
   const HXGroup* group;
@@ -50,18 +50,21 @@ std::vector<PageGroup> groupsOfPage(const PageSource& source, bool& all) {
   return groups;
 }
 
-std::string pictureOf(const GroupScene& scene, std::size_t index, HXPictureReport* report) {
+// What stands in the page for readers without scripts.
+std::string pictureOf(const GroupScene& scene, HXPictureReport& report) {
   HXPictureOptions options;
   options.embedded = true;
   options.caption = false;
-  // Keys of a file need not be unique.
-  options.idPrefix = "g" + std::to_string(index) + "-";
+  options.idPrefix = "g-";  // beside the page's own
   std::string svg;
   SceneWriter writer(scene, options, svg);
-  // Its texts would be set only to be too small to read.
-  if (scene.boxes.size() > kLargeGroup) writer.addClasses(" is-distant is-far");
+  report = {writer.width(), writer.height(), scene.laidOut, scene.notes};
+  if (scene.boxes.size() > kMostNodesWithoutScripts) {
+    return "<p class=\"bare\">The graph is drawn by a script of this page, which this browser does "
+           "not "
+           "run.</p>\n";
+  }
   writer.write();
-  if (report) *report = {writer.width(), writer.height(), scene.laidOut, scene.notes};
   return svg;
 }
 
@@ -86,14 +89,13 @@ void appendHead(std::string& out, const PageSource& source) {
 
 }  // namespace
 
-std::string makePage(const PageSource& source, HXPictureReport* report) {
+void writePage(const PageSource& source, HXPagePieces pieces, HXPictureReport* report) {
   bool all = true;
   const auto* const difference = source.difference;
   const std::vector<PageGroup> groups = groupsOfPage(source, all);
   const ConnectionIndex connections(source.group);
-  std::string page;
-  std::string data;
-  std::string pictures;
+  PageTables tables;
+  std::string piece;
   std::size_t laidOut = 0;
   HXPictureReport first;
   for (std::size_t i = 0; i < groups.size(); ++i) {
@@ -101,43 +103,42 @@ std::string makePage(const PageSource& source, HXPictureReport* report) {
     const bool isGone = difference && difference->isGone(group);
     const GroupScene scene(group, isGone ? difference->oldConnections() : connections, difference);
     if (i == 0) {
-      appendHead(page, source);
-      page += kPageBodyStart;
-      page += pictureOf(scene, i, &first);
-      page += kPageBodyEnd;
-      page += source.list;
+      appendHead(piece, source);
+      piece += kPageBodyStart;
+      piece.append("<noscript>").append(pictureOf(scene, first)) += "</noscript>\n";
+      piece += kPageBodyEnd;
+      piece += source.list;
     } else {
       laidOut += scene.laidOut ? 1 : 0;
-      pictures += "<template data-picture>";
-      pictures += pictureOf(scene, i, nullptr);
-      pictures += "</template>\n";
     }
-    data += "<script type=\"application/json\" data-parent=\"";
-    appendNumber(data, groups[i].parent);
-    data += "\" data-group=\"";
-    appendEscaped(data, scene.keyOf(group));
-    data += "\">";
-    appendPageData(data, scene);
-    data += "</script>\n";
+    piece += "<script type=\"application/json\" data-parent=\"";
+    appendNumber(piece, groups[i].parent);
+    piece += "\" data-group=\"";
+    appendEscaped(piece, scene.keyOf(group));
+    piece += "\">";
+    appendPageData(piece, scene, tables);
+    piece += "</script>\n";
+    if (piece.size() < kPiece) continue;
+    pieces(piece);
+    piece.clear();
   }
-  page += pictures;
-  page += data;
-  page += "<script>\n";
-  page += kPageScript;
-  page += "</script>\n</body>\n</html>\n";
-  if (report) {
-    *report = std::move(first);
-    if (laidOut > 0) {
-      report->notes.push_back(std::to_string(laidOut) +
-                              (laidOut == 1 ? " group below was" : " groups below were") +
-                              " laid out by layers.");
-    }
-    if (!all) {
-      report->notes.push_back("The page holds the pictures of the nearest " +
-                              std::to_string(kMostGroupsOfPage) + " groups only.");
-    }
+  pieces(piece);
+  pieces("<script type=\"application/json\" id=\"tables\">");
+  tables.write(pieces);
+  pieces("</script>\n<script>\n");
+  for (const auto script : {kPictureScript, kLargeScript, kPageScript}) pieces(script);
+  pieces("</script>\n</body>\n</html>\n");
+  if (!report) return;
+  *report = std::move(first);
+  if (laidOut > 0) {
+    report->notes.push_back(std::to_string(laidOut) +
+                            (laidOut == 1 ? " group below was" : " groups below were") +
+                            " laid out by layers.");
   }
-  return page;
+  if (!all) {
+    report->notes.push_back("The page holds the pictures of the nearest " +
+                            std::to_string(kMostGroupsOfPage) + " groups only.");
+  }
 }
 
 }  // namespace tarnkit::detail

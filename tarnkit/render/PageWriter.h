@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tarnkit/render/HXGraphPicture.h"
+#include "tarnkit/render/HXGraphPage.h"
 
 namespace tarnkit::detail {
 
@@ -14,11 +14,11 @@ struct PageSource {
   HXPictureTheme theme = HXPictureTheme::light;
   /// Null: the page shows one document, and not what has become of another.
   const SceneDifference* difference = nullptr;
-  /// What stands in the page behind the pictures, as HTML.
+  /// What stands in the page behind the stage, as HTML.
   std::string list;
 };
 
-/// See `graphPage`.
-std::string makePage(const PageSource& source, HXPictureReport* report);
+/// See `writeGraphPage`.
+void writePage(const PageSource& source, HXPagePieces pieces, HXPictureReport* report);
 
 }  // namespace tarnkit::detail

@@ -17,10 +17,7 @@ namespace tarnkit::detail {
 
 namespace {
 
-constexpr double kRadius = 7;
-constexpr double kDotRadius = 4;
 constexpr double kCaptionHeight = 46;
-constexpr double kNoteHeight = 18;
 constexpr double kLeastWidth = 320;
 constexpr double kLeastHeight = 120;
 constexpr Font kCaptionFont{15, true};
@@ -86,9 +83,7 @@ void SceneWriter::write() {
 
 void SceneWriter::open() {
   if (!options_.embedded) out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-  out_ += "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"tk-picture";
-  out_ += classes_;
-  out_ += "\" role=\"img\" viewBox=\"";
+  out_ += "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"tk-picture\" role=\"img\" viewBox=\"";
   for (const double number : {left_, top_, width(), height()}) {
     appendNumber(out_, number);
     out_ += ' ';

@@ -11,11 +11,15 @@ namespace tarnkit::detail {
 /// Writes a scene as SVG, by appending to one text. For one picture.
 class SceneWriter {
  public:
+  static constexpr double kRadius = 7;  // of a box's corners
+  static constexpr double kDotRadius = 4;
+  static constexpr double kNoteHeight = 18;
+
   SceneWriter(const GroupScene& scene, const HXPictureOptions& options, std::string& out);
 
-  /// Further classes of the <svg> element, with a blank before each.
-  void addClasses(const char* classes) { classes_ = classes; }
   void write();
+  double left() const noexcept { return left_; }
+  double top() const noexcept { return top_; }
   double width() const noexcept { return right_ - left_; }
   double height() const noexcept { return bottom_ - top_; }
 
@@ -56,7 +60,6 @@ class SceneWriter {
   double right_ = 0;
   double bottom_ = 0;
   std::string countsText_;
-  const char* classes_ = "";
 };
 
 }  // namespace tarnkit::detail

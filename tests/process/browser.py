@@ -43,8 +43,7 @@ class Browser:
             target = self.send("Target.createTarget", url="about:blank")["targetId"]
             self.session = self.send("Target.attachToTarget", targetId=target,
                                      flatten=True)["sessionId"]
-            self.send("Emulation.setDeviceMetricsOverride", width=width, height=height,
-                      deviceScaleFactor=1, mobile=False)
+            self.resize(width, height)
         except AssertionError:
             self.close()
             raise
@@ -133,6 +132,15 @@ class Browser:
             if time.monotonic() > deadline:
                 raise AssertionError(f"never true: {script}")
             time.sleep(0.01)
+
+    def resize(self, width, height):
+        self.send("Emulation.setDeviceMetricsOverride", width=width, height=height,
+                  deviceScaleFactor=1, mobile=False)
+
+    def screenshot(self, x, y, width, height):
+        """A part of what is to be seen, as the text of a PNG in base 64."""
+        return self.send("Page.captureScreenshot", format="png", clip={
+            "x": x, "y": y, "width": width, "height": height, "scale": 1})["data"]
 
     def mouse(self, kind, x, y, **more):
         self.send("Input.dispatchMouseEvent", type=kind, x=x, y=y, **more)

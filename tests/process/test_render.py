@@ -306,14 +306,13 @@ class Files(RenderTest):
 class PageReader(html.parser.HTMLParser):
     def __init__(self, page):
         super().__init__()
-        self.scripts, self.ids, self.templates = [], [], 0
+        self.scripts, self.ids = [], []
         self.feed(page)
 
     def handle_starttag(self, tag, attributes):
         attributes = dict(attributes)
         if tag == "script":
             self.scripts.append((attributes, []))
-        self.templates += tag == "template"
         if "id" in attributes:
             self.ids.append(attributes["id"])
 
@@ -323,8 +322,21 @@ class PageReader(html.parser.HTMLParser):
 
     def data(self):
         """What the page knows of each group."""
-        return [json.loads("".join(text)) for attributes, text in self.scripts
-                if attributes.get("type") == "application/json"]
+        *groups, tables = [json.loads("".join(text)) for attributes, text in self.scripts
+                           if attributes.get("type") == "application/json"]
+
+        def text(number):
+            entry = tables["texts"][number]
+            return tables["texts"][entry[0]] if isinstance(entry, list) else entry
+
+        def node(title, form):
+            packed = iter(tables["parameters"][tables["forms"][form][4]])
+            return {"name": text(title),
+                    "parameters": {text(name): text(value) for name, value, _ in zip(packed, packed, packed)}}
+
+        return [{"title": text(group["title"]),
+                 "nodes": [node(*each) for each in zip(group.get("titles", []), group.get("forms", []))]}
+                for group in groups]
 
 
 class Page(RenderTest):
@@ -342,8 +354,7 @@ class Page(RenderTest):
             *[op("setParameter", node="all", parameter=key, value=value)
               for key, value in changes.items()],
             op("save", file=str(document))])
-        grid, all_ = [{entry["name"]: entry["value"] for entry in node["parameters"]}
-                      for node in PageReader(self.page(document)).data()[0]["nodes"]]
+        grid, all_ = [node["parameters"] for node in PageReader(self.page(document)).data()[0]["nodes"]]
         self.assertEqual(grid, {"Vertical": "on"})
         self.assertEqual(all_, {
             "Boolean": "off", "Integer": "3", "Float": "0.5", "Color": "#ff0000",
@@ -356,8 +367,7 @@ class Page(RenderTest):
         reader = PageReader(page)
         self.assertEqual(len(reader.ids), len(set(reader.ids)))
         data = reader.data()
-        self.assertEqual(len(reader.scripts), len(data) + 1)
-        self.assertEqual(reader.templates, len(data) - 1)
+        self.assertEqual(len(reader.scripts), len(data) + 2)  # the tables, and what draws
         self.assertEqual([d["title"] for d in data[:1]], ["Document"])
         self.assertEqual(sorted(d["title"] for d in data if d["title"] == SCRIPT), [SCRIPT])
         names = [n["name"] for d in data for n in d["nodes"]]
@@ -374,7 +384,7 @@ class Page(RenderTest):
                 op("addNode", node=f"g{i}", to=f"g{i - 1}"))] + [op("save", file=str(document))])
         _, errors = self.host("render", document, "-o", page, "--format", "html")
         self.assertIn("the nearest 10000 groups only", self.one_line(errors))
-        self.assertEqual(page.read_text(encoding="utf-8").count("<template "), 9_999)
+        self.assertEqual(page.read_text(encoding="utf-8").count(" data-parent="), 10_000)
 
 
 if __name__ == "__main__":

@@ -8,7 +8,11 @@ from browser import Browser
 from host import HostTest, op
 from pictures import LONG, SCRIPT, everything, placed
 
-VIEW = "document.querySelector('#stage > svg').getAttribute('viewBox').split(' ').map(Number)"
+VIEW = """(() => { const svg = document.querySelector('#stage > svg'), box = svg.viewBox.baseVal;
+  const at = svg.getBoundingClientRect(), stage = document.getElementById('stage')
+  .getBoundingClientRect(), scale = at.width / box.width;
+  return [box.x + (stage.x - at.x) / scale, box.y + (stage.y - at.y) / scale, stage.width / scale,
+    stage.height / scale]; })()"""
 PANEL = "document.getElementById('panel').innerText"
 GROUP = "document.querySelector('#stage > svg').dataset.group"
 # Where a node's title stands on the screen.
@@ -78,7 +82,7 @@ class PageTest(HostTest):
         zoomed = self.settled()
         self.assertLess(zoomed[2], wheeled[2] * 0.9)
         for i, part in ((0, 300 / 936), (1, 248 / 748)):  # what is under the pointer stays there
-            self.assertAlmostEqual(zoomed[i] + zoomed[i + 2] * part, at[i], delta=1)
+            self.assertAlmostEqual(zoomed[i] + zoomed[i + 2] * part, at[i], delta=1 / scale)
         self.browser.run("document.getElementById('stage').focus()")
         self.browser.key("ArrowRight")
         self.assertGreater(self.settled()[0], zoomed[0])
@@ -155,11 +159,14 @@ class PageTest(HostTest):
 
     def test_texts_stay_in_their_boxes(self):
         self.everything()
-        self.browser.run("document.querySelectorAll('template').forEach(t => "
-                         "document.body.append(t.content.cloneNode(true)))")
-        self.assertEqual(self.browser.run("document.querySelectorAll('svg.tk-picture').length"), 5)
-        self.assertEqual(self.browser.run(OUTSIDE), [])
-        self.assertEqual(self.browser.run(COLLIDING), [])
+        for index in range(1, 6):
+            self.assertEqual(self.browser.run(OUTSIDE), [])
+            self.assertEqual(self.browser.run(COLLIDING), [])
+            if index < 5:
+                self.browser.run(f"location.hash = Picture.groups[{index}].key")
+                self.browser.wait_for(f"{GROUP} === Picture.groups[{index}].key")
+        self.browser.run("location.hash = Picture.groups[0].key")
+        self.browser.wait_for(f"{GROUP} === Picture.groups[0].key")
         # The check itself can fail.
         self.browser.run("document.querySelector('.tk-title').lastChild.data = 'W'.repeat(60)")
         self.assertEqual(len(self.browser.run(OUTSIDE)), 1)
@@ -180,6 +187,22 @@ class PageTest(HostTest):
                                 " return [r.x, r.y]; })()")
         self.assertTrue(0 < x < 936 and 52 < y < 800, (x, y))
         self.assertIn("Last of all", self.browser.run(PANEL))
+        # Only what is to be seen stands in the page, and keys lead to all of it.
+        focus = "document.activeElement.dataset.node"
+        for level in (1, 0.2, 0.05):
+            self.browser.run("document.getElementById('stage').focus()")
+            self.browser.run(f"""document.getElementById('stage').dispatchEvent(new WheelEvent('wheel', {{
+              deltaY: -Math.log({level} / (parseFloat(document.getElementById('level').textContent) /
+              100)) / 0.008, ctrlKey: true, cancelable: true}}))""")
+            self.settled()
+            self.assertLess(self.browser.run("document.querySelectorAll('.tk-node').length"), 400)
+            for number in range(1, 5):
+                self.browser.key("Tab")
+                self.assertEqual(self.browser.run(focus), f"node_{number}")
+                self.browser.wait_for("""(r => r.left > 0 && r.right < 936 && r.top > 52 &&
+                  r.bottom < 800)(document.activeElement.getBoundingClientRect())""")
+            self.browser.key("Enter")
+            self.assertIn("HXRClampNode", self.browser.run(PANEL))
 
 
 if __name__ == "__main__":

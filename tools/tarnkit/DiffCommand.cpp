@@ -173,8 +173,9 @@ int diff(const DiffOptions& options) {
   if (!options.page.empty()) {
     HXDifferencePageOptions page;
     page.viewState = options.viewState;
-    writeFile("diff", options.page,
-              bytesOf(differencePage(*oldDocument, *newDocument, difference, page)));
+    writeFileInPieces("diff", options.page, [&](OutputPieces pieces) {
+      writeDifferencePage(*oldDocument, *newDocument, difference, page, pieces);
+    });
   }
   if (options.json) {
     writeJSON(told);

@@ -39,6 +39,21 @@ void writeFile(std::string_view what, const std::string& path, ByteSpan bytes) {
   if (!status) failWithFile(what, path, status);
 }
 
+void writeFileInPieces(std::string_view what, const std::string& path,
+                       FunctionRef<void(OutputPieces)> write) {
+  if (path == kStandardStream) {
+    write([&](std::string_view piece) { writeToStandardOutput(what, bytesOf(piece)); });
+    return;
+  }
+  // Once a piece is refused the rest is made for nothing.
+  const auto status = File::write(path, [&](File::Piece take) {
+    bool isTaken = true;
+    write([&](std::string_view piece) { isTaken = isTaken && take(bytesOf(piece)); });
+    return isTaken;
+  });
+  if (!status) failWithFile(what, path, status);
+}
+
 void complain(std::string_view text) { Log::line("tarnkit: " + oneLine(text)); }
 
 void endWithTrouble(std::string_view why) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tarnkit/platform/objects/Data.h"
+#include "tarnkit/platform/objects/FunctionRef.h"
 #include "tarnkit/platform/system/Status.h"
 
 namespace tarnkit::tool {
@@ -21,6 +22,11 @@ void writeToStandardOutput(std::string_view text);
 std::vector<std::uint8_t> readFile(std::string_view what, const std::string& path);
 /// Writes a file whole or not at all, or standard output. Throws CommandFailure.
 void writeFile(std::string_view what, const std::string& path, ByteSpan bytes);
+/// The same for what never stands in memory as a whole. `write` hands its pieces on from the first
+/// to the last; it is asked again where the file has to be written a second time.
+using OutputPieces = FunctionRef<void(std::string_view)>;
+void writeFileInPieces(std::string_view what, const std::string& path,
+                       FunctionRef<void(OutputPieces)> write);
 
 /// Tells the user something: one line on standard error, "tarnkit: TEXT".
 void complain(std::string_view text);

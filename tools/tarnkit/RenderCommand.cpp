@@ -68,9 +68,13 @@ void render(const RenderOptions& options) {
     if (!group) failWithFile("render", options.document.file, "it has no group " + options.group);
     HXPictureOptions picture;
     picture.theme = options.theme == "dark" ? HXPictureTheme::dark : HXPictureTheme::light;
-    const std::string text = format == "html" ? graphPage(*group, picture.theme, &report)
-                                              : graphPicture(*group, picture, &report);
-    writeFile("render", options.output, bytesOf(text));
+    if (format == "html") {
+      writeFileInPieces("render", options.output, [&](OutputPieces pieces) {
+        writeGraphPage(*group, picture.theme, pieces, &report);
+      });
+    } else {
+      writeFile("render", options.output, bytesOf(graphPicture(*group, picture, &report)));
+    }
   }
   for (const std::string& note : report.notes) {
     complain(fmt::format("render, {}, {}", options.document.file, note));

@@ -1,4 +1,5 @@
 "use strict";
+/* global Large, Picture */
 (() => {
 const $ = id => document.getElementById(id);
 const root = document.documentElement, stage = $("stage"), panel = $("panel");
@@ -15,144 +16,103 @@ const element = (tag, properties = {}, ...children) => {
   return made;
 };
 
-// The groups: their pictures and data stand in the page and are taken out when first needed.
-const first = stage.querySelector("svg.tk-picture");
-const pictures = [null, ...document.querySelectorAll("template[data-picture]")];
-const groups = [...document.querySelectorAll("script[data-group]")].map((script, index) => ({
-  index, script, key: script.dataset.group, parent: +script.dataset.parent, view: null}));
+const {groups, many} = Picture;
 const groupOfKey = new Map();
 for (const group of groups) if (!groupOfKey.has(group.key)) groupOfKey.set(group.key, group);
-const dataOf = group => {
-  if (!group.data) {
-    group.data = JSON.parse(group.script.textContent);
-    group.nodes = new Map(group.data.nodes.map(node => [node.key, node]));
-  }
-  return group.data;
-};
-const pictureOf = group => {
-  if (!group.picture) {
-    group.picture = group.index ? pictures[group.index].content.querySelector("svg") : first;
-    prepare(group);
-  }
-  return group.picture;
-};
-function prepare(group) {
-  const data = dataOf(group), svg = group.picture;
-  group.size = svg.getAttribute("viewBox").split(" ").map(Number);
-  svg.setAttribute("role", "group");
-  svg.removeAttribute("width");
-  svg.removeAttribute("height");
-  group.elements = new Map();
-  for (const made of svg.querySelectorAll(".tk-node")) {
-    const node = group.nodes.get(made.dataset.node);
-    made.setAttribute("tabindex", "0");
-    made.setAttribute("role", "button");
-    made.setAttribute("aria-label", describe(node));
-    group.elements.set(node.key, made);
-  }
-  group.wires = new Map();
-  svg.querySelectorAll(".tk-wire").forEach((wire, i) => {
-    for (const end of [data.wires[i].from, data.wires[i].to]) {
-      if (!end) continue;
-      if (!group.wires.has(end[0])) group.wires.set(end[0], []);
-      group.wires.get(end[0]).push({wire, data: data.wires[i]});
-    }
-  });
-}
-const describe = node => (node.mark ? node.mark + ": " : "") + node.name +
-  (node.patchName && node.patchName !== node.name ?
-  ", " + node.patchName : "") + (node.count !== undefined ? ", " + many(node.count, "node") +
-  " inside" : "") + (node.complaint ? ", " + node.complaint : "");
-const many = (count, word) => count + " " + word + (count === 1 ? "" : "s");
 
 // The view: which part of the picture is to be seen, in canvas units.
-let current = null, selected = null, view = {x: 0, y: 0, scale: 1}, motion = 0, drawing = 0;
+let current = null, selected = null, focused = -1, hovered = -1, view = {x: 0, y: 0, scale: 1};
+let motion = 0, drawing = 0, fresh = true;
 const area = () => ({width: stage.clientWidth || 1, height: stage.clientHeight || 1});
 const least = 0.02, most = 8;
 const bounded = scale => Math.min(most, Math.max(least, scale));
-function draw() {
-  drawing = 0;
-  const {width, height} = area(), svg = current.picture;
-  svg.setAttribute("viewBox", [view.x, view.y, width / view.scale, height / view.scale].join(" "));
-  svg.classList.toggle("is-distant", view.scale < 0.3);
-  svg.classList.toggle("is-far", view.scale < 0.12);
-  $("level").textContent = Math.round(view.scale * 100) + " %";
-  cull(width / view.scale, height / view.scale);
-}
-// A browser's work for a picture grows with every element in it, seen or not. Of a large group only
-// what is to be seen stands in the page, far away a few paths for all of it; and nothing glides.
-const isLarge = group => group.nodes.size > 800;
-const vector = name => document.createElementNS("http://www.w3.org/2000/svg", name);
-function makeLayers(group) {
-  const {picture: svg, data} = group;
-  const layer = (name, elements) => {
-    const made = vector("g");
-    made.setAttribute("class", name);
-    if (elements.length) elements[0].before(made);
-    made.append(...elements);
+const painting = new Large.Painting(stage);
+const mostKept = 600;  // nodes and wires of a large group, before those far off go
+const isFarFrom = group => Large.isLarge(group) && view.scale < 0.7;
+function prepare(group) {
+  if (group.picture) return;
+  group.read().makePicture();
+  group.wires = new Large.Stock(group.wireLayer, i => {
+    const made = group.wireElements(i);
+    if (nearWires.has(i)) made[0].classList.add("is-near");
     return made;
-  };
-  group.wireLayer = layer("wires", [...svg.querySelectorAll(".tk-wire,.tk-far")]);
-  group.nodeLayer = layer("nodes", [...group.elements.values()]);
-  group.parts = [...svg.querySelectorAll(".tk-wire")].map((wire, i) => {
-    const boxes = [data.wires[i].from, data.wires[i].to].map(end => end && group.nodes.get(end[0]))
-      .filter(Boolean).map(node => node.box);
-    const x = Math.min(...boxes.map(b => b[0])) - 200, y = Math.min(...boxes.map(b => b[1])) - 200;
-    return {element: wire, layer: group.wireLayer, box: [x, y,
-      Math.max(...boxes.map(b => b[0] + b[2])) + 200 - x,
-      Math.max(...boxes.map(b => b[1] + b[3])) + 200 - y]};
   });
-  for (const {key, box} of data.nodes) {
-    group.parts.push({element: group.elements.get(key), layer: group.nodeLayer, box});
+  group.elements = new Large.Stock(group.nodeLayer, i => {
+    const made = group.nodeElement(i);
+    if (selected === group.node(i)) made.classList.add("is-selected");
+    return [made];
+  });
+  if (Large.isLarge(group)) {
+    group.grid = new Large.Grid(group);
+    return;
   }
-  group.far = vector("g");
-  const paths = new Map();
-  const add = (kind, color, d) => {
-    const key = kind + color;
-    if (!paths.has(key)) paths.set(key, {kind, color, pieces: []});
-    paths.get(key).pieces.push(d);
-  };
-  for (const wire of svg.querySelectorAll(".tk-wire")) {
-    add("tk-wire", wire.getAttribute("stroke"), wire.getAttribute("d"));
+  for (let i = 0; i < group.wireCount; ++i) group.wires.add(i);
+  for (let i = 0; i < group.count; ++i) group.elements.add(i);
+}
+function draw(now = performance.now()) {
+  drawing = 0;
+  const {width, height} = area(), {picture: svg, frame} = current, {scale} = view;
+  // The picture is moved as a whole, which costs nothing of what is in it; by whole pixels, so that
+  // it stays sharp.
+  const moved = at => Math.round(at * scale * devicePixelRatio) / devicePixelRatio + "px";
+  svg.style.transform = `translate(${moved(frame[0] - view.x)},${moved(frame[1] - view.y)})`;
+  if (current.scale !== scale) {
+    current.scale = scale;
+    svg.style.width = frame[2] * scale + "px";
+    svg.style.height = frame[3] * scale + "px";
+    svg.classList.toggle("is-distant", scale < 0.3);
+    svg.classList.toggle("is-far", scale < 0.12);
   }
-  for (const {box: [x, y, w, h]} of data.nodes) add("tk-body", "", `M${x} ${y}h${w}v${h}h${-w}z`);
-  for (const {color, box: [x, y, w]} of data.nodes) {
-    add("tk-bar", color, `M${x} ${y}h${w}v26h${-w}z`);
-  }
-  for (const {kind, color, pieces} of paths.values()) {
-    const path = vector("path");
-    path.setAttribute("class", kind);
-    path.setAttribute("d", pieces.join(""));
-    if (color) path.setAttribute(kind === "tk-wire" ? "stroke" : "fill", color);
-    group.far.append(path);
+  const level = Math.round(scale * 100) + " %";
+  if ($("level").textContent !== level) $("level").textContent = level;
+  if (Large.isLarge(current) && !stockUp(width, height, now)) redraw();
+  fresh = false;
+}
+// Nodes that keys lead to have elements wherever they stand: the first, the last, and those beside
+// the one that has the focus; from afar, so has the one below the pointer.
+const isHeld = i => i === 0 || i === current.count - 1 || Math.abs(i - focused) <= 1 ||
+  i === hovered || (selected && i === selected.index);
+function holdNodes() {
+  if (!Large.isLarge(current)) return;
+  for (const i of [0, current.count - 1, focused - 1, focused, focused + 1, hovered,
+    selected ? selected.index : 0]) {
+    if (i >= 0 && i < current.count && !current.elements.has(i)) current.elements.add(i);
   }
 }
-function cull(width, height) {
-  if (!isLarge(current)) return;
-  if (!current.parts) makeLayers(current);
-  const far = view.scale < 0.12, {parts, nodeLayer} = current;
-  if (far && !current.far.parentNode) nodeLayer.after(current.far);
-  if (!far) current.far.remove();
-  const margin = 200, x0 = view.x - margin, y0 = view.y - margin;
-  const x1 = view.x + width + margin, y1 = view.y + height + margin;
-  let next = null, layer = null;
-  for (let i = parts.length - 1; i >= 0; i--) {
-    const part = parts[i], [x, y, w, h] = part.box;
-    if (part.layer !== layer) {
-      layer = part.layer;
-      next = null;
+// Of a large group: true when all stands there that is to be seen now and may be next.
+function stockUp(width, height, now) {
+  const {grid, elements, wires} = current, {x, y, scale} = view;
+  const part = pixels => [x - pixels / scale, y - pixels / scale,
+    x + (width + pixels) / scale, y + (height + pixels) / scale];
+  holdNodes();
+  if (isFarFrom(current)) {
+    const {isWhole, isDone} = painting.paint(current, view, width, height, now);
+    if (isWhole) {
+      elements.keep(isHeld, Infinity);
+      wires.keep(i => nearWires.has(i), Infinity);
     }
-    const seen = !far && x <= x1 && y <= y1 && x + w >= x0 && y + h >= y0;
-    if (seen && part.out !== false) layer.insertBefore(part.element, next);
-    if (!seen && part.out !== true) part.element.remove();
-    part.out = !seen;
-    if (seen) next = part.element;
+    return isDone;
   }
+  painting.follow(view);
+  const deadline = performance.now() + (fresh ? 200 : 5);
+  const seen = part(10), next = part(150);
+  const isWhole = elements.addAll(grid.nodesIn(seen), deadline) &&
+    wires.addAll(grid.wiresIn(seen), deadline);
+  if (isWhole) painting.clear();
+  const isDone = isWhole && elements.addAll(grid.nodesIn(next), deadline) &&
+    wires.addAll(grid.wiresIn(next), deadline);
+  if (elements.numbers.length + wires.numbers.length > mostKept) {
+    const kept = part(400), nodesKept = new Set(grid.nodesIn(kept));
+    const wiresKept = new Set(grid.wiresIn(kept));
+    elements.keep(i => isHeld(i) || nodesKept.has(i), 30);
+    wires.keep(i => wiresKept.has(i) || nearWires.has(i), 90);
+  }
+  return isDone;
 }
 const redraw = () => { if (!drawing) drawing = requestAnimationFrame(draw); };
 function show(next, glide = true) {
   cancelAnimationFrame(motion);
-  if (!glide || still.matches || document.hidden || isLarge(current)) {
+  if (!glide || still.matches || document.hidden || Large.isLarge(current)) {
     view = next;
     redraw();
     return;
@@ -171,7 +131,7 @@ function show(next, glide = true) {
   motion = requestAnimationFrame(step);
 }
 function fit(glide) {
-  const {width, height} = area(), [x, y, w, h] = current.size;
+  const {width, height} = area(), [x, y, w, h] = current.frame;
   const scale = Math.max(least, Math.min(width / w, height / h, 1.25));
   show({scale, x: x + w / 2 - width / scale / 2, y: y + h / 2 - height / scale / 2}, glide);
 }
@@ -198,16 +158,22 @@ function reveal(node, centred) {
 const addressOf = group => "#" + encodeURIComponent(group.key);
 function open(group, node) {
   if (current !== group) {
-    if (current) current.view = view;
-    select(null, false);
+    if (current) {
+      current.view = view;
+      select(null, false);
+      painting.clear();
+      current.picture.remove();
+    }
+    focused = hovered = -1;
+    prepare(group);
     current = group;
-    const svg = pictureOf(group);
-    stage.querySelector("svg.tk-picture").replaceWith(svg);
+    fresh = true;
+    stage.prepend(group.picture);
     if (group.view) show(group.view, false);
     else fit(false);
     draw();
     drawPath();
-    document.title = group.data.title;
+    document.title = group.title;
     if (location.hash !== addressOf(group) && (location.hash || group.index)) {
       history.pushState(null, "", addressOf(group));
     }
@@ -229,49 +195,67 @@ function drawPath() {
   const shown = trail.length > 6 ? [trail[0], null, ...trail.slice(-4)] : trail;
   $("path").replaceChildren(...shown.map(group => element("li", {},
     !group ? element("span", {title: "Groups between"}, "…") :
-    group === current ? element("span", {"aria-current": "page"}, dataOf(group).title) :
-    element("button", {type: "button", onclick: () => up(group)}, dataOf(group).title))));
+    group === current ? element("span", {"aria-current": "page"}, group.read().title) :
+    element("button", {type: "button", onclick: () => up(group)}, group.read().title))));
 }
 function up(to) {
   let inner = current;
   while (inner.parent !== to.index && inner.parent !== inner.index) inner = groups[inner.parent];
-  const node = dataOf(to).nodes.find(each => each.group === inner.key);
-  open(to, node);
+  to.read();
+  const found = [...to.inner.keys()].map(index => to.node(index)).find(
+    node => node.group === inner.key);
+  open(to, found);
 }
 
-// Selecting a node, and the panel.
+// Selecting a node, and the panel. Wires of the node that are not to be seen get elements up to so
+// many.
+const mostNear = 300;
+const nearWires = new Set();
+function elementOf(node) {
+  if (!current.elements.has(node.index)) current.elements.add(node.index);
+  return current.elements.elements.get(node.index)[0];
+}
 function select(node, fill = true) {
-  if (selected) {
-    current.elements.get(selected.key).classList.remove("is-selected");
-    for (const {wire} of current.wires.get(selected.key) || []) wire.classList.remove("is-near");
-  }
+  const emphasize = is => {
+    elementOf(selected).classList.toggle("is-selected", is);
+    for (const i of nearWires) {
+      if (current.wires.has(i)) {
+        current.wires.elements.get(i)[0].classList.toggle("is-near", is);
+      } else if (is && nearWires.size <= mostNear) {
+        current.wires.add(i);
+      }
+    }
+  };
+  if (selected) emphasize(false);
+  nearWires.clear();
   selected = node;
   if (current) current.picture.classList.toggle("has-selection", !!node);
   if (node) {
-    current.elements.get(node.key).classList.add("is-selected");
-    for (const {wire} of current.wires.get(node.key) || []) wire.classList.add("is-near");
+    for (const i of current.wiresOf(node.index)) nearWires.add(i);
+    emphasize(true);
   }
+  if (current && Large.isLarge(current)) redraw();
   if (fill) fillPanel();
 }
 function fillPanel() {
   panel.replaceChildren(...(selected ? nodeDetails(selected) : groupDetails()));
   panel.scrollTop = 0;
-  $("said").textContent = selected ? describe(selected) : current.data.title;
+  $("said").textContent = selected ? selected.description : current.title;
 }
 const heading = (text, color) => element("h1", {dir: "auto"},
   color && element("i", {style: "background:" + color}), text);
 const section = (title, rows) => rows.length ? [element("h2", {}, title),
   element("ul", {}, ...rows)] : [];
 function groupDetails() {
-  const data = current.data;
   const keys = [["Drag", "or wheel, or arrow keys: move"], ["+ −", "or Ctrl and wheel: zoom"],
     ["0", "fit"], ["1", "100 %"], ["/", "find a node"], ["Tab", "next node, Enter: its details"],
     ["Enter", "again: open its group"], ["Esc", "let go, then up"]];
-  return [heading(data.title),
-    element("p", {}, many(data.nodes.length, "node") + ", " +
-      many(data.wires.length, "connection")),
-    ...data.notes.map(note => element("p", {}, note)),
-    ...section("Groups inside", data.nodes.filter(node => node.count).map(node =>
+  return [heading(current.title),
+    element("p", {}, many(current.count, "node") + ", " +
+      many(current.wireCount, "connection")),
+    ...current.notes.map(note => element("p", {}, note)),
+    ...section("Groups inside", [...current.inner.keys()].filter(i =>
+      current.inner.get(i)[2]).map(i => current.node(i)).map(node =>
       element("li", {class: "row"}, element("button", {class: "end", type: "button", dir: "auto",
         onclick: () => choose(node)}, node.name + " (" + node.count + ")")))),
     element("h2", {}, "Keys"),
@@ -304,13 +288,12 @@ const valueOf = (text, swatch, set) => text === undefined || text === "" ? null 
     swatch ? element("i", {style: "background:" + swatch}) : null, text);
 function portRows(node, ports, here, there) {
   const ends = new Map();
-  const seen = new Set();
-  for (const {data} of current.wires.get(node.key) || []) {
-    if (seen.has(data)) continue;
-    seen.add(data);
-    if (!data[here] || data[here][0] !== node.key) continue;
-    if (!ends.has(data[here][1])) ends.set(data[here][1], []);
-    ends.get(data[here][1]).push(data[there]);
+  const side = here === "from" ? 0 : 1;
+  for (const wire of current.wiresOf(node.index)) {
+    const end = current.endOf(wire, side);
+    if (!end || end.node !== node) continue;
+    if (!ends.has(end.port)) ends.set(end.port, []);
+    ends.get(end.port).push(current.endOf(wire, 1 - side));
   }
   const rows = [];
   let part = "";
@@ -334,8 +317,8 @@ function portRows(node, ports, here, there) {
 }
 function endButton(end, there) {
   if (!end) return element("small", {}, "a port that is gone");
-  const other = current.nodes.get(end[0]);
-  const text = (there === "from" ? "← " : "→ ") + end[2] + " · " + end[3];
+  const other = end.node;
+  const text = (there === "from" ? "← " : "→ ") + end.name + " · " + end.portName;
   return other ? element("button", {class: "end", type: "button", dir: "auto",
     onclick: () => choose(other)}, text) : element("small", {dir: "auto"}, text + ", elsewhere");
 }
@@ -367,7 +350,8 @@ function walk(index) {
   change.setAttribute("aria-current", "true");
   change.focus({preventScroll: true});
   change.scrollIntoView({block: "nearest"});
-  open(group, dataOf(group) && group.nodes.get(change.dataset.node));
+  open(group, change.dataset.node !== undefined ?
+    group.read().nodeOfKey(change.dataset.node) : undefined);
 }
 changes.forEach((change, index) => change.addEventListener("click", () => walk(index)));
 
@@ -378,8 +362,12 @@ const folded = text => text.normalize("NFKD").replace(/\p{M}/gu, "").toLowerCase
 function allNames() {
   if (!names) {
     names = [];
+    const texts = new Map();
     for (const group of groups) {
-      for (const node of dataOf(group).nodes) names.push({group, node, text: folded(node.name)});
+      group.read().titles.forEach((title, index) => {
+        if (!texts.has(title)) texts.set(title, folded(group.nameOf(index)));
+        names.push({group, index, text: texts.get(title)});
+      });
     }
   }
   return names;
@@ -396,12 +384,12 @@ function find() {
     found = ranked.flat();
   }
   const total = found.length;
-  found = found.slice(0, 50);
+  found = found.slice(0, 50).map(({group, index}) => ({group, node: group.node(index)}));
   results.replaceChildren(...found.map((entry, i) => element("li", {role: "option", id: "found" + i,
     onpointerdown: event => { event.preventDefault(); take(i); }},
     element("b", {dir: "auto"}, entry.node.name),
     element("small", {dir: "auto"}, [entry.node.patchName !== entry.node.name &&
-      entry.node.patchName, "in " + dataOf(entry.group).title].filter(Boolean).join(" · ")))));
+      entry.node.patchName, "in " + entry.group.title].filter(Boolean).join(" · ")))));
   if (wanted && total !== found.length) {
     results.append(element("li", {class: "none", role: "presentation"},
       total - found.length + " more"));
@@ -430,8 +418,7 @@ function take(index) {
   if (!entry) return;
   closeResults();
   open(entry.group, entry.node);
-  if (current.elements) draw();
-  current.elements.get(entry.node.key).focus({preventScroll: true});
+  elementOf(entry.node).focus({preventScroll: true});
 }
 search.addEventListener("input", find);
 search.addEventListener("focus", () => { if (search.value) find(); });
@@ -451,18 +438,17 @@ search.addEventListener("keydown", event => {
 // Pointers: one drags, two pinch.
 const pointers = new Map();
 let moved = 0, pressed = null;
-// Far away the nodes of a large group are no elements of their own.
+// From afar the nodes of a large group are no elements of their own.
 function nodeUnder(event) {
-  if (!current.parts) return undefined;
+  if (!isFarFrom(current)) return undefined;
   const box = stage.getBoundingClientRect();
-  const x = view.x + (event.clientX - box.left) / view.scale;
-  const y = view.y + (event.clientY - box.top) / view.scale;
-  return current.data.nodes.find(({box: [left, top, w, h]}) =>
-    x >= left && x <= left + w && y >= top && y <= top + h);
+  const index = current.grid.nodeAt(view.x + (event.clientX - box.left) / view.scale,
+    view.y + (event.clientY - box.top) / view.scale);
+  return index < 0 ? undefined : current.node(index);
 }
 const nodeAt = target => {
   const made = target.closest && target.closest(".tk-node");
-  return made && current.nodes.get(made.dataset.node);
+  return made ? made.tarnkitNode : undefined;
 };
 stage.addEventListener("pointerdown", event => {
   if (event.button || event.target.closest(".tools")) return;
@@ -471,6 +457,13 @@ stage.addEventListener("pointerdown", event => {
     moved = 0;
     pressed = event.target;
   }
+});
+stage.addEventListener("pointermove", event => {
+  if (pointers.size || nodeAt(event.target)) return;
+  const under = nodeUnder(event);
+  if (hovered === (under ? under.index : -1)) return;
+  hovered = under ? under.index : -1;
+  redraw();
 });
 addEventListener("pointermove", event => {
   const last = pointers.get(event.pointerId);
@@ -521,6 +514,8 @@ stage.addEventListener("wheel", event => {
 stage.addEventListener("focusin", event => {
   const node = nodeAt(event.target);
   stage.scrollLeft = stage.scrollTop = 0;
+  focused = node ? node.index : -1;
+  holdNodes();
   if (node && event.target.matches(":focus-visible")) reveal(node, false);
 });
 
@@ -553,6 +548,8 @@ $("level").addEventListener("click", () => zoom(1 / view.scale, undefined, undef
 $("fit").addEventListener("click", () => fit(true));
 $("theme").addEventListener("click", () => {
   root.dataset.theme = root.dataset.theme === "dark" ? "light" : "dark";
+  painting.clear();
+  redraw();
 });
 addEventListener("resize", () => { if (current) redraw(); });
 addEventListener("popstate", fromAddress);
