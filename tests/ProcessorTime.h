@@ -6,7 +6,8 @@
 namespace tarnkit::test {
 
 /// The processor time that the program has used, so that a bound on what something costs holds on a
-/// machine that is busy with other things; under an emulator, about what a processor would have used.
+/// machine that is busy with other things; under an emulator, about what a processor would have
+/// used.
 struct ProcessorTime {
   using rep = std::chrono::nanoseconds::rep;
   using period = std::chrono::nanoseconds::period;
