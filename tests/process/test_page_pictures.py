@@ -113,9 +113,12 @@ class PagePictures(HostTest):
                 self.browser.run(BARE)
                 x, y, w, h, frame_left, frame_top = self.browser.run(MOVED)
                 self.assertEqual((x, y, frame_left), (0, 0, left))
-                ours = self.browser.screenshot(0, 0, w, h)
-                worst, others = self.browser.run(
-                    f"{DIFFERENT}({frame_top - top}, '{ours}', '{picture}')")
+                for _ in range(5):  # a busy browser may not have drawn its last yet
+                    ours = self.browser.screenshot(0, 0, w, h)
+                    worst, others = self.browser.run(
+                        f"{DIFFERENT}({frame_top - top}, '{ours}', '{picture}')")
+                    if worst < 64 and others < 0.001 * w * h:
+                        break
                 self.assertLess(worst, 64)
                 self.assertLess(others, 0.001 * w * h)
         self.assertEqual(self.browser.problems, [])
