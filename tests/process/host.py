@@ -9,6 +9,9 @@ import unittest
 
 ROOT = pathlib.Path(os.environ.get("TARNKIT_SOURCE_DIR", pathlib.Path(__file__).parents[2]))
 HOST = os.environ["TARNKIT"]
+_PROGRAM = pathlib.Path(HOST).read_bytes()
+IS_SANITIZED = any(name in _PROGRAM for name in (b"__asan_init", b"__tsan_init"))
+IS_EMULATED = _PROGRAM.startswith(b"#!")  # the command that runs it in the emulator
 
 DOCUMENT = "document_0"
 

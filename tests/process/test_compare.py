@@ -8,7 +8,7 @@ import subprocess
 import tempfile
 import unittest
 
-from host import HOST, ROOT
+from host import HOST, IS_EMULATED, ROOT
 
 PROTOTYPE = [
     {"do": "newDocument", "as": "doc"},
@@ -109,6 +109,7 @@ class MergeTest(CompareTest):
 
 
 @unittest.skipUnless(shutil.which("git"), "git is not installed")
+@unittest.skipIf(IS_EMULATED, "git starts the host without its emulator")
 class GitTest(CompareTest):
     def git(self, *arguments, status=0):
         environment = {**os.environ, "HOME": str(self.folder), "GIT_CONFIG_NOSYSTEM": "1"}

@@ -1,16 +1,12 @@
 """Expressions from the shell: single ones and batches, in double precision and in decimals."""
 
 import json
-import pathlib
 import resource
 import select
 import subprocess
 import unittest
 
-from host import HOST, HostTest
-
-# Sanitizers take address space of their own.
-IS_SANITIZED = any(name in pathlib.Path(HOST).read_bytes() for name in (b"__asan_init", b"__tsan_init"))
+from host import HOST, IS_EMULATED, IS_SANITIZED, HostTest
 
 
 class Math(HostTest):
@@ -130,7 +126,7 @@ class Math(HostTest):
             run.stdin.close()
             self.assertEqual(json.loads(run.stdout.read()), {"value": "7"})
 
-    @unittest.skipIf(IS_SANITIZED, "memory cannot be limited")
+    @unittest.skipIf(IS_SANITIZED or IS_EMULATED, "memory cannot be limited")
     def test_a_line_for_which_there_is_no_memory_fails_alone(self):
         def limited():
             room = 320 << 20
