@@ -241,8 +241,8 @@ void HXNode::setForceAllowsSubnodes(bool force) {
   const Ref<HXNode> self(this);
   // What was published shows until the groups that showed it are announced to go.
   const Ref<HXGroup> earlierGroup = subnodeGroup_;
-  sync_.hx_syncSubnodeGroupWithPatch();
-  if (earlierGroup && !subnodeGroup_) sync_.hx_syncPortGroupsWithPatch();
+  HXNodeSync::hx_syncSubnodeGroupWithPatch();
+  if (earlierGroup && !subnodeGroup_) HXNodeSync::hx_syncPortGroupsWithPatch();
 }
 
 bool HXNode::shouldBeTreatedAsViewNode() const {
@@ -383,17 +383,17 @@ void HXNode::setPatch(const Ref<HXRNode>& patch) {
   const Ref<HXRNode> fresh = patch;
   willSetPatch(fresh);
   storePatch(fresh, nullptr);
-  sync_.hx_syncPatch();
+  HXNodeSync::hx_syncPatch();
   didSetPatch();
 }
 
-void HXNode::addPatchPort(HXRPort& port) { sync_.addPatchPort(port); }
-void HXNode::removePatchPort(HXRPort& port) { sync_.removePatchPort(port); }
-void HXNode::addPatchParameter(HXRParameter&) { sync_.hx_syncParametersWithPatch(); }
-void HXNode::removePatchParameter(HXRParameter&) { sync_.hx_syncParametersWithPatch(); }
-void HXNode::patchLayoutWasCopied() { sync_.patchLayoutWasCopied(); }
-void HXNode::patchRebuildWillBegin(HXRNode&) { sync_.patchRebuildWillBegin(); }
-void HXNode::patchRebuildDidEnd(HXRNode&) { sync_.patchRebuildDidEnd(); }
+void HXNode::addPatchPort(HXRPort& port) { HXNodeSync::addPatchPort(port); }
+void HXNode::removePatchPort(HXRPort& port) { HXNodeSync::removePatchPort(port); }
+void HXNode::addPatchParameter(HXRParameter&) { HXNodeSync::hx_syncParametersWithPatch(); }
+void HXNode::removePatchParameter(HXRParameter&) { HXNodeSync::hx_syncParametersWithPatch(); }
+void HXNode::patchLayoutWasCopied() { HXNodeSync::patchLayoutWasCopied(); }
+void HXNode::patchRebuildWillBegin(HXRNode&) { HXNodeSync::patchRebuildWillBegin(); }
+void HXNode::patchRebuildDidEnd(HXRNode&) { HXNodeSync::patchRebuildDidEnd(); }
 
 void HXNode::patchPortNameDidChange(HXRPort& patchPort) {
   auto* port = portForKey(patchPort.uniqueKey());
@@ -403,13 +403,13 @@ void HXNode::patchPortNameDidChange(HXRPort& patchPort) {
 }
 
 void HXNode::symbolicPortNameDidChange(HXSymbolicPort& symbolicPort) {
-  sync_.symbolicPortWasRenamed(symbolicPort);
+  HXNodeSync::symbolicPortWasRenamed(symbolicPort);
 }
 void HXNode::symbolicPortNameWasAdded(HXPort& port) {
-  sync_.symbolicPortWasShown(port.symbolicPort());
+  HXNodeSync::symbolicPortWasShown(port.symbolicPort());
 }
 void HXNode::symbolicPortNameWasRemoved(HXPort&, HXSymbolicPort& symbolicPort) {
-  sync_.symbolicPortWasHidden(symbolicPort);
+  HXNodeSync::symbolicPortWasHidden(symbolicPort);
 }
 void HXNode::symbolicPortWasPointed(HXSymbolicPort&, HXPort*) {}
 

@@ -57,7 +57,7 @@ inline constinit const Symbol HXNodeRemoveParameterNotification{
 ///
 /// Two sources: HXNode.cpp edits, HXNodeCoding.cpp archives. Operations with the prefix `hx_` are
 /// private (see HXModel.h).
-class HXNode : public HXRNodeOwner {
+class HXNode : public HXRNodeOwner, private HXNodeSync {
   TARNKIT_CLASS
  public:
   /// A new key, no name, no patch, no ports.
@@ -330,6 +330,12 @@ class HXNode : public HXRNodeOwner {
   void storePortGroups(std::int32_t orientation, OrderedMap<Ref<HXPortGroup>> groups);
   void storePortGroupsSettled(bool settled);
 
+  // First, right behind the last of the base.
+  bool forceAllowsSubnodes_ : 1 = false;
+  bool selected_ : 1 = false;
+  bool hasKeyPath_ : 1 = false;
+  bool isRecorded_ : 1 = false;     // a document
+  bool mayBeRecorded_ : 1 = false;  // it may have left a document that is
   String uniqueKey_;
   String name_;
   String comment_;
@@ -342,12 +348,6 @@ class HXNode : public HXRNodeOwner {
   String unknownPatchClass_;
   std::uint64_t inspectorPanel_ = 0;
   HXPoint position_;
-  HXNodeSync sync_{*this};
-  bool forceAllowsSubnodes_ : 1 = false;
-  bool selected_ : 1 = false;
-  bool hasKeyPath_ : 1 = false;
-  bool isRecorded_ : 1 = false;     // a document
-  bool mayBeRecorded_ : 1 = false;  // it may have left a document that is
 };
 
 }  // namespace tarnkit

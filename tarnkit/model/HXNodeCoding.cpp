@@ -109,7 +109,7 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
 }
 
 void HXNode::initWithCoder(Decoder& coder) {
-  sync_.rest();
+  HXNodeSync::rest();
   hasKeyPath_ = true;
   coder.checkAtEnd(&detail::refuseNodesInCircles);
   if (coder.codingType() == HXCodingTypeEditorWithKeys) {
@@ -180,7 +180,7 @@ void HXNode::decodeParameters(Decoder& coder) {
 }
 
 void HXNode::awakeAfterDecoding(Decoder& coder) {
-  sync_.wake();
+  HXNodeSync::wake();
   detail::dropRepeated(*this, portsByUniqueKey_);
   for (auto& side : sides_) detail::dropRepeated(*this, side.groups);
   if (subnodeGroup_) {
@@ -218,7 +218,7 @@ void HXNode::awakeAfterDecoding(Decoder& coder) {
   }
   patch_ = makeStandIn();
   takeUp(*patch_);
-  sync_.hx_syncPatch();
+  HXNodeSync::hx_syncPatch();
   didSetPatch();
 }
 

@@ -30,7 +30,7 @@ struct HXNodeFields {
   // What the ports and groups of a node show of its definition is read off the definition that is
   // in force.
   static void takeUp(HXNode& node) {
-    if (node.patch_) node.sync_.patchLayoutWasCopied();
+    if (node.patch_) node.HXNodeSync::patchLayoutWasCopied();
   }
 
   struct Name : FieldOf<HXNode> {
@@ -112,8 +112,8 @@ struct HXNodeFields {
   };
   struct Settled : FieldOf<HXNode> {
     static constexpr const char* kName = "portGroupsSettled";
-    static bool get(const HXNode& node) { return node.sync_.portGroups_.isSettled_; }
-    static void set(HXNode& node, bool settled) { node.sync_.portGroups_.isSettled_ = settled; }
+    static bool get(const HXNode& node) { return node.isSettled_; }
+    static void set(HXNode& node, bool settled) { node.isSettled_ = settled; }
   };
 
   static void addPortNotice(HXNode& node, const HXPatchPort& port, bool came,
@@ -365,9 +365,9 @@ void HXNode::storePortGroups(std::int32_t orientation, OrderedMap<Ref<HXPortGrou
 }
 
 void HXNode::storePortGroupsSettled(bool settled) {
-  if (sync_.portGroups_.isSettled_ == settled) return;
+  if (isSettled_ == settled) return;
   willSet<HXNodeFields::Settled>(*this);
-  sync_.portGroups_.isSettled_ = settled;
+  isSettled_ = settled;
 }
 
 Ref<Object> HXNode::patchWillChange(HXRNode& definition) {

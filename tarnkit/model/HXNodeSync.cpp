@@ -27,15 +27,17 @@ constexpr int kMaximumParameterWalks = 64;
 
 }  // namespace
 
+HXNode& HXNodeSync::node() noexcept { return static_cast<HXNode&>(*this); }
+
 void HXNodeSync::hx_syncPatch() {
-  const Ref<HXNode> self(&node_);
-  portGroups_.rebuildWillBegin();
+  const Ref<HXNode> self(&node());
+  rebuildWillBegin();
   const std::uint32_t run = ++lastRun_;
   // What was published shows until the groups that showed it are announced to go.
-  const Ref<HXGroup> earlierGroup = node_.subnodeGroup();
+  const Ref<HXGroup> earlierGroup = node().subnodeGroup();
   const AtEnd ending{[&] {
     if (run == lastRun_) syncingPorts_ = syncingParameters_ = false;
-    portGroups_.rebuildDidEnd();
+    rebuildDidEnd();
   }};
   syncingPorts_ = true;
   syncingParameters_ = false;
@@ -52,25 +54,25 @@ void HXNodeSync::hx_syncPatch() {
 }
 
 void HXNodeSync::hx_syncNameWithPatch() {
-  if (node_.name().isNil()) node_.setName(node_.patchClass().defaultName());
+  if (node().name().isNil()) node().setName(node().patchClass().defaultName());
 }
 
 void HXNodeSync::hx_syncSubnodeGroupWithPatch() {
-  if (!node_.patchClass().allowsSubnodes() && !node_.hx_forceAllowsSubnodes()) {
+  if (!node().patchClass().allowsSubnodes() && !node().hx_forceAllowsSubnodes()) {
     // Of an unknown patch nobody can say that it holds no nodes.
-    if (!node_.subnodeGroup() || !node_.unknownPatchClass().isNil()) return;
-    const Ref<HXGroup> dropped = node_.storeSubnodeGroup(nullptr);
-    portGroups_.unsettle();  // the published ports went with the group
-    node_.didDropSubnodeGroup();
-  } else if (!node_.subnodeGroup()) {
-    node_.storeSubnodeGroup(make<HXGroup>());
+    if (!node().subnodeGroup() || !node().unknownPatchClass().isNil()) return;
+    const Ref<HXGroup> dropped = node().storeSubnodeGroup(nullptr);
+    unsettle();  // the published ports went with the group
+    node().didDropSubnodeGroup();
+  } else if (!node().subnodeGroup()) {
+    node().storeSubnodeGroup(make<HXGroup>());
   }
 }
 
 void HXNodeSync::hx_syncParametersWithPatch() {
   if (syncingParameters_ || resting_) return;
-  const Ref<HXNode> self(&node_);
-  const Ref<HXRNode> patch = node_.patch_;
+  const Ref<HXNode> self(&node());
+  const Ref<HXRNode> patch = node().patch_;
   const std::uint32_t run = lastRun_;
   syncingParameters_ = true;
   const AtEnd ending{[&] {
@@ -85,38 +87,38 @@ void HXNodeSync::hx_syncParametersWithPatch() {
       if (!editorClass) continue;
       const String& key = description->uniqueKey();
       Ref<HXParameter> parameter = added.get(key);
-      if (!parameter) parameter = node_.parameters_.get(key);
+      if (!parameter) parameter = node().parameters_.get(key);
       if (parameter && !parameter->isKindOf(*editorClass)) {
-        if (node_.parameters_.get(key) == parameter) replaced.set(key, parameter);
+        if (node().parameters_.get(key) == parameter) replaced.set(key, parameter);
         parameter = nullptr;
       }
       if (!parameter) {
-        parameter = HXParameter::create(*editorClass, &node_);
+        parameter = HXParameter::create(*editorClass, &node());
         if (!parameter) continue;
         added.set(key, parameter);
       }
       parameter->setPatchParameter(description);
       if (run != lastRun_) return;  // overtaken, with the flag
     }
-    if (patch->parametersInForce() == descriptions) break;
+    if (std::ranges::equal(patch->parametersInForce(), descriptions)) break;
   }
   std::vector<Ref<HXParameter>> gone;
-  for (const auto& entry : replaced) gone.push_back(node_.takeParameter(entry.key));
+  for (const auto& entry : replaced) gone.push_back(node().takeParameter(entry.key));
   std::vector<Ref<HXParameter>> fresh;
   for (const auto& entry : added) {
-    node_.insertParameter(entry.key, entry.value);
+    node().insertParameter(entry.key, entry.value);
     fresh.push_back(entry.value);
   }
   syncingParameters_ = false;
-  detail::announceChanges(node_, HXNodeRemoveParameterNotification, gone,
+  detail::announceChanges(node(), HXNodeRemoveParameterNotification, gone,
                           HXNodeAddParameterNotification, fresh, HXParameterInfo,
                           [&](const HXParameter& parameter) {
-                            return node_.parameterForKey(parameter.uniqueKey()) == &parameter;
+                            return node().parameterForKey(parameter.uniqueKey()) == &parameter;
                           });
 }
 
 void HXNodeSync::hx_syncPortGroupsWithPatch() {
-  if (!resting_) portGroups_.hx_syncPortGroupsWithPatch();
+  if (!resting_) HXPortGroupSync::hx_syncPortGroupsWithPatch();
 }
 
 void HXNodeSync::hx_syncPortsWithPatch() {
@@ -124,18 +126,18 @@ void HXNodeSync::hx_syncPortsWithPatch() {
   OrderedMap<Ref<HXPatchPort>> ports;
   std::vector<Ref<HXPatchPort>> added;
   std::uint32_t keysThatStay = 0;
-  if (const auto* patch = node_.patch_.get()) {
+  if (const auto* patch = node().patch_.get()) {
     const auto& descriptions = patch->portLayout().ports();
     ports.reserve(descriptions.size());
     for (const auto& entry : descriptions) {
       const HXRPort& description = *entry.value;
       // A port whose orientation or relationship changed counts as replaced, deliberately without
       // being withdrawn: the editor shows only the new one.
-      Ref<HXPatchPort> port = node_.portsByUniqueKey_.get(entry.key);
+      Ref<HXPatchPort> port = node().portsByUniqueKey_.get(entry.key);
       if (port) ++keysThatStay;
       if (!port || port->orientation() != description.orientation() ||
           port->connectionRelationship() != description.connectionRelationship()) {
-        port = make<HXPatchPort>(&node_, description.orientation(),
+        port = make<HXPatchPort>(&node(), description.orientation(),
                                  description.connectionRelationship());
         if (added.empty()) added.reserve(descriptions.size());
         added.push_back(port);
@@ -145,16 +147,16 @@ void HXNodeSync::hx_syncPortsWithPatch() {
     }
   }
   std::vector<Ref<HXPatchPort>> gone;
-  if (keysThatStay != node_.portsByUniqueKey_.size()) {
-    for (const auto& entry : node_.portsByUniqueKey_) {
+  if (keysThatStay != node().portsByUniqueKey_.size()) {
+    for (const auto& entry : node().portsByUniqueKey_) {
       if (!ports.contains(entry.key)) gone.push_back(entry.value);
     }
   }
-  node_.storePorts(std::move(ports));
+  node().storePorts(std::move(ports));
   withdrawPorts(gone);
-  detail::announceChanges(node_, HXNodeRemovePortNotification, gone, HXNodeAddPortNotification,
+  detail::announceChanges(node(), HXNodeRemovePortNotification, gone, HXNodeAddPortNotification,
                           added, HXPortInfo, [&](const HXPatchPort& port) {
-                            const auto* present = node_.portsByUniqueKey_.find(port.uniqueKey());
+                            const auto* present = node().portsByUniqueKey_.find(port.uniqueKey());
                             return present && *present == &port;
                           });
 }
@@ -167,9 +169,9 @@ void HXNodeSync::withdrawPorts(const std::vector<Ref<HXPatchPort>>& ports) {
       })) {
     return;
   }
-  const Ref<HXNode> self(&node_);
-  const Ref<HXGroup> parent(node_.parentGroup());
-  const Ref<HXDocument> document(node_.document());
+  const Ref<HXNode> self(&node());
+  const Ref<HXGroup> parent(node().parentGroup());
+  const Ref<HXDocument> document(node().document());
   for (const auto& port : ports) {
     if (parent && port->symbolicPort()) parent->removeSymbolicPortForPort(port.get());
     if (document && !port->connections().isEmpty()) document->breakAllConnectionsToPort(*port);
@@ -179,65 +181,65 @@ void HXNodeSync::withdrawPorts(const std::vector<Ref<HXPatchPort>>& ports) {
 // One port that comes or goes costs itself, unless it is not the only difference.
 
 void HXNodeSync::addPatchPort(HXRPort& port) {
-  const Ref<HXNode> self(&node_);
+  const Ref<HXNode> self(&node());
   const Ref<HXRPort> description(&port);
   hx_syncPortGroupsWithPatch();
   if (syncingPorts_ || resting_) return;
-  const auto* ports = node_.patch_ ? &node_.patch_->portLayout().ports() : nullptr;
-  const auto& held = node_.portsByUniqueKey_;
+  const auto* ports = node().patch_ ? &node().patch_->portLayout().ports() : nullptr;
+  const auto& held = node().portsByUniqueKey_;
   if (!ports || ports->get(port.uniqueKey()) != description || held.contains(port.uniqueKey()) ||
       ports->size() != held.size() + 1) {
     hx_syncPortsWithPatch();
     return;
   }
-  const auto added = make<HXPatchPort>(&node_, port.orientation(), port.connectionRelationship());
+  const auto added = make<HXPatchPort>(&node(), port.orientation(), port.connectionRelationship());
   added->linkPatchPort(description, {});
-  node_.insertPort(port.uniqueKey(), added);
-  detail::announceOfNode(HXNodeAddPortNotification, node_, HXPortInfo, *added);
+  node().insertPort(port.uniqueKey(), added);
+  detail::announceOfNode(HXNodeAddPortNotification, node(), HXPortInfo, *added);
 }
 
 void HXNodeSync::removePatchPort(HXRPort& port) {
-  const Ref<HXNode> self(&node_);
+  const Ref<HXNode> self(&node());
   const Ref<HXRPort> description(&port);
   hx_syncPortGroupsWithPatch();
   if (syncingPorts_ || resting_) return;
-  const auto* ports = node_.patch_ ? &node_.patch_->portLayout().ports() : nullptr;
-  const auto& held = node_.portsByUniqueKey_;
+  const auto* ports = node().patch_ ? &node().patch_->portLayout().ports() : nullptr;
+  const auto& held = node().portsByUniqueKey_;
   if (!ports || ports->contains(port.uniqueKey()) || !held.contains(port.uniqueKey()) ||
       ports->size() + 1 != held.size()) {
     hx_syncPortsWithPatch();
     return;
   }
-  const auto gone = node_.takePort(port.uniqueKey());
+  const auto gone = node().takePort(port.uniqueKey());
   withdrawPorts({gone});
-  detail::announceOfNode(HXNodeRemovePortNotification, node_, HXPortInfo, *gone);
+  detail::announceOfNode(HXNodeRemovePortNotification, node(), HXPortInfo, *gone);
 }
 
 void HXNodeSync::patchLayoutWasCopied() {
-  if (!node_.patch_) return;
-  for (const auto& entry : node_.patch_->portLayout().ports()) {
-    if (const auto* port = node_.portsByUniqueKey_.find(entry.key)) {
+  if (!node().patch_) return;
+  for (const auto& entry : node().patch_->portLayout().ports()) {
+    if (const auto* port = node().portsByUniqueKey_.find(entry.key)) {
       (*port)->linkPatchPort(entry.value, {});
     }
   }
-  portGroups_.takeUpDefinedGroups();
+  takeUpDefinedGroups();
 }
 
 void HXNodeSync::symbolicPortWasShown(const HXSymbolicPort* symbolicPort) {
   if (resting_) return;
-  if (!symbolicPort || !portGroups_.hx_showSymbolicPort(*symbolicPort)) {
+  if (!symbolicPort || !hx_showSymbolicPort(*symbolicPort)) {
     hx_syncPortGroupsWithPatch();
   }
 }
 
 void HXNodeSync::symbolicPortWasHidden(const HXSymbolicPort& symbolicPort) {
-  if (!resting_ && !portGroups_.hx_hideSymbolicPort(symbolicPort)) hx_syncPortGroupsWithPatch();
+  if (!resting_ && !hx_hideSymbolicPort(symbolicPort)) hx_syncPortGroupsWithPatch();
 }
 
 void HXNodeSync::symbolicPortWasRenamed(const HXSymbolicPort& symbolicPort) {
-  const bool isPublished = node_.symbolicInputPortsInForce().contains(&symbolicPort) ||
-                           node_.symbolicOutputPortsInForce().contains(&symbolicPort);
-  if (isPublished || !portGroups_.isSettled()) hx_syncPortGroupsWithPatch();
+  const bool isPublished = node().symbolicInputPortsInForce().contains(&symbolicPort) ||
+                           node().symbolicOutputPortsInForce().contains(&symbolicPort);
+  if (isPublished || !isSettled()) hx_syncPortGroupsWithPatch();
 }
 
 }  // namespace tarnkit

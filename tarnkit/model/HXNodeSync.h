@@ -35,10 +35,10 @@ class HXRPort;
 ///   whatever asks for them meanwhile is answered by that;
 /// - the exception of an observer ends a run with what was done and announced until then, and the
 ///   next run begins afresh.
-class HXNodeSync {
+///
+/// A base of the node, and no member, so that it needs no pointer to it.
+class HXNodeSync : protected HXPortGroupSync {
  public:
-  explicit HXNodeSync(HXNode& node) noexcept : node_(node), portGroups_(node) {}
-
   /// While a node is read from an archive nothing is followed.
   void rest() noexcept { resting_ = true; }
   void wake() noexcept { resting_ = false; }
@@ -53,24 +53,28 @@ class HXNodeSync {
   void addPatchPort(HXRPort& port);
   void removePatchPort(HXRPort& port);
   void patchLayoutWasCopied();
-  void patchRebuildWillBegin() noexcept { portGroups_.rebuildWillBegin(); }
-  void patchRebuildDidEnd() noexcept { portGroups_.rebuildDidEnd(); }
+  void patchRebuildWillBegin() noexcept { rebuildWillBegin(); }
+  void patchRebuildDidEnd() noexcept { rebuildDidEnd(); }
 
   // Told by the subnode group and its published ports.
   void symbolicPortWasShown(const HXSymbolicPort* symbolicPort);
   void symbolicPortWasHidden(const HXSymbolicPort& symbolicPort);
   void symbolicPortWasRenamed(const HXSymbolicPort& symbolicPort);
 
+ protected:
+  HXNodeSync() noexcept = default;
+  ~HXNodeSync() = default;
+
  private:
   friend class HXNode;
   friend struct HXNodeFields;
+  friend class HXPortGroupSync;
+  HXNode& node() noexcept;
   void hx_syncNameWithPatch();
   void hx_syncPortsWithPatch();
   /// Ends the publications and connections of ports that have gone.
   void withdrawPorts(const std::vector<Ref<HXPatchPort>>& ports);
 
-  HXNode& node_;
-  HXPortGroupSync portGroups_;
   std::uint32_t lastRun_ = 0;  // tells a run that another one has overtaken it
   bool syncingPorts_ : 1 = false;
   bool syncingParameters_ : 1 = false;

@@ -39,22 +39,27 @@ struct HXPortGroupSync::Memory {
   BySide<Side> sides;
 };
 
-HXPortGroupSync::HXPortGroupSync(HXNode& node) noexcept : node_(node) {}
+// Every sync is the base of a node.
+HXNode& HXPortGroupSync::node() const noexcept {
+  return *const_cast<HXNode*>(static_cast<const HXNode*>(this));
+}
+
+HXPortGroupSync::HXPortGroupSync() noexcept = default;
 HXPortGroupSync::~HXPortGroupSync() = default;
 
 HXPortGroupSync::Side HXPortGroupSync::side(std::int32_t orientation) const {
-  const auto& own = node_.sides_[orientation];
+  const auto& own = node().sides_[orientation];
   return {orientation, *own.collection, own.groups,
-          node_.patch_ ? node_.patch_->portLayout().collection(orientation) : nullptr,
-          Ref<const OrderedSet>(&node_.symbolicPortsInForce(orientation))};
+          node().patch_ ? node().patch_->portLayout().collection(orientation) : nullptr,
+          Ref<const OrderedSet>(&node().symbolicPortsInForce(orientation))};
 }
 
 bool HXPortGroupSync::isSettled() const noexcept {
-  return isSettled_ && std::all_of(node_.sides_.begin(), node_.sides_.end(),
+  return isSettled_ && std::all_of(node().sides_.begin(), node().sides_.end(),
                                    [](const auto& side) { return side.collection->followsNode(); });
 }
 
-void HXPortGroupSync::unsettle() { node_.storePortGroupsSettled(false); }
+void HXPortGroupSync::unsettle() { node().storePortGroupsSettled(false); }
 
 void HXPortGroupSync::rebuildDidEnd() noexcept {
   assert(rebuilds_ != 0);
@@ -62,16 +67,16 @@ void HXPortGroupSync::rebuildDidEnd() noexcept {
 }
 
 void HXPortGroupSync::hx_syncPortGroupsWithPatch() {
-  const Ref<HXNode> self(&node_);
+  const Ref<HXNode> self(&node());
   Changes changes;
-  node_.storePortGroupsSettled(true);
+  node().storePortGroupsSettled(true);
   for (const auto orientation : kBothSides) syncSide(side(orientation), changes);
   for (const auto& group : changes.gone) group->storeFlag(&HXPortGroup::hasGone_, true);
   for (const auto& group : changes.startHidden) {
     if (group->hidden()) group->announceHidden();
   }
   detail::announceChanges(
-      node_, HXNodeRemovePortGroupNotification, changes.gone, HXNodeAddPortGroupNotification,
+      node(), HXNodeRemovePortGroupNotification, changes.gone, HXNodeAddPortGroupNotification,
       changes.added, HXPortGroupInfo, [&](const HXPortGroup& group) {
         const auto& replaced = changes.replaced;
         return std::find(replaced.begin(), replaced.end(), &group) != replaced.end() ||
@@ -80,7 +85,7 @@ void HXPortGroupSync::hx_syncPortGroupsWithPatch() {
 }
 
 bool HXPortGroupSync::isHeld(const HXPortGroup& group) const {
-  const auto* present = node_.portGroupForKey(group.groupKey(), group.orientation());
+  const auto* present = node().portGroupForKey(group.groupKey(), group.orientation());
   const auto* published = as<HXSymbolicPortGroup>(present);
   return present == &group || (published && published->standsBefore_ == &group);
 }
@@ -115,7 +120,7 @@ void HXPortGroupSync::syncSide(const Side& side, Changes& changes) {
       }
     }
   }
-  node_.storePortGroups(side.orientation, std::move(fresh));
+  node().storePortGroups(side.orientation, std::move(fresh));
   if (rebuilds_ != 0 && !gone.empty()) {
     for (const auto& group : gone) remember(side, group);
     auto& order = memory_->sides[side.orientation].order;
@@ -174,8 +179,8 @@ std::uint32_t HXPortGroupSync::syncDefinedGroups(const Side& side,
       if (group) changes.added.push_back(group);
     }
     if (!group) {
-      group = make<HXPatchPortGroup>(&node_, entry.key, side.orientation);
-      if (node_.patchClass().hiddenPortGroupKeys().contains(entry.key.object().get())) {
+      group = make<HXPatchPortGroup>(&node(), entry.key, side.orientation);
+      if (node().patchClass().hiddenPortGroupKeys().contains(entry.key.object().get())) {
         group->storeFlag(&HXPortGroup::hidden_, true);
         changes.startHidden.push_back(group);
       }
@@ -207,7 +212,7 @@ void HXPortGroupSync::syncPublishedGroups(const Side& side, OrderedMap<Ref<HXPor
     Ref<HXSymbolicPortGroup> group(oldGroup(port));
     if (!group) {
       group = groupBeforeRebuild<HXSymbolicPortGroup>(side, port.groupKey());
-      if (!group) group = make<HXSymbolicPortGroup>(&node_, port.groupKey(), side.orientation);
+      if (!group) group = make<HXSymbolicPortGroup>(&node(), port.groupKey(), side.orientation);
       group->storeSymbolicPorts(make<OrderedSet>());
       changes.added.push_back(group);
     }
@@ -217,7 +222,7 @@ void HXPortGroupSync::syncPublishedGroups(const Side& side, OrderedMap<Ref<HXPor
       fresh.set(port.groupKey(), group);
     } else if (*present != group.get()) {
       if (auto* earlier = as<HXSymbolicPortGroup>(present->get())) {
-        node_.storePortGroupsSettled(false);  // another synchronisation gathers the ports
+        node().storePortGroupsSettled(false);  // another synchronisation gathers the ports
         changes.replaced.push_back(*present);
         group->storeStandsBefore(earlier->storeStandsBefore(nullptr));
       } else {
@@ -256,12 +261,12 @@ bool HXPortGroupSync::hx_showSymbolicPort(const HXSymbolicPort& symbolicPort) {
   auto keys = make<OrderedSet>(*side.collection.portGroupKeys());
   keys->add(key.object());
   side.collection.followNode(keys);
-  auto group = make<HXSymbolicPortGroup>(&node_, key, side.orientation);
+  auto group = make<HXSymbolicPortGroup>(&node(), key, side.orientation);
   auto ports = make<OrderedSet>();
   ports->add(member);
   group->storeSymbolicPorts(ports);
-  node_.insertPortGroup(side.orientation, group);
-  detail::announceOfNode(HXNodeAddPortGroupNotification, node_, HXPortGroupInfo, *group);
+  node().insertPortGroup(side.orientation, group);
+  detail::announceOfNode(HXNodeAddPortGroupNotification, node(), HXPortGroupInfo, *group);
   return true;
 }
 
@@ -283,8 +288,8 @@ bool HXPortGroupSync::hx_hideSymbolicPort(const HXSymbolicPort& symbolicPort) {
   auto keys = make<OrderedSet>(*side.collection.portGroupKeys());
   keys->remove(key.object().get());
   side.collection.followNode(keys);
-  node_.takePortGroup(side.orientation, key);
-  detail::announceOfNode(HXNodeRemovePortGroupNotification, node_, HXPortGroupInfo, *group);
+  node().takePortGroup(side.orientation, key);
+  detail::announceOfNode(HXNodeRemovePortGroupNotification, node(), HXPortGroupInfo, *group);
   return true;
 }
 

@@ -18,14 +18,13 @@ class HXSymbolicPort;
 /// word of the published names. A group of published ports stands before the definition's group of
 /// its name, which comes back when it goes.
 ///
-/// A part of `HXNodeSync`, which says when. Groups whose keys survive stay the same objects, with
-/// what the user chose of them, and keep their order; so do, until a rebuild of the definition has
-/// ended, those that it takes away. Both sides have changed as a whole before anything is
-/// announced. Several groups cost one pass; one published port more or less costs its own group.
+/// The part of `HXNodeSync`, which says when, that minds the groups. Groups whose keys survive stay
+/// the same objects, with what the user chose of them, and keep their order; so do, until a rebuild
+/// of the definition has ended, those that it takes away. Both sides have changed as a whole before
+/// anything is announced. Several groups cost one pass; one published port more or less costs its
+/// own group.
 class HXPortGroupSync {
  public:
-  explicit HXPortGroupSync(HXNode& node) noexcept;
-  ~HXPortGroupSync();
   HXPortGroupSync(const HXPortGroupSync&) = delete;
   HXPortGroupSync& operator=(const HXPortGroupSync&) = delete;
 
@@ -47,6 +46,10 @@ class HXPortGroupSync {
   void rebuildWillBegin() noexcept { ++rebuilds_; }
   void rebuildDidEnd() noexcept;
 
+ protected:
+  HXPortGroupSync() noexcept;
+  ~HXPortGroupSync();
+
  private:
   friend class HXNode;
   friend struct HXNodeFields;
@@ -54,6 +57,7 @@ class HXPortGroupSync {
   struct Changes;
   struct Memory;
 
+  HXNode& node() const noexcept;
   Side side(std::int32_t orientation) const;
   /// One side; announces nothing.
   void syncSide(const Side& side, Changes& changes);
@@ -69,7 +73,6 @@ class HXPortGroupSync {
   Ref<Group> groupBeforeRebuild(const Side& side, const String& key);
   void remember(const Side& side, const Ref<HXPortGroup>& group);
 
-  HXNode& node_;
   std::unique_ptr<Memory> memory_;  // null unless a rebuild has taken a group away
   std::uint16_t rebuilds_ = 0;      // those that are under way, one inside the other
   bool isSettled_ = false;          // as far as the node's own changes go

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <span>
 #include <vector>
 
 #include "tarnkit/patches/HXRBuiltState.h"
@@ -10,6 +11,7 @@
 #include "tarnkit/patches/HXRPortLayout.h"
 #include "tarnkit/platform/objects/FunctionRef.h"
 #include "tarnkit/platform/objects/PassKey.h"
+#include "tarnkit/platform/objects/PoolAllocator.h"
 
 namespace tarnkit {
 
@@ -57,9 +59,11 @@ class HXRNode : public Object {
   void removePort(HXRPort& port);
 
   /// The parameters as they are now, in the order added.
-  std::vector<Ref<HXRParameter>> parameters() const { return parameters_; }
+  std::vector<Ref<HXRParameter>> parameters() const {
+    return {parameters_.begin(), parameters_.end()};
+  }
   /// The same, for reading by who changes nothing meanwhile.
-  const std::vector<Ref<HXRParameter>>& parametersInForce() const noexcept { return parameters_; }
+  std::span<const Ref<HXRParameter>> parametersInForce() const noexcept { return parameters_; }
   /// The parameter last added under the key, or null.
   HXRParameter* parameterForKey(const String& uniqueKey) const;
   /// Appends the parameter and tells the editor node. One without a key is refused with one line
@@ -116,7 +120,7 @@ class HXRNode : public Object {
 
   const HXRNodeClass* class_;
   Ref<HXRPortLayout> layout_;
-  std::vector<Ref<HXRParameter>> parameters_;
+  std::vector<Ref<HXRParameter>, PoolAllocator<Ref<HXRParameter>>> parameters_;
   WeakRef<HXRNodeOwner> node_;
   bool external_ = false;
   bool rebuilding_ = false;

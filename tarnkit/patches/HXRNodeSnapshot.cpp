@@ -15,7 +15,7 @@ HXRNodeSnapshot::State HXRNodeSnapshot::stateInForce() const {
   const auto& layout = *definition_->layout_;
   State state;
   state.layout = definition_->layout_;
-  state.parameters = definition_->parameters_;
+  state.parameters = definition_->parameters();
   if (layout.isShared()) return state;
   for (const auto& entry : layout.ports_) state.inOrder.push_back(entry.value);
   int side = 0;
@@ -51,7 +51,7 @@ void HXRNodeSnapshot::putInForce(const State& state, const State& earlier) {
   }
   for (const auto& parameter : earlier.parameters) parameter->node_ = nullptr;
   definition_->layout_ = state.layout;
-  definition_->parameters_ = state.parameters;
+  definition_->parameters_.assign(state.parameters.begin(), state.parameters.end());
   for (const auto& parameter : state.parameters) parameter->node_ = definition_.get();
   if (state.layout->isShared()) return;
   for (const auto& [port, name, groupKey] : state.ports) {

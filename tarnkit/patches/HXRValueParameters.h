@@ -45,20 +45,21 @@ class HXRValueParameter : public HXRParameter {
   const Value& defaultValue() const noexcept { return defaultValue_; }
 
   void setParameter(HXRParameterTwin* parameter) override {
-    holder_ = nullptr;
-    if (parameter) {
-      const auto kind = parameter->valueHolder();
-      if (const auto* holder = std::get_if<HXRValueHolder<Value>*>(&kind)) holder_ = *holder;
-    }
-    HXRParameter::setParameter(holder_ ? parameter : nullptr);
+    HXRParameter::setParameter(holderOf(parameter) ? parameter : nullptr);
   }
   HXRValueParameter(const HXRValueParameter& other)
       : HXRParameter(other), defaultValue_(other.defaultValue_) {}
 
  private:
-  HXRValueHolder<Value>* holder() const noexcept { return parameter() ? holder_ : nullptr; }
+  /// Null for no twin, and for one of another kind.
+  static HXRValueHolder<Value>* holderOf(HXRParameterTwin* parameter) {
+    if (!parameter) return nullptr;
+    const auto kind = parameter->valueHolder();
+    const auto* const holder = std::get_if<HXRValueHolder<Value>*>(&kind);
+    return holder ? *holder : nullptr;
+  }
+  HXRValueHolder<Value>* holder() const { return holderOf(parameter()); }
 
-  HXRValueHolder<Value>* holder_ = nullptr;  // valid while the twin is
   Value defaultValue_{};
 };
 

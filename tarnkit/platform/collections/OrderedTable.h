@@ -14,9 +14,10 @@ namespace tarnkit::detail {
 
 /// The table under `OrderedMap` and `OrderedSet`: entries in the order of insertion, found by hash.
 ///
-/// One word while empty; a handful of entries are searched in place, more get an index. Adding,
-/// finding and removing take constant time on average: a removed entry leaves a gap, and gaps are
-/// closed when they outnumber the entries. `Traits` tells the key, its hash, equality and the gap.
+/// One word while empty; a handful of entries are searched in place and have one word beside them,
+/// more get an index. Adding, finding and removing take constant time on average: among many, a
+/// removed entry leaves a gap, and gaps are closed when they outnumber the entries. `Traits` tells
+/// the key, its hash, equality and the gap.
 template <class Entry, class Traits>
 class OrderedTable {
  public:
@@ -36,7 +37,7 @@ class OrderedTable {
   }
   ~OrderedTable() { clear(); }
 
-  std::uint32_t size() const noexcept { return block_ ? block_->live : 0; }
+  std::uint32_t size() const noexcept { return block_ ? live() : 0; }
   bool empty() const noexcept { return size() == 0; }
 
   template <class E>
@@ -96,15 +97,19 @@ class OrderedTable {
     const auto at = position(key);
     if (at == kNotFound) return Entry();
     Entry taken = std::exchange(entries()[at], Entry());
-    if (--block_->live == 0) {
+    if (live() == 1) {
       clear();
       return taken;
     }
-    while (Traits::isGap(entries()[block_->first])) ++block_->first;
-    assert(block_->first < block_->used && block_->live <= block_->used - block_->first);
-    if (block_->used > kSearchedInPlace && block_->live < block_->used / 2) {
+    if (!isLarge(block_)) {
       closeGaps();
+      return taken;
     }
+    Large& large = largeOf(block_);
+    --large.live;
+    while (Traits::isGap(entries()[large.first])) ++large.first;
+    assert(large.first < block_->used && large.live <= block_->used - large.first);
+    if (block_->used > kSearchedInPlace && large.live < block_->used / 2) closeGaps();
     return taken;
   }
 
@@ -136,11 +141,18 @@ class OrderedTable {
       append(std::move(entry));
       return;
     }
+    if (!isLarge(block_)) {
+      put(std::move(entry));
+      std::rotate(entries() + at, entries() + block_->used - 1, entries() + block_->used);
+      if (index()) buildIndex();
+      return;
+    }
     at = makeGapBefore(at);
     entries()[at] = std::move(entry);
-    ++block_->live;
-    block_->first = std::min(block_->first, at);
-    if (block_->index) insertIntoIndex(at);
+    Large& large = largeOf(block_);
+    ++large.live;
+    large.first = std::min(large.first, at);
+    if (large.index) insertIntoIndex(at);
   }
 
   void clear() noexcept {
@@ -156,7 +168,7 @@ class OrderedTable {
 
   /// Makes position i hold the i-th entry, and returns the entries as one run.
   Entry* dense() {
-    if (block_ && block_->live != block_->used) closeGaps();
+    if (block_ && live() != block_->used) closeGaps();
     return entries();
   }
 
@@ -169,7 +181,7 @@ class OrderedTable {
     } else {
       std::rotate(run + to, run + from, run + from + 1);
     }
-    if (block_->index) buildIndex();
+    if (index()) buildIndex();
   }
 
  private:
@@ -191,25 +203,43 @@ class OrderedTable {
     std::uint32_t taken = 0;  // of the places, those of removed entries included
     std::unique_ptr<Slot[]> places;
   };
-  struct Block {
+  // Stands before the entries.
+  struct alignas(std::uint64_t) Block {
     std::uint32_t used = 0;
     std::uint32_t capacity = 0;
+  };
+  // Stands before the block of a table that has room for more entries than are searched in place.
+  // In a smaller one there are no gaps.
+  struct Large {
     std::uint32_t live = 0;
     std::uint32_t first = 0;  // no entry stands before it
     std::unique_ptr<Index> index;
   };
-  static_assert(alignof(Entry) <= alignof(Block));
+  static_assert(alignof(Entry) <= alignof(Block) && alignof(Large) <= alignof(Block));
+
+  static bool hasRoomForMany(std::uint32_t capacity) noexcept {
+    return capacity > kSearchedInPlace;
+  }
+  static bool isLarge(const Block* block) noexcept { return hasRoomForMany(block->capacity); }
+  static Large& largeOf(Block* block) noexcept { return *(reinterpret_cast<Large*>(block) - 1); }
+  // The rest is for a table that has a block.
+  std::uint32_t live() const noexcept {
+    return isLarge(block_) ? largeOf(block_).live : block_->used;
+  }
+  Index* index() const noexcept { return isLarge(block_) ? largeOf(block_).index.get() : nullptr; }
 
   // Of a copy, too: objects that were different when they came in may have become equal.
   Entry& put(Entry entry) {
     if (!block_ || block_->used == block_->capacity) grow();
     Entry* added = ::new (entries() + block_->used) Entry(std::move(entry));
     ++block_->used;
-    ++block_->live;
-    if (!block_->index) {
-      if (block_->used > kSearchedInPlace) buildIndex();
-    } else {
+    if (!isLarge(block_)) return *added;
+    Large& large = largeOf(block_);
+    ++large.live;
+    if (large.index) {
       insertIntoIndex(block_->used - 1);
+    } else if (block_->used > kSearchedInPlace) {
+      buildIndex();
     }
     return *added;
   }
@@ -217,7 +247,9 @@ class OrderedTable {
   static Entry* entriesOf(Block* block) noexcept { return reinterpret_cast<Entry*>(block + 1); }
   Entry* entries() const noexcept { return block_ ? entriesOf(block_) : nullptr; }
   std::uint32_t used() const noexcept { return block_ ? block_->used : 0; }
-  std::uint32_t first() const noexcept { return block_ ? block_->first : 0; }
+  std::uint32_t first() const noexcept {
+    return block_ && isLarge(block_) ? largeOf(block_).first : 0;
+  }
 
   static std::uint32_t fold(std::uint64_t hash) noexcept {
     hash *= 0x9E3779B97F4A7C15ULL;
@@ -227,16 +259,17 @@ class OrderedTable {
   std::uint32_t position(const Key& key) const noexcept {
     if (!block_) return kNotFound;
     const Entry* const run = entries();
-    if (!block_->index) {
+    const Index* const index = this->index();
+    if (!index) {
       for (std::uint32_t i = 0; i < block_->used; ++i) {
         if (!Traits::isGap(run[i]) && Traits::hasKey(run[i], key)) return i;
       }
       return kNotFound;
     }
     const auto hash = fold(Traits::hash(key));
-    const std::size_t mask = block_->index->count - 1;
+    const std::size_t mask = index->count - 1;
     for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
-      const Slot& slot = block_->index->places[at];
+      const Slot& slot = index->places[at];
       if (slot.position == 0) return kNotFound;
       if (slot.hash != hash) continue;
       const Entry& entry = run[slot.position - 1];
@@ -245,54 +278,64 @@ class OrderedTable {
   }
 
   void insertIntoIndex(std::uint32_t position) {
-    const std::uint32_t count = block_->index->count;
-    if (position >= count / 2 || block_->index->taken >= count / 8 * 5) {
+    const std::uint32_t count = index()->count;
+    if (position >= count / 2 || index()->taken >= count / 8 * 5) {
       buildIndex();
       return;
     }
     place(position);
   }
   void place(std::uint32_t position) noexcept {
-    assert(block_->used < block_->index->count);  // a slot stays free, or no search would end
+    Index& index = *this->index();
+    assert(block_->used < index.count);  // a slot stays free, or no search would end
     const auto hash = fold(Traits::hash(Traits::key(entries()[position])));
-    const std::size_t mask = block_->index->count - 1;
+    const std::size_t mask = index.count - 1;
     std::size_t at = hash & mask;
-    while (block_->index->places[at].position != 0) at = (at + 1) & mask;
-    block_->index->places[at] = {hash, position + 1};
-    ++block_->index->taken;
+    while (index.places[at].position != 0) at = (at + 1) & mask;
+    index.places[at] = {hash, position + 1};
+    ++index.taken;
   }
   void buildIndex() {
     std::uint32_t size = 32;
     while (size < block_->used * 2 + 2) size *= 2;
-    if (block_->index && block_->index->count == size) {
-      std::fill_n(block_->index->places.get(), size, Slot{0, 0});
-      block_->index->taken = 0;
+    auto& index = largeOf(block_).index;
+    if (index && index->count == size) {
+      std::fill_n(index->places.get(), size, Slot{0, 0});
+      index->taken = 0;
     } else {
-      block_->index = std::make_unique<Index>(size);
+      index = std::make_unique<Index>(size);
     }
     for (std::uint32_t i = 0; i < block_->used; ++i) {
       if (!Traits::isGap(entries()[i])) place(i);
     }
   }
 
+  static std::size_t headOf(std::uint32_t capacity) noexcept {
+    return hasRoomForMany(capacity) ? sizeof(Large) : 0;
+  }
   static std::size_t bytesOf(std::uint32_t capacity) noexcept {
-    return sizeof(Block) + std::size_t{capacity} * sizeof(Entry);
+    return headOf(capacity) + sizeof(Block) + std::size_t{capacity} * sizeof(Entry);
   }
   static void discard(Block* block) noexcept {
-    const auto bytes = bytesOf(block->capacity);
-    block->~Block();
-    BlockPool::release(block, bytes);
+    const auto capacity = block->capacity;
+    if (isLarge(block)) largeOf(block).~Large();
+    BlockPool::release(reinterpret_cast<char*>(block) - headOf(capacity), bytesOf(capacity));
   }
 
   void grow() {
-    if (block_ && block_->live < block_->used && block_->live <= block_->used / 4 * 3) {
+    if (block_ && live() < block_->used && live() <= block_->used / 4 * 3) {
       closeGaps();
       return;
     }
     reallocate(block_ ? block_->capacity * 2 : 1);
   }
   static Block* makeBlock(std::uint32_t capacity) {
-    auto* const block = ::new (BlockPool::allocate(bytesOf(capacity))) Block();
+    auto* memory = static_cast<char*>(BlockPool::allocate(bytesOf(capacity)));
+    if (hasRoomForMany(capacity)) {
+      ::new (memory) Large();
+      memory += sizeof(Large);
+    }
+    auto* const block = ::new (memory) Block();
     block->capacity = capacity;
     return block;
   }
@@ -301,9 +344,11 @@ class OrderedTable {
     Block* const old = block_;
     if (old) {
       fresh->used = old->used;
-      fresh->live = old->live;
-      fresh->first = old->first;
-      fresh->index = std::move(old->index);
+      if (isLarge(old)) {
+        largeOf(fresh) = std::move(largeOf(old));
+      } else if (isLarge(fresh)) {
+        largeOf(fresh).live = old->used;
+      }
       std::uninitialized_move_n(entriesOf(old), old->used, entriesOf(fresh));
       std::destroy_n(entriesOf(old), old->used);
       discard(old);
@@ -320,7 +365,8 @@ class OrderedTable {
       }
       if (at > distance && Traits::isGap(run[at - 1 - distance])) {
         for (auto to = at - 1 - distance; to + 1 < at; ++to) shift(to + 1, to);
-        block_->first = std::min(block_->first, at - 1 - distance);
+        auto& first = largeOf(block_).first;
+        first = std::min(first, at - 1 - distance);
         return at - 1;
       }
     }
@@ -328,13 +374,13 @@ class OrderedTable {
   }
   void shift(std::uint32_t from, std::uint32_t to) {
     entries()[to] = std::exchange(entries()[from], Entry());
-    if (block_->index) insertIntoIndex(to);
+    if (index()) insertIntoIndex(to);
   }
   // Lays the entries out anew, with gaps: some everywhere, for entries that are put back in any
   // order, and a run of them before the position, for those that are put back one before the other.
   std::uint32_t spreadGaps(std::uint32_t before) {
-    const std::uint32_t run = block_->live / kEntriesPerGap + 1;
-    auto* const fresh = makeBlock(block_->live + 2 * run + 1);
+    const std::uint32_t run = live() / kEntriesPerGap + 1;
+    auto* const fresh = makeBlock(std::max(live() + 2 * run, kSearchedInPlace) + 1);
     Entry* const to = entriesOf(fresh);
     std::uint32_t used = 0;
     std::uint32_t gap = 0;
@@ -350,12 +396,12 @@ class OrderedTable {
       if (++sinceGap % kEntriesPerGap == 0) put(Entry());
     }
     fresh->used = used;
-    fresh->live = block_->live;
-    fresh->index = std::move(block_->index);
+    largeOf(fresh).live = live();
+    largeOf(fresh).index = std::move(largeOf(block_).index);
     Block* const old = std::exchange(block_, fresh);
     std::destroy_n(entriesOf(old), old->used);
     discard(old);
-    if (block_->index || used > kSearchedInPlace) buildIndex();
+    if (index() || used > kSearchedInPlace) buildIndex();
     return gap;
   }
   void closeGaps() {
@@ -366,11 +412,12 @@ class OrderedTable {
       if (kept != i) run[kept] = std::move(run[i]);
       ++kept;
     }
-    assert(kept == block_->live);
     std::destroy_n(run + kept, block_->used - kept);
     block_->used = kept;
-    block_->first = 0;
-    if (block_->index) buildIndex();
+    if (!isLarge(block_)) return;
+    assert(kept == live());
+    largeOf(block_).first = 0;
+    if (index()) buildIndex();
   }
 
   Block* block_ = nullptr;
