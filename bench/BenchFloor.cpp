@@ -184,6 +184,7 @@ std::vector<std::uint8_t> FloorDeviceGraph::write() const {
     }
     return references[id];
   };
+  std::vector<PropertyListWriter::Index> keys;
   std::vector<PropertyListWriter::Index> row;
   std::vector<PropertyListWriter::Index> recordIds;
   std::vector<PropertyListWriter::Index> recordObjects;
@@ -191,8 +192,9 @@ std::vector<std::uint8_t> FloorDeviceGraph::write() const {
     recordIds.push_back(idIndex(record.id));
     const auto object = writer.reserve();
     recordObjects.push_back(object);
+    keys.clear();
     row.clear();
-    for (const auto key : record.keys) row.push_back(writer.addSymbol(*keys_[key]));
+    for (const auto key : record.keys) keys.push_back(writer.addSymbol(*keys_[key]));
     for (const Value& value : record.values) {
       switch (value.kind) {
         case Value::Kind::string:
@@ -216,20 +218,17 @@ std::vector<std::uint8_t> FloorDeviceGraph::write() const {
     }
     const auto count = record.values.size();
     const auto span =
-        record.isList ? writer.fillArray(object, count) : writer.fillMap(object, count);
+        record.isList ? writer.fillArray(object, count) : writer.fillMap(object, keys);
     std::copy(row.begin(), row.end(), span.begin());
   }
   const auto table = writer.fillMap(objects, records_.size());
-  std::copy(recordIds.begin(), recordIds.end(), table.begin());
-  std::copy(recordObjects.begin(), recordObjects.end(),
-            table.begin() + static_cast<std::ptrdiff_t>(recordIds.size()));
-  const PropertyListWriter::Index keys[] = {
+  std::copy(recordIds.begin(), recordIds.end(), table.keys.begin());
+  std::copy(recordObjects.begin(), recordObjects.end(), table.values.begin());
+  const PropertyListWriter::Index names[] = {
       writer.addString("$version"), writer.addString("$objects"), writer.addString("$root")};
   const PropertyListWriter::Index values[] = {writer.addString(version_), objects,
                                               referenceIndex(root_)};
-  const auto top = writer.fillMap(root, 3);
-  std::copy(std::begin(keys), std::end(keys), top.begin());
-  std::copy(std::begin(values), std::end(values), top.begin() + 3);
+  std::copy(std::begin(values), std::end(values), writer.fillMap(root, names).begin());
   return writer.finish(root);
 }
 

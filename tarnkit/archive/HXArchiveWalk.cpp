@@ -190,7 +190,7 @@ String HXArchiveWalk::classNameForClass(const Class& forClass) const {
 }
 
 HXArchiveWalk::Index HXArchiveWalk::classNameOf(const Frame& frame) {
-  const Object* const object = identified_[frame.id].object.get();
+  const Object* const object = objects_[frame.id];
   const CodingKind kind = frame.form == Form::set ? CodingKind::set : CodingKind::orderedSet;
   auto& known = classes().of(object ? object->isa() : classOfCollection(kind));
   if (known.written == 0) known.written = writer().addString(known.name());
@@ -201,22 +201,30 @@ HXArchiveWalk::Index HXArchiveWalk::classNameOf(const Frame& frame) {
 // -------------------------------------------------------------------------------------
 
 std::uint32_t HXArchiveWalk::newID(Ref<const Object> object) {
-  const auto id = static_cast<std::uint32_t>(identified_.size());
+  const auto id = static_cast<std::uint32_t>(bodies_.size());
   char text[32] = "$object-";
   constexpr std::size_t kPrefix = 8;
   const char* const end = std::to_chars(text + kPrefix, std::end(text), id).ptr;
-  const Index idString = writer().addDistinctString({text, static_cast<std::size_t>(end - text)});
-  identified_.push_back({std::move(object), idString, kNone, kNone, false});
+  references_.append(writer().addDistinctString({text, static_cast<std::size_t>(end - text)}));
+  objects_.append(std::move(object));
+  bodies_.append(kNone);
+  marks_.append(0);
   return id;
 }
 
 HXArchiveWalk::Index HXArchiveWalk::referenceTo(std::uint32_t id) {
-  Identified& identified = identified_[id];
-  if (identified.reference == kNone) {
+  Index& reference = references_[id];
+  if ((marks_[id] & kReferredTo) == 0) {
+    marks_[id] |= kReferredTo;
     const Index key = symbol(archive::kReference).key;
-    identified.reference = writer().addMap({&key, 1}, {&identified.idString, 1});
+    reference = writer().addMap({&key, 1}, {&reference, 1});
   }
-  return identified.reference;
+  return reference;
+}
+
+HXArchiveWalk::Index HXArchiveWalk::idString(std::uint32_t id) const noexcept {
+  const Index known = references_[id];
+  return (marks_[id] & kReferredTo) == 0 ? known : writer().valuesOfMap(known).front();
 }
 
 void HXArchiveWalk::putRoot(const Object* root) {
@@ -227,14 +235,14 @@ void HXArchiveWalk::putRoot(const Object* root) {
   const std::uint32_t id = newID(Ref<const Object>(root));
   ids_.set(root, id);
   if (isValue(root->codingKind())) {
-    identified_[id].body = inlineValue(*root);
+    bodies_[id] = inlineValue(*root);
   } else {
     const CodingTypeKeeper keeper(coder());
     writeObject(id);
     run();
   }
   top_.clear();
-  putTop(archive::kReference, identified_[id].idString);
+  putTop(archive::kReference, idString(id));
 }
 
 void HXArchiveWalk::run() {
@@ -260,7 +268,7 @@ void HXArchiveWalk::encodeEntry(Frame& frame) {
     case Entry::Kind::collection: {
       const std::uint32_t id = newID(nullptr);
       entry.value = referenceTo(id);
-      identified_[id].body = writer().reserve();
+      bodies_[id] = writer().reserve();
       const std::size_t begin = frame.next;
       frame.next += entry.count;
       pushFrame(id, begin, frame.next, entry.form, false, frame.codingType);
@@ -276,23 +284,23 @@ void HXArchiveWalk::encodeEntry(Frame& frame) {
   }
   entry.value = referenceTo(id);
   if (entry.kind == Entry::Kind::conditional) return;
-  if (identified_[id].isInProgress) {
+  if ((marks_[id] & kInProgress) != 0) {
     throw HXArchiveRecursionError(
         fmt::format("a {} is written unconditionally from inside its own encoding",
                     entry.object->isa().name()));
   }
-  if (identified_[id].body == kNone) writeObject(id);
+  if (bodies_[id] == kNone) writeObject(id);
 }
 
 void HXArchiveWalk::writeObject(std::uint32_t id) {
-  const Object& object = *identified_[id].object;
+  const Object& object = *objects_[id];
   const CodingKind kind = object.codingKind();
   if (kind == CodingKind::data) {
-    identified_[id].body = writer().addData(static_cast<const Data&>(object).bytes());
+    bodies_[id] = writer().addData(static_cast<const Data&>(object).bytes());
     return;
   }
-  identified_[id].body = writer().reserve();
-  identified_[id].isInProgress = true;
+  bodies_[id] = writer().reserve();
+  marks_[id] |= kInProgress;
   const std::size_t begin = entries_.size();
   switch (kind) {
     case CodingKind::list:
@@ -347,7 +355,7 @@ void HXArchiveWalk::finishFrame() {
       fillMap(frame, false);
       break;
     case Form::list:
-      fillList(identified_[frame.id].body, frame);
+      fillList(bodies_[frame.id], frame);
       break;
     case Form::set:
       fillSet(frame);
@@ -358,32 +366,31 @@ void HXArchiveWalk::finishFrame() {
     case Form::top:
       break;
   }
-  if (frame.id != kNone) identified_[frame.id].isInProgress = false;
+  if (frame.id != kNone) marks_[frame.id] &= static_cast<std::uint8_t>(~kInProgress);
   if (frame.ownsEntries) entries_.resize(frame.begin);
   frames_.pop_back();
   setEncoding(!frames_.empty());
 }
 
 void HXArchiveWalk::fillMap(const Frame& frame, bool withClass) {
-  std::size_t count = withClass ? 1 : 0;
-  for (std::uint32_t i = frame.begin; i < frame.end; i += 1 + entries_[i].count) {
-    if (!entries_[i].isReplaced) ++count;
-  }
-  // Looked up only now: a class may substitute its own name while it encodes itself.
-  const Index className = withClass ? classNameOf(frame) : kNone;
-  const Index classKey = withClass ? symbol(archive::kClass).key : kNone;
-  const auto into = writer().fillMap(identified_[frame.id].body, count);
-  std::size_t at = 0;
+  keys_.clear();
+  values_.clear();
   if (withClass) {
-    into[at] = classKey;
-    into[count + at++] = className;
+    // Looked up only now: a class may substitute its own name while it encodes itself.
+    values_.push_back(classNameOf(frame));
+    keys_.push_back(symbol(archive::kClass).key);
   }
   for (std::uint32_t i = frame.begin; i < frame.end; i += 1 + entries_[i].count) {
     const Entry& entry = entries_[i];
     if (entry.isReplaced) continue;
-    into[at] = entry.key;
-    into[count + at++] = entry.value;
+    keys_.push_back(entry.key);
+    values_.push_back(entry.value);
   }
+  fillBody(frame);
+}
+
+void HXArchiveWalk::fillBody(const Frame& frame) {
+  std::copy(values_.begin(), values_.end(), writer().fillMap(bodies_[frame.id], keys_).begin());
 }
 
 void HXArchiveWalk::fillList(Index list, const Frame& frame) {
@@ -396,61 +403,64 @@ void HXArchiveWalk::fillList(Index list, const Frame& frame) {
 void HXArchiveWalk::fillSet(const Frame& frame) {
   const Index list = writer().reserve();
   fillList(list, frame);
-  const Index keys[] = {symbol(archive::kClass).key, symbol(archive::kMembers).key};
-  const Index className = classNameOf(frame);
-  const auto into = writer().fillMap(identified_[frame.id].body, 2);
-  into[0] = keys[0];
-  into[1] = keys[1];
-  into[2] = className;
-  into[3] = list;
+  keys_ = {symbol(archive::kClass).key, symbol(archive::kMembers).key};
+  values_ = {classNameOf(frame), list};
+  fillBody(frame);
 }
 
 void HXArchiveWalk::fillOrderedSet(const Frame& frame) {
   const std::size_t members = frame.end - frame.begin;
   if (members > 0) memberKey(members - 1);
-  const Index classKey = symbol(archive::kClass).key;
-  const Index className = classNameOf(frame);
-  const auto into = writer().fillMap(identified_[frame.id].body, members + 1);
-  into[0] = classKey;
-  into[members + 1] = className;
+  keys_ = {symbol(archive::kClass).key};
+  values_ = {classNameOf(frame)};
   for (std::size_t i = 0; i < members; ++i) {
-    into[i + 1] = memberKey(i);
-    into[members + 2 + i] = entries_[frame.begin + i].value;
+    keys_.push_back(memberKey(i));
+    values_.push_back(entries_[frame.begin + i].value);
   }
+  fillBody(frame);
 }
 
 // --- The result
 // -----------------------------------------------------------------------------------
 
 HXArchiveWalk::Index HXArchiveWalk::finish() {
-  const auto isWritten = [](const Identified& identified) { return identified.body != kNone; };
+  // Given back before the largest of the maps is made.
+  ids_.clear();
+  objects_.clear();
+  entries_ = std::vector<Entry>();
   const Index objects = writer().reserve();
   // Objects that were only referred to have an ID and nothing else.
-  const auto count =
-      static_cast<std::size_t>(std::count_if(identified_.begin(), identified_.end(), isWritten));
-  const auto into = writer().fillMap(objects, count);
+  const std::size_t ids = bodies_.size();
+  std::size_t written = 0;
+  for (std::size_t id = 0; id < ids; ++id) written += bodies_[id] == kNone ? 0 : 1;
+  const auto into = writer().fillMap(objects, written);
   std::size_t at = 0;
-  for (const Identified& identified : identified_) {
-    if (!isWritten(identified)) continue;
-    into[at] = identified.idString;
-    into[count + at++] = identified.body;
+  for (std::uint32_t id = 0; id < ids; ++id) {
+    if (bodies_[id] == kNone) continue;
+    into.keys[at] = idString(id);
+    into.values[at++] = bodies_[id];
   }
+  forgetObjects();
   const Index root = writer().reserve();
   const auto rootInto = writer().fillMap(root, top_.size());
   for (std::size_t i = 0; i < top_.size(); ++i) {
-    rootInto[i] = top_[i].first;
-    rootInto[top_.size() + i] = top_[i].second;
+    rootInto.keys[i] = top_[i].first;
+    rootInto.values[i] = top_[i].second;
   }
   const Index keys[] = {writer().addSymbol(archive::kObjects), writer().addSymbol(archive::kRoot),
                         writer().addSymbol(archive::kVersion)};
   const Index values[] = {objects, root,
                           writer().addString(HXStringFromVersion(HXCurrentVersion()))};
-  const auto listInto = writer().fillMap(list_, std::size(keys));
-  std::copy_n(values, std::size(values), std::copy_n(keys, std::size(keys), listInto.begin()));
-  identified_ = std::vector<Identified>();
-  ids_.clear();
-  entries_ = std::vector<Entry>();
+  std::copy_n(values, std::size(values), writer().fillMap(list_, keys).begin());
   return list_;
+}
+
+void HXArchiveWalk::forgetObjects() {
+  ids_.clear();
+  objects_.clear();
+  references_.clear();
+  bodies_.clear();
+  marks_.clear();
 }
 
 void HXArchiveWalk::clear() {
@@ -458,8 +468,7 @@ void HXArchiveWalk::clear() {
   list_ = writer().reserve();
   frames_.clear();
   entries_ = std::vector<Entry>();
-  identified_ = std::vector<Identified>();
-  ids_.clear();
+  forgetObjects();
   top_.clear();
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "tarnkit/platform/coding/KeptObjects.h"
 #include "tarnkit/platform/coding/KeyedArchiveLayout.h"
 #include "tarnkit/platform/collections/IdentityTable.h"
 
@@ -66,13 +67,6 @@ class HXArchiveWalk final : public KeyedArchiveLayout {
     Form form;
     bool ownsEntries;  // they stand at the end of the stack and go with the frame
   };
-  struct Identified {
-    Ref<const Object> object;  // null for a collection that is no object
-    Index idString;
-    Index reference;  // kNone until it is referred to
-    Index body;       // kNone until it is written
-    bool isInProgress;
-  };
   void record(const Symbol& key, Entry entry);
   void recordCodingType();
   static Form formOf(CodingKind kind) noexcept;
@@ -84,6 +78,8 @@ class HXArchiveWalk final : public KeyedArchiveLayout {
 
   std::uint32_t newID(Ref<const Object> object);
   Index referenceTo(std::uint32_t id);
+  Index idString(std::uint32_t id) const noexcept;
+  void forgetObjects();
   void run();
   void encodeEntry(Frame& frame);
   void writeObject(std::uint32_t id);
@@ -93,6 +89,7 @@ class HXArchiveWalk final : public KeyedArchiveLayout {
                  std::int32_t codingType);
   void finishFrame();
   void fillMap(const Frame& frame, bool withClass);
+  void fillBody(const Frame& frame);
   void fillList(Index list, const Frame& frame);
   void fillSet(const Frame& frame);
   void fillOrderedSet(const Frame& frame);
@@ -104,8 +101,17 @@ class HXArchiveWalk final : public KeyedArchiveLayout {
   std::vector<Frame> frames_;
   // The entries of a map while they are put in order.
   std::vector<std::pair<String, const Object*>> sorted_;
-  std::vector<Identified> identified_;
+  // For each ID.
+  KeptObjects objects_;                // null for a collection that is no object
+  SegmentedBuffer<Index> references_;  // the text of the ID until it is referred to
+  SegmentedBuffer<Index> bodies_;      // kNone until it is written
+  SegmentedBuffer<std::uint8_t> marks_;
+  static constexpr std::uint8_t kReferredTo = 1;
+  static constexpr std::uint8_t kInProgress = 2;
   IdentityTable ids_;
+  // Of the map that is filled.
+  std::vector<Index> keys_;
+  std::vector<Index> values_;
   std::int32_t recordedType_ = 0;             // the coding type of what the open object wrote last
   std::vector<std::pair<Index, Index>> top_;  // keys and values of the top container
 };

@@ -498,7 +498,7 @@ TEST(HXArchiveReader, LooksAtSharedPartsOnce) {
   const Index topValues[] = {writer.addMap(ids, bodies),
                              writer.addMap({&referenceKey, 1}, {ids.data(), 1}),
                              writer.addString("1.0.0")};
-  std::copy_n(topValues, 3, std::copy_n(topKeys, 3, writer.fillMap(top, 3).begin()));
+  std::copy_n(topValues, 3, writer.fillMap(top, topKeys).begin());
   const auto bytes = writer.finish(top);
 
   const auto start = test::ProcessorTime::now();
@@ -553,7 +553,7 @@ TEST(HXArchiveText, EscapesEveryTextOfTheFile) {
   const Index topKeys[] = {writer.addString("$objects"), writer.addString("$root"),
                            writer.addString("$version")};
   const Index topValues[] = {writer.addMap(ids, bodies), toRoot, text("1.0")};
-  std::copy_n(topValues, 3, std::copy_n(topKeys, 3, writer.fillMap(top, 3).begin()));
+  std::copy_n(topValues, 3, writer.fillMap(top, topKeys).begin());
   const auto bytes = writer.finish(top);
   HXArchiveReader reader;
   ASSERT_TRUE(reader.open(bytes));
@@ -611,13 +611,12 @@ TEST(HXArchiveReader, DoesNotExpandWhatIsShared) {
   }
   const auto key = writer.addString("key");
   const auto rootEntry = writer.fillMap(root, 1);
-  rootEntry[0] = key;
-  rootEntry[1] = shared;
+  rootEntry.keys[0] = key;
+  rootEntry.values[0] = shared;
   const PropertyListWriter::Index values[] = {root, writer.addMap({}, {}), writer.addString("1")};
   const PropertyListWriter::Index keys[] = {writer.addString("$root"), writer.addString("$objects"),
                                             writer.addString("$version")};
-  const auto into = writer.fillMap(top, 3);
-  std::copy_n(values, 3, std::copy_n(keys, 3, into.begin()));
+  std::copy_n(values, 3, writer.fillMap(top, keys).begin());
   const auto file = writer.finish(top);
   HXArchiveReader reader;
   ASSERT_TRUE(reader.open(file));

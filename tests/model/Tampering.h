@@ -47,10 +47,7 @@ class Tampering {
           keys.erase(keys.begin() + entry);
           values.erase(values.begin() + entry);
         }
-        const auto span = writer.fillMap(i, keys.size());
-        std::copy(keys.begin(), keys.end(), span.begin());
-        std::copy(values.begin(), values.end(),
-                  span.begin() + static_cast<std::ptrdiff_t>(keys.size()));
+        std::copy(values.begin(), values.end(), writer.fillMap(i, keys).begin());
       }
     }
     return writer.finish(list_.root());

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <limits>
+#include <random>
 #include <stdexcept>
 #include <string>
 
@@ -126,8 +128,8 @@ TEST(PropertyListWriter, RefersToObjectsThatAreFilledLater) {
     std::copy(numbers.begin(), numbers.end(), elements.begin());
     const auto key = writer.addString("numbers");
     const auto entry = writer.fillMap(root, 1);
-    entry[0] = key;
-    entry[1] = list;
+    entry.keys[0] = key;
+    entry.values[0] = list;
     const auto file = writer.finish(root);
 
     const auto whole = PropertyListReader::read(file);
@@ -140,6 +142,91 @@ TEST(PropertyListWriter, RefersToObjectsThatAreFilledLater) {
     for (std::uint32_t i = 0; i < count; ++i) {
       ASSERT_EQ(read.integer(read.elements(array)[i]), i * 3);
     }
+  }
+}
+
+// Maps share their keys where they are the same; those that begin, end and count alike are the ones
+// that could be taken for each other.
+TEST(PropertyListWriter, GivesEveryMapItsOwnKeys) {
+  std::mt19937 random(7);
+  PropertyListWriter writer;
+  const auto root = writer.reserve();
+  std::vector<std::vector<std::string>> expected;
+  std::vector<PropertyListWriter::Index> maps;
+  for (int i = 0; i < 3000; ++i) {
+    std::vector<std::string> texts;
+    for (int key = 0; key < 6; ++key) {
+      if (key == 0 || key == 5 || random() % 4 != 0) texts.push_back("key" + std::to_string(key));
+    }
+    if (texts.size() > 3 && random() % 2 == 0) std::swap(texts[1], texts[2]);
+    if (random() % 50 == 0) texts.clear();
+    std::vector<PropertyListWriter::Index> keys;
+    std::vector<PropertyListWriter::Index> values;
+    for (const auto& text : texts) {
+      keys.push_back(writer.addString(text));
+      values.push_back(writer.addString(std::to_string(i) + text));
+    }
+    maps.push_back(writer.addMap(keys, values));
+    expected.push_back(std::move(texts));
+  }
+  const auto into = writer.fillArray(root, maps.size());
+  std::copy(maps.begin(), maps.end(), into.begin());
+
+  const auto file = writer.finish(root);
+  const auto whole = PropertyListReader::read(file);
+  ASSERT_TRUE(whole) << whole.status().message();
+  const PropertyList& read = *whole;
+  for (std::uint32_t i = 0; i < expected.size(); ++i) {
+    const auto map = read.elements(read.root())[i];
+    ASSERT_EQ(read.count(map), expected[i].size()) << i;
+    for (std::uint32_t entry = 0; entry < expected[i].size(); ++entry) {
+      ASSERT_EQ(read.string(read.keys(map)[entry]), expected[i][entry]) << i;
+      ASSERT_EQ(read.string(read.values(map)[entry]), std::to_string(i) + expected[i][entry]);
+    }
+  }
+}
+
+// What is written is kept in segments of two mebibytes; what is longer has a piece of its own, and
+// may come first, last and in between.
+TEST(PropertyListWriter, KeepsValuesOfAnyLengthApart) {
+  constexpr std::uint32_t kCount = 400000;
+  PropertyListWriter writer;
+  const auto root = writer.reserve();
+  const std::vector<std::uint8_t> large(5000000, 7);
+  std::vector<PropertyListWriter::Index> elements{writer.addData(large)};
+  std::vector<PropertyListWriter::Index> texts;
+  for (std::uint32_t i = 0; i < kCount; ++i) {
+    const std::string text(1 + i % 23, 'x');
+    texts.push_back(writer.addString(std::to_string(i) + text));
+    if (i % 100000 == 0) elements.push_back(writer.addData(large));
+    if (i % 3 == 0) elements.push_back(writer.addMap({&texts.back(), 1}, {&elements.front(), 1}));
+  }
+  const auto list = writer.addArray(texts);
+  elements.push_back(list);
+  elements.push_back(writer.addMap(texts, texts));
+  std::copy(elements.begin(), elements.end(), writer.fillArray(root, elements.size()).begin());
+  const auto file = writer.finish(root);
+
+  const auto whole = PropertyListReader::read(file);
+  ASSERT_TRUE(whole) << whole.status().message();
+  const PropertyList& read = *whole;
+  const auto all = read.elements(read.root());
+  ASSERT_EQ(all.size(), elements.size());
+  EXPECT_EQ(read.data(all[1]).size(), large.size());
+  EXPECT_EQ(read.data(all[1]).back(), 7);
+  const auto strings = read.elements(all[all.size() - 2]);
+  const auto map = all[all.size() - 1];
+  ASSERT_EQ(strings.size(), kCount);
+  ASSERT_EQ(read.count(map), kCount);
+  for (std::uint32_t i = 0; i < kCount; ++i) {
+    ASSERT_EQ(read.string(strings[i]), std::to_string(i) + std::string(1 + i % 23, 'x'));
+    ASSERT_EQ(read.keys(map)[i], strings[i]);
+    ASSERT_EQ(read.values(map)[i], strings[i]);
+  }
+  for (std::uint32_t i = 0, at = 1; i < kCount; i += 3) {
+    while (read.kind(all[at]) != PropertyList::Kind::map) ++at;
+    ASSERT_EQ(read.keys(all[at])[0], strings[i]);
+    ASSERT_EQ(read.values(all[at++])[0], all[0]);
   }
 }
 

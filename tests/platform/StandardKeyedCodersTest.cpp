@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -331,6 +332,38 @@ TEST_F(StandardKeyedCoders, ToleratesOtherWidths) {
   EXPECT_EQ(read->single, 4);
   EXPECT_EQ(read->real, 0x1p64);
   EXPECT_FALSE(read->payload);
+}
+
+// An ordered set of objects, each with a class record of its own, which stand from number 3 on.
+std::string eachOfItsOwnClass(int count, const std::function<std::string(int)>& className) {
+  std::string members;
+  std::string records;
+  for (int i = 0; i < count; ++i) {
+    members += uid(3 + 2 * i);
+    records += record(4 + 2 * i, entry("NS.string", "<string>text</string>"));
+    records += classRecord(className(i));
+  }
+  return archive(record(2, entry("NS.objects", list(members))) + classRecord("NSArray") + records);
+}
+
+TEST_F(StandardKeyedCoders, CountsTheClassesAndNotTheirRecords) {
+  const auto records = unarchive(eachOfItsOwnClass(5000, [](int) { return "NSMutableString"; }));
+  ASSERT_TRUE(records) << records.status().message();
+  EXPECT_EQ(as<Array>(*records)->count(), 5000U);
+
+  // Class records live for ever.
+  static std::deque<std::string> names;
+  static std::deque<Class> classes;
+  for (int i = 0; i < 4095; ++i) {
+    classes.emplace_back(names.emplace_back("Numbered" + std::to_string(i)).c_str(),
+                         &Object::kClass, &detail::makeByDefault<ArchivedThing>);
+    ClassRegistry::add(classes.back());
+  }
+  const auto name = [](int i) { return names[static_cast<std::size_t>(i)]; };
+  const auto many = unarchive(eachOfItsOwnClass(4094, name));
+  EXPECT_TRUE(many) << many.status().message();
+  EXPECT_THAT(unarchive(eachOfItsOwnClass(4095, name)).status().message(),
+              HasSubstr("too many classes"));
 }
 
 TEST_F(StandardKeyedCoders, RefusesWhatDoesNotFit) {

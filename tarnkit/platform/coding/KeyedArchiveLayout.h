@@ -35,6 +35,7 @@ class KeyedArchiveLayout {
   /// The archiver that objects are given to write with; to be set before anything is put.
   void setCoder(Encoder& coder) noexcept { coder_ = &coder; }
   PropertyListWriter& writer() noexcept { return writer_; }
+  const PropertyListWriter& writer() const noexcept { return writer_; }
   /// Whether objects are being written, so that values are for the innermost that is open; they go
   /// to the top of the archive otherwise, and what they refer to is written at once.
   bool isEncoding() const noexcept { return isEncoding_; }

@@ -76,7 +76,7 @@ Ref<Object> KeyedArchiveRecords::root() {
 }
 
 void KeyedArchiveRecords::eachMade(FunctionRef<void(Object&)> visit) const {
-  for (const Index value : made_) visit(*objects_[value]);
+  for (std::size_t i = 0; i < made_.size(); ++i) visit(*objects_[made_[i]]);
 }
 
 // Wide records, wide classes and long names may be shared by many objects, so each is looked at
@@ -124,7 +124,7 @@ std::string_view KeyedArchiveRecords::nameOfClass(Index classRecord) const noexc
 }
 
 void KeyedArchiveRecords::abandon() {
-  for (const Index value : made_) objects_[value]->abandonDecoding();
+  eachMade([](Object& object) { object.abandonDecoding(); });
   objects_.clear();
   made_.clear();
 }
@@ -212,7 +212,7 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::classOf(Index recor
   const ClassRecord* const found = findClass(record);
   if (!found) return nullptr;
   if (isClass(record)) return refuseClassAsObject();
-  marks_[record] |= static_cast<std::uint32_t>(found - classes_.data() + 1) << kClassShift;
+  setClassNumber(record, static_cast<std::size_t>(found - classes_.data()) + 1);
   return found;
 }
 
@@ -255,6 +255,13 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::readClass(Index val
     return nullptr;
   }
   const std::string_view text = list_.string(name);
+  // An archive may have many records of one class.
+  const auto known = classNumbers_.find(std::string(text));
+  if (known != classNumbers_.end()) return numberClass(value, known->second);
+  if (classes_.size() == kMaximumClasses) {
+    fail(Status::failure(StatusCode::tooLarge, "the archive has objects of too many classes"));
+    return nullptr;
+  }
   ClassRecord found{Form::none, nullptr, shown(text)};
   found.form = platformForm(text);
   if (found.form == Form::none) {
@@ -267,8 +274,15 @@ const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::readClass(Index val
     found.form = Form::registered;
   }
   classes_.push_back(std::move(found));
-  marks_[value] |= kIsClass | static_cast<std::uint32_t>(classes_.size()) << kClassShift;
-  return &classes_.back();
+  classNumbers_.emplace(text, classes_.size());
+  return numberClass(value, classes_.size());
+}
+
+const KeyedArchiveRecords::ClassRecord* KeyedArchiveRecords::numberClass(Index value,
+                                                                         std::size_t number) {
+  marks_[value] |= kIsClass;
+  setClassNumber(value, number);
+  return &classes_[number - 1];
 }
 
 Ref<Object> KeyedArchiveRecords::makeFromRecord(Index record) {
@@ -303,7 +317,7 @@ Ref<Object> KeyedArchiveRecords::makeFromRecord(Index record) {
                          fmt::format("no object of the class \"{}\" can be made", known->name)));
     return nullptr;
   }
-  made_.push_back(record);
+  made_.append(record);
   return object;
 }
 
@@ -551,7 +565,7 @@ void KeyedArchiveRecords::refuseCycles(Index container) {
   while (!path.empty() && !failed()) {
     Step& step = path.back();
     if (step.below.empty()) {
-      marks_[step.record] &= ~kOnPath;
+      marks_[step.record] &= static_cast<Marks>(~kOnPath);
       path.pop_back();
       continue;
     }

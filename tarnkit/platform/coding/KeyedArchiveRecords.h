@@ -1,13 +1,16 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "tarnkit/platform/objects/FunctionRef.h"
 #include "tarnkit/platform/objects/Object.h"
 #include "tarnkit/platform/propertylist/PropertyList.h"
+#include "tarnkit/platform/propertylist/RawBuffer.h"
 #include "tarnkit/platform/system/Status.h"
 #include "tarnkit/platform/text/String.h"
 
@@ -105,11 +108,14 @@ class KeyedArchiveRecords {
   // Of each value: whether its object was initialised, what the search for containers that hold
   // themselves knows about it, and the number of a class, counted from 1: that of its object, or,
   // of a class record, its own.
-  static constexpr std::uint32_t kInitialised = 1;
-  static constexpr std::uint32_t kOnPath = 2;
-  static constexpr std::uint32_t kSearched = 4;
-  static constexpr std::uint32_t kIsClass = 8;
-  static constexpr std::uint32_t kClassShift = 4;
+  using Marks = std::uint16_t;
+  static constexpr Marks kInitialised = 1;
+  static constexpr Marks kOnPath = 2;
+  static constexpr Marks kSearched = 4;
+  static constexpr Marks kIsClass = 8;
+  static constexpr unsigned kClassShift = 4;
+  /// Far more than there are classes that can be made.
+  static constexpr std::size_t kMaximumClasses = 0xFFF;
 
   Index referredValue(Index reference);
   Ref<Object> objectOf(Index value);
@@ -122,14 +128,18 @@ class KeyedArchiveRecords {
   const ClassRecord* classOf(Index record);
   /// The class whose number stands among the marks; null for none.
   const ClassRecord* knownClass(Index value) const noexcept {
-    const std::uint32_t number = marks_[value] >> kClassShift;
+    const unsigned number = marks_[value] >> kClassShift;
     return number == 0 ? nullptr : &classes_[number - 1];
+  }
+  void setClassNumber(Index value, std::size_t number) noexcept {
+    marks_[value] = static_cast<Marks>(marks_[value] | number << kClassShift);
   }
   bool isClass(Index value) const noexcept { return (marks_[value] & kIsClass) != 0; }
   /// A failure: nobody writes a record that is both, and its two classes would have one place.
   const ClassRecord* refuseClassAsObject();
   const ClassRecord* findClass(Index record);
   const ClassRecord* readClass(Index value);
+  const ClassRecord* numberClass(Index value, std::size_t number);
   /// Empty when it is no class.
   std::string_view nameOfClass(Index classRecord) const noexcept;
   /// `none` for a class that is not the platform's.
@@ -151,10 +161,11 @@ class KeyedArchiveRecords {
   PropertyList::Key keysKey_ = PropertyList::kNoKey;
   Index rootReference_ = PropertyList::kNone;
   std::vector<Ref<Object>> objects_;  // of each value
-  std::vector<std::uint32_t> marks_;  // of each value
-  std::vector<Index> made_;
+  std::vector<Marks> marks_;          // of each value
+  RawBuffer<Index> made_;
   std::vector<Index> referred_;
   std::vector<ClassRecord> classes_;
+  std::unordered_map<std::string, std::size_t> classNumbers_;  // by name, counted from 1
   std::uint64_t visits_ = 0;
   std::uint64_t bytes_ = 0;
   Status failure_;

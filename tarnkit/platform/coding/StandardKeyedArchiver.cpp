@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "tarnkit/platform/coding/KeptObjects.h"
 #include "tarnkit/platform/coding/KeyedArchiveLayout.h"
 #include "tarnkit/platform/coding/KeyedArchiveNames.h"
+#include "tarnkit/platform/collections/NumberTable.h"
 #include "tarnkit/platform/numbers/Number.h"
 
 namespace tarnkit {
@@ -45,7 +47,7 @@ class Layout final : public detail::KeyedArchiveLayout {
 
   void putCollection(const Symbol& key, CodingKind kind, std::size_t count,
                      FunctionRef<const Object*(std::size_t)> at) override {
-    const UID uid = newUID(nullptr);
+    const UID uid = newUID();
     std::vector<Index> elements;
     elements.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
@@ -58,7 +60,7 @@ class Layout final : public detail::KeyedArchiveLayout {
 
   bool putMap(const Symbol& key, std::size_t count,
               FunctionRef<Encoder::MapEntry(std::size_t)> at) override {
-    const UID uid = newUID(nullptr);
+    const UID uid = newUID();
     MapEntries entries;
     entries.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
@@ -77,30 +79,22 @@ class Layout final : public detail::KeyedArchiveLayout {
 
   Index finish() override {
     namespace names = detail::archive;
-    for (Index& body : bodies_) {
-      if (body == kNone) body = null_;  // referred to conditionally only
-    }
+    // Given back before the longest of the arrays is made.
+    forgetObjects();
     const Index keys[] = {writer().addSymbol(names::kArchiver), writer().addSymbol(names::kObjects),
                           writer().addSymbol(names::kTop), writer().addSymbol(names::kVersion)};
-    const Index values[] = {writer().addString(names::kArchiverName), writer().addArray(bodies_),
+    const Index values[] = {writer().addString(names::kArchiverName), addBodies(),
                             writer().addMap(top_.keys, top_.values),
                             writer().addInt(names::kFormatVersion)};
-    const auto into = writer().fillMap(list_, std::size(keys));
-    std::copy_n(values, std::size(values), std::copy_n(keys, std::size(keys), into.begin()));
-    bodies_ = std::vector<Index>();
-    objects_ = std::vector<Ref<const Object>>();
-    valueUIDs_ = std::vector<UID>();
-    identities_.clear();
+    std::copy_n(values, std::size(values), writer().fillMap(list_, keys).begin());
+    bodies_.clear();
     return list_;
   }
 
   void clear() override {
     KeyedArchiveLayout::clear();
     bodies_.clear();
-    objects_.clear();
-    queued_.clear();
-    identities_.clear();
-    valueUIDs_.clear();
+    forgetObjects();
     nullTextUID_ = 0;
     pending_.clear();
     start();
@@ -114,6 +108,7 @@ class Layout final : public detail::KeyedArchiveLayout {
     std::uint32_t serial = 0;
   };
   struct PendingObject {
+    const Object* object;
     UID uid;
     std::int32_t codingType;  // that of the archiver when the object was referred to
   };
@@ -131,11 +126,27 @@ class Layout final : public detail::KeyedArchiveLayout {
     return writer().addString(detail::archive::keyOfObject(key.text()));
   }
 
+  Index addBodies() {
+    const Index objects = writer().reserve();
+    const auto into = writer().fillArray(objects, bodies_.size());
+    for (std::size_t uid = 0; uid < into.size(); ++uid) {
+      into[uid] =
+          bodies_[uid] == kNone ? null_ : bodies_[uid];  // or only referred to conditionally
+    }
+    return objects;
+  }
+
+  void forgetObjects() {
+    objects_.clear();
+    queued_ = std::vector<bool>();
+    identities_.clear();
+    valueUIDs_.clear();
+  }
+
   void start() {
     list_ = writer().reserve();
     null_ = writer().addString(detail::archive::kNull);
-    bodies_.push_back(null_);
-    objects_.emplace_back();
+    bodies_.append(null_);
     queued_.push_back(true);
     openFields(top_);
   }
@@ -147,22 +158,19 @@ class Layout final : public detail::KeyedArchiveLayout {
     open_ = &fresh;
   }
 
-  UID newUID(const Object* object) {
+  UID newUID() {
     const auto uid = static_cast<UID>(bodies_.size());
-    bodies_.push_back(kNone);
-    objects_.emplace_back(object);
+    bodies_.append(kNone);
     queued_.push_back(false);
     return uid;
   }
 
   UID uidOfValue(Index value) {
-    if (value >= valueUIDs_.size()) {
-      valueUIDs_.resize(std::max<std::size_t>(value + std::size_t{1}, valueUIDs_.size() * 2));
-    }
-    UID& uid = valueUIDs_[value];
-    if (uid == 0) {
-      uid = newUID(nullptr);
+    UID uid = valueUIDs_.find(value);
+    if (uid == detail::NumberTable::kNone) {
+      uid = newUID();
       bodies_[uid] = value;
+      valueUIDs_.set(value, uid);
     }
     return uid;
   }
@@ -172,7 +180,7 @@ class Layout final : public detail::KeyedArchiveLayout {
     if (value != null_) return uidOfValue(value);
     // A bare "$null" would read as nil; as a mutable string it stays the text.
     if (nullTextUID_ == 0) {
-      nullTextUID_ = newUID(nullptr);
+      nullTextUID_ = newUID();
       const Index keys[] = {writer().addSymbol(detail::archive::kClass),
                             writer().addSymbol(detail::archive::kText)};
       const Index values[] = {writer().addUID(uidOfClass(kMutableString)), null_};
@@ -192,12 +200,13 @@ class Layout final : public detail::KeyedArchiveLayout {
     }
     UID uid = identities_.find(&object);
     if (uid == detail::IdentityTable::kNone) {
-      uid = newUID(&object);
+      uid = newUID();
       identities_.set(&object, uid);
+      objects_.append(Ref<const Object>(&object));
     }
     if (!isConditional && !queued_[uid]) {
       queued_[uid] = true;
-      pending_.push_back({uid, coder().codingType()});
+      pending_.push_back({&object, uid, coder().codingType()});
     }
     return uid;
   }
@@ -206,7 +215,7 @@ class Layout final : public detail::KeyedArchiveLayout {
 
   UID uidOfClass(const Class& record) {
     if (const UID known = classes().of(record).written; known != 0) return known;
-    const UID uid = newUID(nullptr);
+    const UID uid = newUID();
     std::vector<Index> chain;
     for (const Class* base = &record; base; base = base->superclass()) {
       chain.push_back(writer().addString(classes().of(*base).name()));
@@ -302,19 +311,18 @@ class Layout final : public detail::KeyedArchiveLayout {
       pending_.pop_back();
       const std::size_t before = pending_.size();
       coder().setCodingType(next.codingType);
-      bodies_[next.uid] = body(*objects_[next.uid]);
+      bodies_[next.uid] = body(*next.object);
       std::reverse(pending_.begin() + static_cast<std::ptrdiff_t>(before), pending_.end());
     }
   }
 
   Index list_ = 0;
   Index null_ = 0;
-  std::vector<Index> bodies_;  // for each UID
-  // For each UID; null for strings, numbers, class records.
-  std::vector<Ref<const Object>> objects_;
-  std::vector<bool> queued_;  // for each UID
+  detail::SegmentedBuffer<Index> bodies_;  // for each UID
+  std::vector<bool> queued_;               // for each UID
+  detail::KeptObjects objects_;            // those that have an identity
   detail::IdentityTable identities_;
-  std::vector<UID> valueUIDs_;  // UID of the string or number that is this object of the list
+  detail::NumberTable valueUIDs_;  // UID of the string or number that is this object of the list
   UID nullTextUID_ = 0;
   std::vector<PendingObject> pending_;  // the next to be encoded stands last
   Fields top_;

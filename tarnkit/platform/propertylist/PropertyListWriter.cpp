@@ -5,6 +5,7 @@
 #include <cassert>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "tarnkit/platform/collections/KeyedHash.h"
 #include "tarnkit/platform/objects/HugePages.h"
@@ -148,14 +149,17 @@ PropertyListWriter::Index PropertyListWriter::addNewSymbol(const Symbol& symbol,
   return symbols_[number] = addText(symbol.text(), true);
 }
 
+// For a scalar, with what may be read past it.
+std::uint8_t* PropertyListWriter::roomFor(std::size_t bytes) { return bytes_.room(bytes + kSlack); }
+
 PropertyListWriter::Index PropertyListWriter::addText(std::string_view utf8, bool shared) {
   if (utf8.size() > kMaximumCount) throwTooLarge();
-  const std::size_t start = bytes_.size();
+  std::size_t size = 0;
   if (detail::isASCII(utf8)) {
-    std::uint8_t* const room = bytes_.room(utf8.size() + kMaximumCountSize);
+    std::uint8_t* const room = roomFor(utf8.size() + kMaximumCountSize);
     std::uint8_t* const text = putCount(room, kASCII, utf8.size());
     if (!utf8.empty()) std::memcpy(text, utf8.data(), utf8.size());
-    bytes_.commit(static_cast<std::size_t>(text - room) + utf8.size());
+    size = static_cast<std::size_t>(text - room) + utf8.size();
   } else {
     std::size_t units = 0;
     for (std::size_t at = 0; at < utf8.size();) {
@@ -163,7 +167,7 @@ PropertyListWriter::Index PropertyListWriter::addText(std::string_view utf8, boo
       units += point.value < 0x10000 ? 1 : 2;
       at += point.size;
     }
-    std::uint8_t* const room = bytes_.room(units * 2 + kMaximumCountSize);
+    std::uint8_t* const room = roomFor(units * 2 + kMaximumCountSize);
     std::uint8_t* into = putCount(room, kUTF16, units);
     for (std::size_t at = 0; at < utf8.size();) {
       const auto point = detail::codePointAt(utf8, at);
@@ -176,9 +180,9 @@ PropertyListWriter::Index PropertyListWriter::addText(std::string_view utf8, boo
         into = put(into, static_cast<std::uint16_t>(0xDC00U + (rest & 0x3FFU)));
       }
     }
-    bytes_.commit(static_cast<std::size_t>(into - room));
+    size = static_cast<std::size_t>(into - room);
   }
-  return addScalar(start, shared);
+  return addScalar(size, shared);
 }
 
 PropertyListWriter::Index PropertyListWriter::addLongString(const StringObject& text) {
@@ -188,65 +192,51 @@ PropertyListWriter::Index PropertyListWriter::addLongString(const StringObject& 
 }
 
 PropertyListWriter::Index PropertyListWriter::addOtherInt(std::int64_t value) {
-  const std::size_t start = bytes_.size();
   const unsigned width = widthOf(static_cast<std::uint64_t>(value));
-  std::uint8_t* const room = bytes_.room(9);
+  std::uint8_t* const room = roomFor(9);
   put(room, static_cast<std::uint8_t>(kInteger | std::countr_zero(width)));
   putWidth(room + 1, static_cast<std::uint64_t>(value), width);
-  bytes_.commit(1 + width);
-  return addScalar(start, true);
+  return addScalar(1 + width, true);
 }
 
 PropertyListWriter::Index PropertyListWriter::addReal32(float value) {
-  const std::size_t start = bytes_.size();
-  put(put(bytes_.room(5), static_cast<std::uint8_t>(kReal | 2)),
-      std::bit_cast<std::uint32_t>(value));
-  bytes_.commit(5);
-  return addScalar(start, true);
+  put(put(roomFor(5), static_cast<std::uint8_t>(kReal | 2)), std::bit_cast<std::uint32_t>(value));
+  return addScalar(5, true);
 }
 
 PropertyListWriter::Index PropertyListWriter::addReal64(double value) {
-  const std::size_t start = bytes_.size();
-  put(put(bytes_.room(9), static_cast<std::uint8_t>(kReal | 3)),
-      std::bit_cast<std::uint64_t>(value));
-  bytes_.commit(9);
-  return addScalar(start, true);
+  put(put(roomFor(9), static_cast<std::uint8_t>(kReal | 3)), std::bit_cast<std::uint64_t>(value));
+  return addScalar(9, true);
 }
 
 PropertyListWriter::Index PropertyListWriter::addBool(bool value) {
   Index& known = booleans_[value ? 1 : 0];
   if (known == kNone) {
-    const std::size_t start = bytes_.size();
-    bytes_.append(value ? kTrue : kFalse);
-    known = addScalar(start, false);
+    put(roomFor(1), value ? kTrue : kFalse);
+    known = addScalar(1, false);
   }
   return known;
 }
 
 PropertyListWriter::Index PropertyListWriter::addData(ByteSpan bytes) {
   if (bytes.size() > kMaximumCount) throwTooLarge();
-  const std::size_t start = bytes_.size();
-  std::uint8_t* const room = bytes_.room(bytes.size() + kMaximumCountSize);
+  std::uint8_t* const room = roomFor(bytes.size() + kMaximumCountSize);
   std::uint8_t* const into = putCount(room, kData, bytes.size());
   if (!bytes.empty()) std::memcpy(into, bytes.data(), bytes.size());
-  bytes_.commit(static_cast<std::size_t>(into - room) + bytes.size());
-  return addScalar(start, false);
+  return addScalar(static_cast<std::size_t>(into - room) + bytes.size(), false);
 }
 
 PropertyListWriter::Index PropertyListWriter::addUID(std::uint32_t value) {
   if (value < uids_.size() && uids_[value] != kNone) return uids_[value];
-  const std::size_t start = bytes_.size();
   const unsigned width = widthOf(value);
-  std::uint8_t* const room = bytes_.room(5);
+  std::uint8_t* const room = roomFor(5);
   put(room, static_cast<std::uint8_t>(kUID | (width - 1)));
   putWidth(room + 1, value, width);
-  bytes_.commit(1 + width);
   // Archives number their objects from 0, so the index by value stays as small as the archive; a
   // stray large number is hashed instead.
-  if (value > records_.size()) return addScalar(start, true);
-  if (value >= uids_.size())
-    uids_.resize(std::max<std::size_t>(value + 1, uids_.size() * 2), kNone);
-  return uids_[value] = addScalar(start, false);
+  if (value > records_.size()) return addScalar(1 + width, true);
+  uids_.extend(value + std::size_t{1}, kNone);
+  return uids_[value] = addScalar(1 + width, false);
 }
 
 PropertyListWriter::Index PropertyListWriter::addArray(std::span<const Index> elements) {
@@ -259,8 +249,7 @@ PropertyListWriter::Index PropertyListWriter::addMap(std::span<const Index> keys
                                                      std::span<const Index> values) {
   assert(keys.size() == values.size());
   const Index map = reserve();
-  const auto into = fillMap(map, keys.size());
-  std::copy(values.begin(), values.end(), std::copy(keys.begin(), keys.end(), into.begin()));
+  std::copy(values.begin(), values.end(), fillMap(map, keys).begin());
   return map;
 }
 
@@ -271,31 +260,64 @@ std::span<PropertyListWriter::Index> PropertyListWriter::fillArray(Index object,
   return fill(object, Form::array, count, count);
 }
 
-std::span<PropertyListWriter::Index> PropertyListWriter::fillMap(Index object, std::size_t count) {
-  return fill(object, Form::map, count, count * 2);
+PropertyListWriter::MapRoom PropertyListWriter::fillMap(Index object, std::size_t count) {
+  const auto words = fill(object, Form::map, count, 1 + count * 2);
+  words[count] = std::exchange(records_[object].position,
+                               records_[object].position + static_cast<std::uint32_t>(count));
+  return {words.first(count), words.subspan(count + 1)};
+}
+
+std::span<PropertyListWriter::Index> PropertyListWriter::fillMap(Index object,
+                                                                 std::span<const Index> keys) {
+  const std::uint32_t position = positionOfKeys(keys);
+  const auto words = fill(object, Form::map, keys.size(), 1 + keys.size());
+  words[0] = position;
+  return words.subspan(1);
 }
 
 std::span<PropertyListWriter::Index> PropertyListWriter::fill(Index object, Form form,
                                                               std::size_t count,
                                                               std::size_t references) {
   assert(object < records_.size() && formOf(records_[object]) == Form::reserved);
-  const std::size_t position = references_.size();
-  if (count > kMaximumCount || position + references > kMaximumSize) throwTooLarge();
-  Index* const room = references_.room(references);
-  references_.commit(references);
+  if (count > kMaximumCount) throwTooLarge();
+  const auto words = appendReferences(references);
   records_[object] = {
-      static_cast<std::uint32_t>(position),
+      static_cast<std::uint32_t>(references_.size() - references),
       (static_cast<std::uint32_t>(form) << kFormShift) | static_cast<std::uint32_t>(count)};
-  return {room, references};
+  return words;
 }
 
-// The scalar's encoded bytes stand at the end of the buffer; when an equal one is there already,
-// they are taken back. Comparing the encoding compares kind, width and bytes at once.
-PropertyListWriter::Index PropertyListWriter::addScalar(std::size_t start, bool shared) {
-  const std::size_t size = bytes_.size() - start;
+std::span<PropertyListWriter::Index> PropertyListWriter::appendReferences(std::size_t count) {
+  if (count > kMaximumSize) throwTooLarge();
+  Index* const room = references_.room(count);
+  references_.commit(count);
+  if (references_.size() > kMaximumSize) throwTooLarge();
+  return {room, count};
+}
+
+std::uint32_t PropertyListWriter::positionOfKeys(std::span<const Index> keys) {
+  if (keys.empty()) return 0;
+  const std::uint32_t mixed =
+      (keys.front() * 31U + keys.back()) * 31U + static_cast<std::uint32_t>(keys.size());
+  KnownKeys& known = knownKeys_[mixed * 0x9E3779B9U >> (32 - kKnownKeysBits)];
+  if (known.count != keys.size() ||
+      !std::equal(keys.begin(), keys.end(), references_.at(known.position))) {
+    const auto into = appendReferences(keys.size());
+    std::copy(keys.begin(), keys.end(), into.begin());
+    known = {static_cast<std::uint32_t>(references_.size() - keys.size()),
+             static_cast<std::uint32_t>(keys.size())};
+  }
+  return known.position;
+}
+
+// The scalar's encoded bytes stand in the room at the end of the buffer; when an equal one is there
+// already, they are left out. Comparing the encoding compares kind, width and bytes at once.
+PropertyListWriter::Index PropertyListWriter::addScalar(std::size_t size, bool shared) {
+  const std::size_t start = bytes_.size();
+  bytes_.commit(size);
   if (!shared) return addRecord(start, Form::scalar, size);
   if (tableUsed_ * 2 >= table_.size()) growTable();
-  const std::uint8_t* const bytes = bytes_.data() + start;
+  const std::uint8_t* const bytes = bytes_.at(start);
   const auto hash = static_cast<std::uint32_t>(detail::keyedHash(bytes, size, detail::hashKeys()));
   const std::size_t mask = table_.size() - 1;
   for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
@@ -308,7 +330,7 @@ PropertyListWriter::Index PropertyListWriter::addScalar(std::size_t start, bool 
     }
     if (slot.hash != hash) continue;
     const Record& record = records_[slot.indexPlusOne - 1];
-    if (record.formAndCount == size && areEqual(bytes_.data() + record.position, bytes, size)) {
+    if (record.formAndCount == size && areEqual(bytes_.at(record.position), bytes, size)) {
       bytes_.truncate(start);
       return slot.indexPlusOne - 1;
     }
@@ -344,17 +366,21 @@ bool PropertyListWriter::areReferencesSound() const noexcept {
   for (std::size_t i = 0; i < records_.size(); ++i) {
     const Form form = formOf(records_[i]);
     if (form != Form::array && form != Form::map) continue;
-    const Index* const references = references_.data() + records_[i].position;
+    const bool isMap = form == Form::map;
+    const Index* const values =
+        isMap ? valuesOf(records_[i]) : references_.at(records_[i].position);
     const std::size_t count = records_[i].formAndCount & kMaximumCount;
     const auto exists = [this](Index index) { return index < records_.size(); };
     const auto isString = [this](Index index) {
       const Record& key = records_[index];
-      const auto marker = bytes_.data()[key.position] & 0xF0;
+      const auto marker = bytes_[key.position] & 0xF0;
       return formOf(key) == Form::scalar && (marker == kASCII || marker == kUTF16);
     };
-    const bool isMap = form == Form::map;
-    if (!std::all_of(references, references + (isMap ? 2 * count : count), exists)) return false;
-    if (isMap && !std::all_of(references, references + count, isString)) return false;
+    if (!std::all_of(values, values + count, exists)) return false;
+    if (!isMap) continue;
+    const Index* const keys = keysOf(records_[i]);
+    if (!std::all_of(keys, keys + count, exists)) return false;
+    if (!std::all_of(keys, keys + count, isString)) return false;
   }
   return true;
 }
@@ -372,7 +398,6 @@ std::size_t PropertyListWriter::prepareToFinish(unsigned width) {
   // Given back before the output is made.
   table_ = std::vector<Slot>();
   tableUsed_ = 0;
-  bytes_.room(kSlack);
   return size;
 }
 
@@ -381,13 +406,13 @@ std::uint8_t* PropertyListWriter::putObject(std::uint8_t* at, const std::uint8_t
   const std::size_t count = record.formAndCount & kMaximumCount;
   switch (formOf(record)) {
     case Form::scalar:
-      return putScalar(at, end, bytes_.data() + record.position, count);
+      return putScalar(at, end, bytes_.at(record.position), count);
     case Form::array:
-      return putReferences(putCount(at, kArray, count), references_.data() + record.position, count,
+      return putReferences(putCount(at, kArray, count), references_.at(record.position), count,
                            width);
     default:
-      return putReferences(putCount(at, kMap, count), references_.data() + record.position,
-                           2 * count, width);
+      at = putReferences(putCount(at, kMap, count), keysOf(record), count, width);
+      return putReferences(at, valuesOf(record), count, width);
   }
 }
 
@@ -439,7 +464,7 @@ bool PropertyListWriter::finish(Index root, FunctionRef<bool(ByteSpan)> take) {
     const std::size_t size = sizeOf(records_[i], width);
     if (formOf(records_[i]) == Form::scalar && size > kPiece) {
       if (!take({piece.data(), static_cast<std::size_t>(at - piece.data())})) return false;
-      if (!take({bytes_.data() + records_[i].position, size})) return false;
+      if (!take({bytes_.at(records_[i].position), size})) return false;
       at = piece.data();
       continue;
     }
@@ -464,7 +489,8 @@ void PropertyListWriter::clear() noexcept {
   table_ = std::vector<Slot>();
   tableUsed_ = 0;
   symbols_ = std::vector<Index>();
-  uids_ = std::vector<Index>();
+  uids_.clear();
+  knownKeys_.fill({});
   recentTexts_.fill({});
   smallInts_.fill(kNone);
   longTexts_.clear();

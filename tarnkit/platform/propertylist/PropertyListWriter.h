@@ -9,7 +9,7 @@
 
 #include "tarnkit/platform/objects/Data.h"
 #include "tarnkit/platform/objects/FunctionRef.h"
-#include "tarnkit/platform/propertylist/RawBuffer.h"
+#include "tarnkit/platform/propertylist/SegmentedBuffer.h"
 #include "tarnkit/platform/text/String.h"
 #include "tarnkit/platform/text/Symbol.h"
 
@@ -19,10 +19,11 @@ namespace tarnkit {
 /// addition; scalars stand already encoded in one growing buffer, containers as spans of one array
 /// of object numbers; there is no tree of boxed values.
 ///
-/// Equal strings, integers, reals and booleans are one object, when kind, width and bytes agree. A
-/// container whose contents are not known yet is reserved and filled later, so that the root can be
-/// object 0. The file depends on nothing but the calls. Text that is not UTF-8 is written with
-/// U+FFFD for every byte that does not fit in.
+/// Equal strings, integers, reals and booleans are one object, when kind, width and bytes agree.
+/// Maps of the same keys hold them once, as long as they are met again soon: most are objects of a
+/// few classes. A container whose contents are not known yet is reserved and filled later, so that
+/// the root can be object 0. The file depends on nothing but the calls. Text that is not UTF-8 is
+/// written with U+FFFD for every byte that does not fit in.
 ///
 /// Belongs to whoever makes it; one thread at a time. Costs a hash per scalar and a copy per
 /// container. Everything throws std::length_error when the list outgrows the writer: `kMaximumSize`
@@ -79,8 +80,20 @@ class PropertyListWriter {
   Index reserve();
   /// Makes it an array; the elements are written to the span, before the next call of the writer.
   std::span<Index> fillArray(Index object, std::size_t count);
-  /// Makes it a map; the span takes the keys and after them the values.
-  std::span<Index> fillMap(Index object, std::size_t count);
+  /// Makes it a map; the spans take the keys and the values.
+  struct MapRoom {
+    std::span<Index> keys;
+    std::span<Index> values;
+  };
+  MapRoom fillMap(Index object, std::size_t count);
+  /// Makes it a map of these keys; the span takes the values.
+  std::span<Index> fillMap(Index object, std::span<const Index> keys);
+
+  /// The values of a map that is filled; valid until the next call.
+  std::span<const Index> valuesOfMap(Index map) const noexcept {
+    const Record& record = records_[map];
+    return {valuesOf(record), record.formAndCount & kMaximumCount};
+  }
 
   /// How many objects there are.
   std::size_t count() const noexcept { return records_.size(); }
@@ -100,7 +113,8 @@ class PropertyListWriter {
   static constexpr unsigned kRecentTextBits = 9;
   static constexpr std::int64_t kSmallInts = 64;
   enum class Form : std::uint32_t { scalar, array, map, reserved };
-  // A scalar: `position` and `count` of its encoded bytes; a container: of its object numbers.
+  // A scalar: `position` and `count` of its encoded bytes; an array: of its object numbers; a map:
+  // of its values, before which stands the position of its keys.
   struct Record {
     std::uint32_t position;
     std::uint32_t formAndCount;
@@ -118,9 +132,18 @@ class PropertyListWriter {
   Index addText(std::string_view utf8, bool shared);
   Index addLongString(const StringObject& text);
   Index addOtherInt(std::int64_t value);
-  Index addScalar(std::size_t start, bool shared);
+  std::uint8_t* roomFor(std::size_t bytes);
+  Index addScalar(std::size_t size, bool shared);
   Index addRecord(std::size_t position, Form form, std::size_t count);
   std::span<Index> fill(Index object, Form form, std::size_t count, std::size_t references);
+  std::span<Index> appendReferences(std::size_t count);
+  std::uint32_t positionOfKeys(std::span<const Index> keys);
+  const Index* keysOf(const Record& map) const noexcept {
+    return references_.at(references_[map.position]);
+  }
+  const Index* valuesOf(const Record& map) const noexcept {
+    return references_.at(map.position) + 1;
+  }
   void growTable();
   std::size_t sizeOf(const Record& record, unsigned width) const noexcept;
   std::uint8_t* putObject(std::uint8_t* at, const std::uint8_t* end, const Record& record,
@@ -128,13 +151,20 @@ class PropertyListWriter {
   std::size_t prepareToFinish(unsigned width);
   bool areReferencesSound() const noexcept;
 
-  detail::RawBuffer<std::uint8_t> bytes_;
-  detail::RawBuffer<Index> references_;
-  detail::RawBuffer<Record> records_;
+  detail::SegmentedBuffer<std::uint8_t> bytes_;
+  detail::SegmentedBuffer<Index> references_;
+  detail::SegmentedBuffer<Record> records_;
   std::vector<Slot> table_;
   std::size_t tableUsed_ = 0;
+  // Keys of maps that were met lately, by what tells most of them apart.
+  struct KnownKeys {
+    std::uint32_t position = 0;
+    std::uint32_t count = 0;
+  };
+  static constexpr unsigned kKnownKeysBits = 8;
+  std::array<KnownKeys, std::size_t{1} << kKnownKeysBits> knownKeys_;
   std::vector<Index> symbols_;
-  std::vector<Index> uids_;
+  detail::SegmentedBuffer<Index> uids_;  // by value
   struct KnownText {
     Ref<const StringObject> text;
     Index index = kNone;

@@ -1,0 +1,114 @@
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+#include <type_traits>
+#include <vector>
+
+#include "tarnkit/platform/objects/HugePages.h"
+
+namespace tarnkit::detail {
+
+/// A growing run of plain values, found by position, that may become as large as a file: it never
+/// initialises what it hands out, holds little more than is used, and from its first two mebibytes
+/// on never moves a value. What must stand in one piece is given room in one piece; positions may
+/// be left out before it. Finding costs one look at a table that stays in the cache.
+template <class T>
+class SegmentedBuffer {
+  static_assert(std::is_trivially_copyable_v<T> && std::has_single_bit(sizeof(T)));
+
+ public:
+  SegmentedBuffer() noexcept = default;
+  SegmentedBuffer(const SegmentedBuffer&) = delete;
+  SegmentedBuffer& operator=(const SegmentedBuffer&) = delete;
+  ~SegmentedBuffer() { clear(); }
+
+  /// One more than the last position. As long as values were only appended, their number.
+  std::size_t size() const noexcept { return size_; }
+  T& operator[](std::size_t position) noexcept { return *at(position); }
+  const T& operator[](std::size_t position) const noexcept { return *at(position); }
+  /// What was given room in one piece stands there in one piece.
+  T* at(std::size_t position) noexcept {
+    return segments_[position / kSegmentSize] + position % kSegmentSize;
+  }
+  const T* at(std::size_t position) const noexcept {
+    return segments_[position / kSegmentSize] + position % kSegmentSize;
+  }
+
+  /// Room for `count` values in one piece. It begins at `size()`, which may be another one than
+  /// before.
+  T* room(std::size_t count) {
+    // No values have a place, too.
+    if (count > end_ - size_ || size_ == end_) makeRoom(count == 0 ? 1 : count);
+    return at(size_);
+  }
+  /// Counts values that were written to the room as part of the buffer.
+  void commit(std::size_t count) noexcept { size_ += count; }
+  void append(const T& value) {
+    *room(1) = value;
+    ++size_;
+  }
+  /// Appends as many of the value as make it so long.
+  void extend(std::size_t size, const T& value) {
+    while (size_ < size) append(value);
+  }
+  /// Takes back what was written last.
+  void truncate(std::size_t size) noexcept { size_ = size; }
+  /// Gives the memory back.
+  void clear() noexcept {
+    for (T* const block : blocks_) std::free(block);
+    blocks_ = std::vector<T*>();
+    segments_ = std::vector<T*>();
+    size_ = end_ = 0;
+  }
+
+ private:
+  static constexpr std::size_t kSegmentSize = kHugePageSize / sizeof(T);
+
+  void makeRoom(std::size_t count) {
+    if (segments_.size() <= 1 && size_ + count <= kSegmentSize) {
+      growFirst(count);
+    } else {
+      addSegments((count + kSegmentSize - 1) / kSegmentSize);
+    }
+  }
+  // Most runs are short, so the first segment is as long as is needed.
+  void growFirst(std::size_t count) {
+    constexpr std::size_t kLeast = 64;
+    const std::size_t capacity =
+        std::min(kSegmentSize, std::max({kLeast, 2 * end_, size_ + count}));
+    if (segments_.empty()) {
+      segments_.push_back(nullptr);
+      blocks_.push_back(nullptr);
+    }
+    void* const memory = std::realloc(blocks_.front(), capacity * sizeof(T));
+    if (!memory) throw std::bad_alloc();
+    segments_.front() = blocks_.front() = static_cast<T*>(memory);
+    end_ = capacity;
+  }
+  void addSegments(std::size_t count) {
+    segments_.reserve(segments_.size() + count + 1);
+    blocks_.reserve(blocks_.size() + 2);
+    if (segments_.empty()) {  // what comes first is large: nothing stands in the first segment
+      segments_.push_back(nullptr);
+      blocks_.push_back(nullptr);
+    }
+    auto* const memory = static_cast<T*>(std::aligned_alloc(kHugePageSize, count * kHugePageSize));
+    if (!memory) throw std::bad_alloc();
+    adviseHugePages(memory, count * kHugePageSize);
+    blocks_.push_back(memory);
+    size_ = segments_.size() * kSegmentSize;
+    for (std::size_t i = 0; i < count; ++i) segments_.push_back(memory + i * kSegmentSize);
+    end_ = size_ + count * kSegmentSize;
+  }
+
+  std::vector<T*> segments_;  // where each begins
+  std::vector<T*> blocks_;    // as they were taken from the system
+  std::size_t size_ = 0;
+  std::size_t end_ = 0;  // of the piece in which the last value stands
+};
+
+}  // namespace tarnkit::detail
