@@ -201,19 +201,19 @@ HXArchiveWalk::Index HXArchiveWalk::classNameOf(const Frame& frame) {
 // -------------------------------------------------------------------------------------
 
 std::uint32_t HXArchiveWalk::newID(Ref<const Object> object) {
-  const auto id = static_cast<std::uint32_t>(bodies_.size());
+  const auto id = static_cast<std::uint32_t>(numbers_.size());
   char text[32] = "$object-";
   constexpr std::size_t kPrefix = 8;
   const char* const end = std::to_chars(text + kPrefix, std::end(text), id).ptr;
-  references_.append(writer().addDistinctString({text, static_cast<std::size_t>(end - text)}));
+  numbers_.append(
+      {writer().addDistinctString({text, static_cast<std::size_t>(end - text)}), kNone});
   objects_.append(std::move(object));
-  bodies_.append(kNone);
   marks_.append(0);
   return id;
 }
 
 HXArchiveWalk::Index HXArchiveWalk::referenceTo(std::uint32_t id) {
-  Index& reference = references_[id];
+  Index& reference = numbers_[id].reference;
   if ((marks_[id] & kReferredTo) == 0) {
     marks_[id] |= kReferredTo;
     const Index key = symbol(archive::kReference).key;
@@ -223,7 +223,7 @@ HXArchiveWalk::Index HXArchiveWalk::referenceTo(std::uint32_t id) {
 }
 
 HXArchiveWalk::Index HXArchiveWalk::idString(std::uint32_t id) const noexcept {
-  const Index known = references_[id];
+  const Index known = numbers_[id].reference;
   return (marks_[id] & kReferredTo) == 0 ? known : writer().valuesOfMap(known).front();
 }
 
@@ -235,7 +235,7 @@ void HXArchiveWalk::putRoot(const Object* root) {
   const std::uint32_t id = newID(Ref<const Object>(root));
   ids_.set(root, id);
   if (isValue(root->codingKind())) {
-    bodies_[id] = inlineValue(*root);
+    numbers_[id].body = inlineValue(*root);
   } else {
     const CodingTypeKeeper keeper(coder());
     writeObject(id);
@@ -268,7 +268,7 @@ void HXArchiveWalk::encodeEntry(Frame& frame) {
     case Entry::Kind::collection: {
       const std::uint32_t id = newID(nullptr);
       entry.value = referenceTo(id);
-      bodies_[id] = writer().reserve();
+      numbers_[id].body = writer().reserve();
       const std::size_t begin = frame.next;
       frame.next += entry.count;
       pushFrame(id, begin, frame.next, entry.form, false, frame.codingType);
@@ -289,17 +289,17 @@ void HXArchiveWalk::encodeEntry(Frame& frame) {
         fmt::format("a {} is written unconditionally from inside its own encoding",
                     entry.object->isa().name()));
   }
-  if (bodies_[id] == kNone) writeObject(id);
+  if (numbers_[id].body == kNone) writeObject(id);
 }
 
 void HXArchiveWalk::writeObject(std::uint32_t id) {
   const Object& object = *objects_[id];
   const CodingKind kind = object.codingKind();
   if (kind == CodingKind::data) {
-    bodies_[id] = writer().addData(static_cast<const Data&>(object).bytes());
+    numbers_[id].body = writer().addData(static_cast<const Data&>(object).bytes());
     return;
   }
-  bodies_[id] = writer().reserve();
+  numbers_[id].body = writer().reserve();
   marks_[id] |= kInProgress;
   const std::size_t begin = entries_.size();
   switch (kind) {
@@ -355,7 +355,7 @@ void HXArchiveWalk::finishFrame() {
       fillMap(frame, false);
       break;
     case Form::list:
-      fillList(bodies_[frame.id], frame);
+      fillList(numbers_[frame.id].body, frame);
       break;
     case Form::set:
       fillSet(frame);
@@ -373,24 +373,29 @@ void HXArchiveWalk::finishFrame() {
 }
 
 void HXArchiveWalk::fillMap(const Frame& frame, bool withClass) {
-  keys_.clear();
-  values_.clear();
+  const std::size_t most = frame.end - frame.begin + 1;
+  if (keys_.size() < most) {
+    keys_.resize(most);
+    values_.resize(most);
+  }
+  std::size_t count = 0;
   if (withClass) {
     // Looked up only now: a class may substitute its own name while it encodes itself.
-    values_.push_back(classNameOf(frame));
-    keys_.push_back(symbol(archive::kClass).key);
+    values_[count] = classNameOf(frame);
+    keys_[count++] = symbol(archive::kClass).key;
   }
   for (std::uint32_t i = frame.begin; i < frame.end; i += 1 + entries_[i].count) {
     const Entry& entry = entries_[i];
     if (entry.isReplaced) continue;
-    keys_.push_back(entry.key);
-    values_.push_back(entry.value);
+    keys_[count] = entry.key;
+    values_[count++] = entry.value;
   }
-  fillBody(frame);
+  fillBody(frame, count);
 }
 
-void HXArchiveWalk::fillBody(const Frame& frame) {
-  std::copy(values_.begin(), values_.end(), writer().fillMap(bodies_[frame.id], keys_).begin());
+void HXArchiveWalk::fillBody(const Frame& frame, std::size_t count) {
+  std::copy_n(values_.begin(), count,
+              writer().fillMap(numbers_[frame.id].body, {keys_.data(), count}).begin());
 }
 
 void HXArchiveWalk::fillList(Index list, const Frame& frame) {
@@ -405,7 +410,7 @@ void HXArchiveWalk::fillSet(const Frame& frame) {
   fillList(list, frame);
   keys_ = {symbol(archive::kClass).key, symbol(archive::kMembers).key};
   values_ = {classNameOf(frame), list};
-  fillBody(frame);
+  fillBody(frame, 2);
 }
 
 void HXArchiveWalk::fillOrderedSet(const Frame& frame) {
@@ -417,7 +422,7 @@ void HXArchiveWalk::fillOrderedSet(const Frame& frame) {
     keys_.push_back(memberKey(i));
     values_.push_back(entries_[frame.begin + i].value);
   }
-  fillBody(frame);
+  fillBody(frame, members + 1);
 }
 
 // --- The result
@@ -430,15 +435,15 @@ HXArchiveWalk::Index HXArchiveWalk::finish() {
   entries_ = std::vector<Entry>();
   const Index objects = writer().reserve();
   // Objects that were only referred to have an ID and nothing else.
-  const std::size_t ids = bodies_.size();
+  const std::size_t ids = numbers_.size();
   std::size_t written = 0;
-  for (std::size_t id = 0; id < ids; ++id) written += bodies_[id] == kNone ? 0 : 1;
+  for (std::size_t id = 0; id < ids; ++id) written += numbers_[id].body == kNone ? 0 : 1;
   const auto into = writer().fillMap(objects, written);
   std::size_t at = 0;
   for (std::uint32_t id = 0; id < ids; ++id) {
-    if (bodies_[id] == kNone) continue;
+    if (numbers_[id].body == kNone) continue;
     into.keys[at] = idString(id);
-    into.values[at++] = bodies_[id];
+    into.values[at++] = numbers_[id].body;
   }
   forgetObjects();
   const Index root = writer().reserve();
@@ -458,8 +463,7 @@ HXArchiveWalk::Index HXArchiveWalk::finish() {
 void HXArchiveWalk::forgetObjects() {
   ids_.clear();
   objects_.clear();
-  references_.clear();
-  bodies_.clear();
+  numbers_.clear();
   marks_.clear();
 }
 

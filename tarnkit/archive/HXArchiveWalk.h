@@ -89,7 +89,7 @@ class HXArchiveWalk final : public KeyedArchiveLayout {
                  std::int32_t codingType);
   void finishFrame();
   void fillMap(const Frame& frame, bool withClass);
-  void fillBody(const Frame& frame);
+  void fillBody(const Frame& frame, std::size_t count);
   void fillList(Index list, const Frame& frame);
   void fillSet(const Frame& frame);
   void fillOrderedSet(const Frame& frame);
@@ -102,14 +102,17 @@ class HXArchiveWalk final : public KeyedArchiveLayout {
   // The entries of a map while they are put in order.
   std::vector<std::pair<String, const Object*>> sorted_;
   // For each ID.
-  KeptObjects objects_;                // null for a collection that is no object
-  SegmentedBuffer<Index> references_;  // the text of the ID until it is referred to
-  SegmentedBuffer<Index> bodies_;      // kNone until it is written
+  struct Numbers {
+    Index reference;  // the text of the ID until it is referred to
+    Index body;       // kNone until it is written
+  };
+  KeptObjects objects_;  // null for a collection that is no object
+  SegmentedBuffer<Numbers> numbers_;
   SegmentedBuffer<std::uint8_t> marks_;
   static constexpr std::uint8_t kReferredTo = 1;
   static constexpr std::uint8_t kInProgress = 2;
   IdentityTable ids_;
-  // Of the map that is filled.
+  // Of the map that is filled; maybe longer.
   std::vector<Index> keys_;
   std::vector<Index> values_;
   std::int32_t recordedType_ = 0;             // the coding type of what the open object wrote last

@@ -65,6 +65,33 @@ std::string shown(const Object& root) {
   return shown(*HXKeyedArchiver::archivedDataWithRootObject(&root));
 }
 
+// More than stand in the first of the segments in which it keeps what it knows of each.
+TEST(HXKeyedArchiver, TellsManyObjectsApart) {
+  constexpr std::uint32_t kCount = 300000;
+  const auto all = make<Array>();
+  for (std::uint32_t i = 0; i < kCount; ++i) {
+    const auto object = make<Array>();
+    object->add(Number::withInt(static_cast<std::int32_t>(i)));
+    all->add(object);
+    all->add(object);
+  }
+  const auto data = HXKeyedArchiver::archivedDataWithRootObject(all.get());
+  const auto read = PropertyListReader::read(data->bytes());
+  ASSERT_TRUE(read) << read.status().message();
+  const PropertyList& list = *read;
+  const auto objects = list.valueForKey(list.root(), "$objects");
+  ASSERT_EQ(list.count(objects), kCount + 1);
+  const auto references = list.elements(list.valueForKey(objects, "$object-0"));
+  ASSERT_EQ(references.size(), 2 * kCount);
+  for (std::uint32_t i = 0; i < kCount; ++i) {
+    ASSERT_EQ(references[2 * i], references[2 * i + 1]);
+    const auto id = list.valueForKey(references[2 * i], "$reference");
+    ASSERT_EQ(list.string(id), "$object-" + std::to_string(i + 1));
+    ASSERT_EQ(list.string(list.keys(objects)[i + 1]), list.string(id));
+    ASSERT_EQ(list.integer(list.elements(list.values(objects)[i + 1])[0]), i);
+  }
+}
+
 TEST(HXKeyedArchiver, NumbersObjectsInPreOrder) {
   const auto leaf = make<Scripted>();
   const auto child = make<Scripted>([&](Encoder& coder) { coder.encodeObject(leaf, kA); });

@@ -334,6 +334,29 @@ TEST_F(StandardKeyedCoders, ToleratesOtherWidths) {
   EXPECT_FALSE(read->payload);
 }
 
+// More than stand in the first of the segments in which archivers keep what they know of each.
+TEST_F(StandardKeyedCoders, TellManyObjectsApart) {
+  constexpr std::uint32_t kCount = 300000;
+  const auto all = make<Array>();
+  for (std::uint32_t i = 0; i < kCount; ++i) {
+    const auto object = make<Array>();
+    object->add(Number::withInt(static_cast<std::int32_t>(i)));
+    all->add(object);
+    all->add(object);
+  }
+  const auto read = StandardKeyedUnarchiver::unarchive(
+      StandardKeyedArchiver::archivedData(all.get(), 0)->bytes(), 0);
+  ASSERT_TRUE(read) << read.status().message();
+  const auto again = as<Array>(*read);
+  ASSERT_EQ(again->count(), 2 * kCount);
+  for (std::uint32_t i = 0; i < kCount; ++i) {
+    const Ref<Object>& object = *(again->begin() + 2 * i);
+    ASSERT_EQ(object, *(again->begin() + 2 * i + 1));
+    const auto number = Number::withInt(static_cast<std::int32_t>(i));
+    ASSERT_TRUE((*as<Array>(object)->begin())->isEqual(*number));
+  }
+}
+
 // An ordered set of objects, each with a class record of its own, which stand from number 3 on.
 std::string eachOfItsOwnClass(int count, const std::function<std::string(int)>& className) {
   std::string members;

@@ -19,7 +19,6 @@ class KeptObjects {
   /// Null where there is none.
   const Object* operator[](std::size_t number) const noexcept { return objects_[number]; }
   void append(Ref<const Object> object) {
-    objects_.room(1);
     objects_.append(object.get());
     object.leak();
   }

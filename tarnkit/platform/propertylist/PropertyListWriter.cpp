@@ -300,8 +300,11 @@ std::uint32_t PropertyListWriter::positionOfKeys(std::span<const Index> keys) {
   const std::uint32_t mixed =
       (keys.front() * 31U + keys.back()) * 31U + static_cast<std::uint32_t>(keys.size());
   KnownKeys& known = knownKeys_[mixed * 0x9E3779B9U >> (32 - kKnownKeysBits)];
-  if (known.count != keys.size() ||
-      !std::equal(keys.begin(), keys.end(), references_.at(known.position))) {
+  const auto areKnown = [&] {
+    const Index* const at = references_.at(known.position);
+    return *at == keys.front() && std::equal(keys.begin() + 1, keys.end(), at + 1);
+  };
+  if (known.count != keys.size() || !areKnown()) {
     const auto into = appendReferences(keys.size());
     std::copy(keys.begin(), keys.end(), into.begin());
     known = {static_cast<std::uint32_t>(references_.size() - keys.size()),
@@ -314,8 +317,11 @@ std::uint32_t PropertyListWriter::positionOfKeys(std::span<const Index> keys) {
 // already, they are left out. Comparing the encoding compares kind, width and bytes at once.
 PropertyListWriter::Index PropertyListWriter::addScalar(std::size_t size, bool shared) {
   const std::size_t start = bytes_.size();
-  bytes_.commit(size);
-  if (!shared) return addRecord(start, Form::scalar, size);
+  const auto add = [&] {
+    bytes_.commit(size);
+    return addRecord(start, Form::scalar, size);
+  };
+  if (!shared) return add();
   if (tableUsed_ * 2 >= table_.size()) growTable();
   const std::uint8_t* const bytes = bytes_.at(start);
   const auto hash = static_cast<std::uint32_t>(detail::keyedHash(bytes, size, detail::hashKeys()));
@@ -323,7 +329,7 @@ PropertyListWriter::Index PropertyListWriter::addScalar(std::size_t size, bool s
   for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
     Slot& slot = table_[at];
     if (slot.indexPlusOne == 0) {
-      const Index index = addRecord(start, Form::scalar, size);
+      const Index index = add();
       slot = {hash, index + 1};
       ++tableUsed_;
       return index;
@@ -331,7 +337,6 @@ PropertyListWriter::Index PropertyListWriter::addScalar(std::size_t size, bool s
     if (slot.hash != hash) continue;
     const Record& record = records_[slot.indexPlusOne - 1];
     if (record.formAndCount == size && areEqual(bytes_.at(record.position), bytes, size)) {
-      bytes_.truncate(start);
       return slot.indexPlusOne - 1;
     }
   }
@@ -388,11 +393,12 @@ bool PropertyListWriter::areReferencesSound() const noexcept {
 // Where the table of offsets begins.
 std::size_t PropertyListWriter::prepareToFinish(unsigned width) {
   std::size_t size = kHeaderSize;
-  for (std::size_t i = 0; i < records_.size(); ++i) {
-    if (formOf(records_[i]) == Form::reserved) {
-      throw std::logic_error("a reserved object of the property list was never filled");
-    }
-    size += sizeOf(records_[i], width);
+  const bool allFilled = records_.forEach([&](const Record& record) {
+    size += sizeOf(record, width);
+    return formOf(record) != Form::reserved;
+  });
+  if (!allFilled) {
+    throw std::logic_error("a reserved object of the property list was never filled");
   }
   assert(areReferencesSound());
   // Given back before the output is made.
@@ -433,10 +439,11 @@ std::vector<std::uint8_t> PropertyListWriter::finish(Index root) {
   at += kHeaderSize;
   std::uint8_t* offset = output.data() + tableStart;
   const std::uint8_t* const end = offset;
-  for (std::size_t i = 0; i < objects; ++i) {
+  records_.forEach([&](const Record& record) {
     offset = putWidth(offset, static_cast<std::uint64_t>(at - output.data()), offsetWidth);
-    at = putObject(at, end, records_[i], width);
-  }
+    at = putObject(at, end, record, width);
+    return true;
+  });
   putTrailer(offset, offsetWidth, width, objects, root, tableStart);
   return output;
 }
@@ -460,23 +467,25 @@ bool PropertyListWriter::finish(Index root, FunctionRef<bool(ByteSpan)> take) {
   };
   std::memcpy(at, kMagic, kHeaderSize);
   at += kHeaderSize;
-  for (std::size_t i = 0; i < objects; ++i) {
-    const std::size_t size = sizeOf(records_[i], width);
-    if (formOf(records_[i]) == Form::scalar && size > kPiece) {
+  const auto putOne = [&](const Record& record) {
+    const std::size_t size = sizeOf(record, width);
+    if (formOf(record) == Form::scalar && size > kPiece) {
       if (!take({piece.data(), static_cast<std::size_t>(at - piece.data())})) return false;
-      if (!take({bytes_.at(records_[i].position), size})) return false;
       at = piece.data();
-      continue;
+      return take({bytes_.at(record.position), size});
     }
     if (!makeRoom(size)) return false;
-    at = putObject(at, piece.data() + piece.size(), records_[i], width);
-  }
+    at = putObject(at, piece.data() + piece.size(), record, width);
+    return true;
+  };
   std::uint64_t offset = kHeaderSize;
-  for (std::size_t i = 0; i < objects; ++i) {
+  const auto putOffset = [&](const Record& record) {
     if (!makeRoom(offsetWidth)) return false;
     at = putWidth(at, offset, offsetWidth);
-    offset += sizeOf(records_[i], width);
-  }
+    offset += sizeOf(record, width);
+    return true;
+  };
+  if (!records_.forEach(putOne) || !records_.forEach(putOffset)) return false;
   if (!makeRoom(kTrailerSize)) return false;
   at = putTrailer(at, offsetWidth, width, objects, root, tableStart);
   return take({piece.data(), static_cast<std::size_t>(at - piece.data())});

@@ -42,26 +42,42 @@ class SegmentedBuffer {
   /// before.
   T* room(std::size_t count) {
     // No values have a place, too.
-    if (count > end_ - size_ || size_ == end_) makeRoom(count == 0 ? 1 : count);
-    return at(size_);
+    if (count >= end_ - size_) makeRoom(count + 1);
+    return next_;
   }
   /// Counts values that were written to the room as part of the buffer.
-  void commit(std::size_t count) noexcept { size_ += count; }
+  void commit(std::size_t count) noexcept {
+    size_ += count;
+    next_ += count;
+  }
   void append(const T& value) {
-    *room(1) = value;
-    ++size_;
+    if (size_ == end_) makeRoom(1);
+    *next_ = value;
+    commit(1);
   }
   /// Appends as many of the value as make it so long.
   void extend(std::size_t size, const T& value) {
     while (size_ < size) append(value);
   }
-  /// Takes back what was written last.
-  void truncate(std::size_t size) noexcept { size_ = size; }
+  /// Visits the values in order until a visit says false; whether none did. Of a buffer to which
+  /// values were only appended.
+  template <class Visit>
+  bool forEach(Visit visit) const {
+    for (std::size_t begin = 0; begin < size_; begin += kSegmentSize) {
+      const T* const values = segments_[begin / kSegmentSize];
+      const std::size_t count = std::min(kSegmentSize, size_ - begin);
+      for (std::size_t i = 0; i < count; ++i) {
+        if (!visit(values[i])) return false;
+      }
+    }
+    return true;
+  }
   /// Gives the memory back.
   void clear() noexcept {
     for (T* const block : blocks_) std::free(block);
     blocks_ = std::vector<T*>();
     segments_ = std::vector<T*>();
+    next_ = nullptr;
     size_ = end_ = 0;
   }
 
@@ -87,6 +103,7 @@ class SegmentedBuffer {
     void* const memory = std::realloc(blocks_.front(), capacity * sizeof(T));
     if (!memory) throw std::bad_alloc();
     segments_.front() = blocks_.front() = static_cast<T*>(memory);
+    next_ = segments_.front() + size_;
     end_ = capacity;
   }
   void addSegments(std::size_t count) {
@@ -102,11 +119,13 @@ class SegmentedBuffer {
     blocks_.push_back(memory);
     size_ = segments_.size() * kSegmentSize;
     for (std::size_t i = 0; i < count; ++i) segments_.push_back(memory + i * kSegmentSize);
+    next_ = memory;
     end_ = size_ + count * kSegmentSize;
   }
 
   std::vector<T*> segments_;  // where each begins
   std::vector<T*> blocks_;    // as they were taken from the system
+  T* next_ = nullptr;         // the place of the position `size_`
   std::size_t size_ = 0;
   std::size_t end_ = 0;  // of the piece in which the last value stands
 };
