@@ -1,6 +1,7 @@
 // What docs/expressions.md shows of the engine in a program.
 #include <cmath>
 #include <cstdio>
+#include <string>
 
 #include "tarnkit/math/MXCompiledExpression.h"
 #include "tarnkit/math/MXMathEvaluator.h"
@@ -41,6 +42,37 @@ bool prepare() {
   return prepared->isPrepared() && prepared->evaluate(last) == 140;
 }
 
+bool columns() {
+  // region columns
+  const auto expression = MXExpression::expressionFromString("$from + $part * 40", nullptr);
+  const auto prepared = MXCompiledExpression::compile(
+      expression, MXMathEvaluator::defaultMathEvaluator(), {"part", "from"});
+  const double parts[] = {0, 0.25, 0.5};
+  const double from = 100;
+  const MXColumn values[] = {{parts}, {&from, true}};
+  double results[3];
+  MXError error;
+  if (!prepared->evaluate(values, 3, results, &error)) {  // 100 110 120
+    std::printf("%s\n", error.localizedDescription().c_str());
+  }
+  // end columns
+  return results[0] == 100 && results[1] == 110 && results[2] == 120;
+}
+
+bool place() {
+  // region place
+  const std::string text = "2 * foo(3)";
+  MXError error;
+  const auto value =
+      MXMathEvaluator::defaultMathEvaluator()->evaluateString(text, MXSubstitutions(), &error);
+  if (!value) {
+    std::printf("%s\n%s\n", error.localizedDescription().c_str(), text.c_str());
+    std::printf("%*s\n", static_cast<int>(error.offset()) + 1, "^");  // under "foo"
+  }
+  // end place
+  return !value && error.offset() == 4 && error.length() == 3;
+}
+
 bool registerFunction() {
   // region register
   const auto evaluator = make<MXMathEvaluator>();
@@ -61,4 +93,4 @@ bool registerFunction() {
 
 }  // namespace
 
-int main() { return evaluate() && prepare() && registerFunction() ? 0 : 1; }
+int main() { return evaluate() && prepare() && columns() && place() && registerFunction() ? 0 : 1; }

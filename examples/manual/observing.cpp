@@ -38,6 +38,8 @@ class Canvas {
     if (notification.name == HXNodePositionDidChangeNotification) update(*node);
     if (notification.name == HXDocumentAddConnectionNotification) draw(*wire);
     if (notification.name == HXDocumentRemoveConnectionNotification) erase(*wire);
+    if (notification.name == HXHistoryDidUndoNotification) settle();
+    if (notification.name == HXHistoryDidRedoNotification) settle();
   }
 
   // A node comes with all that is below it, and goes with it.
@@ -52,6 +54,10 @@ class Canvas {
       std::printf("box    - %s\n", boxes_[node].c_str());
       boxes_.erase(node);
     }
+  }
+  // A node that an undo moved out of a group, before the group went, was not told of.
+  void settle() {
+    std::erase_if(boxes_, [&](const auto& box) { return box.first->document() != &document_; });
   }
   void update(HXNode& node) {
     const auto box = boxes_.find(&node);

@@ -53,8 +53,13 @@ class Replacing(HostTest):
                 self.assertEqual([c["from"] for c in port["connections"]], ["node_2/Tarn.output"])
 
     def test_refuses_what_is_no_patch_or_no_map(self):
-        self.assertIn('there is no patch class "HXRNowhere"',
-                      self.failure(*PLACED, op("replacePatch", node="ease", patch="HXRNowhere")))
+        for patch, hint in (("HXRNowhere", ""),
+                            ("HXRSwichNode", '; did you mean "HXRSwitchNode"?'),
+                            ("Switch", '; did you mean "HXRSwitchNode"?'),
+                            ("swich", '; did you mean "HXRSwitchNode"?')):
+            failure = self.failure(*PLACED, op("replacePatch", node="ease", patch=patch))
+            self.assertTrue(failure.rstrip().endswith(f'there is no patch class "{patch}"{hint}'),
+                            failure)
         self.assertIn('"map" must be an object', self.failure(
             *PLACED, op("replacePatch", node="ease", patch="HXRSwitchNode", map=[])))
 

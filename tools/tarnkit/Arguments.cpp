@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "tarnkit/patches/Orientation.h"
+#include "tarnkit/patches/PatchRegistry.h"
 #include "tools/tarnkit/Command.h"
 #include "tools/tarnkit/Suggestion.h"
 
@@ -133,6 +135,23 @@ std::string Arguments::word(std::string_view name,
   if (std::find(words.begin(), words.end(), word) != words.end()) return word;
   throw CommandFailure(
       fmt::format("\"{}\" must be one of {}, not \"{}\"", name, fmt::join(words, ", "), word));
+}
+
+const HXRNodeClass& patchClassGiven(std::string_view name) {
+  if (const auto* const known = patchClassNamed(name)) return *known;
+  std::map<std::string_view, std::string_view> classes;  // by either of their names
+  std::vector<std::string_view> names;
+  for (const HXRNodeClass* patch : catalogue()) {
+    for (const std::string_view known : {patch->name(), patch->defaultName().view()}) {
+      classes.emplace(known, patch->name());
+      names.push_back(known);
+    }
+  }
+  const auto shown = classes.find(name);
+  const auto meant = shown != classes.end() ? name : nearestName(name, names);
+  throw CommandFailure(
+      fmt::format("there is no patch class \"{}\"{}", name,
+                  meant.empty() ? "" : fmt::format("; did you mean \"{}\"?", classes.at(meant))));
 }
 
 }  // namespace tarnkit::tool

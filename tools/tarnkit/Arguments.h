@@ -9,6 +9,10 @@
 #include "tarnkit/platform/collections/OrderedMap.h"
 #include "tools/tarnkit/ValueReading.h"
 
+namespace tarnkit {
+class HXRNodeClass;
+}  // namespace tarnkit
+
 namespace tarnkit::tool {
 
 /// The arguments of one operation of a session. Reading one of another type than asked for throws
@@ -52,5 +56,9 @@ class Arguments {
 
   const Json& operation_;
 };
+
+/// The patch class of that name; throws CommandFailure, with what was probably meant, when there is
+/// none. The name that people see in the library leads to its class.
+const HXRNodeClass& patchClassGiven(std::string_view name);
 
 }  // namespace tarnkit::tool

@@ -49,9 +49,7 @@ Result newDocument(Session& session, const Arguments& arguments) {
 Result documentGraph(Session& session, const Arguments& arguments) {
   const auto name = arguments.optionalText("as");
   const auto className = arguments.text("class");
-  const HXRNodeClass* patchClass = patchClassNamed(className);
-  if (!patchClass) throw CommandFailure(fmt::format("there is no patch class \"{}\"", className));
-  const auto document = as<HXDocument>(patchClass->documentGraph());
+  const auto document = as<HXDocument>(patchClassGiven(className).documentGraph());
   if (!document) throw CommandFailure(fmt::format("no document can be made of \"{}\"", className));
   session.takeDocument(name, document);
   return keysOf(document);

@@ -21,12 +21,7 @@ Ref<HXNode> nodeOf(Session& session, const Arguments& arguments) {
 // Null for nil.
 const HXRNodeClass* patchClassOf(const Arguments& arguments) {
   const auto name = arguments.textOrNil("patch");
-  if (name.isNil()) return nullptr;
-  const HXRNodeClass* patchClass = patchClassNamed(name.view());
-  if (!patchClass) {
-    throw CommandFailure(fmt::format("there is no patch class \"{}\"", name.view()));
-  }
-  return patchClass;
+  return name.isNil() ? nullptr : &patchClassGiven(name.view());
 }
 
 CommandFailure noPatches(const HXRNodeClass& patchClass) {

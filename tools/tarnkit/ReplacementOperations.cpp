@@ -58,15 +58,12 @@ Result shapeOf(HXNodeReport report) {
 Ref<HXRNode> definitionOf(const Arguments& arguments) {
   const auto name = arguments.textOrNil("patch");
   if (name.isNil()) return nullptr;
-  const auto* patchClass = patchClassNamed(name.view());
-  if (!patchClass) {
-    throw CommandFailure(fmt::format("there is no patch class \"{}\"", name.view()));
-  }
-  auto definition = patchClass->makeDefinition();
+  const HXRNodeClass& patchClass = patchClassGiven(name.view());
+  auto definition = patchClass.makeDefinition();
   if (!definition) {
     throw CommandFailure(fmt::format("the patch class \"{}\" makes no patches", name.view()));
   }
-  definition->setExternal(HXRNode::hx_isExternalClass(*patchClass));
+  definition->setExternal(HXRNode::hx_isExternalClass(patchClass));
   return definition;
 }
 
