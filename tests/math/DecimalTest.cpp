@@ -5,12 +5,14 @@
 #include <cstdlib>
 #include <fstream>
 #include <limits>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "tarnkit/math/MXDecimal.h"
 #include "tarnkit/platform/numbers/Decimal.h"
+#include "tarnkit/platform/numbers/PowersOfTen.h"
 
 namespace tarnkit {
 namespace {
@@ -54,6 +56,33 @@ TEST(DecimalTest, AgreesWithAnotherDecimalArithmetic) {
     EXPECT_EQ(read(first.text()), first) << line;
   }
   EXPECT_GT(count, 500U);
+}
+
+// A long product is cut by an estimate, which may not decide where the rest is next to a half: it
+// must be what the whole product gives when it is divided exactly.
+TEST(DecimalTest, ProductsAreTheExactOnesRounded) {
+  using detail::UInt128;
+  const UInt128 power = detail::powerOfTen(37);
+  std::mt19937_64 random(11);
+  const auto any = [&](int most) {
+    const UInt128 bits = detail::joinWords(random(), random());
+    return (bits >> random() % static_cast<unsigned>(most)) % (power * 10);
+  };
+  for (int i = 0; i < 300000; ++i) {
+    UInt128 a = any(128);
+    UInt128 b = any(20);
+    if (i % 4 == 1) b = power * 5;  // every other one is a half
+    if (i % 4 == 2) b = power * 10 - 1 - random() % 3, a = power * 5 + random() % 100 - 50;
+    if (i % 4 == 3) b = power * 10 - random() % 1000, a = power * 10 - 1 - random() % 1000;
+    const bool negative = random() % 2 == 0;
+    const int exponent = static_cast<int>(random() % 300) - 180;
+    const auto half = exponent / 2;
+    const Decimal product = Decimal::rounding(negative, {0, a}, half) *
+                            Decimal::rounding(false, {0, b}, exponent - half);
+    const Decimal exact = Decimal::rounding(negative, detail::multiplyWide(a, b), exponent);
+    ASSERT_EQ(product.text(), exact.text()) << i;
+    ASSERT_EQ(product.exponent(), exact.exponent()) << i;
+  }
 }
 
 TEST(DecimalTest, EndsOfTheRange) {

@@ -1,6 +1,7 @@
 #include "tarnkit/platform/numbers/Decimal.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -40,6 +41,49 @@ struct Cut {
 UInt128 roundedToEven(const Cut& cut) noexcept {
   const bool up = cut.half > 0 || (cut.half == 0 && (cut.quotient & 1) != 0);
   return cut.quotient + (up ? 1U : 0U);
+}
+
+/// A product of long mantissas without its last digits.
+struct CutProduct {
+  UInt128 rounded;  // to 38 digits, or 10^38
+  int excess;       // how many digits were cut off
+  bool isCertain;
+};
+
+// The quotient and the first 64 bits of what follows its point come from one multiplication with
+// the power's reciprocal, of which only the three upper words are computed: the digits decide no
+// branch. What follows the point is too small by less than nine units, so it is not certain on
+// which side of a half it lies when it is that near to one. The product has more than 192 bits and
+// less than 77 digits.
+[[gnu::always_inline]] inline CutProduct cutLongProduct(const UInt256& product) noexcept {
+  const int shift = std::countl_zero(highWord(product.high));  // 3 at least
+  const int least = detail::decimalDigitsOfBits(255 - shift) + 1;
+  const UInt256& limit = detail::kWidePowersOfTen[static_cast<std::size_t>(least)];
+  const int excess = least + (product < limit ? 0 : 1) - Decimal::kDigits;
+  const detail::ReciprocalOfPower& power =
+      detail::kReciprocalsOfPowers[static_cast<std::size_t>(excess - detail::kLeastReciprocal)];
+
+  const int rest = 64 - shift;
+  const std::uint64_t high = highWord(product.high) << shift | lowWord(product.high) >> rest;
+  const std::uint64_t middle = lowWord(product.high) << shift | highWord(product.low) >> rest;
+  const std::uint64_t low = highWord(product.low) << shift | lowWord(product.low) >> rest;
+  const UInt128 first = UInt128{high} * power.middle;
+  const UInt128 second = UInt128{middle} * power.high;
+  const UInt128 fourth = UInt128{lowWord(first)} + lowWord(second) +
+                         highWord(UInt128{high} * power.low) +
+                         highWord(UInt128{middle} * power.middle) +
+                         highWord(UInt128{low} * power.high);
+  const UInt128 upper =
+      UInt128{high} * power.high + highWord(first) + highWord(second) + highWord(fourth);
+
+  // From 0 to 5, since the quotient has 38 digits.
+  const int surplus = power.width + shift - 129;
+  const int carried = 63 - surplus;
+  const UInt128 quotient = detail::joinWords(
+      highWord(upper) >> surplus, lowWord(upper) >> surplus | highWord(upper) << 1 << carried);
+  const std::uint64_t fraction = lowWord(fourth) >> surplus | lowWord(upper) << 1 << carried;
+  constexpr std::uint64_t kUncertain = 16;
+  return {quotient + (fraction >> 63), excess, (fraction + kUncertain) >> 63 == fraction >> 63};
 }
 
 }  // namespace
@@ -131,12 +175,12 @@ Decimal operator*(const Decimal& a, const Decimal& b) noexcept {
       exponent >= Decimal::kMinimumExponent && exponent <= Decimal::kMaximumExponent) {
     return Decimal(negative, product.low, exponent);
   }
-  if (product != UInt256{}) {
-    const int excess = digitCount(product) - Decimal::kDigits;
-    if (excess > 0 && exponent + excess >= Decimal::kMinimumExponent &&
-        exponent + excess <= Decimal::kMaximumExponent) {
-      const UInt128 rounded = roundedToEven(cutDigits(product, excess, false));
-      if (rounded < Decimal::kMantissaLimit) return Decimal(negative, rounded, exponent + excess);
+  if (highWord(product.high) != 0) {
+    const CutProduct cut = cutLongProduct(product);
+    const int fitting = exponent + cut.excess;
+    if (cut.isCertain && fitting >= Decimal::kMinimumExponent &&
+        fitting <= Decimal::kMaximumExponent && cut.rounded < Decimal::kMantissaLimit) {
+      return Decimal(negative, cut.rounded, fitting);
     }
   }
   return Decimal::rounding(negative, product, exponent);

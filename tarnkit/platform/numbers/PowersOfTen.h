@@ -80,6 +80,43 @@ consteval std::array<UInt256, kLargestWidePowerOfTen + 1> makeWidePowersOfTen() 
 inline constexpr std::array<UInt256, kLargestWidePowerOfTen + 1> kWidePowersOfTen =
     makeWidePowersOfTen();
 
+/// 10^-exponent to 192 bits.
+struct ReciprocalOfPower {
+  // floor(2^(191 + width) / 10^exponent), which has 192 bits.
+  std::uint64_t high;
+  std::uint64_t middle;
+  std::uint64_t low;
+  int width;  // how many bits the power has
+};
+
+/// From the first power by which a number of 193 bits is divided to leave 38 digits.
+inline constexpr int kLeastReciprocal = 20;
+
+consteval std::array<ReciprocalOfPower, kLargestPowerOfTen + 1 - kLeastReciprocal>
+makeReciprocals() {
+  std::array<ReciprocalOfPower, kLargestPowerOfTen + 1 - kLeastReciprocal> reciprocals{};
+  int exponent = kLeastReciprocal;
+  for (ReciprocalOfPower& reciprocal : reciprocals) {
+    const UInt128 power = kPowersOfTen[static_cast<std::size_t>(exponent++)].value;
+    reciprocal.width = bitWidth(power);
+    UInt256 quotient{0, 1};
+    UInt128 rest = (UInt128{1} << reciprocal.width) - power;
+    for (int bit = 1; bit < 192; ++bit) {
+      rest <<= 1;
+      quotient = quotient << 1;
+      if (rest < power) continue;
+      rest -= power;
+      quotient.low |= 1;
+    }
+    reciprocal.high = lowWord(quotient.high);
+    reciprocal.middle = highWord(quotient.low);
+    reciprocal.low = lowWord(quotient.low);
+  }
+  return reciprocals;
+}
+
+inline constexpr auto kReciprocalsOfPowers = makeReciprocals();
+
 /// floor(bits × log10(2)), exact for bits from 0 to 680.
 constexpr int decimalDigitsOfBits(int bits) noexcept { return (bits * 1233) >> 12; }
 
