@@ -114,13 +114,13 @@ void HXNode::setSelected(bool selected) {
 }
 
 void HXNode::setInspectorPanel(std::uint64_t panel) {
-  if (panel == inspectorPanel_) return;
+  if (panel == inspectorPanel()) return;
   const detail::RecordedOperation operation(*this);
   storeInspectorPanel(panel);
 }
 
 void HXNode::setComment(String comment) {
-  if (comment == comment_) return;
+  if (comment == this->comment()) return;
   const detail::RecordedOperation operation(*this);
   storeComment(std::move(comment));
 }
@@ -249,7 +249,7 @@ bool HXNode::shouldBeTreatedAsViewNode() const {
   if ((patch_ && patch_->isKindOf(HXRViewNode)) || as<HXSubviewGroup>(subnodeGroup_.get())) {
     return true;
   }
-  const auto* group = unknownPatchClass_.isNil() ? nullptr : as<HXSubviewGroup>(parentGroup());
+  const auto* group = isOfUnknownPatch() ? as<HXSubviewGroup>(parentGroup()) : nullptr;
   return group && group->subviewNodesInForce().contains(this);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -81,11 +82,11 @@ class HXNode : public HXRNodeOwner, private HXNodeSync {
   bool selected() const noexcept { return selected_; }
   void setSelected(bool selected);
   /// The index of the inspector panel that the editor showed last; setting it announces nothing.
-  std::uint64_t inspectorPanel() const noexcept { return inspectorPanel_; }
+  std::uint64_t inspectorPanel() const noexcept { return rarities().inspectorPanel; }
   void setInspectorPanel(std::uint64_t panel);
   /// What somebody has noted about the node, for other people; nil for nothing. Nobody acts on it
   /// and setting it announces nothing; archives hold it only where there is one.
-  const String& comment() const noexcept { return comment_; }
+  const String& comment() const noexcept { return rarities().comment; }
   void setComment(String comment);
   /// The view colour for a node with a subview group, otherwise the patch class's colour.
   RGBA defaultColor() const;
@@ -213,7 +214,7 @@ class HXNode : public HXRNodeOwner, private HXNodeSync {
   // The definition.
 
   /// Null while there is none, and for a node of an unknown patch.
-  Ref<HXRNode> patch() const noexcept { return unknownPatchClass_.isNil() ? patch_ : nullptr; }
+  Ref<HXRNode> patch() const noexcept { return isOfUnknownPatch() ? nullptr : patch_; }
   /// Takes the definition (null: none) and brings name, subnode group, parameters, port groups and
   /// ports in line with it; the same definition synchronises again.
   void setPatch(const Ref<HXRNode>& patch);
@@ -221,7 +222,7 @@ class HXNode : public HXRNodeOwner, private HXNodeSync {
   /// Such a node keeps everything it was read with until a patch is set, and writes the name back.
   /// Which of its groups shows which port is not known: the first one of either side that is not
   /// hidden shows them all.
-  const String& unknownPatchClass() const noexcept { return unknownPatchClass_; }
+  const String& unknownPatchClass() const noexcept { return rarities().unknownPatchClass; }
   /// The class of the patch; the root definition class without one.
   const HXRNodeClass& patchClass() const noexcept;
 
@@ -283,6 +284,20 @@ class HXNode : public HXRNodeOwner, private HXNodeSync {
     Ref<HXPortGroupCollection> collection;
     OrderedMap<Ref<HXPortGroup>> groups;  // by key
   };
+  // What few nodes have.
+  struct Rarities {
+    String comment;
+    String unknownPatchClass;
+    std::uint64_t inspectorPanel = 0;
+  };
+  static const Rarities kNoRarities;
+  const Rarities& rarities() const noexcept { return rarities_ ? *rarities_ : kNoRarities; }
+  /// Sets one of them; what few nodes have is not made for a value that the others have.
+  template <class Value>
+  void storeRarity(Value Rarities::*member, Value value);
+  bool isOfUnknownPatch() const noexcept {
+    return rarities_ && !rarities_->unknownPatchClass.isNil();
+  }
 
   void init();
   static KeyCounter& keyCounter() noexcept;
@@ -338,15 +353,13 @@ class HXNode : public HXRNodeOwner, private HXNodeSync {
   bool mayBeRecorded_ : 1 = false;  // it may have left a document that is
   String uniqueKey_;
   String name_;
-  String comment_;
   BySide<Side> sides_;
   OrderedMap<Ref<HXPatchPort>> portsByUniqueKey_;
   OrderedMap<Ref<HXParameter>> parameters_;
   WeakRef<HXGroup> parentGroup_;
   Ref<HXGroup> subnodeGroup_;
   Ref<HXRNode> patch_;  // the stand-in of an unknown patch
-  String unknownPatchClass_;
-  std::uint64_t inspectorPanel_ = 0;
+  std::unique_ptr<Rarities> rarities_;
   HXPoint position_;
 };
 

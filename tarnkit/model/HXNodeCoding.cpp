@@ -78,12 +78,12 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
     coder.encodeConditionalObject(parentGroup_, key::kParentGroup);
     coder.encodeObject(subnodeGroup_, key::kSubnodeGroup);
     coder.encodeBool(forceAllowsSubnodes_, key::kForceAllowsSubnodes);
-    coder.encodeString(patch() ? patch_->isa().nameString() : unknownPatchClass_, key::kPatchClass);
+    coder.encodeString(patch() ? patch_->isa().nameString() : unknownPatchClass(), key::kPatchClass);
     coder.encodeString(name_, key::kName);
     coder.encodeFloat(position_.x, key::kPositionX);
     coder.encodeFloat(position_.y, key::kPositionY);
     // Deliberately narrowed to 32 bits: that is the width which documents have always had.
-    coder.encodeInt(static_cast<std::int32_t>(inspectorPanel_), key::kInspectorPanel);
+    coder.encodeInt(static_cast<std::int32_t>(inspectorPanel()), key::kInspectorPanel);
     coder.encodeBool(selected_, key::kSelected);
     for (const auto side : kBothSides) {
       coder.encodeObject(sides_[side].collection, key::kPortGroupCollection[side]);
@@ -95,7 +95,7 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
     coder.encodeMap(portsByUniqueKey_, key::kPortsByUniqueKey);
     encodeParameters(parameters_, coder, key::kParameters);
     coder.encodeMap(parameters_, key::kParametersByUniqueKey);
-    coder.encodeString(comment_, key::kComment);
+    coder.encodeString(comment(), key::kComment);
   } else if (coder.codingType() == HXCodingTypeDevice) {
     coder.setClassName(deviceClassName(), isa());
     coder.encodeString(uniqueKey_, kDeviceUniqueKey);
@@ -123,7 +123,8 @@ void HXNode::initWithCoder(Decoder& coder) {
   hx_decodePatchWithCoder(coder);
   name_ = coder.decodeString(key::kName);
   position_ = {coder.decodeFloat(key::kPositionX), coder.decodeFloat(key::kPositionY)};
-  inspectorPanel_ = static_cast<std::uint64_t>(std::int64_t{coder.decodeInt(key::kInspectorPanel)});
+  storeRarity(&Rarities::inspectorPanel,
+              static_cast<std::uint64_t>(std::int64_t{coder.decodeInt(key::kInspectorPanel)}));
   selected_ = coder.decodeBool(key::kSelected);
   for (const auto orientation : kBothSides) {
     Side& side = sides_[orientation];
@@ -134,7 +135,7 @@ void HXNode::initWithCoder(Decoder& coder) {
         [&](const String& key, auto& group) { side.groups.set(key, group); });
   }
   decodeParameters(coder);
-  comment_ = coder.decodeString(key::kComment);
+  storeRarity(&Rarities::comment, coder.decodeString(key::kComment));
   coder.decodeEachEntry<HXPatchPort>(key::kPortsByUniqueKey, [&](const String& key, auto& port) {
     portsByUniqueKey_.set(key, port);
   });
@@ -148,7 +149,7 @@ void HXNode::hx_decodePatchWithCoder(Decoder& coder) {
   if (record && record->isKindOf(HXRNode::kClass)) {
     patch_ = static_cast<const HXRNodeClass*>(record)->makeDefinition();
   } else {
-    unknownPatchClass_ = className;
+    storeRarity(&Rarities::unknownPatchClass, className);
   }
 }
 
@@ -205,7 +206,7 @@ void HXNode::awakeAfterDecoding(Decoder& coder) {
       return;
     }
   }
-  if (unknownPatchClass_.isNil()) {
+  if (!isOfUnknownPatch()) {
     const std::size_t archivedPorts = portsByUniqueKey_.size();
     const Ref<HXRNode> patch = std::exchange(patch_, nullptr);
     detail::DecodedLosses::Watch watch(*this, patch.get());

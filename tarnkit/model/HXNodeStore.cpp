@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <cassert>
-#include <tuple>
+#include <utility>
 
 #include "tarnkit/model/HXDocument.h"
 #include "tarnkit/model/HXEntryChange.h"
@@ -63,14 +63,18 @@ struct HXNodeFields {
   struct InspectorPanel : FieldOf<HXNode> {
     static constexpr const char* kName = "inspectorPanel";
     static constexpr bool kIsViewState = true;
-    static std::uint64_t get(const HXNode& node) { return node.inspectorPanel_; }
-    static void set(HXNode& node, std::uint64_t panel) { node.inspectorPanel_ = panel; }
+    static std::uint64_t get(const HXNode& node) { return node.inspectorPanel(); }
+    static void set(HXNode& node, std::uint64_t panel) {
+      node.storeRarity(&HXNode::Rarities::inspectorPanel, panel);
+    }
   };
   struct Comment : FieldOf<HXNode> {
     static constexpr const char* kName = "comment";
     static constexpr bool kIsSimple = true;
-    static String get(const HXNode& node) { return node.comment_; }
-    static void set(HXNode& node, String comment) { node.comment_ = std::move(comment); }
+    static String get(const HXNode& node) { return node.comment(); }
+    static void set(HXNode& node, String comment) {
+      node.storeRarity(&HXNode::Rarities::comment, std::move(comment));
+    }
   };
   struct ForceAllowsSubnodes : FieldOf<HXNode> {
     static constexpr const char* kName = "forceAllowsSubnodes";
@@ -100,13 +104,14 @@ struct HXNodeFields {
   struct Patch : FieldOf<HXNode> {
     static constexpr const char* kName = "patch";
     using Value = std::pair<Ref<HXRNode>, String>;
-    static Value get(const HXNode& node) { return {node.patch_, node.unknownPatchClass_}; }
+    static Value get(const HXNode& node) { return {node.patch_, node.unknownPatchClass()}; }
     static void set(HXNode& node, Value value) {
       if (node.patch_ != value.first) {
         if (value.first) node.HXRNodeOwner::takeUp(*value.first);
         if (node.patch_) node.letGo(*node.patch_);
       }
-      std::tie(node.patch_, node.unknownPatchClass_) = std::move(value);
+      node.patch_ = std::move(value.first);
+      node.storeRarity(&HXNode::Rarities::unknownPatchClass, std::move(value.second));
     }
     static void follow(HXNode& node) { takeUp(node); }
   };
@@ -246,6 +251,19 @@ struct HXNodeFields {
 
 const Class HXNodeFields::DefinitionChange::kClass{"HXDefinitionChange", &Object::kClass};
 
+constinit const HXNode::Rarities HXNode::kNoRarities{};
+
+template <class Value>
+void HXNode::storeRarity(Value Rarities::*member, Value value) {
+  if (!rarities_) {
+    if (value == kNoRarities.*member) return;
+    rarities_ = std::make_unique<Rarities>();
+  }
+  (*rarities_).*member = std::move(value);
+}
+template void HXNode::storeRarity(String Rarities::*, String);
+template void HXNode::storeRarity(std::uint64_t Rarities::*, std::uint64_t);
+
 void HXNode::storeName(String name) {
   willSet<HXNodeFields::Name>(*this);
   name_ = std::move(name);
@@ -263,12 +281,12 @@ void HXNode::storeSelected(bool selected) {
 
 void HXNode::storeInspectorPanel(std::uint64_t panel) {
   willSet<HXNodeFields::InspectorPanel>(*this);
-  inspectorPanel_ = panel;
+  storeRarity(&Rarities::inspectorPanel, panel);
 }
 
 void HXNode::storeComment(String comment) {
   willSet<HXNodeFields::Comment>(*this);
-  comment_ = std::move(comment);
+  storeRarity(&Rarities::comment, std::move(comment));
 }
 
 void HXNode::storeForceAllowsSubnodes(bool force) {

@@ -29,10 +29,10 @@ HXRNode::HXRNode(const HXRNodeClass& patchClass) : class_(&patchClass) {
   }
   assert(model->layout_->isShared());
   layout_ = model->layout_;
-  parameters_.reserve(model->parameters_.size());
-  for (const auto& parameter : model->parameters_) {
-    parameters_.push_back(parameter->copy());
-    parameters_.back()->linkNode(this, {});
+  for (const auto& parameter : model->parametersInForce()) {
+    Ref<HXRParameter> copy = parameter->copy();
+    copy->linkNode(this, {});
+    parameters_.append(std::move(copy));
   }
 }
 
@@ -88,10 +88,11 @@ void HXRNode::removePort(HXRPort& port) {
 }
 
 HXRParameter* HXRNode::parameterForKey(const String& uniqueKey) const {
-  const auto found =
-      std::find_if(parameters_.rbegin(), parameters_.rend(),
-                   [&](const auto& parameter) { return parameter->uniqueKey() == uniqueKey; });
-  return found == parameters_.rend() ? nullptr : found->get();
+  const auto run = parametersInForce();
+  const auto found = std::find_if(run.rbegin(), run.rend(), [&](const auto& parameter) {
+    return parameter->uniqueKey() == uniqueKey;
+  });
+  return found == run.rend() ? nullptr : found->get();
 }
 
 void HXRNode::addParameter(HXRParameter& parameter) {
@@ -100,17 +101,18 @@ void HXRNode::addParameter(HXRParameter& parameter) {
     return;
   }
   const Ref<Object> change = willChange();
-  parameters_.push_back(Ref<HXRParameter>(&parameter));
+  parameters_.append(Ref<HXRParameter>(&parameter));
   parameter.linkNode(this, {});
   if (const Ref<HXRNodeOwner> owner = node()) owner->addPatchParameter(parameter);
 }
 
 void HXRNode::removeParameter(HXRParameter& parameter) {
-  const auto found = std::find(parameters_.begin(), parameters_.end(), &parameter);
-  if (found == parameters_.end()) return;
+  const auto run = parametersInForce();
+  const auto found = std::find(run.begin(), run.end(), &parameter);
+  if (found == run.end()) return;
   const Ref<HXRParameter> kept = *found;
   const Ref<Object> change = willChange();
-  parameters_.erase(found);
+  parameters_.remove(static_cast<std::size_t>(found - run.begin()));
   kept->linkNode(nullptr, {});
   if (const Ref<HXRNodeOwner> owner = node()) owner->removePatchParameter(*kept);
 }

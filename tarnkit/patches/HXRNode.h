@@ -9,9 +9,9 @@
 #include "tarnkit/patches/HXRNodeOwner.h"
 #include "tarnkit/patches/HXRParameter.h"
 #include "tarnkit/patches/HXRPortLayout.h"
+#include "tarnkit/platform/collections/RefRun.h"
 #include "tarnkit/platform/objects/FunctionRef.h"
 #include "tarnkit/platform/objects/PassKey.h"
-#include "tarnkit/platform/objects/PoolAllocator.h"
 
 namespace tarnkit {
 
@@ -60,10 +60,13 @@ class HXRNode : public Object {
 
   /// The parameters as they are now, in the order added.
   std::vector<Ref<HXRParameter>> parameters() const {
-    return {parameters_.begin(), parameters_.end()};
+    const auto run = parameters_.span();
+    return {run.begin(), run.end()};
   }
   /// The same, for reading by who changes nothing meanwhile.
-  std::span<const Ref<HXRParameter>> parametersInForce() const noexcept { return parameters_; }
+  std::span<const Ref<HXRParameter>> parametersInForce() const noexcept {
+    return parameters_.span();
+  }
   /// The parameter last added under the key, or null.
   HXRParameter* parameterForKey(const String& uniqueKey) const;
   /// Appends the parameter and tells the editor node. One without a key is refused with one line
@@ -120,8 +123,8 @@ class HXRNode : public Object {
 
   const HXRNodeClass* class_;
   Ref<HXRPortLayout> layout_;
-  std::vector<Ref<HXRParameter>, PoolAllocator<Ref<HXRParameter>>> parameters_;
   WeakRef<HXRNodeOwner> node_;
+  [[no_unique_address]] detail::RefRun<HXRParameter> parameters_;
   bool external_ = false;
   bool rebuilding_ = false;
 };

@@ -51,8 +51,11 @@ void HXRNodeSnapshot::putInForce(const State& state, const State& earlier) {
   }
   for (const auto& parameter : earlier.parameters) parameter->node_ = nullptr;
   definition_->layout_ = state.layout;
-  definition_->parameters_.assign(state.parameters.begin(), state.parameters.end());
-  for (const auto& parameter : state.parameters) parameter->node_ = definition_.get();
+  definition_->parameters_.clear();
+  for (const auto& parameter : state.parameters) {
+    definition_->parameters_.append(parameter);
+    parameter->node_ = definition_.get();
+  }
   if (state.layout->isShared()) return;
   for (const auto& [port, name, groupKey] : state.ports) {
     port->node_ = definition_.get();

@@ -12,6 +12,7 @@
 #include "tarnkit/platform/collections/IdentityMap.h"
 #include "tarnkit/platform/collections/OrderedMap.h"
 #include "tarnkit/platform/collections/OrderedSet.h"
+#include "tarnkit/platform/collections/RefRun.h"
 #include "tarnkit/platform/numbers/Number.h"
 #include "tarnkit/platform/system/Log.h"
 #include "tests/ProcessorTime.h"
@@ -133,6 +134,52 @@ TEST(OrderedMap, AQueueOfManyEntriesDoesNotSlowDown) {
   }
   // Walking over the gaps at every step would take minutes.
   EXPECT_LT(test::ProcessorTime::now() - start, std::chrono::seconds(15));
+}
+
+// From some tens of thousands of entries on, what finds them is laid out in another way.
+TEST(OrderedMap, FindsEveryEntryWhileItGrowsAndShrinks) {
+  constexpr std::uint32_t kMany = 50000;
+  OrderedMap<std::uint32_t> map;
+  for (std::uint32_t i = 0; i < kMany; ++i) {
+    map.set(keyOf(i), i);
+    if (i % 1000 != 0 && i % 32768 > 1) continue;
+    for (std::uint32_t known = 0; known <= i; known += 97) {
+      ASSERT_NE(map.find(keyOf(known)), nullptr) << known << " of " << i;
+      ASSERT_EQ(*map.find(keyOf(known)), known);
+    }
+    ASSERT_FALSE(map.contains(keyOf(i + 1)));
+  }
+  for (std::uint32_t i = 0; i < kMany; ++i) {
+    if (i % 10 == 3) continue;
+    ASSERT_EQ(map.take(keyOf(i)), i);
+  }
+  ASSERT_EQ(map.size(), kMany / 10);
+  for (std::uint32_t i = 0; i < kMany; ++i) ASSERT_EQ(map.contains(keyOf(i)), i % 10 == 3) << i;
+}
+
+TEST(RefRun, HoldsWhatAListHolds) {
+  std::mt19937 random(5);
+  detail::RefRun<StringObject> run;
+  std::vector<Ref<StringObject>> list;
+  for (int step = 0; step < 5000; ++step) {
+    // Mostly none or one, now and then many.
+    if (random() % 100 < (step / 500 % 2 == 0 ? 45U : 60U)) {
+      list.push_back(StringObject::make(std::to_string(step)));
+      run.append(list.back());
+    } else if (!list.empty()) {
+      const auto at = random() % list.size();
+      list.erase(list.begin() + at);
+      run.remove(at);
+    } else {
+      run.clear();
+    }
+    ASSERT_TRUE(std::equal(list.begin(), list.end(), run.span().begin(), run.span().end()));
+    ASSERT_TRUE(list.empty() || list.back()->isShared()) << "the run owns what it holds";
+  }
+  const Ref<StringObject> last = StringObject::make("last");
+  run.append(last);
+  run.clear();
+  EXPECT_FALSE(last->isShared());
 }
 
 TEST(OrderedSet, KeepsOrderThroughAddingRemovingAndMoving) {

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <new>
 #include <utility>
@@ -191,18 +193,53 @@ class OrderedTable {
   // A table without a gap near by is laid out with one gap after so many entries.
   static constexpr std::uint32_t kEntriesPerGap = 4;
 
-  // Open addressing with linear probing; a slot holds one more than the entry's position. Slots of
-  // removed entries stay until the index is built again.
+  // Open addressing with linear probing. Slots of removed entries stay until the index is built
+  // again. A slot holds one more than the entry's position, which is less than half of the slots,
+  // and what it can of the hash but for the bits that say where it stands.
+  template <class Word>
   struct Slot {
-    std::uint32_t hash;
-    std::uint32_t position;
+    Word hash;
+    Word position;
+    static constexpr Word hashOf(std::uint32_t hash) noexcept {
+      return static_cast<Word>(hash >> (32 - std::numeric_limits<Word>::digits));
+    }
   };
+  using NarrowSlot = Slot<std::uint16_t>;
+  using WideSlot = Slot<std::uint32_t>;
+  static constexpr std::uint32_t kMostNarrowSlots = 0x10000;
+  // Stands before its slots.
   struct Index {
-    explicit Index(std::uint32_t size) : count(size), places(new Slot[size]()) {}
-    std::uint32_t count;      // a power of two
-    std::uint32_t taken = 0;  // of the places, those of removed entries included
-    std::unique_ptr<Slot[]> places;
+    std::uint32_t count;  // of the slots, a power of two
+    std::uint32_t taken;  // of the slots, those of removed entries included
+
+    static Index* make(std::uint32_t count) {
+      return ::new (::operator new(bytesOf(count))) Index{count, 0};
+    }
+    bool isNarrow() const noexcept { return count <= kMostNarrowSlots; }
+    template <class S>
+    S* places() noexcept {
+      return reinterpret_cast<S*>(this + 1);
+    }
+    void clear() noexcept {
+      taken = 0;
+      std::memset(places<char>(), 0, bytesOf(count) - sizeof(Index));
+    }
+
+   private:
+    static std::size_t bytesOf(std::uint32_t count) noexcept {
+      const bool isNarrow = count <= kMostNarrowSlots;
+      return sizeof(Index) + std::size_t{count} * (isNarrow ? sizeof(NarrowSlot) : sizeof(WideSlot));
+    }
   };
+  struct Discard {
+    void operator()(Index* index) const noexcept { ::operator delete(index); }
+  };
+  // Does something with the slots, as those that they are.
+  template <class Use>
+  static auto withPlaces(Index& index, Use use) {
+    return index.isNarrow() ? use(index.template places<NarrowSlot>())
+                            : use(index.template places<WideSlot>());
+  }
   // Stands before the entries.
   struct alignas(std::uint64_t) Block {
     std::uint32_t used = 0;
@@ -213,7 +250,7 @@ class OrderedTable {
   struct Large {
     std::uint32_t live = 0;
     std::uint32_t first = 0;  // no entry stands before it
-    std::unique_ptr<Index> index;
+    std::unique_ptr<Index, Discard> index;
   };
   static_assert(alignof(Entry) <= alignof(Block) && alignof(Large) <= alignof(Block));
 
@@ -259,7 +296,7 @@ class OrderedTable {
   std::uint32_t position(const Key& key) const noexcept {
     if (!block_) return kNotFound;
     const Entry* const run = entries();
-    const Index* const index = this->index();
+    Index* const index = this->index();
     if (!index) {
       for (std::uint32_t i = 0; i < block_->used; ++i) {
         if (!Traits::isGap(run[i]) && Traits::hasKey(run[i], key)) return i;
@@ -268,13 +305,16 @@ class OrderedTable {
     }
     const auto hash = fold(Traits::hash(key));
     const std::size_t mask = index->count - 1;
-    for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
-      const Slot& slot = index->places[at];
-      if (slot.position == 0) return kNotFound;
-      if (slot.hash != hash) continue;
-      const Entry& entry = run[slot.position - 1];
-      if (!Traits::isGap(entry) && Traits::hasKey(entry, key)) return slot.position - 1;
-    }
+    return withPlaces(*index, [&]<class S>(const S* places) {
+      for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
+        const S& slot = places[at];
+        if (slot.position == 0) return kNotFound;
+        if (slot.hash != S::hashOf(hash)) continue;
+        const std::uint32_t position = slot.position - 1U;
+        const Entry& entry = run[position];
+        if (!Traits::isGap(entry) && Traits::hasKey(entry, key)) return position;
+      }
+    });
   }
 
   void insertIntoIndex(std::uint32_t position) {
@@ -290,21 +330,19 @@ class OrderedTable {
     assert(block_->used < index.count);  // a slot stays free, or no search would end
     const auto hash = fold(Traits::hash(Traits::key(entries()[position])));
     const std::size_t mask = index.count - 1;
-    std::size_t at = hash & mask;
-    while (index.places[at].position != 0) at = (at + 1) & mask;
-    index.places[at] = {hash, position + 1};
+    withPlaces(index, [&]<class S>(S* places) {
+      std::size_t at = hash & mask;
+      while (places[at].position != 0) at = (at + 1) & mask;
+      places[at] = {S::hashOf(hash), static_cast<decltype(S::position)>(position + 1)};
+    });
     ++index.taken;
   }
   void buildIndex() {
     std::uint32_t size = 32;
     while (size < block_->used * 2 + 2) size *= 2;
     auto& index = largeOf(block_).index;
-    if (index && index->count == size) {
-      std::fill_n(index->places.get(), size, Slot{0, 0});
-      index->taken = 0;
-    } else {
-      index = std::make_unique<Index>(size);
-    }
+    if (!index || index->count != size) index.reset(Index::make(size));
+    index->clear();
     for (std::uint32_t i = 0; i < block_->used; ++i) {
       if (!Traits::isGap(entries()[i])) place(i);
     }
