@@ -21,9 +21,7 @@ void HXArchiveWalk::put(const Symbol& key, Index value) {
     putTop(key, value);
     return;
   }
-  Entry entry;
-  entry.value = value;
-  record(key, std::move(entry));
+  record(key, Entry::Kind::value).value = value;
 }
 
 void HXArchiveWalk::putObject(const Symbol& key, const Object& object, bool isConditional) {
@@ -32,10 +30,8 @@ void HXArchiveWalk::putObject(const Symbol& key, const Object& object, bool isCo
     return;
   }
   recordCodingType();
-  Entry entry;
-  entry.object = Ref<const Object>(&object);
-  entry.kind = isConditional ? Entry::Kind::conditional : Entry::Kind::object;
-  record(key, std::move(entry));
+  record(key, isConditional ? Entry::Kind::conditional : Entry::Kind::object).object =
+      Ref<const Object>(&object);
   if (!isEncoding()) encodeForTop(key);
 }
 
@@ -43,10 +39,7 @@ void HXArchiveWalk::putCollection(const Symbol& key, CodingKind kind, std::size_
                                   FunctionRef<const Object*(std::size_t)> at) {
   recordCodingType();
   const std::size_t position = entries_.size();
-  Entry entry;
-  entry.kind = Entry::Kind::collection;
-  entry.form = formOf(kind);
-  record(key, std::move(entry));
+  record(key, Entry::Kind::collection).form = formOf(kind);
   for (std::size_t i = 0; i < count; ++i) {
     if (const Object* const element = at(i)) appendElement(*element, kNone);
   }
@@ -64,30 +57,35 @@ bool HXArchiveWalk::putMap(const Symbol& key, std::size_t count,
   }
   recordCodingType();
   const std::size_t position = entries_.size();
-  Entry entry;
-  entry.kind = Entry::Kind::collection;
-  entry.form = Form::map;
-  record(key, std::move(entry));
+  record(key, Entry::Kind::collection).form = Form::map;
   appendSorted();
   entries_[position].count = static_cast<std::uint32_t>(entries_.size() - position - 1);
   if (!isEncoding()) encodeForTop(key);
   return true;
 }
 
-void HXArchiveWalk::record(const Symbol& key, Entry entry) {
+HXArchiveWalk::Entry& HXArchiveWalk::record(const Symbol& key, Entry::Kind kind) {
   SymbolEntry& known = symbol(key);
+  Entry& entry = entries_.emplace_back();
   entry.key = known.key;
-  if (isEncoding()) {
-    const std::uint32_t serial = frames_.back().serial;
-    if (known.serial == serial && known.position == kNone) {
-      entry.isReplaced = true;
-    } else {
-      if (known.serial == serial) entries_[known.position].isReplaced = true;
-      known.serial = serial;
-      known.position = static_cast<std::uint32_t>(entries_.size());
-    }
+  entry.kind = kind;
+  if (!isEncoding()) return entry;
+  const std::uint32_t serial = frames_.back().serial;
+  if (known.serial == serial && known.position == kNone) {
+    entry.isReplaced = true;
+  } else {
+    if (known.serial == serial) entries_[known.position].isReplaced = true;
+    known.serial = serial;
+    known.position = static_cast<std::uint32_t>(entries_.size() - 1);
   }
-  entries_.push_back(std::move(entry));
+  return entry;
+}
+
+HXArchiveWalk::Entry& HXArchiveWalk::recordAside(Entry::Kind kind) {
+  Entry& entry = entries_.emplace_back();
+  entry.kind = kind;
+  entry.isReplaced = true;
+  return entry;
 }
 
 // The objects are walked only when the one that refers to them has returned, so what it set for
@@ -95,11 +93,7 @@ void HXArchiveWalk::record(const Symbol& key, Entry entry) {
 void HXArchiveWalk::recordCodingType() {
   if (!isEncoding() || coder().codingType() == recordedType_) return;
   recordedType_ = coder().codingType();
-  Entry entry;
-  entry.kind = Entry::Kind::codingType;
-  entry.isReplaced = true;
-  entry.value = static_cast<Index>(recordedType_);
-  entries_.push_back(std::move(entry));
+  recordAside(Entry::Kind::codingType).value = static_cast<Index>(recordedType_);
 }
 
 // The top container holds the few keys that the host writes itself, so they are searched.
@@ -133,7 +127,7 @@ HXArchiveWalk::Form HXArchiveWalk::formOf(CodingKind kind) noexcept {
 }
 
 void HXArchiveWalk::appendElement(const Object& object, Index key) {
-  Entry entry;
+  Entry& entry = entries_.emplace_back();
   entry.key = key;
   if (isValue(object.codingKind())) {
     entry.value = inlineValue(object);
@@ -141,7 +135,6 @@ void HXArchiveWalk::appendElement(const Object& object, Index key) {
     entry.object = Ref<const Object>(&object);
     entry.kind = Entry::Kind::object;
   }
-  entries_.push_back(std::move(entry));
 }
 
 // Ascending keys make the hand-out of IDs, and so the output, the same for equal graphs.
@@ -167,12 +160,9 @@ void HXArchiveWalk::setClassName(const String& name, const Class& forClass) {
   // and may set another one for this class. Only before the first value is known what is in force.
   const std::uint32_t number = classes().numberOf(forClass);
   if (entries_.size() == frames_.back().begin && classes()[number].substitute == name) return;
-  Entry entry;
-  entry.kind = Entry::Kind::substitution;
-  entry.isReplaced = true;
+  Entry& entry = recordAside(Entry::Kind::substitution);
   entry.object = Ref<const Object>(name.object());
   entry.value = number;
-  entries_.push_back(std::move(entry));
 }
 
 String HXArchiveWalk::classNameForClass(const Class& forClass) const {

@@ -67,7 +67,10 @@ class HXArchiveWalk final : public KeyedArchiveLayout {
     Form form;
     bool ownsEntries;  // they stand at the end of the stack and go with the frame
   };
-  void record(const Symbol& key, Entry entry);
+  /// A new entry, of the key; valid until the next one.
+  Entry& record(const Symbol& key, Entry::Kind kind);
+  /// The same, of no key; for the entries that are none of the container.
+  Entry& recordAside(Entry::Kind kind);
   void recordCodingType();
   static Form formOf(CodingKind kind) noexcept;
   void putTop(const Symbol& key, Index value);

@@ -78,7 +78,8 @@ void HXNode::encodeWithCoder(Encoder& coder) const {
     coder.encodeConditionalObject(parentGroup_, key::kParentGroup);
     coder.encodeObject(subnodeGroup_, key::kSubnodeGroup);
     coder.encodeBool(forceAllowsSubnodes_, key::kForceAllowsSubnodes);
-    coder.encodeString(patch() ? patch_->isa().nameString() : unknownPatchClass(), key::kPatchClass);
+    coder.encodeString(patch() ? patch_->isa().nameString() : unknownPatchClass(),
+                       key::kPatchClass);
     coder.encodeString(name_, key::kName);
     coder.encodeFloat(position_.x, key::kPositionX);
     coder.encodeFloat(position_.y, key::kPositionY);

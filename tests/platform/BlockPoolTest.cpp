@@ -20,7 +20,9 @@ struct Block {
   unsigned char mark;
 
   static Block make(std::size_t size, unsigned char mark) {
-    auto* const bytes = static_cast<unsigned char*>(BlockPool::allocate(size));
+    void* const memory =
+        size == BlockPool::kSegment ? BlockPool::allocateSegment() : BlockPool::allocate(size);
+    auto* const bytes = static_cast<unsigned char*>(memory);
     std::memset(bytes, mark, size);
     return {bytes, size, mark};
   }
@@ -28,7 +30,11 @@ struct Block {
   bool release() const {
     bool isIntact = reinterpret_cast<std::uintptr_t>(bytes) % 8 == 0;
     for (std::size_t i = 0; i < size; ++i) isIntact = isIntact && bytes[i] == mark;
-    BlockPool::release(bytes, size);
+    if (size == BlockPool::kSegment) {
+      BlockPool::releaseSegment(bytes);
+    } else {
+      BlockPool::release(bytes, size);
+    }
     return isIntact;
   }
 };
@@ -45,7 +51,8 @@ TEST(BlockPoolTest, BlocksOfAllSizesLiveSideBySideInAnyOrder) {
     // Waves of growth and decline, so that pages fill, run empty and are given back.
     const bool grows = random() % 100 < (step / 20000 % 2 == 0 ? 70U : 30U);
     if (grows || blocks.empty()) {
-      blocks.push_back(Block::make(random() % 600, static_cast<unsigned char>(step)));
+      const std::size_t size = random() % 200 == 0 ? BlockPool::kSegment : random() % 600;
+      blocks.push_back(Block::make(size, static_cast<unsigned char>(step)));
     } else {
       std::swap(blocks[random() % blocks.size()], blocks.back());
       ASSERT_TRUE(blocks.back().release());
@@ -58,13 +65,16 @@ TEST(BlockPoolTest, BlocksOfAllSizesLiveSideBySideInAnyOrder) {
 
 TEST(BlockPoolTest, WhatRanEmptyIsGivenBack) {
   std::vector<Block> blocks;
-  for (int i = 0; i < 100000; ++i) blocks.push_back(Block::make(64, 1));
+  for (std::size_t i = 0; i < 200000; ++i) {
+    // Sizes that come one after the other, so that their last pages stand in many chunks.
+    blocks.push_back(Block::make(8 + i / 4000 * 8, 1));
+  }
   const auto full = BlockPool::usageOfThread().held;
   for (const Block& block : blocks) ASSERT_TRUE(block.release());
   const auto empty = BlockPool::usageOfThread().held;
   if (BlockPool::usesPage(64)) {
-    EXPECT_GT(full, 6'000'000U);
-    EXPECT_LT(empty + 4'000'000U, full);
+    EXPECT_GT(full, 40'000'000U);
+    EXPECT_LT(empty, 10'000'000U);
   } else {
     EXPECT_EQ(full, 0U) << "a sanitizer watches every block";
   }
@@ -77,6 +87,7 @@ TEST(BlockPoolTest, BlocksMayBeReleasedByAnotherThread) {
     for (int i = 0; i < 4000; ++i) {
       blocks.push_back(Block::make(16 + static_cast<std::size_t>(i % 20) * 8, 3));
     }
+    for (int i = 0; i < 40; ++i) blocks.push_back(Block::make(BlockPool::kSegment, 5));
     std::vector<std::thread> threads;
     std::vector<int> broken(4);
     for (std::size_t t = 0; t < broken.size(); ++t) {
@@ -98,7 +109,8 @@ TEST(BlockPoolTest, BlocksMayBeReleasedByAnotherThread) {
   for (int i = 0; i < 5000; ++i)
     more.push_back(Block::make(16 + static_cast<std::size_t>(i % 20) * 8, 4));
   for (const Block& block : more) ASSERT_TRUE(block.release());
-  EXPECT_LT(usedNow(), before + 4000 * 200) << "twenty rounds would have left twenty times that";
+  EXPECT_LT(usedNow(), before + 4000 * 200 + 40 * BlockPool::kSegment)
+      << "twenty rounds would have left twenty times that";
 }
 
 TEST(BlockPoolTest, ABlockOutlivesTheThreadThatMadeIt) {

@@ -186,8 +186,8 @@ TEST(PropertyListWriter, GivesEveryMapItsOwnKeys) {
   }
 }
 
-// What is written is kept in segments of two mebibytes; what is longer has a piece of its own, and
-// may come first, last and in between.
+// What is written is kept in segments; what is longer than one has a piece of its own, and may come
+// first, last and in between.
 TEST(PropertyListWriter, KeepsValuesOfAnyLengthApart) {
   constexpr std::uint32_t kCount = 400000;
   PropertyListWriter writer;
@@ -206,6 +206,20 @@ TEST(PropertyListWriter, KeepsValuesOfAnyLengthApart) {
   elements.push_back(writer.addMap(texts, texts));
   std::copy(elements.begin(), elements.end(), writer.fillArray(root, elements.size()).begin());
   const auto file = writer.finish(root);
+  std::vector<std::uint8_t> inPieces;
+  std::size_t longest = 0;
+  EXPECT_TRUE(writer.finish(root, [&](ByteSpan piece) {
+    inPieces.insert(inPieces.end(), piece.begin(), piece.end());
+    longest = std::max(longest, piece.size());
+    return true;
+  }));
+  EXPECT_EQ(inPieces, file);
+  EXPECT_EQ(longest, large.size() + 6) << "only what stands in one piece already is handed over so";
+  for (std::size_t most : {std::size_t{0}, std::size_t{1}, std::size_t{6}, std::size_t{30}}) {
+    std::size_t taken = 0;
+    EXPECT_FALSE(writer.finish(root, [&](ByteSpan) { return taken++ < most; }));
+    EXPECT_EQ(taken, most + 1) << "nothing is handed over after a piece that was refused";
+  }
 
   const auto whole = PropertyListReader::read(file);
   ASSERT_TRUE(whole) << whole.status().message();

@@ -13,9 +13,10 @@ std::uint32_t KeyedArchiveClasses::numberOf(const Class& record) {
 }
 
 void KeyedArchiveClasses::substitute(const Class& record, const String& name) {
-  numberOf(record);
+  // All of the name have the same one.
+  if (entries_[numberOf(record)].substitute == name) return;
   for (Entry& entry : entries_) {
-    if (entry.record->name() != record.name() || entry.substitute == name) continue;
+    if (entry.record->name() != record.name()) continue;
     entry.substitute = name;
     entry.written = 0;
   }

@@ -228,7 +228,8 @@ class OrderedTable {
    private:
     static std::size_t bytesOf(std::uint32_t count) noexcept {
       const bool isNarrow = count <= kMostNarrowSlots;
-      return sizeof(Index) + std::size_t{count} * (isNarrow ? sizeof(NarrowSlot) : sizeof(WideSlot));
+      return sizeof(Index) +
+             std::size_t{count} * (isNarrow ? sizeof(NarrowSlot) : sizeof(WideSlot));
     }
   };
   struct Discard {

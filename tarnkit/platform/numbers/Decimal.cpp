@@ -69,10 +69,9 @@ struct CutProduct {
   const std::uint64_t low = highWord(product.low) << shift | lowWord(product.low) >> rest;
   const UInt128 first = UInt128{high} * power.middle;
   const UInt128 second = UInt128{middle} * power.high;
-  const UInt128 fourth = UInt128{lowWord(first)} + lowWord(second) +
-                         highWord(UInt128{high} * power.low) +
-                         highWord(UInt128{middle} * power.middle) +
-                         highWord(UInt128{low} * power.high);
+  const UInt128 fourth =
+      UInt128{lowWord(first)} + lowWord(second) + highWord(UInt128{high} * power.low) +
+      highWord(UInt128{middle} * power.middle) + highWord(UInt128{low} * power.high);
   const UInt128 upper =
       UInt128{high} * power.high + highWord(first) + highWord(second) + highWord(fourth);
 

@@ -28,7 +28,9 @@ constexpr bool kPages = true;
 #endif
 
 constexpr std::size_t kGranule = 8;
-constexpr std::size_t kSizeClasses = BlockPool::kLargestBlock / kGranule + 1;
+// One for each size of a block, and one for segments.
+constexpr std::size_t kSegmentClass = BlockPool::kLargestBlock / kGranule + 1;
+constexpr std::size_t kSizeClasses = kSegmentClass + 1;
 constexpr std::size_t kPageSize = std::size_t{64} << 10;
 // A fault of a usual page takes as long as making a node, and a graph touches all pages of a chunk.
 constexpr std::size_t kChunkSize = detail::kHugePageSize;
@@ -76,6 +78,7 @@ struct Chunk {
     return reinterpret_cast<char*>(this) + (index + 1) * kPageSize;
   }
 };
+static_assert(BlockPool::kSegment <= UINT16_MAX && 2 * BlockPool::kSegment <= kPageSize);
 static_assert(sizeof(Chunk) < kPageSize / 8 && sizeof(Chunk) % alignof(std::uint64_t) == 0);
 
 Chunk& chunkOf(const void* address) noexcept {
@@ -120,12 +123,16 @@ struct Heap {
     page.free = freed;
     if (page.isFull) {
       page.isFull = false;
-      withRoom[page.blockSize / kGranule].push(page);
+      listOf(page).push(page);
     }
     if (--page.used == 0) pageRanEmpty(page);
   }
 
  private:
+  List<Page>& listOf(const Page& page) noexcept {
+    const bool isOfSegments = page.blockSize == BlockPool::kSegment;
+    return withRoom[isOfSegments ? kSegmentClass : page.blockSize / kGranule];
+  }
   // Null where the page has no room.
   static void* take(Page& page) noexcept {
     if (page.free) {
@@ -169,25 +176,20 @@ struct Heap {
     Chunk& chunk = chunkOf(&page);
     assert(page.used == 0 && chunk.emptyPages > 0);
     if (chunk.emptyPages-- == kPagesOfChunk) --emptyChunks;
-    page.blockSize = static_cast<std::uint16_t>(sizeClass * kGranule);
-    startAnew(page);
-    withRoom[sizeClass].push(page);
-    return page;
-  }
-
-  static void startAnew(Page& page) noexcept {
-    Chunk& chunk = chunkOf(&page);
+    page.blockSize = static_cast<std::uint16_t>(sizeClass == kSegmentClass ? BlockPool::kSegment
+                                                                           : sizeClass * kGranule);
     page.free = nullptr;
     page.fresh = chunk.memoryOf(page);
     const auto room = static_cast<std::size_t>(chunk.endOf(page) - page.fresh);
     page.end = page.fresh + room / page.blockSize * page.blockSize;
+    withRoom[sizeClass].push(page);
+    return page;
   }
 
+  // The next block of any size may want it: pages that waited for the next one of theirs would keep
+  // a chunk each.
   [[gnu::noinline]] void pageRanEmpty(Page& page) noexcept {
-    startAnew(page);
-    auto& list = withRoom[page.blockSize / kGranule];
-    if (list.first == &page && !page.next) return;  // the next block of this size wants it
-    list.remove(page);
+    listOf(page).remove(page);
     empty.push(page);
     Chunk& chunk = chunkOf(&page);
     assert(chunk.emptyPages < kPagesOfChunk);
@@ -263,14 +265,15 @@ struct Parking {
   return block;
 }
 
+Heap& threadHeap() { return heapOfThread ? *heapOfThread : takeHeap(); }
+
 }  // namespace
 
 bool BlockPool::usesPage(std::size_t size) noexcept { return kPages && size <= kLargestBlock; }
 
 void* BlockPool::allocate(std::size_t size) {
   if (usesPage(size)) {
-    Heap& heap = heapOfThread ? *heapOfThread : takeHeap();
-    return heap.allocate(size == 0 ? 1 : (size + kGranule - 1) / kGranule);
+    return threadHeap().allocate(size == 0 ? 1 : (size + kGranule - 1) / kGranule);
   }
   return allocateFromSystem(size);
 }
@@ -280,6 +283,18 @@ void BlockPool::release(void* block, std::size_t size) noexcept {
     std::free(block);
   } else if (block) {
     releaseFromPage(block);
+  }
+}
+
+void* BlockPool::allocateSegment() {
+  return kPages ? threadHeap().allocate(kSegmentClass) : allocateFromSystem(kSegment);
+}
+
+void BlockPool::releaseSegment(void* segment) noexcept {
+  if (kPages && segment) {
+    releaseFromPage(segment);
+  } else {
+    std::free(segment);
   }
 }
 

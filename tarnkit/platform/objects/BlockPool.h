@@ -5,7 +5,8 @@
 namespace tarnkit {
 
 /// Memory for the many small blocks of which a graph consists: its objects, and the entries of
-/// their collections.
+/// their collections; and for the segments of long runs of values, which an archive is written
+/// from.
 ///
 /// A graph is made and taken down node by node. A general allocator hands the memory of one that is
 /// gone out again in an order of its own, so the next graph lies scattered and every visit to a
@@ -27,6 +28,12 @@ class BlockPool {
   static void* allocate(std::size_t size);
   /// Gives back what `allocate` returned for the same size; null does nothing.
   static void release(void* block, std::size_t size) noexcept;
+
+  /// A segment, aligned to eight; throws std::bad_alloc. What long runs of values are made of comes
+  /// from the pages that graphs leave, and goes back to them.
+  static constexpr std::size_t kSegment = std::size_t{32} << 10;
+  static void* allocateSegment();
+  static void releaseSegment(void* segment) noexcept;
 
   /// Whether a block of `size` bytes stands in a page; `releaseFromPage` is for those only, and
   /// needs no size.

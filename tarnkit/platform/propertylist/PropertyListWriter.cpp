@@ -456,26 +456,44 @@ bool PropertyListWriter::finish(Index root, FunctionRef<bool(ByteSpan)> take) {
   const unsigned offsetWidth = widthOf(tableStart);
   std::vector<std::uint8_t> piece(kPiece);
   std::uint8_t* at = piece.data();
-  // Makes room for so many bytes.
-  const auto makeRoom = [&](std::size_t size) {
-    const auto used = static_cast<std::size_t>(at - piece.data());
-    if (size <= piece.size() - used) return true;
-    if (!take({piece.data(), used})) return false;
-    if (size > piece.size()) piece.resize(size);
+  const auto handOver = [&] {
+    const ByteSpan written(piece.data(), static_cast<std::size_t>(at - piece.data()));
     at = piece.data();
-    return true;
+    return take(written);
+  };
+  // Makes room for so many bytes, at most a piece.
+  const auto makeRoom = [&](std::size_t size) {
+    return size <= static_cast<std::size_t>(piece.data() + kPiece - at) || handOver();
   };
   std::memcpy(at, kMagic, kHeaderSize);
   at += kHeaderSize;
+  const auto putInPieces = [&](const Index* references, std::size_t count) {
+    while (count != 0) {
+      const std::size_t some = std::min(count, kPiece / width);
+      if (!makeRoom(some * width)) return false;
+      at = putReferences(at, references, some, width);
+      references += some;
+      count -= some;
+    }
+    return true;
+  };
+  // An object that is larger than a piece.
+  const auto putLarge = [&](const Record& record) {
+    const std::size_t count = record.formAndCount & kMaximumCount;
+    const Form form = formOf(record);
+    if (form == Form::scalar) {
+      return handOver() && take({bytes_.at(record.position), count});
+    }
+    if (!makeRoom(countSize(count))) return false;
+    at = putCount(at, form == Form::array ? kArray : kMap, count);
+    if (form == Form::array) return putInPieces(references_.at(record.position), count);
+    return putInPieces(keysOf(record), count) && putInPieces(valuesOf(record), count);
+  };
   const auto putOne = [&](const Record& record) {
     const std::size_t size = sizeOf(record, width);
-    if (formOf(record) == Form::scalar && size > kPiece) {
-      if (!take({piece.data(), static_cast<std::size_t>(at - piece.data())})) return false;
-      at = piece.data();
-      return take({bytes_.at(record.position), size});
-    }
+    if (size > kPiece) return putLarge(record);
     if (!makeRoom(size)) return false;
-    at = putObject(at, piece.data() + piece.size(), record, width);
+    at = putObject(at, piece.data() + kPiece, record, width);
     return true;
   };
   std::uint64_t offset = kHeaderSize;
@@ -488,7 +506,7 @@ bool PropertyListWriter::finish(Index root, FunctionRef<bool(ByteSpan)> take) {
   if (!records_.forEach(putOne) || !records_.forEach(putOffset)) return false;
   if (!makeRoom(kTrailerSize)) return false;
   at = putTrailer(at, offsetWidth, width, objects, root, tableStart);
-  return take({piece.data(), static_cast<std::size_t>(at - piece.data())});
+  return handOver();
 }
 
 void PropertyListWriter::clear() noexcept {

@@ -8,14 +8,15 @@
 #include <type_traits>
 #include <vector>
 
+#include "tarnkit/platform/objects/BlockPool.h"
 #include "tarnkit/platform/objects/HugePages.h"
 
 namespace tarnkit::detail {
 
 /// A growing run of plain values, found by position, that may become as large as a file: it never
-/// initialises what it hands out, holds little more than is used, and from its first two mebibytes
-/// on never moves a value. What must stand in one piece is given room in one piece; positions may
-/// be left out before it. Finding costs one look at a table that stays in the cache.
+/// initialises what it hands out, holds little more than is used, and never moves a value once it
+/// has filled a segment. What must stand in one piece is given room in one piece; positions may be
+/// left out before it. Finding costs one look at a table that stays in the cache.
 template <class T>
 class SegmentedBuffer {
   static_assert(std::is_trivially_copyable_v<T> && std::has_single_bit(sizeof(T)));
@@ -74,21 +75,25 @@ class SegmentedBuffer {
   }
   /// Gives the memory back.
   void clear() noexcept {
-    for (T* const block : blocks_) std::free(block);
-    blocks_ = std::vector<T*>();
+    for (T* const segment : pooled_) BlockPool::releaseSegment(segment);
+    for (T* const piece : pieces_) std::free(piece);
     segments_ = std::vector<T*>();
+    pooled_ = std::vector<T*>();
+    pieces_ = std::vector<T*>();
     next_ = nullptr;
     size_ = end_ = 0;
   }
 
  private:
-  static constexpr std::size_t kSegmentSize = kHugePageSize / sizeof(T);
+  static constexpr std::size_t kSegmentSize = BlockPool::kSegment / sizeof(T);
 
   void makeRoom(std::size_t count) {
     if (segments_.size() <= 1 && size_ + count <= kSegmentSize) {
       growFirst(count);
+    } else if (count <= kSegmentSize) {
+      addSegment();
     } else {
-      addSegments((count + kSegmentSize - 1) / kSegmentSize);
+      addPiece(count);
     }
   }
   // Most runs are short, so the first segment is as long as is needed.
@@ -96,35 +101,43 @@ class SegmentedBuffer {
     constexpr std::size_t kLeast = 64;
     const std::size_t capacity =
         std::min(kSegmentSize, std::max({kLeast, 2 * end_, size_ + count}));
-    if (segments_.empty()) {
-      segments_.push_back(nullptr);
-      blocks_.push_back(nullptr);
-    }
-    void* const memory = std::realloc(blocks_.front(), capacity * sizeof(T));
+    if (segments_.empty()) leaveOutFirst();
+    void* const memory = std::realloc(pieces_.front(), capacity * sizeof(T));
     if (!memory) throw std::bad_alloc();
-    segments_.front() = blocks_.front() = static_cast<T*>(memory);
+    segments_.front() = pieces_.front() = static_cast<T*>(memory);
     next_ = segments_.front() + size_;
     end_ = capacity;
   }
-  void addSegments(std::size_t count) {
-    segments_.reserve(segments_.size() + count + 1);
-    blocks_.reserve(blocks_.size() + 2);
-    if (segments_.empty()) {  // what comes first is large: nothing stands in the first segment
-      segments_.push_back(nullptr);
-      blocks_.push_back(nullptr);
-    }
-    auto* const memory = static_cast<T*>(std::aligned_alloc(kHugePageSize, count * kHugePageSize));
+  void leaveOutFirst() {
+    pieces_.push_back(nullptr);
+    segments_.push_back(nullptr);
+  }
+  void addSegment() {
+    pooled_.push_back(nullptr);
+    pooled_.back() = static_cast<T*>(BlockPool::allocateSegment());
+    begin(pooled_.back(), kSegmentSize);
+  }
+  // What is longer than a segment has the positions of as many segments as it touches.
+  void addPiece(std::size_t count) {
+    if (segments_.empty()) leaveOutFirst();
+    pieces_.push_back(nullptr);
+    auto* const memory = static_cast<T*>(std::malloc(count * sizeof(T)));
     if (!memory) throw std::bad_alloc();
-    adviseHugePages(memory, count * kHugePageSize);
-    blocks_.push_back(memory);
-    size_ = segments_.size() * kSegmentSize;
-    for (std::size_t i = 0; i < count; ++i) segments_.push_back(memory + i * kSegmentSize);
+    adviseHugePages(memory, count * sizeof(T));
+    pieces_.back() = memory;
+    begin(memory, count);
+  }
+  void begin(T* memory, std::size_t capacity) {
+    const std::size_t start = segments_.size() * kSegmentSize;
+    for (std::size_t at = 0; at < capacity; at += kSegmentSize) segments_.push_back(memory + at);
+    size_ = start;
+    end_ = start + capacity;
     next_ = memory;
-    end_ = size_ + count * kSegmentSize;
   }
 
   std::vector<T*> segments_;  // where each begins
-  std::vector<T*> blocks_;    // as they were taken from the system
+  std::vector<T*> pooled_;    // those that are given back to the pool
+  std::vector<T*> pieces_;    // what was taken from the system: the first segment, and long pieces
   T* next_ = nullptr;         // the place of the position `size_`
   std::size_t size_ = 0;
   std::size_t end_ = 0;  // of the piece in which the last value stands
