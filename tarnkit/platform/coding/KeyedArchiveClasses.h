@@ -22,6 +22,8 @@ class KeyedArchiveClasses {
     /// Where the archive has written the class under its present name; 0 while it has not. Of the
     /// writer's own numbering.
     std::uint32_t written = 0;
+    /// The next record of the same name, around in a circle; mostly the record itself.
+    std::uint32_t next;
 
     std::string_view name() const noexcept {
       return substitute.isNil() ? record->name() : substitute.view();
@@ -35,7 +37,7 @@ class KeyedArchiveClasses {
   /// Valid until the next class is met.
   Entry& of(const Class& record) { return entries_[numberOf(record)]; }
 
-  /// What is written from now on has the name.
+  /// What is written from now on has the name. Costs the records of the class's name.
   void substitute(const Class& record, const String& name);
   /// Nil when there is none.
   String substituteFor(const Class& record) const noexcept;
@@ -43,6 +45,9 @@ class KeyedArchiveClasses {
   void forgetWritten() noexcept;
 
  private:
+  /// Null when none of the name has been met.
+  const Entry* firstNamed(std::string_view name) const noexcept;
+
   std::vector<Entry> entries_;
   IdentityTable numbers_;
 };
