@@ -53,6 +53,7 @@ struct alignas(64) Page {
   std::uint32_t used = 0;
   std::uint16_t blockSize = 0;
   bool isFull = false;  // and therefore in no list; noticed when the next block is asked for
+  bool isKept = false;  // among those of the heap
   // Neighbours among the pages of the size that have room, or among the heap's empty pages.
   Page* next = nullptr;
   Page* previous = nullptr;
@@ -108,6 +109,11 @@ struct Heap {
   List<Page> empty;
   List<Chunk> chunks;
   std::size_t emptyChunks = 0;
+  // Pages that ran empty lately and wait for the next block of their size: whoever makes and drops
+  // a few blocks again and again takes no page each time. One for each size would keep a chunk
+  // each.
+  std::array<Page*, 4> kept{};
+  std::size_t oldestKept = 0;
   std::atomic<Page*> remotePages{nullptr};
   Heap* nextParked = nullptr;
 
@@ -178,17 +184,30 @@ struct Heap {
     if (chunk.emptyPages-- == kPagesOfChunk) --emptyChunks;
     page.blockSize = static_cast<std::uint16_t>(sizeClass == kSegmentClass ? BlockPool::kSegment
                                                                            : sizeClass * kGranule);
-    page.free = nullptr;
-    page.fresh = chunk.memoryOf(page);
+    startAnew(page);
     const auto room = static_cast<std::size_t>(chunk.endOf(page) - page.fresh);
     page.end = page.fresh + room / page.blockSize * page.blockSize;
     withRoom[sizeClass].push(page);
     return page;
   }
 
-  // The next block of any size may want it: pages that waited for the next one of theirs would keep
-  // a chunk each.
+  static void startAnew(Page& page) noexcept {
+    page.free = nullptr;
+    page.fresh = chunkOf(&page).memoryOf(page);
+  }
+
   [[gnu::noinline]] void pageRanEmpty(Page& page) noexcept {
+    startAnew(page);
+    if (page.isKept) return;
+    page.isKept = true;
+    Page* const oldest = std::exchange(kept[oldestKept], &page);
+    oldestKept = (oldestKept + 1) % kept.size();
+    if (oldest) letGo(*oldest);
+  }
+
+  void letGo(Page& page) noexcept {
+    page.isKept = false;
+    if (page.used != 0) return;
     listOf(page).remove(page);
     empty.push(page);
     Chunk& chunk = chunkOf(&page);
