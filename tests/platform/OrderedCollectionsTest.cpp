@@ -168,7 +168,7 @@ TEST(RefRun, HoldsWhatAListHolds) {
       run.append(list.back());
     } else if (!list.empty()) {
       const auto at = random() % list.size();
-      list.erase(list.begin() + at);
+      list.erase(list.begin() + static_cast<std::ptrdiff_t>(at));
       run.remove(at);
     } else {
       run.clear();
